@@ -1,0 +1,98 @@
+/// @file
+/// The builder and burner of bootable ISO 9660 images, and two helpers for text files.
+#ifndef VELACREATION_BOOTABLEISO_H
+#define VELACREATION_BOOTABLEISO_H
+
+#include "bootableMedia.h"
+
+namespace VelaCreation {
+
+/// Builds a bootable ISO 9660 image from a tool package and update files, and burns it to a CD or DVD.
+class VELACREATION_EXPORT BootableISO : public BootableMedia {
+public:
+    /// @name Parameter sets of the ISO tool
+    /// Each is put between the tool's name and the quoted name of the image. `CreateISO` uses
+    /// XORRISO_PAR_LINUX and XORRISO_PAR_PPC.
+    /// @{
+    static const std::string MKISOFS_PAR_WINDOWS;
+    static const std::string MKISOFS_PAR_LINUX;
+    static const std::string MKISOFS_PAR_PPC;
+    static const std::string XORRISO_PAR_WINDOWS;
+    static const std::string XORRISO_PAR_LINUX;
+    static const std::string XORRISO_PAR_PPC;
+    /// @}
+
+    /// @param logger  must outlive the builder
+    explicit BootableISO(VelaLoggerIfc& logger);
+
+    /// Removes no file.
+    ~BootableISO() override;
+
+    /// Copies the executables "xorriso" and "cdrecord" from the current directory into the working directory
+    /// that `CreateISO` has set. Logs nothing; `CreateISO` calls it and reports its failure.
+    /// @return 0, or 100 at the first tool that cannot be copied
+    int prepare();
+
+    /// Builds a bootable image. Takes at least fifty seconds: each of its five stages is announced in the
+    /// status file and on standard output, and followed by a pause of ten seconds. From the change of
+    /// directory on, the process stays in the working directory, which keeps the unpacked package, the tools
+    /// and the staging directory until `removeTempFilesAndDirs` is called there.
+    ///
+    /// The executables "xorriso" and "cdrecord" must lie in the current directory. Every file in the working
+    /// directory is made executable.
+    /// @param workDir      an existing directory
+    /// @param isoFile      the image to write, relative to `workDir`; must end with ".iso"; quoted in commands
+    /// @param updateFiles  files for the image, relative to `workDir`; comes back without the library's own
+    ///                     names and, once the boot files are copied, sorted and without duplicates
+    /// @param toolPackage  the zip archive with the boot files, relative to `workDir`; put into commands bare
+    /// @param platform     1: booted through EFI; 2: PowerPC (CHRP and PReP)
+    /// @return 0 on success, the answer of the logger's `checkpoint` when that is not 0, or
+    ///         - 108 `isoFile` does not end with ".iso"
+    ///         - 109 the platform is not supported, or the ISO tool failed (its output is then in the log)
+    ///         - 81 no update file is left after filtering
+    ///         - 100 a tool, the working directory, the tool package or an update file is missing
+    ///         - 107 files cannot be made executable
+    ///         - 102 the tool package cannot be unpacked
+    ///         - 106 the staging directory cannot be made, or a copy failed
+    int CreateISO(std::string workDir, std::string isoFile, std::vector<std::string>& updateFiles,
+                  std::string toolPackage, int platform);
+
+    /// Burns an image: blanks the medium in fast mode (a failure there is only logged), writes and ejects it.
+    /// Runs in the working directory, where `CreateISO` left the executable "cdrecord". Blocks for the whole
+    /// burn. Leaves the burner's output in the capture file.
+    /// @param isoFile         the image; must end with ".iso"; put into commands bare
+    /// @param device          the burner, as cdrecord's dev= takes it; put into commands bare
+    /// @param reserved        ignored
+    /// @param reportProgress  whether the two stages are announced, each with a pause of ten seconds
+    /// @return 0 on success, or
+    ///         - 108 `isoFile` does not end with ".iso"
+    ///         - 112 the image cannot be read
+    ///         - 113 the burner asks for its overburn option
+    ///         - 116 no disc or a wrong disc
+    ///         - 111 the disc is too small, or any other failure of the burner; its output is in the log
+    int BurnISO(const std::string& isoFile, const std::string& device, std::string reserved,
+                bool reportProgress);
+
+protected:
+    std::string m_workDir; ///< the working directory of the last `CreateISO`
+    int m_platform;        ///< the platform code of the last `CreateISO`, 1 before
+};
+
+/// Appends the lines of a text file to another, each ended by a line feed, then one empty line.
+/// @param source       when it cannot be read, nothing is appended
+/// @param destination  made when missing; must be another file than `source`
+VELACREATION_EXPORT void appendFile(std::string source, std::string destination);
+
+/// Finds a word in the last line of a file that contains a text. The empty text that follows the last line
+/// feed counts as a line.
+/// @param file      the file to search
+/// @param text      the text to look for, as it stands
+/// @param position  where the word starts in the matching lines, in bytes from 0; the word ends before the
+///                  next blank
+/// @return the word; empty when no line matches, the word is empty or the file cannot be read
+/// @throw std::out_of_range when a matching line is shorter than `position`, or that is negative
+VELACREATION_EXPORT std::string findStrInLine(std::string file, std::string text, int position);
+
+} // namespace VelaCreation
+
+#endif
