@@ -179,7 +179,8 @@ public:
     ///                 Empty entries are skipped
     /// @return 0; 100 at the first entry that is missing; 106 at the first copy that fails. Entries before it
     ///         stay copied. Each failure is logged in messages that begin with "BootableMedia::copyFiles. "
-    int copyFiles(const std::string& srcDir, const std::string& destDir, const std::vector<std::string>& files);
+    int copyFiles(const std::string& srcDir, const std::string& destDir,
+                  const std::vector<std::string>& files);
 
     /// Makes an empty directory in the place of whatever stood at the path, which is removed first, also when
     /// the directory then cannot be made. Its parent must exist. Logs nothing.

@@ -20,10 +20,11 @@ public:
     /// @return always 0
     int prepare();
 
-    /// Builds a package. Takes at least fifty seconds: each of its five stages is announced in the status file
-    /// and on standard output, and followed by a pause of ten seconds. From the change of directory on, the
-    /// process stays in the working directory, which keeps the unpacked tool package and the staging directory
-    /// until `removeTempFilesAndDirs` is called there. Every file in the working directory is made executable.
+    /// Builds a package. Takes at least fifty seconds: each of its five stages is announced in the status
+    /// file and on standard output, and followed by a pause of ten seconds. From the change of directory on,
+    /// the process stays in the working directory, which keeps the unpacked tool package and the staging
+    /// directory until `removeTempFilesAndDirs` is called there. Every file in the working directory is made
+    /// executable.
     /// @param workDir      an existing directory
     /// @param pxeDir       the output directory, relative to `workDir`; whatever stands there is removed once
     ///                     the update files are staged; quoted in commands

@@ -41,7 +41,8 @@ public:
     /// The executables "xorriso" and "cdrecord" must lie in the current directory. Every file in the working
     /// directory is made executable.
     /// @param workDir      an existing directory
-    /// @param isoFile      the image to write, relative to `workDir`; must end with ".iso"; quoted in commands
+    /// @param isoFile      the image to write, relative to `workDir`; must end with ".iso"; quoted in
+    /// commands
     /// @param updateFiles  files for the image, relative to `workDir`; comes back without the library's own
     ///                     names and, once the boot files are copied, sorted and without duplicates
     /// @param toolPackage  the zip archive with the boot files, relative to `workDir`; put into commands bare

@@ -21,9 +21,9 @@ struct _USBDATA {
 ///
 /// A job is `init`, optionally `isBootable`, then `CreateUSBKey`.
 ///
-/// When the environment variable TALO_SOFT_USBKEY is set, even to an empty value, its value names a disk image
-/// whose file system at byte 32256 is mounted in the key's place (over the key, should that mount as well).
-/// `doDD` still formats the device.
+/// When the environment variable TALO_SOFT_USBKEY is set, even to an empty value, its value names a disk
+/// image whose file system at byte 32256 is mounted in the key's place (over the key, should that mount as
+/// well). `doDD` still formats the device.
 class VELACREATION_EXPORT BootableUSB : public BootableMedia {
 public:
     static const std::string MOUNT_POINT; ///< "/mnt/VelaCreationUSBKey", where the key is mounted
@@ -40,7 +40,8 @@ public:
     /// @param sourceDir         an existing directory; becomes the working directory
     /// @param usbDevice         the key's whole-disk node, such as /dev/sdx; put into commands bare
     /// @param updateFiles       files for the key, relative to `sourceDir`
-    /// @param toolPackage       the zip archive with the boot files, relative to `sourceDir`; put into commands
+    /// @param toolPackage       the zip archive with the boot files, relative to `sourceDir`; put into
+    /// commands
     ///                          bare
     /// @param[out] initialized  true on success; left as it was on failure
     /// @return 0 on success, or
@@ -80,7 +81,8 @@ public:
     int CreateUSBKey(bool format);
 
     /// @param devicePath  the key's whole-disk node
-    /// @return the capacity in sectors of 512 bytes, of which the low 32 bits count; 0xFFFFFFFF when it cannot
+    /// @return the capacity in sectors of 512 bytes, of which the low 32 bits count; 0xFFFFFFFF when it
+    /// cannot
     ///         be read
     std::uint32_t getUSBCapacity(std::string devicePath);
 
@@ -100,13 +102,14 @@ public:
     int getUSBData(std::string devicePath, VelaCreation::_USBDATA* usbData);
 
     /// Tells whether the key of the current job must be formatted: its first sector is compared with that of
-    /// the clone image for its capacity, and the boot file "img1a.sys" is looked for on it. The clone image, in
-    /// the working directory, is first adjusted in place to the capacity. The adjustment may be repeated, for
-    /// the same key or for another, within one process. The key is left unmounted, but for a failure while
-    /// mounting.
+    /// the clone image for its capacity, and the boot file "img1a.sys" is looked for on it. The clone image,
+    /// in the working directory, is first adjusted in place to the capacity. The adjustment may be repeated,
+    /// for the same key or for another, within one process. The key is left unmounted, but for a failure
+    /// while mounting.
     /// @param[out] format  whether the key must be formatted; unassigned on a failure before the comparison
     /// @return 0 on success, or
-    ///         - 101 the key cannot be opened, read, sized or mounted, or the clone image cannot be read, holds
+    ///         - 101 the key cannot be opened, read, sized or mounted, or the clone image cannot be read,
+    ///         holds
     ///           no geometry or cannot be written
     ///         - 100 the clone image cannot be opened for reading and writing
     ///         - 106 the mount point cannot be made

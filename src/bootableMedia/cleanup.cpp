@@ -1,0 +1,50 @@
+#include "bootableMedia.h"
+
+#include "operation.h"
+#include "shell.h"
+
+namespace VelaCreation {
+
+namespace {
+
+bool isSingleShellWord(const std::string& entry) {
+    return entry.find_first_of(" \t\n\v\f\r'\"\\;&|<>()$`") == std::string::npos;
+}
+
+} // namespace
+
+void BootableMedia::removeTempFilesAndDirs() {
+    if (!m_workDirEntered) {
+        return;
+    }
+    run("rm -rf " + BOOT_FILE);
+    run("rm -rf " + ISO_DIR_NAME);
+    for (const std::string& name : {MINIUNZ_TOOL_NAME, IMAGE_1, IMAGE_2, IMAGE_4, IMAGE_8, TEMP_FILE,
+                                    MKISOFS_TOOL_NAME, CDRECORD_NAME, CYGWINZ_DLL_NAME, CYGWIN1_DLL_NAME,
+                                    CYGICONV_DLL_NAME, CYGGCC_DLL_NAME, CLONE_TOOL_NAME, ZIP_TOOL_NAME}) {
+        runCaptured("rm -f " + name);
+    }
+    run(std::string("rm -f ") + CAPTURE_FILE);
+    m_workDirEntered = false;
+}
+
+void BootableMedia::removeTempFilesAndDirs(std::vector<std::string> extra) {
+    if (!m_workDirEntered) {
+        return;
+    }
+    for (const std::string& entry : extra) {
+        if (entry.empty()) {
+            continue;
+        }
+        if (!isSingleShellWord(entry)) {
+            log(*m_logger, LEVEL_FAILURE,
+                "Not removing " + entry +
+                    ", which is not a single shell word. In BootableMedia::removeTempFilesAndDirs()");
+            continue;
+        }
+        run("rm -rf " + entry);
+    }
+    removeTempFilesAndDirs();
+}
+
+} // namespace VelaCreation

@@ -1,0 +1,24 @@
+#include "bootableMedia.h"
+
+#include <fstream>
+
+namespace VelaCreation {
+
+std::string BootableMedia::getErrorMessageFilePath() {
+    return "/var/log/Norvane_Support/talo_cli.xml";
+}
+
+void BootableMedia::saveErrorMessageFile(int code, std::string message, int step) {
+    std::ofstream file(getErrorMessageFilePath(), std::ios::out | std::ios::trunc);
+    if (!file.is_open()) {
+        return;
+    }
+    // to_string, as a caller's global locale may have the stream group digits
+    file << CLI_ERROR << CLI_ERROR_CODE << std::to_string(code) << CLI_ERROR_CODE_E << CLI_ERROR_MESSAGE
+         << message << CLI_ERROR_MESSAGE_E << CLI_STEP_SERIAL << std::to_string(step) << CLI_STEP_SERIAL_E
+         << CLI_ERROR_E;
+    file.flush();
+    file.close();
+}
+
+} // namespace VelaCreation

@@ -1,0 +1,115 @@
+#include "bootableiso.h"
+
+#include "isoName.h"
+#include "operation.h"
+#include "shell.h"
+#include "stage.h"
+
+#include <algorithm>
+
+#include <unistd.h>
+
+namespace VelaCreation {
+
+namespace {
+
+constexpr int PLATFORM_LINUX = 1;
+constexpr int PLATFORM_PPC = 2;
+
+std::string isoCommand(int platform, const std::string& quotedIsoFile) {
+    const std::string tool = "./" + BootableMedia::MKISOFS_TOOL_NAME;
+    const std::string& stagingDir = BootableMedia::ISO_DIR_NAME;
+    if (platform == PLATFORM_PPC) {
+        return captured(tool + BootableISO::XORRISO_PAR_PPC + quotedIsoFile + " -chrp-boot -prep-boot " +
+                        stagingDir + "/ppc/chrp/yaboot " + stagingDir);
+    }
+    return captured(tool + BootableISO::XORRISO_PAR_LINUX + quotedIsoFile + " " + stagingDir);
+}
+
+} // namespace
+
+int BootableISO::CreateISO(std::string workDir, std::string isoFile, std::vector<std::string>& updateFiles,
+                           std::string toolPackage, int platform) {
+    m_platform = platform;
+    const Operation operation(*m_logger, "BootableISO::CreateISO()");
+
+    announce(*this, {1, "Copying tools for bootable iso creation", "Copying tools for iso creation"});
+    if (!endsWithIso(isoFile)) {
+        return operation.failed(VELAERROR_ISO_EXTENSION_ERROR, "Iso file does not end with iso extension");
+    }
+    if (platform != PLATFORM_LINUX && platform != PLATFORM_PPC) {
+        return operation.failed(VELAERROR_MAKE_ISO_ERROR,
+                                "Platform code " + std::to_string(platform) + " is not supported");
+    }
+    filterFileList(updateFiles, toolPackage);
+    if (updateFiles.empty()) {
+        return operation.failed(VELAERROR_NO_UPDATE_FILES,
+                                "There is no update files under specified directory after filterring");
+    }
+    m_workDir = workDir;
+    if (const int result = prepare(); result != VELAERROR_SUCCESS) {
+        return operation.failed(result, "Preparation fails");
+    }
+
+    if (chdir(workDir.c_str()) != 0) {
+        return operation.failed(VELAERROR_FILE_OR_DIR_NOT_FOUND, "Changing working directory fails");
+    }
+    m_workDirEntered = true;
+    operation.note("After changing, current working directory is " + workDir);
+    if (!runCaptured("chmod +x *")) {
+        return operation.failed(VELAERROR_CHANGE_MODE_ERROR, "Changing mode fails");
+    }
+    if (!isFileExist(toolPackage)) {
+        return operation.failed(VELAERROR_FILE_OR_DIR_NOT_FOUND, "There is no tool.zip file");
+    }
+
+    announce(*this, {2, "Extracting files to working directory"});
+    if (!runCaptured(MINIUNZ_TOOL_NAME + " -xo " + toolPackage)) {
+        return operation.failed(VELAERROR_UNZIP_ERROR, "Unzipping fails");
+    }
+    if (!createDirectory(ISO_DIR_NAME)) {
+        return operation.failed(VELAERROR_FILE_OR_DIR_CREATE_ERROR,
+                                "Creating " + inQuotes(ISO_DIR_NAME) + " directory fails");
+    }
+    if (const int veto = operation.checkpoint(); veto != 0) {
+        return veto;
+    }
+
+    announce(*this, {3, "Copying files to working directory"});
+    if (const int result = copyFiles(BOOT_FILE, ISO_DIR_NAME, {}); result != VELAERROR_SUCCESS) {
+        return operation.failed(result, "Copying BOOT_FILE directory fails");
+    }
+    std::sort(updateFiles.begin(), updateFiles.end());
+    updateFiles.erase(std::unique(updateFiles.begin(), updateFiles.end()), updateFiles.end());
+    if (const int result = copyFiles("", ISO_DIR_NAME, updateFiles); result != VELAERROR_SUCCESS) {
+        return operation.failed(result, "Copying source file list fails");
+    }
+    const std::string installer = ISO_DIR_NAME + FILE_SEPERATOR + "zephyn";
+    if (isFileExist(installer)) {
+        operation.note("Need to chmod zephyn binary file");
+        if (!runCaptured("chmod -R +x " + installer)) {
+            return operation.failedWithError(VELAERROR_CHANGE_MODE_ERROR, "Changing mode fails");
+        }
+    }
+    const std::string quotedIsoFile = inQuotes(isoFile);
+    operation.progress(quotedIsoFile);
+    if (!runCaptured("chmod +x " + ISO_DIR_NAME + "/*")) {
+        return operation.failed(VELAERROR_CHANGE_MODE_ERROR, "Changing mode fails, after copying operation");
+    }
+
+    announce(*this, {4, "Removing temporary files"});
+    run("rm -rf " + ISO_DIR_NAME + "/pxelinux.cfg");
+    run("rm -f " + ISO_DIR_NAME + "/pxelinux.0");
+
+    announce(*this, {5, "Creating iso file"});
+    const std::string command = isoCommand(platform, quotedIsoFile);
+    operation.progress(command);
+    if (!run(command)) {
+        const int code = operation.failed(VELAERROR_MAKE_ISO_ERROR, "Making iso file fails");
+        saveFile(CAPTURE_FILE);
+        return code;
+    }
+    return operation.succeeded();
+}
+
+} // namespace VelaCreation

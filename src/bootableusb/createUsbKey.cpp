@@ -1,0 +1,62 @@
+#include "bootableusb.h"
+
+#include "operation.h"
+#include "shell.h"
+#include "softKey.h"
+#include "stage.h"
+
+namespace VelaCreation {
+
+int BootableUSB::CreateUSBKey(bool format) {
+    const Operation operation(*m_logger, "BootableUSB::CreateUSBKey()");
+
+    if (!m_initialized) {
+        return operation.failed(VELAERROR_NOT_INITIALIZED, "It is not initialized");
+    }
+    if (format) {
+        announce(*this, {3, "Formatting USB key"});
+        if (const int result = doDD(); result != VELAERROR_SUCCESS) {
+            return operation.failedWithError(result, "Doing dd function fails");
+        }
+    }
+
+    unMountUsb();
+    bool mounted = mountUsb() == VELAERROR_SUCCESS;
+    if (const char* image = softKeyImage(); image != nullptr) {
+        const std::string command =
+            captured("mount " + std::string(image) + " " + MOUNT_POINT + " -o loop,offset=32256");
+        mounted = run(command);
+        operation.progress("BootableUSB::CreateUSBKey:TALO_SOFT_USBKEY, cmd=" + command);
+    }
+    if (!mounted) {
+        const int code = operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, "Mounting usb fails");
+        saveFile(CAPTURE_FILE);
+        return code;
+    }
+    if (const int veto = operation.checkpoint(); veto != 0) {
+        return veto;
+    }
+
+    announce(*this, {4, "Copying files to working directory"});
+    if (const int result = copyFiles(BOOT_FILE, MOUNT_POINT, {}); result != VELAERROR_SUCCESS) {
+        return operation.failedWithError(result, "Copying BOOT_FILE directory fails");
+    }
+    run("rm -rf " + MOUNT_POINT + "/pxelinux.cfg");
+    run("rm -f " + MOUNT_POINT + "/pxelinux.0");
+    run("rm -f " + MOUNT_POINT + "/boot.catalog");
+    run("rm -f " + MOUNT_POINT + "/isolinux.bin");
+
+    announce(*this, {5, "Copying files to USB key"});
+    if (const int result = copyFiles("", MOUNT_POINT, m_updateFiles); result != VELAERROR_SUCCESS) {
+        return operation.failedWithError(result, "Copying source file list fails");
+    }
+    if (!runCaptured("chmod +x " + MOUNT_POINT + "/*")) {
+        return operation.failedWithError(VELAERROR_CHANGE_MODE_ERROR, "Changing mode fails");
+    }
+    unMountUsb();
+
+    m_initialized = false;
+    return operation.succeeded();
+}
+
+} // namespace VelaCreation

@@ -1,0 +1,15 @@
+#ifndef VELACREATION_SOFTKEY_H
+#define VELACREATION_SOFTKEY_H
+
+#include <cstdlib>
+
+namespace VelaCreation {
+
+/// The disk image that takes the key's place, or null for an ordinary key. An empty value counts as set.
+inline const char* softKeyImage() {
+    return std::getenv("TALO_SOFT_USBKEY");
+}
+
+} // namespace VelaCreation
+
+#endif
