@@ -195,8 +195,8 @@ public:
     void filterFileList(std::vector<std::string>& files, std::string toolPackage);
 
 protected:
-    VelaLoggerIfc* m_logger; ///< the caller's
-    bool m_workDirEntered;   ///< whether the current directory is a working directory to be cleaned
+    VelaLoggerIfc* m_logger;       ///< the caller's
+    bool m_workDirEntered = false; ///< whether the current directory is a working directory to be cleaned
 };
 
 } // namespace VelaCreation

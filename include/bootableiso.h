@@ -76,7 +76,7 @@ public:
 
 protected:
     std::string m_workDir; ///< the working directory of the last `CreateISO`
-    int m_platform;        ///< the platform code of the last `CreateISO`, 1 before
+    int m_platform = 1;    ///< the platform code of the last `CreateISO`, 1 before
 };
 
 /// Appends the lines of a text file to another, each ended by a line feed, then one empty line.

@@ -10,7 +10,7 @@
 namespace VelaCreation {
 
 /// Describes a USB key to a user.
-struct _USBDATA {
+struct _USBDATA {       // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
     std::string vendor; ///< manufacturer, as the kernel reports it
     std::string model;  ///< model, as the kernel reports it
     std::string size;   ///< capacity with its unit (multiples of 1,024), such as 7.455GB
@@ -120,7 +120,7 @@ protected:
     std::string m_sourceDir;                ///< the working directory
     std::string m_cloneFile;                ///< the clone image chosen by `isBootable`
     std::vector<std::string> m_updateFiles; ///< what `CreateUSBKey` copies
-    bool m_initialized;                     ///< whether `CreateUSBKey` may run
+    bool m_initialized = false;             ///< whether `CreateUSBKey` may run
 };
 
 } // namespace VelaCreation

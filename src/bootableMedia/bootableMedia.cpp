@@ -26,7 +26,7 @@ const std::string BootableMedia::MKISOFS_TOOL_NAME = "xorriso";
 const std::string BootableMedia::ZIP_TOOL_NAME = "zip";
 const std::string BootableMedia::CDRECORD_NAME = "cdrecord";
 
-BootableMedia::BootableMedia(VelaLoggerIfc& logger) : m_logger(&logger), m_workDirEntered(false) {}
+BootableMedia::BootableMedia(VelaLoggerIfc& logger) : m_logger(&logger) {}
 
 BootableMedia::~BootableMedia() {
     m_logger = nullptr;

@@ -23,7 +23,7 @@ bool BootableMedia::isFileExist(const std::string& path) {
     if (file == nullptr) {
         return false;
     }
-    std::fclose(file);
+    static_cast<void>(std::fclose(file));
     return true;
 }
 

@@ -19,7 +19,7 @@ const std::string BootableISO::XORRISO_PAR_LINUX =
 const std::string BootableISO::XORRISO_PAR_PPC =
     " -as mkisofs -U -D -J -joliet-long -rational-rock -verbose -omit-period -o ";
 
-BootableISO::BootableISO(VelaLoggerIfc& logger) : BootableMedia(logger), m_platform(1) {}
+BootableISO::BootableISO(VelaLoggerIfc& logger) : BootableMedia(logger) {}
 
 BootableISO::~BootableISO() = default;
 

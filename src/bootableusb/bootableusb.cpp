@@ -10,7 +10,7 @@ namespace VelaCreation {
 
 const std::string BootableUSB::MOUNT_POINT = "/mnt/VelaCreationUSBKey";
 
-BootableUSB::BootableUSB(VelaLoggerIfc& logger) : BootableMedia(logger), m_initialized(false) {}
+BootableUSB::BootableUSB(VelaLoggerIfc& logger) : BootableMedia(logger) {}
 
 BootableUSB::~BootableUSB() = default;
 
