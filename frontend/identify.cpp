@@ -1,0 +1,40 @@
+#include "commands.h"
+#include "consoleLogger.h"
+#include "deviceGuard.h"
+
+#include <bootableusb.h>
+
+#include <iostream>
+
+namespace velacreate {
+
+namespace {
+
+VelaCreation::_USBDATA describe(const fs::path& device) {
+    ConsoleLogger logger(false, "");
+    VelaCreation::_USBDATA about;
+    VelaCreation::BootableUSB(logger).getUSBData(device, &about);
+    return about;
+}
+
+} // namespace
+
+int identify(const std::string& device) {
+    const auto about = describe(wholeDisk(device));
+    std::cout << "vendor: " << about.vendor << "\nmodel:  " << about.model << "\nsize:   " << about.size
+              << std::endl;
+    return 0;
+}
+
+int listDisks() {
+    for (const auto& disk : removableDisks()) {
+        const auto device = "/dev/" + disk;
+        const auto about = describe(device);
+        const auto places = mountedPlaces(disk);
+        std::cout << device << "  " << about.vendor << "  " << about.model << "  " << about.size << "  "
+                  << (places.empty() ? "not mounted" : "mounted on " + places) << std::endl;
+    }
+    return 0;
+}
+
+} // namespace velacreate

@@ -1,0 +1,76 @@
+/// @file
+/// What the making of an image, a key and a network-boot package have in common.
+#ifndef VELACREATE_JOB_H
+#define VELACREATE_JOB_H
+
+#include "commands.h"
+#include "consoleLogger.h"
+#include "pathRules.h"
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace velacreate {
+
+/// Runs one step of a job.
+/// @return what the step returned, EXIT_INTERRUPTED after an interrupt, EXIT_DIFFERENT after an exception
+int attempt(ConsoleLogger& logger, const std::function<int()>& step);
+
+/// A job whose inputs have been checked.
+class Job {
+public:
+    /// @param neverArrive  names that the workflow removes from the medium itself
+    Job(const JobChoices& choices, const std::vector<std::string>& neverArrive);
+
+    /// Refuses an output that the job would take for its own, remove or read as an input.
+    void requireSafeOutput(const fs::path& output) const;
+
+    /// To be opened last of all checks: it makes the log file.
+    ConsoleLogger openLogger() const;
+
+    /// Says what will be made, and enters the working directory. Nothing is refused from here on.
+    void begin(const std::string& product);
+
+    /// Compares all update files with their copies on a medium, and logs each that differs.
+    /// @return 0 or EXIT_DIFFERENT
+    int compareWith(const fs::path& medium, ConsoleLogger& logger) const;
+
+    /// Removes what the job left in the working directory.
+    void cleanUp(VelaCreation::BootableMedia& builder) const;
+
+    /// Says how the job ended.
+    /// @return the status
+    int end(int status, const std::string& size) const;
+
+    const fs::path& directory() const;
+    const fs::path& package() const;
+
+    /// The update files, relative to the directory.
+    const std::vector<std::string>& files() const;
+
+    bool mayReplace() const;
+    bool wantsReadBack() const;
+
+private:
+    void checkUpdateFile(const std::string& given, const std::vector<std::string>& neverArrive);
+    void checkNamesInTheWay() const;
+
+    JobChoices m_choices;
+    fs::path m_directory;
+    fs::path m_package;
+    std::vector<std::string> m_packageNames; ///< at the package's top level
+    std::vector<std::string> m_files;
+    std::vector<std::string> m_leftovers; ///< of the package's, beyond what the library removes
+    std::string m_product;
+    std::chrono::steady_clock::time_point m_start;
+};
+
+/// @return a size in bytes with a unit in multiples of 1,024
+std::string sizeText(std::uintmax_t bytes);
+
+} // namespace velacreate
+
+#endif
