@@ -11,6 +11,8 @@ include(CheckPIESupported)
 check_pie_supported()
 
 add_library(velacreation_options INTERFACE)
+# Clone images and updates of more than 2 GiB, on 32-bit machines too.
+target_compile_definitions(velacreation_options INTERFACE _FILE_OFFSET_BITS=64)
 target_compile_options(velacreation_options INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow
     $<$<BOOL:${VELACREATION_WERROR}>:-Werror>)

@@ -18,7 +18,8 @@
 class VELACREATION_EXPORT VelaLoggerIfc {
 public:
     /// Records one message.
-    /// @param level    0: a failure, a warning, or a line of a failed tool's output; 2: progress
+    /// @param level    0: a failure, a warning, or a line of tool output relayed by `saveFile` (that of a
+    ///                 failed tool, and what `doDD` lists); 2: progress, and the output of the PXE archiver
     /// @param message  the text, without a line end of its own
     virtual void logMessage(int level, const std::string& message) = 0;
 
@@ -26,8 +27,8 @@ public:
     /// directory of the unpacked tool package.
     /// @param level    always 6
     /// @param message  "Before copying boot directory of tool.zip to temp directory."
-    /// @return 0 to go on; any other value ends the workflow at once, without a further message, and becomes
-    ///         its result
+    /// @return 0 to go on; any other value ends the workflow at once, without a further message, and
+    ///         becomes its result
     virtual int checkpoint(int level, const std::string& message) = 0;
 
     virtual ~VelaLoggerIfc() = default;
@@ -81,13 +82,15 @@ const std::string CLI_ERROR_E = "\n</CLIERROR>";
 /// - One builder serves one job, on one thread. The library starts no threads and takes no locks.
 /// - A workflow changes the process-wide current directory to its working directory and does not change it
 ///   back, so a process runs one job at a time.
-/// - Nearly every command overwrites the capture file "stdout.txt" in the current directory with its output.
+/// - Nearly every command overwrites the capture file "stdout.txt" in the current directory with its
+///   output.
 /// - Commands are run by the shell with the rights of the process (root, for keys). Paths reach them quoted
 ///   only where an operation says so; elsewhere a path must be a single shell word. Guarding them is up to
 ///   the caller.
-/// - Nothing done before a failure is undone, and destroying a builder removes no file and unmounts nothing.
-/// - Failures are logged at level 0 and returned. Only the standard library's own exceptions (no memory) and
-///   those of the logger pass through.
+/// - Nothing done before a failure is undone, and destroying a builder removes no file and unmounts
+///   nothing.
+/// - Failures are logged at level 0 and returned. Only the standard library's own exceptions (no memory)
+///   and those of the logger pass through.
 class VELACREATION_EXPORT BootableMedia {
 public:
     static const std::string BOOT_FILE;         ///< "boot", the boot files' directory in the tool package
@@ -117,19 +120,20 @@ public:
     virtual ~BootableMedia() = 0;
 
     /// Removes what a job left in the current directory, which must still be the working directory: the
-    /// directories "boot" and "ISOCreation", the unpacked tools and clone images, and the capture file.
-    /// The tool package, the update files and the finished media stay. Does nothing unless a workflow has
-    /// entered its working directory since the last clean-up. Logs nothing.
+    /// directories "boot" and "ISOCreation", the files "unzip", "zip", "dd", "xorriso", "cdrecord",
+    /// "tmpInput", the four clone images and the four .dll files, and the capture file. The tool package,
+    /// the update files and the finished media stay. Does nothing unless a workflow has entered its working
+    /// directory since the last clean-up. Logs nothing.
     virtual void removeTempFilesAndDirs();
 
     /// The same, after removing further files and directories.
-    /// @param extra  paths or patterns such as *.tmp, each a single shell word; an empty entry is skipped. An
-    ///               entry with white space, a quote, a backslash, or one of ; & | < > ( ) $ ` is not removed
-    ///               but logged: "Not removing ENTRY, which is not a single shell word. In
+    /// @param extra  paths or patterns such as *.tmp, each a single shell word; an empty entry is skipped.
+    ///               An entry with white space, a quote, a backslash, or one of ; & | < > ( ) $ ` is not
+    ///               removed but logged: "Not removing ENTRY, which is not a single shell word. In
     ///               BootableMedia::removeTempFilesAndDirs()"
     virtual void removeTempFilesAndDirs(std::vector<std::string> extra);
 
-    /// Pauses the calling thread.
+    /// Pauses the calling thread. A signal handler that runs in it ends the pause early.
     /// @param seconds  whole seconds; 0 or less returns at once
     void processSleep(int seconds);
 
@@ -139,15 +143,15 @@ public:
     /// @return the path of the status file, "/var/log/Norvane_Support/talo_cli.xml"
     std::string getErrorMessageFilePath();
 
-    /// Rewrites the status file with one record. Does nothing, silently, when the file cannot be opened: its
-    /// directory is the installation's to provide. Readers may meet an empty or partial file.
+    /// Rewrites the status file with one record. Does nothing, silently, when the file cannot be opened:
+    /// its directory is the installation's to provide. Readers may meet an empty or partial file.
     /// @param code     the status code
     /// @param message  the step's text, written as it stands, without XML escapes
     /// @param step     the step's serial number
     void saveErrorMessageFile(int code, std::string message, int step);
 
-    /// Logs every line of a text file at level 2, then one empty message. Logs nothing for a file that cannot
-    /// be opened.
+    /// Logs every line of a text file at level 2, then one empty message. Logs nothing for a file that
+    /// cannot be opened.
     void writeFileToLog(std::string path);
 
     /// Logs every non-empty line of a text file at level 0. Logs nothing for a file that cannot be opened.
@@ -173,23 +177,24 @@ public:
 
     /// Copies files and directories into a directory.
     /// @param srcDir   used only when `files` is empty: its contents are copied as by `copyDir`
-    /// @param destDir  the directory to copy into
-    /// @param files    each file is copied under its own relative path, whose directories are made as needed
-    ///                 (bare in their command); each directory is copied into `destDir` under its last name.
-    ///                 Empty entries are skipped
-    /// @return 0; 100 at the first entry that is missing; 106 at the first copy that fails. Entries before it
-    ///         stay copied. Each failure is logged in messages that begin with "BootableMedia::copyFiles. "
+    /// @param destDir  the directory to copy into; bare when `files` is empty, quoted otherwise
+    /// @param files    quoted in the copy commands. Each file is copied under its own relative path, whose
+    ///                 directories are made as needed (bare in their command, and logged at level 0,
+    ///                 whether or not that works); each directory is copied into `destDir`, which must
+    ///                 exist, under its last name. Empty entries are skipped
+    /// @return 0; 100 at the first entry that is missing; 106 at the first copy that fails. Entries before
+    ///         it stay copied. Both are logged in messages that begin with "BootableMedia::copyFiles. "
     int copyFiles(const std::string& srcDir, const std::string& destDir,
                   const std::vector<std::string>& files);
 
-    /// Makes an empty directory in the place of whatever stood at the path, which is removed first, also when
-    /// the directory then cannot be made. Its parent must exist. Logs nothing.
+    /// Makes an empty directory in the place of whatever stood at the path, which is removed first, also
+    /// when the directory then cannot be made. Its parent must exist. Logs nothing.
     /// @param path  quoted in the commands
     /// @return false when the directory cannot be made
     bool createDirectory(const std::string& path);
 
-    /// Drops the library's own names (tools, images, directories, the capture file) and the tool package from
-    /// a list of update files: the first entry equal to each name, compared whole. Logs nothing.
+    /// Drops the library's own names (tools, images, directories, the capture file) and the tool package
+    /// from a list of update files: the first entry equal to each name, compared whole. Logs nothing.
     /// @param files        the list, changed in place; the order of the others is kept
     /// @param toolPackage  the tool package as it was given to the workflow
     void filterFileList(std::vector<std::string>& files, std::string toolPackage);

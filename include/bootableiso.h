@@ -28,24 +28,25 @@ public:
     /// Removes no file.
     ~BootableISO() override;
 
-    /// Copies the executables "xorriso" and "cdrecord" from the current directory into the working directory
-    /// that `CreateISO` has set. Logs nothing; `CreateISO` calls it and reports its failure.
+    /// Copies the executables "xorriso" and "cdrecord" from the current directory into the working
+    /// directory that `CreateISO` has set. Logs nothing; `CreateISO` calls it and reports its failure.
     /// @return 0, or 100 at the first tool that cannot be copied
     int prepare();
 
     /// Builds a bootable image. Takes at least fifty seconds: each of its five stages is announced in the
     /// status file and on standard output, and followed by a pause of ten seconds. From the change of
-    /// directory on, the process stays in the working directory, which keeps the unpacked package, the tools
-    /// and the staging directory until `removeTempFilesAndDirs` is called there.
+    /// directory on, the process stays in the working directory, which keeps the unpacked package, the
+    /// tools and the staging directory until `removeTempFilesAndDirs` is called there.
     ///
-    /// The executables "xorriso" and "cdrecord" must lie in the current directory. Every file in the working
-    /// directory is made executable.
+    /// The executables "xorriso" and "cdrecord" must lie in the current directory. Every file in the
+    /// working directory is made executable.
     /// @param workDir      an existing directory
     /// @param isoFile      the image to write, relative to `workDir`; must end with ".iso"; quoted in
-    /// commands
+    ///                     commands
     /// @param updateFiles  files for the image, relative to `workDir`; comes back without the library's own
     ///                     names and, once the boot files are copied, sorted and without duplicates
-    /// @param toolPackage  the zip archive with the boot files, relative to `workDir`; put into commands bare
+    /// @param toolPackage  the zip archive with the boot files, relative to `workDir`; put into commands
+    ///                     bare
     /// @param platform     1: booted through EFI; 2: PowerPC (CHRP and PReP)
     /// @return 0 on success, the answer of the logger's `checkpoint` when that is not 0, or
     ///         - 108 `isoFile` does not end with ".iso"
@@ -58,9 +59,9 @@ public:
     int CreateISO(std::string workDir, std::string isoFile, std::vector<std::string>& updateFiles,
                   std::string toolPackage, int platform);
 
-    /// Burns an image: blanks the medium in fast mode (a failure there is only logged), writes and ejects it.
-    /// Runs in the working directory, where `CreateISO` left the executable "cdrecord". Blocks for the whole
-    /// burn. Leaves the burner's output in the capture file.
+    /// Burns an image: blanks the medium in fast mode (a failure there is only logged), writes and ejects
+    /// it. Runs in the working directory, where `CreateISO` left the executable "cdrecord". Blocks for the
+    /// whole burn. Leaves the burner's output in the capture file.
     /// @param isoFile         the image; must end with ".iso"; put into commands bare
     /// @param device          the burner, as cdrecord's dev= takes it; put into commands bare
     /// @param reserved        ignored
@@ -80,12 +81,12 @@ protected:
 };
 
 /// Appends the lines of a text file to another, each ended by a line feed, then one empty line.
-/// @param source       when it cannot be read, nothing is appended
-/// @param destination  made when missing; must be another file than `source`
+/// @param source       when it cannot be opened, nothing is appended
+/// @param destination  made when missing, in any case; must be another file than `source`
 VELACREATION_EXPORT void appendFile(std::string source, std::string destination);
 
-/// Finds a word in the last line of a file that contains a text. The empty text that follows the last line
-/// feed counts as a line.
+/// Finds a word in the last line of a file that contains a text. One more, empty, line follows the last
+/// one; an empty text is found there at last.
 /// @param file      the file to search
 /// @param text      the text to look for, as it stands
 /// @param position  where the word starts in the matching lines, in bytes from 0; the word ends before the

@@ -16,14 +16,15 @@ struct _USBDATA {       // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert
     std::string size;   ///< capacity with its unit (multiples of 1,024), such as 7.455GB
 };
 
-/// Fills a USB key: its fourth partition is formatted on request, mounted, and given the boot files of a tool
-/// package and the update files. Also identifies a key and tells whether it must be formatted.
+/// Fills a USB key: its fourth partition is formatted on request, mounted, and given the boot files of a
+/// tool package and the update files. Also identifies a key and tells whether it must be formatted.
 ///
 /// A job is `init`, optionally `isBootable`, then `CreateUSBKey`.
 ///
 /// When the environment variable TALO_SOFT_USBKEY is set, even to an empty value, its value names a disk
-/// image whose file system at byte 32256 is mounted in the key's place (over the key, should that mount as
-/// well). `doDD` still formats the device.
+/// image whose file system at byte 32256 is mounted by `CreateUSBKey` in the key's place (over the key,
+/// should that mount as well); it is put into the command bare. The other operations still work on the
+/// device.
 class VELACREATION_EXPORT BootableUSB : public BootableMedia {
 public:
     static const std::string MOUNT_POINT; ///< "/mnt/VelaCreationUSBKey", where the key is mounted
@@ -41,8 +42,7 @@ public:
     /// @param usbDevice         the key's whole-disk node, such as /dev/sdx; put into commands bare
     /// @param updateFiles       files for the key, relative to `sourceDir`
     /// @param toolPackage       the zip archive with the boot files, relative to `sourceDir`; put into
-    /// commands
-    ///                          bare
+    ///                          commands bare
     /// @param[out] initialized  true on success; left as it was on failure
     /// @return 0 on success, or
     ///         - 100 `sourceDir` or `usbDevice` is empty, or the directory or the package is missing
@@ -82,8 +82,7 @@ public:
 
     /// @param devicePath  the key's whole-disk node
     /// @return the capacity in sectors of 512 bytes, of which the low 32 bits count; 0xFFFFFFFF when it
-    /// cannot
-    ///         be read
+    ///         cannot be read
     std::uint32_t getUSBCapacity(std::string devicePath);
 
     /// Looks a device up in the kernel's list of SCSI devices, "/proc/scsi/scsi", by its SCSI host. Logs
@@ -91,26 +90,26 @@ public:
     /// @param devicePath   the key's whole-disk node
     /// @param[out] vendor  8 characters, trailing blanks included; empty when not found
     /// @param[out] model   16 characters, trailing blanks included; empty when not found
-    /// @return 0, also when the host is not listed; negative when the device cannot be opened or has no host
+    /// @return 0, also when the host is not listed; negative when the device cannot be opened or has no
+    ///         host
     int getVendorModel(std::string devicePath, std::string& vendor, std::string& model);
 
     /// Describes a key. Needs no `init` and changes nothing.
     /// @param devicePath    the key's whole-disk node
-    /// @param[out] usbData  the record to fill, not null; what cannot be found and was empty becomes
-    ///                      "Undetected"
+    /// @param[out] usbData  the record to fill, not null. What cannot be found becomes "Undetected"; only a
+    ///                      model that sysfs lacks beside a vendor keeps what the record held
     /// @return 0; 101 when `devicePath` is empty, with the record untouched
     int getUSBData(std::string devicePath, VelaCreation::_USBDATA* usbData);
 
-    /// Tells whether the key of the current job must be formatted: its first sector is compared with that of
-    /// the clone image for its capacity, and the boot file "img1a.sys" is looked for on it. The clone image,
-    /// in the working directory, is first adjusted in place to the capacity. The adjustment may be repeated,
-    /// for the same key or for another, within one process. The key is left unmounted, but for a failure
-    /// while mounting.
+    /// Tells whether the key of the current job must be formatted: its first sector is compared with that
+    /// of the clone image for its capacity, and the boot file "img1a.sys" is looked for on it. The clone
+    /// image, in the working directory, is first adjusted in place to the capacity. The adjustment may be
+    /// repeated, for the same key or for another, within one process. On success the key is left unmounted;
+    /// a failure before the comparison leaves it as it was.
     /// @param[out] format  whether the key must be formatted; unassigned on a failure before the comparison
     /// @return 0 on success, or
     ///         - 101 the key cannot be opened, read, sized or mounted, or the clone image cannot be read,
-    ///         holds
-    ///           no geometry or cannot be written
+    ///           holds no geometry or cannot be written
     ///         - 100 the clone image cannot be opened for reading and writing
     ///         - 106 the mount point cannot be made
     int isBootable(bool& format);

@@ -19,7 +19,8 @@ constexpr const char* BOOT_FILES[] = {
     "boot/bsb1.lss ", "boot/bsb.msg ", "boot/unicode.pf2 ", "boot/splash.xpm.gz ",
 };
 
-// What only network or CD booting needs, and so does not belong into the archive.
+// What the archive goes without. Not the reverse of the list above: grub.cfg stays, and so do directories
+// that are removed without -r.
 struct Removal {
     const char* command;
     const char* path;

@@ -6,8 +6,9 @@
 #include "operation.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
-#include <iomanip>
+#include <locale>
 #include <map>
 #include <sstream>
 

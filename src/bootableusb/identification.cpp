@@ -5,7 +5,6 @@
 #include "operation.h"
 
 #include <array>
-#include <cstdio>
 #include <fstream>
 #include <iomanip>
 #include <locale>
