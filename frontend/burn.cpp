@@ -16,8 +16,9 @@ int burn(const BurnChoices& choices) {
     requireWord(image);
     requireWord(choices.device);
     const auto toolkit = findToolkit();
-    if (toolkit.isOwn)
+    if (toolkit.isOwn) {
         requireTools({"wodim"});
+    }
 
     ConsoleLogger logger(choices.verbose, choices.log);
     VelaCreation::BootableISO builder(logger);
@@ -25,6 +26,7 @@ int burn(const BurnChoices& choices) {
     fs::copy(toolkit.folder / "cdrecord", workDir.path());
     fs::current_path(workDir.path());
     watchForInterrupt();
+    const Report report;
     std::cout << "Burning " << image.string() << " to " << choices.device << std::endl;
 
     const int status = attempt(logger, [&] {
@@ -32,7 +34,7 @@ int burn(const BurnChoices& choices) {
         return builder.BurnISO(image, choices.device, "", !choices.quiet);
     });
     fs::current_path("/");
-    return status;
+    return report.end(status, "Burned " + image.string() + " to " + choices.device);
 }
 
 } // namespace velacreate

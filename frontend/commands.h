@@ -15,7 +15,7 @@ struct JobChoices {
     std::vector<std::string> files;
     bool keep = false;
     bool force = false;
-    bool noVerify = false;
+    bool verify = true;
     bool verbose = false;
     std::string log;
 };

@@ -5,6 +5,8 @@
 
 #include "pathRules.h"
 
+#include <bootableusb.h>
+
 #include <set>
 #include <string>
 #include <vector>
@@ -28,6 +30,9 @@ std::vector<std::string> removableDisks();
 /// @return the device node of a whole disk, links resolved
 /// @throw Refusal when it is none
 fs::path wholeDisk(const std::string& device);
+
+/// @return vendor, model and size of a disk
+VelaCreation::_USBDATA describe(const fs::path& device);
 
 /// Refuses a disk that is not to be made a key.
 /// @param anyDisk  whether a disk that is neither removable nor on USB is fine

@@ -1,23 +1,9 @@
 #include "commands.h"
-#include "consoleLogger.h"
 #include "deviceGuard.h"
-
-#include <bootableusb.h>
 
 #include <iostream>
 
 namespace velacreate {
-
-namespace {
-
-VelaCreation::_USBDATA describe(const fs::path& device) {
-    ConsoleLogger logger(false, "");
-    VelaCreation::_USBDATA about;
-    VelaCreation::BootableUSB(logger).getUSBData(device, &about);
-    return about;
-}
-
-} // namespace
 
 int identify(const std::string& device) {
     const auto about = describe(wholeDisk(device));

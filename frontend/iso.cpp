@@ -11,8 +11,10 @@ namespace {
 
 int readImageBack(const Job& job, const fs::path& image, ConsoleLogger& logger) {
     const TemporaryDirectory contents(image.parent_path());
-    if (runTool({"xorriso", "-osirrox", "on", "-indev", image, "-extract", "/", contents.path()}).status != 0)
+    if (runTool({"xorriso", "-no_rc", "-osirrox", "on", "-indev", image, "-extract", "/", contents.path()})
+            .status != 0) {
         throw std::runtime_error(image.string() + " cannot be read back");
+    }
     return job.compareWith(contents.path(), logger);
 }
 
@@ -29,44 +31,54 @@ int makeIso(const IsoChoices& choices) {
     requireQuotable(image);
     job.requireSafeOutput(image);
     const bool isReplaced = isTaken(image);
-    if (image == job.package() || (isReplaced && !fs::is_regular_file(image)))
+    if (image == job.package() || (isReplaced && !fs::is_regular_file(image))) {
         throw Refusal(shown(image) + " cannot be replaced by an image");
-    if (isReplaced && !job.mayReplace())
+    }
+    if (isReplaced && !job.mayReplace()) {
         throw Refusal(shown(image) + " exists (--force replaces it)");
+    }
     if (!choices.burner.empty()) {
         requireWord(choices.burner);
         requireWord(image);
     }
 
     const auto toolkit = findToolkit();
-    if (job.wantsReadBack() || (toolkit.isOwn && !isPowerPc))
+    if (job.wantsReadBack() || (toolkit.isOwn && !isPowerPc)) {
         requireTools({"xorriso"});
-    if (toolkit.isOwn && isPowerPc)
+    }
+    if (toolkit.isOwn && isPowerPc) {
         requireTools({"genisoimage"});
-    if (toolkit.isOwn && !choices.burner.empty())
+    }
+    if (toolkit.isOwn && !choices.burner.empty()) {
         requireTools({"wodim"});
+    }
 
     ConsoleLogger logger = job.openLogger();
     VelaCreation::BootableISO builder(logger);
-    job.begin("the image " + image.string());
+    const auto report = job.begin("the image " + image.string());
 
     int status = attempt(logger, [&] {
         fs::current_path(toolkit.folder);
         auto files = job.files();
         return builder.CreateISO(job.directory(), image, files, job.package(), isPowerPc ? 2 : 1);
     });
-    if (status != 0 && !isReplaced)
-        fs::remove(image);
-    if (status == 0 && job.wantsReadBack())
+    std::error_code ignored;
+    if (status != 0 && !isReplaced) {
+        fs::remove(image, ignored);
+    }
+    if (status == 0 && job.wantsReadBack()) {
         status = attempt(logger, [&] { return readImageBack(job, image, logger); });
-    if (status == 0 && !choices.burner.empty())
+    }
+    if (status == 0 && !choices.burner.empty()) {
         status = attempt(logger, [&] {
             logger.stopAtMessages(true);
             return builder.BurnISO(image, choices.burner, "", true);
         });
+    }
 
     job.cleanUp(builder);
-    return job.end(status, status == 0 ? sizeText(fs::file_size(image)) : "");
+    const auto size = status == 0 ? sizeText(fs::file_size(image)) : "";
+    return report.end(status, "Made the image " + image.string() + ", " + size);
 }
 
 } // namespace velacreate

@@ -6,7 +6,6 @@
 #include "tools.h"
 
 #include <algorithm>
-#include <iomanip>
 #include <iostream>
 #include <set>
 #include <sstream>
@@ -46,25 +45,31 @@ bool contains(const std::vector<std::string>& names, const std::string& name) {
 std::vector<std::string> topLevelNames(const fs::path& package) {
     const auto listing = runTool({"unzip", "-Z1", package});
     constexpr int READ_WITH_WARNINGS = 1;
-    if (listing.status > READ_WITH_WARNINGS)
+    if (listing.status > READ_WITH_WARNINGS) {
         throw Refusal(shown(package) + " is not a readable zip archive");
+    }
     std::set<std::string> names;
     std::istringstream entries(listing.output);
-    for (std::string entry; std::getline(entries, entry);)
+    for (std::string entry; std::getline(entries, entry);) {
         names.insert(*fs::path(entry).relative_path().lexically_normal().begin());
+    }
     names.erase(".");
     return {names.begin(), names.end()};
 }
 
 void requireCopyable(const fs::path& path) {
     const auto status = fs::symlink_status(path);
-    if (!fs::is_regular_file(status) && !fs::is_directory(status))
+    if (!fs::is_regular_file(status) && !fs::is_directory(status)) {
         throw Refusal("update file " + shown(path) + " is neither a file nor a directory");
-    if (access(path.c_str(), R_OK) != 0)
+    }
+    if (access(path.c_str(), R_OK) != 0) {
         throw Refusal("update file " + shown(path) + " cannot be read");
-    if (fs::is_directory(status))
-        for (const auto& entry : fs::directory_iterator(path))
+    }
+    if (fs::is_directory(status)) {
+        for (const auto& entry : fs::directory_iterator(path)) {
             requireCopyable(entry);
+        }
+    }
 }
 
 } // namespace
@@ -86,27 +91,39 @@ int attempt(ConsoleLogger& logger, const std::function<int()>& step) {
 
 Job::Job(const JobChoices& choices, const std::vector<std::string>& neverArrive)
     : m_choices(choices), m_directory(existing(choices.directory)), m_package(existing(choices.package)) {
-    if (!fs::is_directory(m_directory))
+    if (!fs::is_directory(m_directory)) {
         throw Refusal(shown(m_directory) + " is not a directory");
-    if (m_directory == m_directory.root_path())
+    }
+    if (m_directory == m_directory.root_path()) {
         throw Refusal("a job in '/' would remove /boot");
-    if (!fs::is_regular_file(m_package))
+    }
+    if (!fs::is_regular_file(m_package)) {
         throw Refusal("the tool package " + shown(m_package) + " is not a file");
+    }
     requireWord(m_package);
     m_packageNames = topLevelNames(m_package);
 
-    for (const auto& file : choices.files)
+    for (const auto& entry : fs::directory_iterator(m_directory)) {
+        if (entry.path().filename().string().front() == '-') {
+            throw Refusal(shown(entry.path()) + " has a name that programs would take for an option");
+        }
+    }
+    for (const auto& file : choices.files) {
         checkUpdateFile(file, neverArrive);
+    }
     checkNamesInTheWay();
-    for (const auto& name : m_packageNames)
-        if (isWord(name) && !isTaken(m_directory / name))
+    for (const auto& name : m_packageNames) {
+        if (isWord(name) && !isTaken(m_directory / name)) {
             m_leftovers.push_back(name);
+        }
+    }
     requireSafeOutput(m_package);
     if (!choices.log.empty()) {
         const auto log = inExistingDirectory(choices.log);
         requireSafeOutput(log);
-        if (log == m_package)
+        if (log == m_package) {
             throw Refusal("the log file is the tool package");
+        }
         m_choices.log = log;
     }
 }
@@ -114,106 +131,114 @@ Job::Job(const JobChoices& choices, const std::vector<std::string>& neverArrive)
 void Job::checkUpdateFile(const std::string& given, const std::vector<std::string>& neverArrive) {
     const fs::path asGiven(given);
     auto file = asGiven.lexically_normal();
-    if (!file.has_filename())
+    if (!file.has_filename()) {
         file = file.parent_path();
+    }
     if (file.empty() || file == "." || file.is_absolute() ||
-        std::find(asGiven.begin(), asGiven.end(), "..") != asGiven.end())
+        std::find(asGiven.begin(), asGiven.end(), "..") != asGiven.end()) {
         throw Refusal("update file " + shown(given) + " is not named by its path below " +
                       shown(m_directory));
-    if (given.front() == '-' || file.string().front() == '-')
-        throw Refusal("update file " + shown(given) + " begins with a dash");
-
+    }
     const auto path = m_directory / file;
-    if (!isTaken(path))
+    if (!isTaken(path)) {
         throw Refusal("update file " + shown(given) + " does not exist in " + shown(m_directory));
+    }
     requireCopyable(path);
     const bool isDirectory = fs::is_directory(path);
     requireQuotable(file);
-    if (!isDirectory)
+    if (!isDirectory) {
         requireWord(file.parent_path());
-    if (contains(libraryNames(), *file.begin()))
+    }
+    if (contains(libraryNames(), *file.begin())) {
         throw Refusal("update file " + shown(given) + " has a name that the job uses itself");
-    if (fs::equivalent(path, m_package))
+    }
+    if (fs::equivalent(path, m_package)) {
         throw Refusal("update file " + shown(given) + " is the tool package");
+    }
 
     const auto placeOf = [this](const fs::path& update) {
         return fs::is_directory(m_directory / update) ? update.filename() : update;
     };
     const auto place = placeOf(file);
-    if (contains(neverArrive, *place.begin()))
+    if (place.string().front() == '-') {
+        throw Refusal("update file " + shown(given) + " has a name that programs would take for an option");
+    }
+    if (contains(neverArrive, *place.begin())) {
         throw Refusal("update file " + shown(given) + " has a name that is kept off this medium");
-    for (const auto& other : m_files)
-        if (other != file && placeOf(other) == place)
+    }
+    for (const auto& other : m_files) {
+        if (other != file && placeOf(other) == place) {
             throw Refusal("update files " + shown(other) + " and " + shown(given) +
                           " have one place on the medium");
-    if (!contains(m_files, file))
+        }
+    }
+    if (!contains(m_files, file)) {
         m_files.push_back(file);
+    }
 }
 
 void Job::checkNamesInTheWay() const {
-    if (m_choices.force)
+    if (m_choices.force) {
         return;
+    }
     std::set<std::string> inTheWay;
-    for (const auto& names : {libraryNames(), m_packageNames})
-        for (const auto& name : names)
-            if (isTaken(m_directory / name))
+    for (const auto& names : {libraryNames(), m_packageNames}) {
+        for (const auto& name : names) {
+            if (isTaken(m_directory / name)) {
                 inTheWay.insert(shown(name));
-    if (inTheWay.empty())
+            }
+        }
+    }
+    if (inTheWay.empty()) {
         return;
+    }
     std::string list;
-    for (const auto& name : inTheWay)
+    for (const auto& name : inTheWay) {
         list += (list.empty() ? "" : ", ") + name;
+    }
     throw Refusal("the job would overwrite or remove " + list + " in " + shown(m_directory) +
                   " (--force lets it)");
 }
 
 void Job::requireSafeOutput(const fs::path& output) const {
-    for (const auto& names : {libraryNames(), m_packageNames})
-        for (const auto& name : names)
-            if (isWithin(output, m_directory / name))
+    for (const auto& names : {libraryNames(), m_packageNames}) {
+        for (const auto& name : names) {
+            if (isWithin(output, m_directory / name)) {
                 throw Refusal(shown(output) + " would lie among the job's own files");
-    for (const auto& file : m_files)
-        if (isWithin(output, fs::canonical(m_directory / file)))
+            }
+        }
+    }
+    for (const auto& file : m_files) {
+        if (isWithin(output, fs::canonical(m_directory / file))) {
             throw Refusal(shown(output) + " is, or lies in, the update file " + shown(file));
+        }
+    }
 }
 
 ConsoleLogger Job::openLogger() const {
     return {m_choices.verbose, m_choices.log};
 }
 
-void Job::begin(const std::string& product) {
-    m_product = product;
-    m_start = std::chrono::steady_clock::now();
+Report Job::begin(const std::string& product) const {
     fs::current_path(m_directory);
     watchForInterrupt();
-    std::cout << "Making " << m_product << " from " << m_package.string() << " and " << m_files.size()
+    std::cout << "Making " << product << " from " << m_package.string() << " and " << m_files.size()
               << (m_files.size() == 1 ? " update file" : " update files") << std::endl;
+    return {};
 }
 
 int Job::compareWith(const fs::path& medium, ConsoleLogger& logger) const {
     const auto differences = differingFiles(m_directory, m_files, medium);
-    for (const auto& file : differences)
+    for (const auto& file : differences) {
         logger.logMessage(0, "Update file " + file + " differs on the medium");
+    }
     return differences.empty() ? 0 : EXIT_DIFFERENT;
 }
 
 void Job::cleanUp(BootableMedia& builder) const {
-    if (!m_choices.keep)
+    if (!m_choices.keep) {
         builder.removeTempFilesAndDirs(m_leftovers);
-}
-
-int Job::end(int status, const std::string& size) const {
-    using std::chrono::seconds;
-    const auto taken =
-        std::chrono::duration_cast<seconds>(std::chrono::steady_clock::now() - m_start).count();
-    if (status == 0)
-        std::cout << "Made " << m_product << ", " << size << ", in " << taken / 60 << " min " << taken % 60
-                  << " s" << (m_choices.noVerify ? "" : ", and read it back") << std::endl;
-    else if (status == EXIT_INTERRUPTED)
-        std::cerr << "velacreate: interrupted\n";
-    else
-        std::cerr << "velacreate: failed with code " << status << "\n";
-    return status;
+    }
 }
 
 const fs::path& Job::directory() const {
@@ -233,17 +258,7 @@ bool Job::mayReplace() const {
 }
 
 bool Job::wantsReadBack() const {
-    return !m_choices.noVerify;
-}
-
-std::string sizeText(std::uintmax_t bytes) {
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(1);
-    if (bytes >= 1U << 30U)
-        text << static_cast<double>(bytes) / (1U << 30U) << " GiB";
-    else
-        text << static_cast<double>(bytes) / (1U << 20U) << " MiB";
-    return text.str();
+    return m_choices.verify;
 }
 
 } // namespace velacreate

@@ -6,9 +6,8 @@
 #include "commands.h"
 #include "consoleLogger.h"
 #include "pathRules.h"
+#include "report.h"
 
-#include <chrono>
-#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -32,7 +31,7 @@ public:
     ConsoleLogger openLogger() const;
 
     /// Says what will be made, and enters the working directory. Nothing is refused from here on.
-    void begin(const std::string& product);
+    Report begin(const std::string& product) const;
 
     /// Compares all update files with their copies on a medium, and logs each that differs.
     /// @return 0 or EXIT_DIFFERENT
@@ -40,10 +39,6 @@ public:
 
     /// Removes what the job left in the working directory.
     void cleanUp(VelaCreation::BootableMedia& builder) const;
-
-    /// Says how the job ended.
-    /// @return the status
-    int end(int status, const std::string& size) const;
 
     const fs::path& directory() const;
     const fs::path& package() const;
@@ -64,12 +59,7 @@ private:
     std::vector<std::string> m_packageNames; ///< at the package's top level
     std::vector<std::string> m_files;
     std::vector<std::string> m_leftovers; ///< of the package's, beyond what the library removes
-    std::string m_product;
-    std::chrono::steady_clock::time_point m_start;
 };
-
-/// @return a size in bytes with a unit in multiples of 1,024
-std::string sizeText(std::uintmax_t bytes);
 
 } // namespace velacreate
 

@@ -25,8 +25,7 @@ void addJobOptions(CLI::App& command, JobChoices& job) {
         ->type_name("FILE");
     command.add_flag("--keep", job.keep, "Leave the working files");
     command.add_flag("--force", job.force, "Overwrite and remove what is in the way");
-    command.add_flag("--no-verify", job.noVerify, "Do not read the medium back");
-    command.add_flag("--verify{false}", job.noVerify, "Read the medium back and compare (as is the rule)");
+    command.add_flag("--verify,!--no-verify", job.verify, "Read the medium back and compare (the rule)");
     addLogOptions(command, job.verbose, job.log);
 }
 

@@ -24,9 +24,10 @@ std::string nameOf(char character) {
 
 void requireFreeOf(const char* active, const std::string& text) {
     const auto found = text.find_first_of(active);
-    if (found != std::string::npos)
+    if (found != std::string::npos) {
         throw Refusal(shown(text) + " holds " + nameOf(text[found]) +
                       ", which the shell would not take as it is");
+    }
 }
 
 } // namespace
@@ -50,19 +51,22 @@ void requireQuotable(const std::string& text) {
 fs::path existing(const std::string& path) {
     std::error_code error;
     auto found = fs::canonical(path, error);
-    if (error)
+    if (error) {
         throw Refusal(shown(path) + ": " + error.message());
+    }
     return found;
 }
 
 fs::path inExistingDirectory(const std::string& path) {
     const auto absolute = fs::absolute(path);
     const auto name = absolute.filename();
-    if (name.empty() || name == "." || name == "..")
+    if (name.empty() || name == "." || name == "..") {
         return existing(path);
+    }
     const auto directory = existing(absolute.parent_path());
-    if (!fs::is_directory(directory))
+    if (!fs::is_directory(directory)) {
         throw Refusal(shown(directory) + " is not a directory");
+    }
     return directory / name;
 }
 

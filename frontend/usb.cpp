@@ -38,44 +38,48 @@ void requireFat(const fs::path& image) {
                        bytesPerSector >= 512 && bytesPerSector <= 4096 && isPowerOfTwo(sectorsPerCluster) &&
                        (sector[14] != 0 || sector[15] != 0) && (sector[16] == 1 || sector[16] == 2) &&
                        sector[21] >= 0xF0;
-    if (!isFat)
+    if (!isFat) {
         throw Refusal(shown(image) + " holds no FAT file system at byte " +
                       std::to_string(FILE_SYSTEM_OFFSET));
+    }
 }
 
 /// The library makes the mount point anew, whatever is in it.
 void requireFreeMountPoint() {
     const fs::path place = BootableUSB::MOUNT_POINT;
-    if (isTaken(place) && !(fs::is_directory(place) && fs::is_empty(place)))
+    if (isTaken(place) && !(fs::is_directory(place) && fs::is_empty(place))) {
         throw Refusal(shown(place) + " is in use or not empty, and would be removed");
+    }
 }
 
 void requireConsent(const fs::path& device, const std::string& description, const UsbChoices& choices) {
     const auto places = mountedPlaces(device.filename());
     std::cout << device.string() << ": " << description << ", "
               << (places.empty() ? "not mounted" : "mounted on " + places) << std::endl;
-    if (choices.yes)
+    if (choices.yes) {
         return;
-    if (isatty(STDIN_FILENO) == 0)
+    }
+    if (isatty(STDIN_FILENO) == 0) {
         throw Refusal("without a terminal, only --yes lets the key be changed");
+    }
     std::cout << (choices.format == "never" ? "It will be filled"
                                             : "It will be filled, and formatted where needed")
               << ". Type yes to go on: " << std::flush;
     std::string answer;
     std::getline(std::cin, answer);
-    if (answer != "yes")
+    if (answer != "yes") {
         throw Refusal("the key was left as it is");
+    }
 }
 
 /// Unmounts the key, if need be under the hands of another program.
-void release(BootableUSB& builder, const std::string& disk) {
+void release(BootableUSB& builder) {
     builder.unMountUsb();
     for (const auto& mount : mounts()) {
-        if (mount.place != BootableUSB::MOUNT_POINT && mount.disks.count(disk) == 0)
-            continue;
-        umount2(mount.place.c_str(), MNT_DETACH);
-        std::cerr << "velacreate: " << mount.place
-                  << " is in use by another program; the key is free when it ends\n";
+        if (mount.place == BootableUSB::MOUNT_POINT && umount2(mount.place.c_str(), MNT_DETACH) == 0) {
+            std::cerr << "velacreate: another program still uses the key; it is free when that ends"
+                      << std::endl;
+        }
     }
     sync();
 }
@@ -91,52 +95,60 @@ int makeUsbKey(const UsbChoices& choices) {
     const auto key = isImage ? existing(choices.image) : wholeDisk(choices.device);
     requireWord(key);
     if (isImage) {
-        if (choices.format == "always")
+        if (choices.format == "always") {
             throw Refusal("an image is not formatted; leave out --format always");
+        }
         requireFat(key);
         job.requireSafeOutput(key);
     } else {
-        if (choices.format != "never")
+        if (choices.format != "never") {
             requireTools({"mkfs", "mkfs.vfat", "sfdisk"});
+        }
         requireKey(key, choices.anyDisk);
     }
     requireFreeMountPoint();
 
-    ConsoleLogger logger = job.openLogger();
-    BootableUSB builder(logger);
     std::string size = isImage ? sizeText(fs::file_size(key)) : "";
     if (!isImage) {
-        VelaCreation::_USBDATA about;
-        builder.getUSBData(key, &about);
+        const auto about = describe(key);
         size = about.size;
         requireConsent(key, about.vendor + " " + about.model + ", " + size, choices);
     }
-    job.begin(isImage ? "the key image " + key.string() + " (the library first looks for an absent key)"
-                      : "the key " + key.string());
 
-    if (isImage)
+    ConsoleLogger logger = job.openLogger();
+    BootableUSB builder(logger);
+    const auto product = (isImage ? "the key image " : "the key ") + key.string();
+    const auto report = job.begin(product);
+
+    if (isImage) {
         setenv(SOFT_KEY, key.c_str(), 1);
-    else
+    } else {
         unsetenv(SOFT_KEY);
+    }
     const std::string device = isImage ? NO_KEY : key.string();
+    if (isImage) {
+        std::cout << "(The library reports that there is no key before it turns to the image.)" << std::endl;
+    }
     int status = attempt(logger, [&] {
         bool isInitialized = false;
         bool format = choices.format == "always";
         int result = builder.init(job.directory(), device, job.files(), job.package(), isInitialized);
-        if (result == 0 && choices.format == "auto" && !isImage)
+        if (result == 0 && choices.format == "auto" && !isImage) {
             result = builder.isBootable(format);
+        }
         return result != 0 ? result : builder.CreateUSBKey(format);
     });
-    release(builder, isImage ? "" : key.filename().string());
-    if (status == 0 && job.wantsReadBack())
+    release(builder);
+    if (status == 0 && job.wantsReadBack()) {
         status = attempt(logger, [&] {
             const ReadOnlyMount medium(isImage ? key.string() : device + "4",
                                        isImage ? ",loop,offset=" + std::to_string(FILE_SYSTEM_OFFSET) : "");
             return job.compareWith(medium.path(), logger);
         });
+    }
 
     job.cleanUp(builder);
-    return job.end(status, size);
+    return report.end(status, "Made " + product + ", " + size);
 }
 
 } // namespace velacreate
