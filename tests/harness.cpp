@@ -55,7 +55,7 @@ void mountEmpty(const std::string& place) {
 
 /// Out of the host's reach: the library unmounts /mnt and removes "boot" where it stands.
 void leaveHost() {
-    if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_PRIVATE | MS_REC, nullptr) != 0) {
+    if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", "none", MS_PRIVATE | MS_REC, nullptr) != 0) {
         throw std::runtime_error("no mount namespace of their own; these tests run as root only");
     }
     for (const char* place : {"/mnt", "/boot", "/var/log", "/srv"}) {
