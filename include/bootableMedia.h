@@ -65,14 +65,14 @@ constexpr int VELASTATUS_IN_PROGRESS = 20;
 /// @name Tags of the status file
 /// A record is all of them in this order, with the code, the message and the step number in between.
 /// @{
-const std::string CLI_ERROR = "<CLIERROR>";
-const std::string CLI_ERROR_CODE = "\n\t<CODE>";
-const std::string CLI_ERROR_CODE_E = "</CODE>";
-const std::string CLI_ERROR_MESSAGE = "\n\t<MESSAGE>";
-const std::string CLI_ERROR_MESSAGE_E = "</MESSAGE>";
-const std::string CLI_STEP_SERIAL = "\n\t<STEPSERIAL>";
-const std::string CLI_STEP_SERIAL_E = "</STEPSERIAL>";
-const std::string CLI_ERROR_E = "\n</CLIERROR>";
+const std::string CLI_ERROR = "<CLIERROR>";             ///< opens the record
+const std::string CLI_ERROR_CODE = "\n\t<CODE>";        ///< before the status code
+const std::string CLI_ERROR_CODE_E = "</CODE>";         ///< after the status code
+const std::string CLI_ERROR_MESSAGE = "\n\t<MESSAGE>";  ///< before the step's text
+const std::string CLI_ERROR_MESSAGE_E = "</MESSAGE>";   ///< after the step's text
+const std::string CLI_STEP_SERIAL = "\n\t<STEPSERIAL>"; ///< before the step's number
+const std::string CLI_STEP_SERIAL_E = "</STEPSERIAL>";  ///< after the step's number
+const std::string CLI_ERROR_E = "\n</CLIERROR>";        ///< closes the record
 /// @}
 
 /// What all media builders share: the caller's logger, the file operations (run as shell commands), the
@@ -152,14 +152,18 @@ public:
 
     /// Logs every line of a text file at level 2, then one empty message. Logs nothing for a file that
     /// cannot be opened.
+    /// @param path  the file
     void writeFileToLog(std::string path);
 
     /// Logs every non-empty line of a text file at level 0. Logs nothing for a file that cannot be opened.
+    /// @param path  the file
     void saveFile(std::string path);
 
+    /// @param path  a file or a directory
     /// @return whether the path can be opened for reading; true for a readable directory, too
     bool isFileExist(const std::string& path);
 
+    /// @param path  a file or a directory
     /// @return whether the path, followed through symbolic links, is a directory
     bool isDirExists(const std::string& path);
 
@@ -169,8 +173,9 @@ public:
     /// @return false when the file is missing (no command is run) or cannot be copied
     bool copyFile(const std::string& name, const std::string& destDir);
 
-    /// Copies the contents of a directory, but for entries whose names begin with a dot. Both paths are put
-    /// into the command bare.
+    /// Copies the contents of a directory, but for entries whose names begin with a dot.
+    /// @param srcDir   the directory to copy from; put into the command bare
+    /// @param destDir  the directory to copy into; put into the command bare
     /// @return false, after logging "system(cmd) failed " and the command, when the copy fails, as it does
     ///         for a source without a visible entry
     bool copyDir(const std::string& srcDir, const std::string& destDir);

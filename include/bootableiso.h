@@ -14,12 +14,12 @@ public:
     /// Each is put between the tool's name and the quoted name of the image. `CreateISO` uses
     /// XORRISO_PAR_LINUX and XORRISO_PAR_PPC.
     /// @{
-    static const std::string MKISOFS_PAR_WINDOWS;
-    static const std::string MKISOFS_PAR_LINUX;
-    static const std::string MKISOFS_PAR_PPC;
-    static const std::string XORRISO_PAR_WINDOWS;
-    static const std::string XORRISO_PAR_LINUX;
-    static const std::string XORRISO_PAR_PPC;
+    static const std::string MKISOFS_PAR_WINDOWS; ///< mkisofs, BIOS boot image
+    static const std::string MKISOFS_PAR_LINUX;   ///< the same
+    static const std::string MKISOFS_PAR_PPC;     ///< mkisofs, no boot record
+    static const std::string XORRISO_PAR_WINDOWS; ///< xorriso, EFI boot image
+    static const std::string XORRISO_PAR_LINUX;   ///< the same: platform 1
+    static const std::string XORRISO_PAR_PPC;     ///< xorriso, for PowerPC: platform 2
     /// @}
 
     /// @param logger  must outlive the builder
