@@ -13,7 +13,11 @@ int identify(const std::string& device) {
 }
 
 int listDisks() {
-    for (const auto& disk : removableDisks()) {
+    const auto disks = removableDisks();
+    if (disks.empty()) {
+        std::cerr << "There is no removable or USB disk." << std::endl;
+    }
+    for (const auto& disk : disks) {
         const auto device = "/dev/" + disk;
         const auto about = describe(device);
         const auto places = mountedPlaces(disk);

@@ -23,7 +23,7 @@ void watchForInterrupt() {
     // pending nevertheless. The commands inherit the block and run to their end.
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     // A reader that closes our output must not leave a key mounted.
-    std::signal(SIGPIPE, SIG_IGN);
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     std::thread([signals] {
         for (int number = 0; sigwait(&signals, &number) == 0;) {
             if (!interruptNoted.exchange(true)) {

@@ -24,14 +24,15 @@ int makeIso(const IsoChoices& choices) {
     const bool isPowerPc = choices.platform == "ppc";
     requireRoot();
     requireTools({"unzip"});
-    Job job(choices.job, {"pxelinux.cfg", "pxelinux.0"});
+    const std::string bootCatalog = "boot.catalog"; // written by the ISO tool in a file's place
+    Job job(choices.job, {"pxelinux.cfg", "pxelinux.0", isPowerPc ? "" : bootCatalog});
     requireQuotable(job.directory());
 
     const auto image = inExistingDirectory(choices.output);
     requireQuotable(image);
     job.requireSafeOutput(image);
     const bool isReplaced = isTaken(image);
-    if (image == job.package() || (isReplaced && !fs::is_regular_file(image))) {
+    if (isReplaced && !fs::is_regular_file(image)) {
         throw Refusal(shown(image) + " cannot be replaced by an image");
     }
     if (isReplaced && !job.mayReplace()) {

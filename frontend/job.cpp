@@ -6,6 +6,7 @@
 #include "tools.h"
 
 #include <algorithm>
+#include <fnmatch.h>
 #include <iostream>
 #include <set>
 #include <sstream>
@@ -117,14 +118,11 @@ Job::Job(const JobChoices& choices, const std::vector<std::string>& neverArrive)
             m_leftovers.push_back(name);
         }
     }
-    requireSafeOutput(m_package);
+    requireSurvival(m_package);
     if (!choices.log.empty()) {
         const auto log = inExistingDirectory(choices.log);
         requireSafeOutput(log);
-        if (log == m_package) {
-            throw Refusal("the log file is the tool package");
-        }
-        m_choices.log = log;
+        m_log = log;
     }
 }
 
@@ -156,23 +154,22 @@ void Job::checkUpdateFile(const std::string& given, const std::vector<std::strin
         throw Refusal("update file " + shown(given) + " is the tool package");
     }
 
-    const auto placeOf = [this](const fs::path& update) {
-        return fs::is_directory(m_directory / update) ? update.filename() : update;
-    };
-    const auto place = placeOf(file);
+    const auto place = isDirectory ? file.filename() : file;
     if (place.string().front() == '-') {
         throw Refusal("update file " + shown(given) + " has a name that programs would take for an option");
     }
-    if (contains(neverArrive, *place.begin())) {
+    const auto isOfTopName = [&](const std::string& pattern) {
+        return fnmatch(pattern.c_str(), place.begin()->c_str(), 0) == 0;
+    };
+    if (std::any_of(neverArrive.begin(), neverArrive.end(), isOfTopName)) {
         throw Refusal("update file " + shown(given) + " has a name that is kept off this medium");
     }
-    for (const auto& other : m_files) {
-        if (other != file && placeOf(other) == place) {
-            throw Refusal("update files " + shown(other) + " and " + shown(given) +
-                          " have one place on the medium");
-        }
+    const auto [known, isNew] = m_places.try_emplace(place, file);
+    if (!isNew && known->second != file) {
+        throw Refusal("update files " + shown(known->second) + " and " + shown(given) +
+                      " have one place on the medium");
     }
-    if (!contains(m_files, file)) {
+    if (isNew) {
         m_files.push_back(file);
     }
 }
@@ -200,23 +197,33 @@ void Job::checkNamesInTheWay() const {
                   " (--force lets it)");
 }
 
-void Job::requireSafeOutput(const fs::path& output) const {
+void Job::requireSurvival(const fs::path& path) const {
     for (const auto& names : {libraryNames(), m_packageNames}) {
         for (const auto& name : names) {
-            if (isWithin(output, m_directory / name)) {
-                throw Refusal(shown(output) + " would lie among the job's own files");
+            if (isWithin(path, m_directory / name)) {
+                throw Refusal(shown(path) + " would lie among the job's own files");
             }
         }
+    }
+}
+
+void Job::requireSafeOutput(const fs::path& output) const {
+    requireSurvival(output);
+    if (output == m_package) {
+        throw Refusal(shown(output) + " is the tool package");
     }
     for (const auto& file : m_files) {
         if (isWithin(output, fs::canonical(m_directory / file))) {
             throw Refusal(shown(output) + " is, or lies in, the update file " + shown(file));
         }
     }
+    if (isWithin(m_log, output)) {
+        throw Refusal(shown(output) + " is, or holds, the log file");
+    }
 }
 
 ConsoleLogger Job::openLogger() const {
-    return {m_choices.verbose, m_choices.log};
+    return {m_choices.verbose, m_log};
 }
 
 Report Job::begin(const std::string& product) const {

@@ -9,6 +9,7 @@
 #include "report.h"
 
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -21,7 +22,8 @@ int attempt(ConsoleLogger& logger, const std::function<int()>& step);
 /// A job whose inputs have been checked.
 class Job {
 public:
-    /// @param neverArrive  names that the workflow removes from the medium itself
+    /// @param neverArrive  patterns of the names that the workflow leaves out of, or removes from, the
+    /// medium's top
     Job(const JobChoices& choices, const std::vector<std::string>& neverArrive);
 
     /// Refuses an output that the job would take for its own, remove or read as an input.
@@ -52,13 +54,16 @@ public:
 private:
     void checkUpdateFile(const std::string& given, const std::vector<std::string>& neverArrive);
     void checkNamesInTheWay() const;
+    void requireSurvival(const fs::path& path) const;
 
     JobChoices m_choices;
     fs::path m_directory;
     fs::path m_package;
+    fs::path m_log;
     std::vector<std::string> m_packageNames; ///< at the package's top level
     std::vector<std::string> m_files;
-    std::vector<std::string> m_leftovers; ///< of the package's, beyond what the library removes
+    std::map<std::string, std::string> m_places; ///< on the medium, and the update file for each
+    std::vector<std::string> m_leftovers;        ///< of the package's, beyond what the library removes
 };
 
 } // namespace velacreate

@@ -29,9 +29,7 @@ void addJobOptions(CLI::App& command, JobChoices& job) {
     addLogOptions(command, job.verbose, job.log);
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
+int runCommand(int argc, char** argv) {
     CLI::App app("Makes bootable service media.", "velacreate");
     app.require_subcommand(1);
     std::function<int()> run;
@@ -82,9 +80,17 @@ int main(int argc, char** argv) {
 
     try {
         app.parse(argc, argv);
-        return run();
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : EXIT_REFUSED;
+    }
+    return run();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return runCommand(argc, argv);
     } catch (const std::exception& error) {
         std::cerr << "velacreate: " << error.what() << std::endl;
         return EXIT_REFUSED;

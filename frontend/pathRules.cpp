@@ -1,32 +1,25 @@
 #include "pathRules.h"
 
 #include <algorithm>
+#include <cctype>
 
 namespace velacreate {
 
 namespace {
 
-constexpr const char* ACTIVE_BARE = " \t\n\"'\\;&|<>()$`*?[]{}";
-constexpr const char* ACTIVE_IN_QUOTES = "\"\\$`\n";
+constexpr const char* ACTIVE_BARE = " \"'\\;&|<>()$`*?[]{}";
+constexpr const char* ACTIVE_IN_QUOTES = "\"\\$`";
 
-std::string nameOf(char character) {
-    switch (character) {
-    case ' ':
-        return "a blank";
-    case '\t':
-        return "a tab";
-    case '\n':
-        return "a line feed";
-    default:
-        return std::string("the character ") + character;
-    }
-}
-
-void requireFreeOf(const char* active, const std::string& text) {
-    const auto found = text.find_first_of(active);
-    if (found != std::string::npos) {
-        throw Refusal(shown(text) + " holds " + nameOf(text[found]) +
-                      ", which the shell would not take as it is");
+void requireFreeOf(const std::string& active, const std::string& text) {
+    for (const char character : text) {
+        const auto code = static_cast<unsigned char>(character);
+        if (std::iscntrl(code) != 0) {
+            throw Refusal(shown(text) + " holds the control character " + std::to_string(code));
+        }
+        if (active.find(character) != std::string::npos) {
+            const auto name = character == ' ' ? "a blank" : std::string("the character ") + character;
+            throw Refusal(shown(text) + " holds " + name + ", which the shell would not take as it is");
+        }
     }
 }
 
@@ -37,7 +30,8 @@ std::string shown(const std::string& text) {
 }
 
 bool isWord(const std::string& text) {
-    return !text.empty() && text.front() != '-' && text.find_first_of(ACTIVE_BARE) == std::string::npos;
+    return !text.empty() && text.front() != '-' && text.find_first_of(ACTIVE_BARE) == std::string::npos &&
+           std::none_of(text.begin(), text.end(), [](unsigned char code) { return std::iscntrl(code) != 0; });
 }
 
 void requireWord(const std::string& text) {

@@ -62,8 +62,9 @@ int readPackageBack(const Job& job, const fs::path& output, ConsoleLogger& logge
 int makePxePackage(const PxeChoices& choices) {
     requireRoot();
     requireTools({"unzip", "zip"});
-    Job job(choices.job, {"pxelinux.cfg", "img2a", "img3a", "pxelinux.0", "isolinux.bin", "img1a.cfg",
-                          "ksrootfs", "bsb1.lss", "bsb.msg", "splash.xpm.gz", "unicode.pf2", "efibootimg"});
+    Job job(choices.job,
+            {"pxelinux.cfg", "img2a", "img3a", "pxelinux.0", "isolinux.bin", "img1a.cfg", "ksrootfs",
+             "bsb1.lss", "bsb.msg", "splash.xpm.gz", "unicode.pf2", "efibootimg", ".*"});
 
     const auto output = inExistingDirectory(choices.output);
     requireQuotable(output);

@@ -40,6 +40,7 @@ ToolResult runTool(const std::vector<std::string>& command) {
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
 
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const auto& argument : command) {
         arguments.push_back(const_cast<char*>(argument.c_str()));
     }

@@ -1,5 +1,6 @@
 #include "commands.h"
 #include "deviceGuard.h"
+#include "interrupt.h"
 #include "job.h"
 #include "readBack.h"
 #include "tools.h"
@@ -62,9 +63,10 @@ void requireConsent(const fs::path& device, const std::string& description, cons
     if (isatty(STDIN_FILENO) == 0) {
         throw Refusal("without a terminal, only --yes lets the key be changed");
     }
-    std::cout << (choices.format == "never" ? "It will be filled"
-                                            : "It will be filled, and formatted where needed")
-              << ". Type yes to go on: " << std::flush;
+    const std::string formatting = choices.format == "always" ? "formatted and "
+                                   : choices.format == "auto" ? "formatted if need be, and "
+                                                              : "";
+    std::cout << "Its fourth partition will be " << formatting << "filled. Type yes to go on: " << std::flush;
     std::string answer;
     std::getline(std::cin, answer);
     if (answer != "yes") {
@@ -81,7 +83,6 @@ void release(BootableUSB& builder) {
                       << std::endl;
         }
     }
-    sync();
 }
 
 } // namespace
@@ -120,13 +121,10 @@ int makeUsbKey(const UsbChoices& choices) {
     const auto product = (isImage ? "the key image " : "the key ") + key.string();
     const auto report = job.begin(product);
 
+    const std::string device = isImage ? NO_KEY : key.string();
+    unsetenv(SOFT_KEY);
     if (isImage) {
         setenv(SOFT_KEY, key.c_str(), 1);
-    } else {
-        unsetenv(SOFT_KEY);
-    }
-    const std::string device = isImage ? NO_KEY : key.string();
-    if (isImage) {
         std::cout << "(The library reports that there is no key before it turns to the image.)" << std::endl;
     }
     int status = attempt(logger, [&] {
@@ -136,7 +134,8 @@ int makeUsbKey(const UsbChoices& choices) {
         if (result == 0 && choices.format == "auto" && !isImage) {
             result = builder.isBootable(format);
         }
-        return result != 0 ? result : builder.CreateUSBKey(format);
+        // Formatting comes before the library's own checkpoint.
+        return result != 0 || isInterrupted() ? result : builder.CreateUSBKey(format);
     });
     release(builder);
     if (status == 0 && job.wantsReadBack()) {
