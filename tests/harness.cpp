@@ -21,8 +21,7 @@ Recording recording;
 
 namespace {
 
-const std::string JOB = "/srv/job";
-const std::string PACKAGE = "/srv/tool.zip";
+const std::string MOUNT_POINT = "/mnt/VelaCreationUSBKey";
 
 bool beginsWith(const std::string& text, const std::string& beginning) {
     return text.compare(0, beginning.size(), beginning) == 0;
@@ -33,46 +32,71 @@ int runForReal(const std::string& command) {
     return real(command.c_str());
 }
 
+void require(bool done, const std::string& what) {
+    if (!done) {
+        throw std::runtime_error(what + " failed (these tests run as root only)");
+    }
+}
+
 /// Standard output as the library sees it: a text counts when it is flushed.
 class Console : public std::stringbuf {
     int sync() override {
-        static const std::regex record(
-            R"(<CLIERROR>\n\t<CODE>20</CODE>\n\t<MESSAGE>(.*)</MESSAGE>\n\t<STEPSERIAL>(.*)</STEPSERIAL>\n</CLIERROR>)");
+        static const std::regex record(R"(<CLIERROR>\n\t<CODE>20</CODE>\n\t<MESSAGE>(.*)</MESSAGE>)"
+                                       R"(\n\t<STEPSERIAL>(.*)</STEPSERIAL>\n</CLIERROR>)");
         const std::string status = contentOf("/var/log/Norvane_Support/talo_cli.xml");
-        const std::string text = str();
-        recording.events.push_back("# " + std::regex_replace(status, record, "$2 $1") + "|" +
-                                   text.substr(0, text.find('\n')));
+        const std::string line = str().substr(0, str().find('\n'));
+        recording.events.push_back("# " + std::regex_replace(status, record, "$2 $1") + "|" + line);
         str("");
         return 0;
     }
 };
 
-void mountEmpty(const std::string& place) {
-    if (mount("none", place.c_str(), "tmpfs", 0, nullptr) != 0) {
-        throw std::runtime_error("cannot mount over " + place + "; these tests run as root only");
-    }
-}
-
 /// Out of the host's reach: the library unmounts /mnt and removes "boot" where it stands.
 void leaveHost() {
-    if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", "none", MS_PRIVATE | MS_REC, nullptr) != 0) {
-        throw std::runtime_error("no mount namespace of their own; these tests run as root only");
-    }
+    require(unshare(CLONE_NEWNS) == 0, "unshare");
+    require(mount("none", "/", nullptr, MS_PRIVATE | MS_REC, nullptr) == 0, "mount");
     for (const char* place : {"/mnt", "/boot", "/var/log", "/srv"}) {
-        mountEmpty(place);
+        require(mount("none", place, "tmpfs", 0, nullptr) == 0, place);
     }
     fs::create_directory("/var/log/Norvane_Support");
     setenv("PATH", "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin", 1);
     unsetenv("TALO_SOFT_USBKEY");
 }
 
-void makePackage() {
-    shell("cd /srv && mkdir -p boot/pxelinux.cfg boot/ppc/chrp boot/EFI && cd boot && head -c 4096 /dev/zero "
-          ">efibootimg &&"
-          " for f in grub.cfg img2a img3a pxelinux.0 ksrootfs bsb1.lss bsb.msg unicode.pf2 splash.xpm.gz "
-          "img1a.cfg"
-          " isolinux.bin pxelinux.cfg/default ppc/chrp/yaboot; do echo $f >$f; done && touch ../init1.img &&"
-          " cd .. && zip -qr tool.zip boot init1.img && rm -r boot init1.img");
+/// What a job finds, to be copied for each.
+void makeFixture() {
+    shell(R"(
+        mkdir -p /srv/fixture/mounted /srv/fixture/work/sub /srv/fixture/work/folder/inner && cd /srv/fixture
+        printf '#!/bin/sh\necho imaging\ntouch job.iso\n' >xorriso && cp xorriso cdrecord && chmod +x xorriso cdrecord
+        cd work && for f in a.txt 'b c.txt' zephyn sub/d.txt folder/inner/e.txt; do echo "$f" >"$f"; done
+        mkdir -p boot/pxelinux.cfg boot/ppc/chrp && head -c 4096 /dev/zero >boot/efibootimg && touch init1.img
+        for f in grub.cfg img2a img3a pxelinux.0 ksrootfs bsb1.lss bsb.msg unicode.pf2 splash.xpm.gz img1a.cfg \
+            isolinux.bin pxelinux.cfg/default ppc/chrp/yaboot; do echo $f >boot/$f; done
+        zip -qr tool.zip boot init1.img && rm -r boot init1.img)");
+}
+
+struct Step {
+    std::string event;
+    Lines onFailure;
+    int result = 0;
+    std::size_t skipped = 0;
+};
+
+std::vector<Step> stepsOf(const std::string& job) {
+    std::vector<Step> steps;
+    for (const std::string& line : events(contentOf(TESTS_DIR "/events/" + job + ".txt"))) {
+        if (beginsWith(line, "@ ")) {
+            const auto included = stepsOf(line.substr(2));
+            steps.insert(steps.end(), included.begin(), included.end());
+        } else if (beginsWith(line, "  => ")) {
+            std::istringstream(line.substr(5)) >> steps.back().result >> steps.back().skipped;
+        } else if (beginsWith(line, "  ")) {
+            steps.back().onFailure.push_back(line.substr(2));
+        } else {
+            steps.push_back({line, {}});
+        }
+    }
+    return steps;
 }
 
 } // namespace
@@ -111,25 +135,33 @@ int RecordingLogger::checkpoint(int level, const std::string& message) {
 }
 
 Lines events(const std::string& text) {
-    std::istringstream lines(std::regex_replace(text, std::regex(">>\n"), ">stdout.txt 2>&1\n"));
+    const std::string captured = std::regex_replace(text, std::regex(">>(\n|$)"), ">stdout.txt 2>&1\n");
+    std::istringstream lines(std::regex_replace(captured, std::regex("<blank>"), " "));
     Lines result;
     for (std::string line; std::getline(lines, line);) {
-        if (!line.empty()) {
-            result.push_back(line);
-        }
+        result.push_back(line);
     }
     return result;
 }
 
-Lines operator+(Lines first, const Lines& second) {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
+std::pair<Lines, int> eventsOf(const std::string& job, int failing) {
+    std::pair<Lines, int> expected;
+    const auto steps = stepsOf(job);
+    int commands = 0;
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        const Step& step = steps[i];
+        expected.first.push_back(step.event);
+        if (beginsWith(step.event, "$ ") && ++commands == failing) {
+            expected.first.insert(expected.first.end(), step.onFailure.begin(), step.onFailure.end());
+            expected.second = step.result;
+            i = step.result != 0 ? steps.size() : i + step.skipped;
+        }
+    }
+    return expected;
 }
 
 void shell(const std::string& command) {
-    if (runForReal(command) != 0) {
-        throw std::runtime_error("failed: " + command);
-    }
+    require(runForReal("set -e\n" + command) == 0, command);
 }
 
 std::string contentOf(const std::string& path) {
@@ -138,107 +170,74 @@ std::string contentOf(const std::string& path) {
     return content.str();
 }
 
-std::string bytesOf(const std::string& path, int offset, int count) {
-    const std::string content = contentOf(path);
-    std::ostringstream hex;
-    for (int i = offset; i < offset + count; ++i) {
-        const unsigned byte = static_cast<unsigned char>(content.at(static_cast<std::size_t>(i)));
-        hex << std::hex << (byte >> 4U) << (byte & 15U);
+std::vector<Lines> rows(const std::string& table) {
+    std::istringstream lines(contentOf(TESTS_DIR "/tables/" + table + ".txt"));
+    std::vector<Lines> result;
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream cells(line + "|");
+        result.emplace_back();
+        for (std::string cell; std::getline(cells, cell, '|');) {
+            for (const auto& [code, text] :
+                 {std::pair("^ +| +$", ""), {R"(\\n)", "\n"}, {R"(\\r)", "\r"}, {"<blank>", " "}}) {
+                cell = std::regex_replace(cell, std::regex(code), text);
+            }
+            result.back().push_back(cell);
+        }
     }
-    return hex.str();
+    return result;
 }
 
-void patch(const std::string& path, int offset, const std::string& hex) {
-    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
-    file.seekp(offset);
-    for (std::size_t i = 0; i < hex.size(); i += 2) {
-        file.put(static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+Lines words(const std::string& cell) {
+    std::istringstream text(cell);
+    Lines result;
+    for (std::string word; text >> word;) {
+        result.push_back(word == "<none>" ? "" : word);
     }
-    ASSERT_TRUE(file.flush()) << path;
+    return result;
 }
 
-Overlay::Overlay(std::string place) : m_place(std::move(place)) {
-    mountEmpty(m_place);
-}
-
-Overlay::~Overlay() {
-    umount2(m_place.c_str(), MNT_DETACH);
+void whileEmpty(const std::string& directory, const std::function<void()>& use) {
+    require(mount("none", directory.c_str(), "tmpfs", 0, nullptr) == 0, directory);
+    use();
+    umount2(directory.c_str(), MNT_DETACH);
 }
 
 void enterFreshJob() {
-    const std::string mountPoint = "/mnt/VelaCreationUSBKey";
-    while (umount2(mountPoint.c_str(), MNT_DETACH) == 0) {
+    while (umount2(MOUNT_POINT.c_str(), MNT_DETACH) == 0) {
     }
-    fs::remove_all(mountPoint);
+    fs::remove_all(MOUNT_POINT);
     fs::remove("/var/log/Norvane_Support/talo_cli.xml");
     fs::current_path("/srv");
-    fs::remove_all(JOB);
-    fs::create_directories(JOB + "/work/sub");
-    fs::create_directories(JOB + "/work/folder/inner");
-    fs::create_directory(JOB + "/mounted");
-    fs::current_path(JOB);
-    for (const char* file : {"a.txt", "b c.txt", "sub/d.txt", "folder/inner/e.txt"}) {
-        std::ofstream(std::string("work/") + file) << file;
-    }
-    fs::copy(PACKAGE, "work");
-    std::ofstream("xorriso") << "#!/bin/sh\necho imaging\ntouch job.iso\n";
-    std::ofstream("cdrecord") << "#!/bin/sh\necho burning\n";
-    shell("chmod +x xorriso cdrecord");
-
+    fs::remove_all("job");
+    fs::copy("fixture", "job", fs::copy_options::recursive);
+    fs::current_path("job");
     recording = {};
     recording.standIns = {
-        {"mount ", "mkdir -p " + mountPoint + " && mount --bind /srv/job/mounted " + mountPoint},
+        {"mount ", "mkdir -p " + MOUNT_POINT + " && mount --bind /srv/job/mounted " + MOUNT_POINT},
         {"umount /mnt >", "false"}, // it would bare the host's
         {"echo w | sfdisk", "echo table >stdout.txt"},
         {"ls -la", "echo node >stdout.txt"},
     };
 }
 
-std::pair<Lines, int> eventsWithFailure(const Lines& whole, int failing,
-                                        const std::vector<Failure>& failures) {
-    std::size_t at = 0;
-    for (int seen = 0; at < whole.size() && (failing == 0 || seen < failing); ++at) {
-        seen += beginsWith(whole[at], "$") ? 1 : 0;
-    }
-    Lines before(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(at));
-    const Lines after(whole.begin() + static_cast<std::ptrdiff_t>(at), whole.end());
-    std::vector<const Failure*> rows;
-    for (const auto& row : failures) {
-        if (failing != 0 && beginsWith(before.back(), "$ " + row.command)) {
-            rows.push_back(&row);
-        }
-    }
-    if (rows.empty()) {
-        return {before + after, 0};
-    }
-    const auto occurrences = std::count_if(before.begin(), before.end(), [&](const auto& event) {
-        return beginsWith(event, "$ " + rows.front()->command);
-    });
-    const Failure& row = *rows.at(std::min(static_cast<std::size_t>(occurrences), rows.size()) - 1);
-    before = before + row.events;
-    if (row.result == 0) {
-        before.insert(before.end(), after.begin() + static_cast<std::ptrdiff_t>(row.replaced), after.end());
-    }
-    return {before, row.result};
-}
-
 void expectState(VelaCreation::BootableMedia& media) {
     const bool entered = std::any_of(recording.events.begin(), recording.events.end(), [](const auto& event) {
         return beginsWith(event, "2 After changing, current working directory is /srv/job/work. In ");
     });
-    EXPECT_EQ(fs::current_path(), entered ? JOB + "/work" : JOB);
-    recording.commands = recording.failing = 0;
-    media.removeTempFilesAndDirs();
-    EXPECT_EQ(recording.commands, entered ? 17 : 0);
-    media.removeTempFilesAndDirs({"a.txt"});
-    EXPECT_EQ(recording.commands, entered ? 17 : 0);
+    EXPECT_EQ(fs::current_path(), entered ? "/srv/job/work" : "/srv/job");
+    recording.failing = 0;
+    for (const Lines& expected : {entered ? eventsOf("cleanup", 0).first : Lines{}, Lines{}}) {
+        recording.events.clear();
+        media.removeTempFilesAndDirs();
+        EXPECT_EQ(recording.events, expected);
+    }
 }
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     if (!testing::GTEST_FLAG(list_tests)) {
         leaveHost();
-        makePackage();
+        makeFixture();
     }
     Console console;
     std::streambuf* const original = std::cout.rdbuf(&console);

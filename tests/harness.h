@@ -35,79 +35,57 @@ public:
     std::string throwAt; ///< the message that it throws at
 };
 
-/// The events of a successful job, written as a text; >> stands for " >stdout.txt 2>&1".
+/// Events as a text has them, one a line; >> stands for " >stdout.txt 2>&1", <blank> for one at the end.
 Lines events(const std::string& text);
 
-Lines operator+(Lines first, const Lines& second);
+/// The events of a job with one command failing, and its result. A file tells them: below a command,
+/// indented, what follows when that fails, then "=> RESULT" or, where the job goes on, "=> 0 SKIPPED", the
+/// number of events that do not happen then. A command without that may fail without a trace. "@ NAME"
+/// includes another file.
+std::pair<Lines, int> eventsOf(const std::string& job, int failing);
 
 /// Runs a command for real, unrecorded, and expects it to succeed.
 void shell(const std::string& command);
 
 std::string contentOf(const std::string& path);
 
-/// Bytes of a file in hexadecimal, two digits each.
-std::string bytesOf(const std::string& path, int offset, int count);
+/// The rows of a table in a file, its cells without the blanks around them; in a cell, \n and \r are a line
+/// feed and a carriage return, and <blank> is a blank.
+std::vector<Lines> rows(const std::string& table);
 
-/// Replaces what stands in a file from an offset on; the bytes are given in hexadecimal.
-void patch(const std::string& path, int offset, const std::string& hex);
+/// The words of a cell; <none> is an empty one.
+Lines words(const std::string& cell);
 
-/// An empty file system over a directory of the host, for the length of a scope.
-class Overlay {
-public:
-    explicit Overlay(std::string place);
-    ~Overlay();
-    Overlay(const Overlay&) = delete;
-    Overlay& operator=(const Overlay&) = delete;
-
-private:
-    std::string m_place;
-};
+/// Does something while a directory of the host is empty.
+void whileEmpty(const std::string& directory, const std::function<void()>& use);
 
 /// Enters an empty /srv/job and makes in it: two tools that stand for xorriso and cdrecord, and work/, with a
-/// tool package and the update files a.txt, b c.txt, sub/d.txt and folder/. What mount mounts is mounted/.
+/// tool package and the update files a.txt, b c.txt, zephyn, sub/d.txt and folder/. What mount mounts is
+/// mounted/.
 void enterFreshJob();
 
-class JobTest : public testing::Test {
-protected:
-    void SetUp() override {
+struct JobTest : testing::Test {
+    JobTest() { // NOLINT(modernize-use-equals-default)
         enterFreshJob();
     }
 };
 
-/// A command whose failure shows: the job's result and what follows the command. With the result 0 the job
-/// goes on, and the events take the place of some of the successful job's. Where several rows fit a command,
-/// they stand for its occurrences in order.
-struct Failure {
-    std::string command; ///< its beginning
-    int result;
-    Lines events;
-    std::size_t replaced = 0;
-};
-
-/// The events of a job whose command with this number fails, and its result.
-std::pair<Lines, int> eventsWithFailure(const Lines& whole, int failing,
-                                        const std::vector<Failure>& failures);
-
+/// Checks the current directory, and that the clean-up has something to do only in a working directory.
 void expectState(VelaCreation::BootableMedia& media);
 
 /// Runs a job as it is, then once for each of its commands with that one failing.
 template <typename Media>
-void sweep(const Lines& whole, const std::vector<Failure>& failures, const std::function<int(Media&)>& job) {
+void sweep(const std::string& name, const std::function<int(Media&)>& job) {
     int commands = 0;
     for (int failing = 0; failing <= commands; ++failing) {
+        SCOPED_TRACE(name + " with a failure of command " + std::to_string(failing));
         enterFreshJob();
         recording.failing = failing;
         RecordingLogger logger;
         Media media(logger);
         const int result = job(media);
-
-        if (failing == 0) {
-            commands = recording.commands;
-        }
-        const auto [expected, expectedResult] = eventsWithFailure(whole, failing, failures);
-        SCOPED_TRACE("failing command " + std::to_string(failing));
-        ASSERT_EQ(recording.events, expected);
-        EXPECT_EQ(result, expectedResult);
+        commands = failing == 0 ? recording.commands : commands;
+        ASSERT_EQ(std::make_pair(recording.events, result), eventsOf(name, failing));
         expectState(media);
     }
 }
