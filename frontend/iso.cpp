@@ -57,9 +57,14 @@ int makeIso(const IsoChoices& choices) {
     ConsoleLogger logger = job.openLogger();
     VelaCreation::BootableISO builder(logger);
     const auto report = job.begin("the image " + image.string());
+    // The library writes its capture file where it takes the launchers from.
+    const TemporaryDirectory tools(fs::temp_directory_path());
 
     int status = attempt(logger, [&] {
-        fs::current_path(toolkit.folder);
+        for (const char* launcher : {"xorriso", "cdrecord"}) {
+            fs::copy(toolkit.folder / launcher, tools.path());
+        }
+        fs::current_path(tools.path());
         auto files = job.files();
         return builder.CreateISO(job.directory(), image, files, job.package(), isPowerPc ? 2 : 1);
     });
