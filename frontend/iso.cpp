@@ -56,9 +56,9 @@ int makeIso(const IsoChoices& choices) {
 
     ConsoleLogger logger = job.openLogger();
     VelaCreation::BootableISO builder(logger);
-    const auto report = job.begin("the image " + image.string());
     // The library writes its capture file where it takes the launchers from.
     const TemporaryDirectory tools(fs::temp_directory_path());
+    const auto report = job.begin("the image " + image.string());
 
     int status = attempt(logger, [&] {
         for (const char* launcher : {"xorriso", "cdrecord"}) {
