@@ -1,0 +1,1 @@
+// Empty, to show what any shared object costs.
