@@ -27,11 +27,6 @@ bool beginsWith(const std::string& text, const std::string& beginning) {
     return text.compare(0, beginning.size(), beginning) == 0;
 }
 
-int runForReal(const std::string& command) {
-    static const auto real = reinterpret_cast<int (*)(const char*)>(dlsym(RTLD_NEXT, "system"));
-    return real(command.c_str());
-}
-
 void require(bool done, const std::string& what) {
     if (!done) {
         throw std::runtime_error(what + " failed (these tests run as root only)");
@@ -158,6 +153,11 @@ std::pair<Lines, int> eventsOf(const std::string& job, int failing) {
         }
     }
     return expected;
+}
+
+int runForReal(const std::string& command) {
+    static const auto real = reinterpret_cast<int (*)(const char*)>(dlsym(RTLD_NEXT, "system"));
+    return real(command.c_str());
 }
 
 void shell(const std::string& command) {

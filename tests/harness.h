@@ -44,7 +44,10 @@ Lines events(const std::string& text);
 /// includes another file.
 std::pair<Lines, int> eventsOf(const std::string& job, int failing);
 
-/// Runs a command for real, unrecorded, and expects it to succeed.
+/// Runs a command unrecorded; the status is as of system().
+int runForReal(const std::string& command);
+
+/// Runs commands unrecorded, all of which must succeed.
 void shell(const std::string& command);
 
 std::string contentOf(const std::string& path);
