@@ -235,9 +235,14 @@ void expectState(VelaCreation::BootableMedia& media) {
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
-    if (!testing::GTEST_FLAG(list_tests)) {
-        leaveHost();
-        makeFixture();
+    try {
+        if (!testing::GTEST_FLAG(list_tests)) {
+            leaveHost();
+            makeFixture();
+        }
+    } catch (const std::exception& failure) {
+        std::cerr << failure.what() << '\n';
+        return EXIT_FAILURE;
     }
     Console console;
     std::streambuf* const original = std::cout.rdbuf(&console);

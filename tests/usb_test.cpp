@@ -23,6 +23,7 @@ int scsiHost = -1; ///< of every device; none when negative
 } // namespace
 
 /// No key is at hand whose SCSI host could be asked for.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 __attribute__((visibility("default"))) int ioctl(int file, unsigned long request, ...) noexcept {
     static const auto real = reinterpret_cast<int (*)(int, unsigned long, ...)>(dlsym(RTLD_NEXT, "ioctl"));
     va_list arguments;
