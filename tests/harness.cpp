@@ -49,7 +49,7 @@ class Console : public std::stringbuf {
 /// Out of the host's reach: the library unmounts /mnt and removes "boot" where it stands.
 void leaveHost() {
     require(unshare(CLONE_NEWNS) == 0, "unshare");
-    require(mount("none", "/", nullptr, MS_PRIVATE | MS_REC, nullptr) == 0, "mount");
+    require(mount("none", "/", "none", MS_PRIVATE | MS_REC, nullptr) == 0, "mount");
     for (const char* place : {"/mnt", "/boot", "/var/log", "/srv"}) {
         require(mount("none", place, "tmpfs", 0, nullptr) == 0, place);
     }
