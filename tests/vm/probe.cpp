@@ -29,10 +29,12 @@ int main(int /*argc*/, char** argv) {
     }
     bool flag = false;
     int result = key.init(".", device, {"zephyn"}, "/tool.zip", flag);
-    if (result == 0 && call == "fill")
+    if (result == 0 && call == "fill") {
         return key.CreateUSBKey(true);
-    if (result == 0 && call == "check")
+    }
+    if (result == 0 && call == "check") {
         result = key.isBootable(flag);
+    }
     std::cout << "format " << std::boolalpha << flag << std::endl;
     return result;
 }
