@@ -82,8 +82,15 @@ int makeIso(const IsoChoices& choices) {
         });
     }
 
+    std::string size;
+    if (status == 0) { // which a launcher may have said without making an image
+        status = attempt(logger, [&] {
+            size = sizeText(fs::file_size(image));
+            return 0;
+        });
+    }
+
     job.cleanUp(builder);
-    const auto size = status == 0 ? sizeText(fs::file_size(image)) : "";
     return report.end(status, "Made the image " + image.string() + ", " + size);
 }
 
