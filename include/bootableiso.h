@@ -38,8 +38,8 @@ public:
     /// directory on, the process stays in the working directory, which keeps the unpacked package, the
     /// tools and the staging directory until `removeTempFilesAndDirs` is called there.
     ///
-    /// The executables "xorriso" and "cdrecord" must lie in the current directory. Every file in the
-    /// working directory is made executable.
+    /// The executables "xorriso" and "cdrecord" must lie in the current directory, where a capture file
+    /// stays behind. Every file in the working directory is made executable.
     /// @param workDir      an existing directory
     /// @param isoFile      the image to write, relative to `workDir`; must end with ".iso"; quoted in
     ///                     commands
