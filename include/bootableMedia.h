@@ -128,9 +128,9 @@ public:
 
     /// The same, after removing further files and directories.
     /// @param extra  paths or patterns such as *.tmp, each a single shell word; an empty entry is skipped.
-    ///               An entry with white space, a quote, a backslash, or one of ; & | < > ( ) $ ` is not
-    ///               removed but logged: "Not removing ENTRY, which is not a single shell word. In
-    ///               BootableMedia::removeTempFilesAndDirs()"
+    ///               An entry with white space, a quote, a backslash, or one of ; & | < > ( ) $ `, or one
+    ///               that begins with ~ # or -, is not removed but logged: "Not removing ENTRY, which is
+    ///               not a single shell word. In BootableMedia::removeTempFilesAndDirs()"
     virtual void removeTempFilesAndDirs(std::vector<std::string> extra);
 
     /// Pauses the calling thread. A signal handler that runs in it ends the pause early.

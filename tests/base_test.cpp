@@ -87,13 +87,19 @@ TEST_F(BaseTest, AnswersAndMakesDirectories) {
 TEST_F(BaseTest, CleansUpOnceAndRefusesWhatIsNoWord) {
     Lines extra = {"", "*.tmp"};
     Lines expected = {"$ rm -rf *.tmp"};
+    Lines refused = {"~", "~/work", "#work", "-i", "--"};
     for (const char special : std::string(" \t\n'\"\\;&|<>()$`")) {
-        extra.push_back(std::string("x") + special + "work");
-        expected.push_back("0 Not removing " + extra.back() +
+        refused.push_back(std::string("x") + special + "work");
+    }
+    for (const std::string& entry : refused) {
+        extra.push_back(entry);
+        expected.push_back("0 Not removing " + entry +
                            ", which is not a single shell word. In BootableMedia::removeTempFilesAndDirs()");
     }
-    extra.emplace_back("work/a.txt");
-    expected.emplace_back("$ rm -rf work/a.txt");
+    for (const std::string entry : {"work/a.txt", "a~", "a#b", "a-b"}) {
+        extra.push_back(entry);
+        expected.push_back("$ rm -rf " + entry);
+    }
     const Lines fixed = eventsOf("cleanup", 0).first;
     expected.insert(expected.end(), fixed.begin(), fixed.end());
 

@@ -7,8 +7,10 @@ namespace VelaCreation {
 
 namespace {
 
+/// One plain word: not a home directory's, a comment's or an option's beginning either.
 bool isSingleShellWord(const std::string& entry) {
-    return entry.find_first_of(" \t\n\v\f\r'\"\\;&|<>()$`") == std::string::npos;
+    return entry.find_first_of("~#-") != 0 &&
+           entry.find_first_of(" \t\n\v\f\r'\"\\;&|<>()$`") == std::string::npos;
 }
 
 } // namespace
