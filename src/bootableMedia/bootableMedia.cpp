@@ -3,6 +3,7 @@
 #include "operation.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include <unistd.h>
 
@@ -37,7 +38,7 @@ void BootableMedia::processSleep(int seconds) {
 }
 
 std::string BootableMedia::getFormatMessage() {
-    return lastErrorText();
+    return errorText(errno);
 }
 
 } // namespace VelaCreation

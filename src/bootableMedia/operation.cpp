@@ -1,5 +1,7 @@
 #include "operation.h"
 
+#include "keepErrno.h"
+
 #include <cstring>
 #include <utility>
 
@@ -10,8 +12,8 @@ void log(VelaLoggerIfc& logger, int level, const std::string& message) {
     logger.logMessage(level, message);
 }
 
-std::string lastErrorText() {
-    return std::strerror(errno);
+std::string errorText(int error) {
+    return std::strerror(error);
 }
 
 Operation::Operation(VelaLoggerIfc& logger, std::string name) : m_logger(logger), m_name(std::move(name)) {
@@ -40,9 +42,8 @@ int Operation::failed(int code, const std::string& what) const {
     return code;
 }
 
-int Operation::failedWithError(int code, const char* what) const {
-    const std::string error = lastErrorText();
-    return failed(code, std::string(what) + ", and last error message is " + error);
+int Operation::failedWithError(int code, int error, const char* what) const {
+    return failed(code, std::string(what) + ", and last error message is " + errorText(error));
 }
 
 int Operation::succeeded() const {

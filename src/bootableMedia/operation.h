@@ -4,7 +4,6 @@
 
 #include "bootableMedia.h"
 
-#include <cerrno>
 #include <string>
 
 namespace VelaCreation {
@@ -13,26 +12,11 @@ constexpr int LEVEL_FAILURE = 0;
 constexpr int LEVEL_PROGRESS = 2;
 constexpr int LEVEL_CHECKPOINT = 6;
 
-/// Puts errno back at the end of a scope, so that reporting or tidying up after a failed call does not hide
-/// its error from a message that is still to come.
-class KeepErrno {
-public:
-    KeepErrno() = default;
-    KeepErrno(const KeepErrno&) = delete;
-    KeepErrno& operator=(const KeepErrno&) = delete;
-    ~KeepErrno() {
-        errno = m_errno;
-    }
-
-private:
-    int m_errno = errno;
-};
-
 /// Hands a message to the logger; errno survives it.
 void log(VelaLoggerIfc& logger, int level, const std::string& message);
 
-/// The text of the current errno.
-std::string lastErrorText();
+/// The system's text for an error number.
+std::string errorText(int error);
 
 /// One run of an operation of the interface, from its start line to its result.
 class Operation {
@@ -55,9 +39,10 @@ public:
     /// Logs "WHAT. In NAME" at level 0 and returns the code.
     [[nodiscard]] int failed(int code, const std::string& what) const;
 
-    /// Logs "WHAT, and last error message is ERROR. In NAME" at level 0 and returns the code. Takes WHAT
-    /// without a copy, so that the error is read first.
-    [[nodiscard]] int failedWithError(int code, const char* what) const;
+    /// Logs "WHAT, and last error message is ERROR. In NAME" at level 0 and returns the code.
+    /// @param error  errno as the failed call left it
+    /// @param what   no string: making one could change errno before it is read
+    [[nodiscard]] int failedWithError(int code, int error, const char* what) const;
 
     /// Logs the end and returns 0.
     [[nodiscard]] int succeeded() const;

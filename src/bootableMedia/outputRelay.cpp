@@ -1,5 +1,6 @@
 #include "bootableMedia.h"
 
+#include "keepErrno.h"
 #include "operation.h"
 
 #include <fstream>

@@ -33,6 +33,36 @@ constexpr Removal REMOVALS[] = {
     {"rm -f ", "/boot"},          {"rm -f ", "/EFI"},
 };
 
+int unpack(BootableIMG& builder, const Operation& operation, const std::string& toolPackage) {
+    if (!runCaptured("chmod +x *")) {
+        return operation.failed(VELAERROR_CHANGE_MODE_ERROR, "Changing mode fails");
+    }
+    if (!builder.isFileExist(toolPackage)) {
+        return operation.failed(VELAERROR_FILE_OR_DIR_NOT_FOUND, "There is no tool.zip file");
+    }
+    if (!runCaptured(BootableMedia::MINIUNZ_TOOL_NAME + " -xo " + toolPackage)) {
+        return operation.failed(VELAERROR_UNZIP_ERROR, "Unzipping fails");
+    }
+    if (!builder.createDirectory(BootableMedia::ISO_DIR_NAME)) {
+        return operation.failed(VELAERROR_FILE_OR_DIR_CREATE_ERROR, "Creating ISO_DIR_NAME directory fails");
+    }
+    return VELAERROR_SUCCESS;
+}
+
+int packArchive(BootableIMG& builder, const Operation& operation, const std::string& pxeDir) {
+    const std::string command = "cd " + BootableMedia::ISO_DIR_NAME + " && " + BootableMedia::ZIP_TOOL_NAME +
+                                " -r " + inQuotes(pxeDir + "/ks") + " * >../" + CAPTURE_FILE +
+                                " 2>&1 && cd ..";
+    operation.progress(command);
+    announce(builder, {5, "Zipping files"});
+    const bool zipped = run(command);
+    builder.writeFileToLog(CAPTURE_FILE);
+    if (!zipped) {
+        return operation.failed(VELAERROR_ZIP_ERROR, "BootableIMG::Zipping file failed");
+    }
+    return operation.succeeded();
+}
+
 } // namespace
 
 int BootableIMG::CreateIMG(std::string workDir, std::string pxeDir, std::vector<std::string>& updateFiles,
@@ -57,17 +87,8 @@ int BootableIMG::CreateIMG(std::string workDir, std::string pxeDir, std::vector<
     // An empty one stays empty, and fails when it is to be made.
     std::error_code ignored;
     pxeDir = std::filesystem::absolute(pxeDir, ignored).string();
-    if (!runCaptured("chmod +x *")) {
-        return operation.failed(VELAERROR_CHANGE_MODE_ERROR, "Changing mode fails");
-    }
-    if (!isFileExist(toolPackage)) {
-        return operation.failed(VELAERROR_FILE_OR_DIR_NOT_FOUND, "There is no tool.zip file");
-    }
-    if (!runCaptured(MINIUNZ_TOOL_NAME + " -xo " + toolPackage)) {
-        return operation.failed(VELAERROR_UNZIP_ERROR, "Unzipping fails");
-    }
-    if (!createDirectory(ISO_DIR_NAME)) {
-        return operation.failed(VELAERROR_FILE_OR_DIR_CREATE_ERROR, "Creating ISO_DIR_NAME directory fails");
+    if (const int result = unpack(*this, operation, toolPackage); result != VELAERROR_SUCCESS) {
+        return result;
     }
     if (const int veto = operation.checkpoint(); veto != 0) {
         return veto;
@@ -91,17 +112,7 @@ int BootableIMG::CreateIMG(std::string workDir, std::string pxeDir, std::vector<
     for (const Removal& removal : REMOVALS) {
         runCaptured(removal.command + ISO_DIR_NAME + removal.path);
     }
-
-    const std::string command = "cd " + ISO_DIR_NAME + " && " + ZIP_TOOL_NAME + " -r " +
-                                inQuotes(pxeDir + "/ks") + " * >../" + CAPTURE_FILE + " 2>&1 && cd ..";
-    operation.progress(command);
-    announce(*this, {5, "Zipping files"});
-    const bool zipped = run(command);
-    writeFileToLog(CAPTURE_FILE);
-    if (!zipped) {
-        return operation.failed(VELAERROR_ZIP_ERROR, "BootableIMG::Zipping file failed");
-    }
-    return operation.succeeded();
+    return packArchive(*this, operation, pxeDir);
 }
 
 } // namespace VelaCreation

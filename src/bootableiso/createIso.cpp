@@ -6,6 +6,7 @@
 #include "stage.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include <unistd.h>
 
@@ -24,6 +25,51 @@ std::string isoCommand(int platform, const std::string& quotedIsoFile) {
                         stagingDir + "/ppc/chrp/yaboot " + stagingDir);
     }
     return captured(tool + BootableISO::XORRISO_PAR_LINUX + quotedIsoFile + " " + stagingDir);
+}
+
+int unpack(BootableISO& builder, const Operation& operation, const std::string& toolPackage) {
+    announce(builder, {2, "Extracting files to working directory"});
+    if (!runCaptured(BootableMedia::MINIUNZ_TOOL_NAME + " -xo " + toolPackage)) {
+        return operation.failed(VELAERROR_UNZIP_ERROR, "Unzipping fails");
+    }
+    if (!builder.createDirectory(BootableMedia::ISO_DIR_NAME)) {
+        return operation.failed(VELAERROR_FILE_OR_DIR_CREATE_ERROR,
+                                "Creating " + inQuotes(BootableMedia::ISO_DIR_NAME) + " directory fails");
+    }
+    return VELAERROR_SUCCESS;
+}
+
+int stageFiles(BootableISO& builder, const Operation& operation, std::vector<std::string>& updateFiles) {
+    announce(builder, {3, "Copying files to working directory"});
+    const std::string& stagingDir = BootableMedia::ISO_DIR_NAME;
+    if (const int result = builder.copyFiles(BootableMedia::BOOT_FILE, stagingDir, {});
+        result != VELAERROR_SUCCESS) {
+        return operation.failed(result, "Copying BOOT_FILE directory fails");
+    }
+    std::sort(updateFiles.begin(), updateFiles.end());
+    updateFiles.erase(std::unique(updateFiles.begin(), updateFiles.end()), updateFiles.end());
+    if (const int result = builder.copyFiles("", stagingDir, updateFiles); result != VELAERROR_SUCCESS) {
+        return operation.failed(result, "Copying source file list fails");
+    }
+    const std::string installer = stagingDir + BootableMedia::FILE_SEPERATOR + "zephyn";
+    if (builder.isFileExist(installer)) {
+        operation.note("Need to chmod zephyn binary file");
+        if (!runCaptured("chmod -R +x " + installer)) {
+            return operation.failedWithError(VELAERROR_CHANGE_MODE_ERROR, errno, "Changing mode fails");
+        }
+    }
+    return VELAERROR_SUCCESS;
+}
+
+int makeImage(BootableISO& builder, const Operation& operation, const std::string& command) {
+    announce(builder, {5, "Creating iso file"});
+    operation.progress(command);
+    if (!run(command)) {
+        const int code = operation.failed(VELAERROR_MAKE_ISO_ERROR, "Making iso file fails");
+        builder.saveFile(CAPTURE_FILE);
+        return code;
+    }
+    return operation.succeeded();
 }
 
 } // namespace
@@ -63,33 +109,14 @@ int BootableISO::CreateISO(std::string workDir, std::string isoFile, std::vector
         return operation.failed(VELAERROR_FILE_OR_DIR_NOT_FOUND, "There is no tool.zip file");
     }
 
-    announce(*this, {2, "Extracting files to working directory"});
-    if (!runCaptured(MINIUNZ_TOOL_NAME + " -xo " + toolPackage)) {
-        return operation.failed(VELAERROR_UNZIP_ERROR, "Unzipping fails");
-    }
-    if (!createDirectory(ISO_DIR_NAME)) {
-        return operation.failed(VELAERROR_FILE_OR_DIR_CREATE_ERROR,
-                                "Creating " + inQuotes(ISO_DIR_NAME) + " directory fails");
+    if (const int result = unpack(*this, operation, toolPackage); result != VELAERROR_SUCCESS) {
+        return result;
     }
     if (const int veto = operation.checkpoint(); veto != 0) {
         return veto;
     }
-
-    announce(*this, {3, "Copying files to working directory"});
-    if (const int result = copyFiles(BOOT_FILE, ISO_DIR_NAME, {}); result != VELAERROR_SUCCESS) {
-        return operation.failed(result, "Copying BOOT_FILE directory fails");
-    }
-    std::sort(updateFiles.begin(), updateFiles.end());
-    updateFiles.erase(std::unique(updateFiles.begin(), updateFiles.end()), updateFiles.end());
-    if (const int result = copyFiles("", ISO_DIR_NAME, updateFiles); result != VELAERROR_SUCCESS) {
-        return operation.failed(result, "Copying source file list fails");
-    }
-    const std::string installer = ISO_DIR_NAME + FILE_SEPERATOR + "zephyn";
-    if (isFileExist(installer)) {
-        operation.note("Need to chmod zephyn binary file");
-        if (!runCaptured("chmod -R +x " + installer)) {
-            return operation.failedWithError(VELAERROR_CHANGE_MODE_ERROR, "Changing mode fails");
-        }
+    if (const int result = stageFiles(*this, operation, updateFiles); result != VELAERROR_SUCCESS) {
+        return result;
     }
     const std::string quotedIsoFile = inQuotes(isoFile);
     operation.progress(quotedIsoFile);
@@ -100,16 +127,7 @@ int BootableISO::CreateISO(std::string workDir, std::string isoFile, std::vector
     announce(*this, {4, "Removing temporary files"});
     run("rm -rf " + ISO_DIR_NAME + "/pxelinux.cfg");
     run("rm -f " + ISO_DIR_NAME + "/pxelinux.0");
-
-    announce(*this, {5, "Creating iso file"});
-    const std::string command = isoCommand(platform, quotedIsoFile);
-    operation.progress(command);
-    if (!run(command)) {
-        const int code = operation.failed(VELAERROR_MAKE_ISO_ERROR, "Making iso file fails");
-        saveFile(CAPTURE_FILE);
-        return code;
-    }
-    return operation.succeeded();
+    return makeImage(*this, operation, isoCommand(platform, quotedIsoFile));
 }
 
 } // namespace VelaCreation

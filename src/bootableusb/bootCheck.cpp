@@ -79,6 +79,35 @@ bool writeLength(const Descriptor& image, std::int64_t partitionLength) {
     return writeAt(image, LENGTH_OFFSET, bytes) && writeAt(image, totalSectorsOffset(partitionLength), bytes);
 }
 
+int readKey(const Operation& operation, const std::string& device, Sector& firstSector) {
+    const Descriptor key(device, O_RDONLY);
+    if (!key.isOpen()) {
+        return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, errno, "Opening usb key fails");
+    }
+    if (!readAt(key, 0, firstSector)) {
+        return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, errno, "Reading usb key sector fails");
+    }
+    return VELAERROR_SUCCESS;
+}
+
+int fitImage(const Operation& operation, const std::string& name, std::int64_t capacity,
+             Sector& firstSector) {
+    const Descriptor image(name, O_RDWR);
+    if (!image.isOpen()) {
+        return operation.failedWithError(VELAERROR_FILE_OR_DIR_NOT_FOUND, errno, "Opening CLONE_FILE fails");
+    }
+    CloneLayout layout{};
+    if (!readLayout(image, name, layout) || !writeEndAddress(image, name, layout.geometry, capacity)) {
+        return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, errno, "Reading CLONE_FILE fails");
+    }
+    const std::int64_t partitionLength = capacity - layout.firstSector;
+    operation.progress("capacity to be write at 0x1FA = " + std::to_string(partitionLength));
+    if (!writeLength(image, partitionLength) || !readAt(image, 0, firstSector)) {
+        return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, errno, "Reading CLONE_FILE fails");
+    }
+    return VELAERROR_SUCCESS;
+}
+
 std::string differenceText(std::size_t offset, std::uint8_t onKey, std::uint8_t inImage) {
     std::ostringstream text;
     text.imbue(std::locale::classic());
@@ -87,61 +116,45 @@ std::string differenceText(std::size_t offset, std::uint8_t onKey, std::uint8_t 
     return text.str();
 }
 
+bool startsLikeImage(const Operation& operation, const Sector& key, const Sector& image) {
+    const auto [onKey, inImage] = std::mismatch(key.begin(), key.end(), image.begin());
+    if (onKey == key.end()) {
+        return true;
+    }
+    operation.progress(differenceText(static_cast<std::size_t>(onKey - key.begin()), *onKey, *inImage));
+    return false;
+}
+
 } // namespace
 
 int BootableUSB::isBootable(bool& format) {
     const Operation operation(*m_logger, "BootableUSB::isBootable()");
 
     Sector keySector{};
-    {
-        const Descriptor key(m_usbDevice, O_RDONLY);
-        if (!key.isOpen()) {
-            return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, "Opening usb key fails");
-        }
-        if (!readAt(key, 0, keySector)) {
-            return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, "Reading usb key sector fails");
-        }
+    if (const int result = readKey(operation, m_usbDevice, keySector); result != VELAERROR_SUCCESS) {
+        return result;
     }
-    const std::uint32_t sectors = getUSBCapacity(m_usbDevice);
-    if (sectors == CAPACITY_UNKNOWN) {
-        return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, "Getting usb capacity fails");
+    const std::uint32_t capacity = getUSBCapacity(m_usbDevice);
+    if (capacity == CAPACITY_UNKNOWN) {
+        return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, errno, "Getting usb capacity fails");
     }
-    const std::int64_t capacity = sectors;
     m_cloneFile = cloneImageFor(capacity);
     operation.progress("after checking, CLONE_FILE=" + m_cloneFile);
 
     Sector imageSector{};
-    {
-        const Descriptor image(m_cloneFile, O_RDWR);
-        if (!image.isOpen()) {
-            return operation.failedWithError(VELAERROR_FILE_OR_DIR_NOT_FOUND, "Opening CLONE_FILE fails");
-        }
-        CloneLayout layout{};
-        if (!readLayout(image, m_cloneFile, layout) ||
-            !writeEndAddress(image, m_cloneFile, layout.geometry, capacity)) {
-            return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, "Reading CLONE_FILE fails");
-        }
-        const std::int64_t partitionLength = capacity - layout.firstSector;
-        operation.progress("capacity to be write at 0x1FA = " + std::to_string(partitionLength));
-        if (!writeLength(image, partitionLength) || !readAt(image, 0, imageSector)) {
-            return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, "Reading CLONE_FILE fails");
-        }
+    if (const int result = fitImage(operation, m_cloneFile, capacity, imageSector);
+        result != VELAERROR_SUCCESS) {
+        return result;
     }
-
-    format = false;
-    const auto difference = std::mismatch(keySector.begin(), keySector.end(), imageSector.begin());
-    if (difference.first != keySector.end()) {
-        const auto offset = static_cast<std::size_t>(difference.first - keySector.begin());
-        operation.progress(differenceText(offset, *difference.first, *difference.second));
-        format = true;
-    }
+    format = !startsLikeImage(operation, keySector, imageSector);
 
     unMountUsb();
     if (!createDirectory(MOUNT_POINT)) {
-        return operation.failedWithError(VELAERROR_FILE_OR_DIR_CREATE_ERROR, "Creating MOUNT_POINT fails");
+        return operation.failedWithError(VELAERROR_FILE_OR_DIR_CREATE_ERROR, errno,
+                                         "Creating MOUNT_POINT fails");
     }
     if (mountUsb() != VELAERROR_SUCCESS) {
-        return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, "Mounting usb fails");
+        return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, errno, "Mounting usb fails");
     }
     if (!isFileExist(MOUNT_POINT + FILE_SEPERATOR + USB_BOOT_FILE)) {
         format = true;

@@ -5,6 +5,8 @@
 #include "softKey.h"
 #include "stage.h"
 
+#include <cerrno>
+
 namespace VelaCreation {
 
 int BootableUSB::CreateUSBKey(bool format) {
@@ -16,7 +18,7 @@ int BootableUSB::CreateUSBKey(bool format) {
     if (format) {
         announce(*this, {3, "Formatting USB key"});
         if (const int result = doDD(); result != VELAERROR_SUCCESS) {
-            return operation.failedWithError(result, "Doing dd function fails");
+            return operation.failedWithError(result, errno, "Doing dd function fails");
         }
     }
 
@@ -29,7 +31,7 @@ int BootableUSB::CreateUSBKey(bool format) {
         operation.progress("BootableUSB::CreateUSBKey:TALO_SOFT_USBKEY, cmd=" + command);
     }
     if (!mounted) {
-        const int code = operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, "Mounting usb fails");
+        const int code = operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, errno, "Mounting usb fails");
         saveFile(CAPTURE_FILE);
         return code;
     }
@@ -39,7 +41,7 @@ int BootableUSB::CreateUSBKey(bool format) {
 
     announce(*this, {4, "Copying files to working directory"});
     if (const int result = copyFiles(BOOT_FILE, MOUNT_POINT, {}); result != VELAERROR_SUCCESS) {
-        return operation.failedWithError(result, "Copying BOOT_FILE directory fails");
+        return operation.failedWithError(result, errno, "Copying BOOT_FILE directory fails");
     }
     run("rm -rf " + MOUNT_POINT + "/pxelinux.cfg");
     run("rm -f " + MOUNT_POINT + "/pxelinux.0");
@@ -48,10 +50,10 @@ int BootableUSB::CreateUSBKey(bool format) {
 
     announce(*this, {5, "Copying files to USB key"});
     if (const int result = copyFiles("", MOUNT_POINT, m_updateFiles); result != VELAERROR_SUCCESS) {
-        return operation.failedWithError(result, "Copying source file list fails");
+        return operation.failedWithError(result, errno, "Copying source file list fails");
     }
     if (!runCaptured("chmod +x " + MOUNT_POINT + "/*")) {
-        return operation.failedWithError(VELAERROR_CHANGE_MODE_ERROR, "Changing mode fails");
+        return operation.failedWithError(VELAERROR_CHANGE_MODE_ERROR, errno, "Changing mode fails");
     }
     unMountUsb();
 

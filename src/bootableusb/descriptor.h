@@ -1,7 +1,7 @@
 #ifndef VELACREATION_DESCRIPTOR_H
 #define VELACREATION_DESCRIPTOR_H
 
-#include "operation.h"
+#include "keepErrno.h"
 
 #include <string>
 

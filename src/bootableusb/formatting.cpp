@@ -4,6 +4,8 @@
 #include "shell.h"
 #include "softKey.h"
 
+#include <cerrno>
+
 #include <unistd.h>
 
 namespace VelaCreation {
@@ -18,7 +20,7 @@ int BootableUSB::doDD() {
     unMountUsb();
     const std::string formatCommand = captured("mkfs -t vfat " + m_usbDevice + "4 -nMOXBOOT");
     if (!run(formatCommand)) {
-        const std::string error = lastErrorText();
+        const std::string error = errorText(errno);
         const int code = operation.failed(
             VELAERROR_FORMAT_ERROR, inQuotes(formatCommand) + " fails, and last error message is" + error);
         saveFile(CAPTURE_FILE);

@@ -5,6 +5,7 @@
 #include "operation.h"
 
 #include <array>
+#include <cerrno>
 #include <fstream>
 #include <iomanip>
 #include <locale>
@@ -87,7 +88,7 @@ int BootableUSB::getUSBData(std::string devicePath, VelaCreation::_USBDATA* usbD
     const Operation operation(*m_logger, "BootableUSB::getUSBData()");
 
     if (devicePath.empty()) {
-        return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, "Getting usb key name fails");
+        return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, errno, "Getting usb key name fails");
     }
     const std::string sysfsDir = "/sys/block/" + deviceName(devicePath) + "/device/";
 

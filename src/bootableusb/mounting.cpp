@@ -3,17 +3,19 @@
 #include "operation.h"
 #include "shell.h"
 
+#include <cerrno>
+
 namespace VelaCreation {
 
 int BootableUSB::mountUsb() {
     const Operation operation(*m_logger, "BootableUSB::mountUsb()");
 
     if (!createDirectory(MOUNT_POINT)) {
-        return operation.failedWithError(VELAERROR_FILE_OR_DIR_CREATE_ERROR,
+        return operation.failedWithError(VELAERROR_FILE_OR_DIR_CREATE_ERROR, errno,
                                          "Creating MOUNT_POINT directory fails");
     }
     if (!runCaptured("mount " + m_usbDevice + "4 " + MOUNT_POINT)) {
-        return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, "Mount usb key fails");
+        return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, errno, "Mount usb key fails");
     }
     return operation.succeeded();
 }
