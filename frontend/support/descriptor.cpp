@@ -1,0 +1,200 @@
+#include "support/descriptor.h"
+
+#include "support/failure.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <memory>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <linux/openat2.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+constexpr std::size_t KERNEL_CHUNK = 8 << 20; ///< between two tellings, where the kernel copies
+constexpr std::size_t BUFFER_SIZE = 128 << 10;
+
+bool isSameTime(const timespec& one, const timespec& other) {
+    return one.tv_sec == other.tv_sec && one.tv_nsec == other.tv_nsec;
+}
+
+struct DirectoryCloser {
+    void operator()(DIR* directory) const {
+        closedir(directory);
+    }
+};
+
+bool isInterrupted(ssize_t count) {
+    return count < 0 && errno == EINTR;
+}
+
+/// Whether errno says that these two files can be copied only by hand.
+bool needsBuffer() {
+    return errno == EXDEV || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP || errno == EPERM;
+}
+
+void writeAll(int to, const char* data, std::size_t size, const std::string& name) {
+    while (size > 0) {
+        const ssize_t count = write(to, data, size);
+        if (isInterrupted(count)) {
+            continue;
+        }
+        if (count < 0) {
+            throw Failure(withError("writing " + shown(name)));
+        }
+        data += count;
+        size -= static_cast<std::size_t>(count);
+    }
+}
+
+/// A copy under way.
+struct Copy {
+    int from;
+    int to;
+    const std::string& name;
+    const Advance& advance;
+    std::uint64_t left;
+
+    void advanceBy(ssize_t count) {
+        if (count == 0) {
+            throw Failure(shown(name) + " became shorter while it was copied");
+        }
+        left -= static_cast<std::uint64_t>(count);
+        advance(static_cast<std::uint64_t>(count));
+    }
+};
+
+void copyByBuffer(Copy& copy) {
+    std::vector<char> buffer(std::min<std::uint64_t>(copy.left, BUFFER_SIZE));
+    while (copy.left > 0) {
+        const ssize_t count =
+            read(copy.from, buffer.data(), std::min<std::uint64_t>(copy.left, buffer.size()));
+        if (isInterrupted(count)) {
+            continue;
+        }
+        if (count < 0) {
+            throw Failure(withError("reading " + shown(copy.name)));
+        }
+        writeAll(copy.to, buffer.data(), static_cast<std::size_t>(count), copy.name);
+        copy.advanceBy(count);
+    }
+}
+
+/// Leaves both files at the place that was reached, when the rest needs a buffer.
+void copyByKernel(Copy& copy) {
+    while (copy.left > 0) {
+        const ssize_t count = copy_file_range(copy.from, nullptr, copy.to, nullptr,
+                                              std::min<std::uint64_t>(copy.left, KERNEL_CHUNK), 0);
+        if (isInterrupted(count)) {
+            continue;
+        }
+        if (count < 0 && needsBuffer()) {
+            return;
+        }
+        if (count < 0) {
+            throw Failure(withError("copying " + shown(copy.name)));
+        }
+        copy.advanceBy(count);
+    }
+}
+
+} // namespace
+
+Descriptor::Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
+
+Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
+    std::swap(m_number, other.m_number);
+    return *this;
+}
+
+Descriptor::~Descriptor() {
+    if (isOpen()) {
+        close(m_number);
+    }
+}
+
+int Descriptor::release() {
+    return std::exchange(m_number, -1);
+}
+
+struct stat Descriptor::status() const {
+    struct stat result {};
+    if (fstat(m_number, &result) != 0) {
+        throw Failure(withError("an open file"));
+    }
+    return result;
+}
+
+std::string Descriptor::path() const {
+    return "/proc/self/fd/" + std::to_string(m_number);
+}
+
+Descriptor openBeneath(int directory, const std::string& path, int flags, unsigned mode) {
+    open_how how{};
+    how.flags = static_cast<std::uint64_t>(flags) | O_CLOEXEC;
+    how.mode = mode;
+    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
+    for (;;) {
+        const auto number = syscall(SYS_openat2, directory, path.c_str(), &how, sizeof how);
+        // The kernel says EAGAIN when a directory was moved somewhere while it was looking.
+        if (number >= 0 || (errno != EAGAIN && errno != EINTR)) {
+            return Descriptor(static_cast<int>(number));
+        }
+    }
+}
+
+bool isSameFile(const struct stat& one, const struct stat& other) {
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+bool isUnchanged(const struct stat& found, const struct stat& now) {
+    return isSameFile(found, now) && found.st_mode == now.st_mode && found.st_size == now.st_size &&
+           isSameTime(found.st_mtim, now.st_mtim) && isSameTime(found.st_ctim, now.st_ctim);
+}
+
+void forEachEntry(int directory, const std::function<void(const std::string& name)>& use) {
+    Descriptor again = openBeneath(directory, ".", O_RDONLY | O_DIRECTORY);
+    const std::unique_ptr<DIR, DirectoryCloser> entries(again.isOpen() ? fdopendir(again.number()) : nullptr);
+    if (!entries) {
+        throw Failure(withError("reading a directory"));
+    }
+    again.release();
+    for (;;) {
+        errno = 0;
+        const dirent* entry = readdir(entries.get());
+        if (entry == nullptr) {
+            break;
+        }
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..") {
+            use(std::string(name));
+        }
+    }
+    if (errno != 0) {
+        throw Failure(withError("reading a directory"));
+    }
+}
+
+void copyContent(const Descriptor& from, const Descriptor& to, const std::string& name,
+                 const Advance& advance) {
+    Copy copy{from.number(), to.number(), name, advance, static_cast<std::uint64_t>(from.status().st_size)};
+    if (ioctl(to.number(), FICLONE, from.number()) == 0) {
+        advance(copy.left);
+        return;
+    }
+    copyByKernel(copy);
+    copyByBuffer(copy);
+}
+
+} // namespace velacreate

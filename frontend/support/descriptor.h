@@ -1,0 +1,69 @@
+/// @file
+/// Open files, and how files of a stranger's are opened.
+#ifndef VELACREATE_DESCRIPTOR_H
+#define VELACREATE_DESCRIPTOR_H
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include <sys/stat.h>
+
+namespace velacreate {
+
+/// Told of bytes as they are taken in or compared.
+using Advance = std::function<void(std::uint64_t bytes)>;
+
+/// Owns an open file descriptor, or none.
+class Descriptor {
+public:
+    explicit Descriptor(int number = -1) : m_number(number) {}
+    Descriptor(Descriptor&& other) noexcept;
+    Descriptor& operator=(Descriptor&& other) noexcept;
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor();
+
+    int number() const {
+        return m_number;
+    }
+    bool isOpen() const {
+        return m_number >= 0;
+    }
+    /// Gives the number away: whoever takes it closes it.
+    int release();
+    /// @throw Failure
+    struct stat status() const;
+
+    /// Where the kernel shows the open file, for calls that take only a path.
+    std::string path() const;
+
+private:
+    int m_number;
+};
+
+/// Opens what lies below a directory, and nothing else: a path that leads out of it, or over a link, does not
+/// open. O_CLOEXEC is added to the flags.
+/// @return closed, with errno set, when it cannot be opened
+Descriptor openBeneath(int directory, const std::string& path, int flags, unsigned mode = 0);
+
+/// Whether both are one file, by device and number.
+bool isSameFile(const struct stat& one, const struct stat& other);
+
+/// Whether a file is the one that was found before, and has not been written to or changed otherwise since.
+bool isUnchanged(const struct stat& found, const struct stat& now);
+
+/// Calls a function with the name of each entry of a directory but "." and "..", in no order. The descriptor
+/// itself is not read from.
+/// @throw Failure
+void forEachEntry(int directory, const std::function<void(const std::string& name)>& use);
+
+/// Copies a file's content into a new file, both just opened; cloned where the file system can, and no more
+/// than it has at the start, also when the file grows meanwhile. Tells of the bytes as they come.
+/// @throw Failure, with the name in its text
+void copyContent(const Descriptor& from, const Descriptor& to, const std::string& name,
+                 const Advance& advance);
+
+} // namespace velacreate
+
+#endif

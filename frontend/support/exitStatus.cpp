@@ -1,0 +1,60 @@
+#include "support/exitStatus.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include <bootableMedia.h>
+
+namespace velacreate {
+
+namespace {
+
+using namespace VelaCreation;
+
+constexpr ExitStatus TABLE[] = {
+    {0, "done", ""},
+    {EXIT_REFUSED, "refused; no medium and no output was touched", ""},
+    {EXIT_DIFFERENT, "the medium, read back, differs from what was to be made",
+     "Make it again, with another stick or disk if it recurs."},
+    {EXIT_UNFINISHED, "the job could not be finished", ""},
+    {VELAERROR_NO_UPDATE_FILES, "no update file is left", "Name update files."},
+    {VELAERROR_FILE_OR_DIR_NOT_FOUND, "a file that the job needs is missing", "Look it up with --verbose."},
+    {VELAERROR_USB_ACCESS_ERROR, "the key cannot be read, sized or mounted",
+     "Plug it in again, or format it with --format always."},
+    {VELAERROR_UNZIP_ERROR, "the tool package cannot be unpacked", "Fetch a sound one; 'unzip -t' tests it."},
+    {VELAERROR_FORMAT_ERROR, "the key cannot be formatted",
+     "Check its write protection, and that nothing else uses it."},
+    {VELAERROR_FILE_OR_DIR_CREATE_ERROR, "files cannot be copied", "Check the free space, and the medium."},
+    {VELAERROR_CHANGE_MODE_ERROR, "files cannot be made executable", "Check the medium."},
+    {VELAERROR_ISO_EXTENSION_ERROR, "the image's name does not end with .iso", "Name it so."},
+    {VELAERROR_MAKE_ISO_ERROR, "the image cannot be made", "See all of the tool's words with --verbose."},
+    {VELAERROR_ZIP_ERROR, "the archive of the update files cannot be made", "Check the free space."},
+    {VELAERROR_BURN_ERROR, "the disc cannot be burned",
+     "Check the drive, and that the disc is large enough."},
+    {VELAERROR_ISO_NOT_FOUND, "the image to burn cannot be read", "Check its path."},
+    {VELAERROR_CD_MEMORY_ERROR, "the image is larger than the disc", "Take a larger disc."},
+    {VELAERROR_NO_DISK_OR_WRONG_DISK, "there is no disc in the drive, or one that cannot be written",
+     "Put in a writable disc."},
+    {EXIT_INTERRUPTED, "interrupted", ""},
+};
+
+constexpr ExitStatus UNKNOWN{EXIT_UNFINISHED, "the job's process was ended", ""};
+
+} // namespace
+
+const ExitStatus& exitStatus(int status) {
+    const auto* const found = std::find_if(std::begin(TABLE), std::end(TABLE),
+                                           [&](const auto& entry) { return entry.status == status; });
+    return found != std::end(TABLE) ? *found : UNKNOWN;
+}
+
+std::string exitStatusTable() {
+    std::string lines;
+    for (const auto& entry : TABLE) {
+        const auto number = std::to_string(entry.status);
+        lines += "  " + std::string(3 - number.size(), ' ') + number + "  " + entry.meaning + "\n";
+    }
+    return lines;
+}
+
+} // namespace velacreate

@@ -1,0 +1,142 @@
+#include "support/programs.h"
+
+#include "support/descriptor.h"
+#include "support/failure.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <sstream>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+struct Origin {
+    const char* program;
+    const char* package;
+};
+constexpr Origin ORIGINS[] = {
+    {"unzip", "unzip"},     {"zip", "zip"},
+    {"xorriso", "xorriso"}, {"genisoimage", "genisoimage"},
+    {"wodim", "wodim"},     {"mkfs.vfat", "dosfstools"},
+    {"mkfs", "util-linux"}, {"sfdisk", "fdisk"},
+    {"mount", "mount"},     {"umount", "mount"},
+};
+
+bool isOnSearchPath(const std::string& name) {
+    std::istringstream directories(SEARCH_PATH);
+    for (std::string directory; std::getline(directories, directory, ':');) {
+        if (access((directory + "/" + name).c_str(), X_OK) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string advice(const std::string& program) {
+    for (const Origin& origin : ORIGINS) {
+        if (program == origin.program) {
+            return std::string("; install the package ") + origin.package;
+        }
+    }
+    return "";
+}
+
+/// The standard streams of a program: nothing to read, and both outputs to one place.
+class Streams {
+public:
+    explicit Streams(int output) {
+        posix_spawn_file_actions_init(&m_actions);
+        posix_spawn_file_actions_addopen(&m_actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_adddup2(&m_actions, output, STDOUT_FILENO);
+        posix_spawn_file_actions_adddup2(&m_actions, output, STDERR_FILENO);
+    }
+    Streams(const Streams&) = delete;
+    Streams& operator=(const Streams&) = delete;
+    ~Streams() {
+        posix_spawn_file_actions_destroy(&m_actions);
+    }
+
+    const posix_spawn_file_actions_t* actions() const {
+        return &m_actions;
+    }
+
+private:
+    posix_spawn_file_actions_t m_actions{};
+};
+
+/// @return the number of the process; 0 when the program cannot be started
+pid_t start(const std::vector<std::string>& command, int output) {
+    std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
+    for (const std::string& argument : command) {
+        arguments.push_back(const_cast<char*>(argument.c_str())); // the call wants it so, and changes nothing
+    }
+    arguments.push_back(nullptr);
+    const Streams streams(output);
+    pid_t process = 0;
+    if (posix_spawnp(&process, arguments[0], streams.actions(), nullptr, arguments.data(), environ) != 0) {
+        return 0;
+    }
+    return process;
+}
+
+int statusOf(pid_t process) {
+    int status = 0;
+    while (waitpid(process, &status, 0) < 0) {
+        if (errno != EINTR) {
+            throw Failure(withError("waiting for a program"));
+        }
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+std::string contentOf(const Descriptor& file) {
+    std::string content;
+    std::array<char, 4096> buffer{};
+    for (;;) {
+        const ssize_t count =
+            pread(file.number(), buffer.data(), buffer.size(), static_cast<off_t>(content.size()));
+        if (count < 0) {
+            throw Failure(withError("reading a program's output"));
+        }
+        if (count == 0) {
+            return content;
+        }
+        content.append(buffer.data(), static_cast<std::size_t>(count));
+    }
+}
+
+} // namespace
+
+// A file in memory takes the output, and not a pipe: a process that the program leaves behind would keep a
+// pipe open.
+ProgramResult runProgram(const std::vector<std::string>& command) {
+    const Descriptor output(memfd_create("output", MFD_CLOEXEC));
+    if (!output.isOpen()) {
+        throw Failure(withError("a file for a program's output"));
+    }
+    const pid_t process = start(command, output.number());
+    if (process == 0) {
+        return {127, ""};
+    }
+    const int status = statusOf(process);
+    return {status, contentOf(output)};
+}
+
+void requirePrograms(std::initializer_list<const char*> names) {
+    for (const char* name : names) {
+        if (!isOnSearchPath(name)) {
+            throw Refusal(std::string("the program ") + name + " is missing" + advice(name));
+        }
+    }
+}
+
+} // namespace velacreate

@@ -1,0 +1,27 @@
+/// @file
+/// The programs that velacreate itself needs, run without a shell.
+#ifndef VELACREATE_PROGRAMS_H
+#define VELACREATE_PROGRAMS_H
+
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+namespace velacreate {
+
+/// The one search path for everything that a job runs, whatever the caller's is.
+constexpr const char* SEARCH_PATH = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
+
+struct ProgramResult {
+    int status;         ///< its exit status; 127 when it could not be started
+    std::string output; ///< what it wrote, standard error included
+};
+
+ProgramResult runProgram(const std::vector<std::string>& command);
+
+/// Refuses to go on when one of the programs is not on the search path, and names its Debian package.
+void requirePrograms(std::initializer_list<const char*> names);
+
+} // namespace velacreate
+
+#endif

@@ -1,0 +1,33 @@
+/// @file
+/// Names as UTF-8, whatever the user's language is.
+#ifndef VELACREATE_UTF8_H
+#define VELACREATE_UTF8_H
+
+#include <optional>
+#include <string>
+
+#include <locale.h> // NOLINT(modernize-deprecated-headers): locale_t and uselocale are of this one
+
+namespace velacreate {
+
+/// The C library, and what builds on it, takes this thread's text for UTF-8 as long as it lives.
+class Utf8Locale {
+public:
+    Utf8Locale();
+    Utf8Locale(const Utf8Locale&) = delete;
+    Utf8Locale& operator=(const Utf8Locale&) = delete;
+    ~Utf8Locale();
+
+private:
+    locale_t m_before;
+};
+
+/// @return the characters of a text; none when it is not in UTF-8
+std::optional<std::wstring> decoded(const std::string& text);
+
+/// @return the text in capitals, so that two that differ only in upper and lower case become the same
+std::wstring withoutCase(std::wstring text);
+
+} // namespace velacreate
+
+#endif
