@@ -1,0 +1,64 @@
+#include "inputs/chosenPaths.h"
+
+#include "inputs/names.h"
+#include "support/failure.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace velacreate {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The parts of a path without those that mean nothing.
+std::vector<std::string> significantParts(const std::string& path) {
+    std::vector<std::string> parts = partsOf(path);
+    const auto isNothing = [](const std::string& part) { return part.empty() || part == "."; };
+    parts.erase(std::remove_if(parts.begin(), parts.end(), isNothing), parts.end());
+    return parts;
+}
+
+std::string joined(const std::vector<std::string>& parts) {
+    std::string path;
+    for (const std::string& part : parts) {
+        path += (path.empty() ? "" : "/") + part;
+    }
+    return path;
+}
+
+/// @return whether the parts began so
+bool removeStart(std::vector<std::string>& parts, const std::vector<std::string>& start) {
+    if (parts.size() < start.size() || !std::equal(start.begin(), start.end(), parts.begin())) {
+        return false;
+    }
+    parts.erase(parts.begin(), parts.begin() + static_cast<std::ptrdiff_t>(start.size()));
+    return true;
+}
+
+} // namespace
+
+ChosenPaths::ChosenPaths(const std::string& directory, const Descriptor& open)
+    : m_directory(directory), m_asNamed(significantParts(fs::absolute(directory).lexically_normal())),
+      m_asItIs(significantParts(fs::read_symlink(open.path()))) {}
+
+std::string ChosenPaths::below(const std::string& path) const {
+    const std::string text = "update file " + shown(path);
+    if (path.empty()) {
+        throw Refusal("an update file has no name");
+    }
+    std::vector<std::string> parts = significantParts(path);
+    if (std::find(parts.begin(), parts.end(), "..") != parts.end()) {
+        throw Refusal(text + " is not named by a path below " + shown(m_directory));
+    }
+    if (path.front() == '/' && !removeStart(parts, m_asNamed) && !removeStart(parts, m_asItIs)) {
+        throw Refusal(text + " is not below " + shown(m_directory));
+    }
+    if (parts.empty()) {
+        throw Refusal(text + " is the directory of the update files itself");
+    }
+    return joined(parts);
+}
+
+} // namespace velacreate

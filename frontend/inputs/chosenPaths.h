@@ -1,0 +1,31 @@
+/// @file
+/// The paths by which a user names update files.
+#ifndef VELACREATE_CHOSENPATHS_H
+#define VELACREATE_CHOSENPATHS_H
+
+#include "support/descriptor.h"
+
+#include <string>
+#include <vector>
+
+namespace velacreate {
+
+/// Turns what a user has named into paths below the directory of the update files.
+class ChosenPaths {
+public:
+    /// @param directory  as the user named it
+    /// @param open       the same one, open
+    ChosenPaths(const std::string& directory, const Descriptor& open);
+
+    /// @throw Refusal when the path does not lie below the directory
+    std::string below(const std::string& path) const;
+
+private:
+    std::string m_directory;
+    std::vector<std::string> m_asNamed;
+    std::vector<std::string> m_asItIs;
+};
+
+} // namespace velacreate
+
+#endif

@@ -1,0 +1,105 @@
+#include "inputs/limits.h"
+
+#include "inputs/names.h"
+#include "support/failure.h"
+#include "support/utf8.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <map>
+#include <set>
+
+#include <sys/statvfs.h>
+
+namespace velacreate {
+
+namespace {
+
+constexpr std::uint64_t LARGEST_FILE = (std::uint64_t{1} << 32) - 1;
+constexpr std::size_t LONGEST_FAT_NAME = 255;
+constexpr wchar_t LAST_OF_ONE_UNIT = 0xffff; ///< characters beyond it take two units of UTF-16
+
+std::size_t utf16Units(const std::wstring& text) {
+    const auto pairs = std::count_if(text.begin(), text.end(),
+                                     [](wchar_t character) { return character > LAST_OF_ONE_UNIT; });
+    return text.size() + static_cast<std::size_t>(pairs);
+}
+
+/// @return what keeps a part of a name off FAT; empty when nothing does
+std::string objectionTo(const std::string& part) {
+    const std::size_t forbidden = part.find_first_of("\"*:<>?|\\");
+    if (forbidden != std::string::npos) {
+        return std::string("holds the character ") + part[forbidden];
+    }
+    if (holdsControlCharacter(part)) {
+        return "holds a control character";
+    }
+    if (part.empty() || part.back() == ' ' || part.back() == '.') {
+        return "has a part that ends with a blank or a dot";
+    }
+    const auto characters = decoded(part);
+    if (!characters) {
+        return "is not in UTF-8";
+    }
+    return utf16Units(*characters) > LONGEST_FAT_NAME ? "has a part that is too long" : "";
+}
+
+} // namespace
+
+std::string sizeText(std::uint64_t bytes) {
+    constexpr std::array<const char*, 6> UNITS = {" KiB", " MiB", " GiB", " TiB", " PiB", " EiB"};
+    constexpr double STEP = 1024;
+    constexpr double LARGEST = STEP - 0.05; // which would be rounded to the next unit
+    if (bytes < 1024) {
+        return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
+    }
+    double count = static_cast<double>(bytes) / STEP;
+    std::size_t unit = 0;
+    for (; count >= LARGEST && unit + 1 < UNITS.size(); ++unit) {
+        count /= STEP;
+    }
+    const auto tenths = std::lround(count * 10);
+    return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + UNITS[unit];
+}
+
+void requireFatNames(const std::vector<std::string>& places) {
+    std::set<std::string> fine; // a directory's name is in every place below it, and looked at once
+    std::map<std::wstring, const std::string*> known;
+    for (const std::string& place : places) {
+        for (const std::string& part : partsOf(place)) {
+            if (!fine.insert(part).second) {
+                continue;
+            }
+            if (const std::string objection = objectionTo(part); !objection.empty()) {
+                throw Refusal(shown(place) + " " + objection + ", which a FAT file system cannot carry");
+            }
+        }
+        const auto [other, isNew] = known.try_emplace(withoutCase(decoded(place).value()), &place);
+        if (!isNew && *other->second != place) {
+            throw Refusal(shown(*other->second) + " and " + shown(place) +
+                          " differ only in upper and lower case, which are the same to a FAT file system");
+        }
+    }
+}
+
+void requireFileSize(const std::string& place, std::uint64_t size, const std::string& medium) {
+    if (size > LARGEST_FILE) {
+        throw Refusal(shown(place) + " has " + sizeText(size) + "; " + medium +
+                      " holds files of less than 4 GiB");
+    }
+}
+
+void requireSpace(int directory, const std::string& where, std::uint64_t bytes) {
+    struct statvfs space {};
+    if (fstatvfs(directory, &space) != 0) {
+        throw Failure(withError("the free space in " + shown(where)));
+    }
+    const std::uint64_t free = space.f_bavail * space.f_frsize;
+    if (free < bytes) {
+        throw Refusal("the job needs " + sizeText(bytes) + " in " + shown(where) + ", where " +
+                      sizeText(free) + " are free");
+    }
+}
+
+} // namespace velacreate

@@ -1,0 +1,32 @@
+/// @file
+/// What a medium cannot hold, found before it is begun.
+#ifndef VELACREATE_LIMITS_H
+#define VELACREATE_LIMITS_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace velacreate {
+
+/// Sizes with a unit, in multiples of 1,024, such as "1.5 GiB".
+std::string sizeText(std::uint64_t bytes);
+
+/// Refuses names that FAT cannot carry as they are: with one of "*:<>?|\ in them, with a blank or a dot at
+/// the end of a part, a part of more than 255 UTF-16 units, or not in UTF-8; and two that it takes for the
+/// same, since they differ only in upper and lower case (letters beyond ASCII included).
+/// @param places  all that is to stand on the medium, directories included
+void requireFatNames(const std::vector<std::string>& places);
+
+/// Refuses a file of 4 GiB or more.
+/// @param medium  for the message, such as "an ISO image" or "a FAT file system"
+void requireFileSize(const std::string& place, std::uint64_t size, const std::string& medium);
+
+/// Refuses a job for which there is not enough free space.
+/// @param directory  an open directory of the file system
+/// @param where      for the message
+void requireSpace(int directory, const std::string& where, std::uint64_t bytes);
+
+} // namespace velacreate
+
+#endif

@@ -1,0 +1,44 @@
+#include "inputs/names.h"
+
+#include <algorithm>
+
+namespace velacreate {
+
+std::vector<std::string> partsOf(const std::string& path) {
+    std::vector<std::string> parts;
+    std::size_t start = 0;
+    for (std::size_t slash = path.find('/'); slash != std::string::npos; slash = path.find('/', start)) {
+        parts.push_back(path.substr(start, slash - start));
+        start = slash + 1;
+    }
+    parts.push_back(path.substr(start));
+    return parts;
+}
+
+std::string topOf(const std::string& path) {
+    return path.substr(0, path.find('/'));
+}
+
+std::vector<std::string> ancestorsOf(const std::string& path) {
+    std::vector<std::string> ancestors;
+    for (std::size_t slash = path.find('/'); slash != std::string::npos; slash = path.find('/', slash + 1)) {
+        ancestors.push_back(path.substr(0, slash));
+    }
+    return ancestors;
+}
+
+std::string inCapitals(std::string text) {
+    for (char& letter : text) {
+        if (letter >= 'a' && letter <= 'z') {
+            letter = static_cast<char>(letter - 'a' + 'A');
+        }
+    }
+    return text;
+}
+
+bool holdsControlCharacter(const std::string& text) {
+    return std::any_of(text.begin(), text.end(),
+                       [](unsigned char byte) { return byte < 0x20 || byte == 0x7f; });
+}
+
+} // namespace velacreate

@@ -1,0 +1,231 @@
+#include "inputs/toolPackage.h"
+
+#include "inputs/jobNames.h"
+#include "inputs/names.h"
+#include "inputs/packageReader.h"
+#include "support/failure.h"
+
+#include <algorithm>
+#include <set>
+
+#include <archive.h>
+#include <archive_entry.h>
+#include <fcntl.h>
+
+namespace velacreate {
+
+namespace {
+
+constexpr const char* BOOT = "boot";
+
+/// Small where entries are skipped, as each skip is followed by a whole block.
+constexpr std::size_t BLOCK_FOR_HEADERS = 16 << 10;
+constexpr std::size_t BLOCK_FOR_CONTENT = 128 << 10;
+
+using Entries = std::map<std::string, ToolPackage::Entry>;
+
+Descriptor openedFile(const std::string& path) {
+    Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (!file.isOpen()) {
+        throw Refusal(withError(packageText(path)));
+    }
+    if (!S_ISREG(file.status().st_mode)) {
+        throw Refusal(packageText(path) + " is no file");
+    }
+    return file;
+}
+
+/// What a job has a use for.
+bool isWanted(const std::string& name) {
+    return isCloneImage(name) || topOf(name) == BOOT;
+}
+
+void checkTop(const PackageReader& reader) {
+    const std::string top = topOf(reader.name());
+    const bool isTop = top == reader.name();
+    if (isCloneImage(top) && !(isTop && !reader.isDirectory())) {
+        reader.refuse("stands where a clone image should");
+    }
+    if (top == BOOT && isTop && !reader.isDirectory()) {
+        reader.refuse("is no directory");
+    }
+    if (isJobName(top) && !isWanted(reader.name())) {
+        reader.refuse("has a name that the job uses itself");
+    }
+}
+
+/// All entries of a package; each has its name to itself.
+class Listing {
+public:
+    void add(const PackageReader& reader) {
+        for (const std::string& ancestor : ancestorsOf(reader.name())) {
+            if (!m_all.try_emplace(ancestor, ToolPackage::Entry{0, true}).first->second.isDirectory) {
+                reader.refuse("lies in what is a file");
+            }
+        }
+        const ToolPackage::Entry entry{reader.size(), reader.isDirectory()};
+        const auto [known, isNew] = m_all.try_emplace(reader.name(), entry);
+        if (!m_named.insert(reader.name()).second) {
+            reader.refuse("is there twice");
+        }
+        if (!isNew && !entry.isDirectory) {
+            reader.refuse("is a file and a directory");
+        }
+    }
+
+    Entries wanted() const {
+        Entries result;
+        for (const auto& [name, entry] : m_all) {
+            if (isWanted(name)) {
+                result.emplace(name, entry);
+            }
+        }
+        return result;
+    }
+
+    /// @return the folder that the boot directory lies in, when it lies one level too deep; else nothing
+    std::string wrapper() const {
+        for (const auto& [name, entry] : m_all) {
+            const std::vector<std::string> parts = partsOf(name);
+            if (entry.isDirectory && parts.size() == 2 && parts[1] == BOOT) {
+                return parts[0];
+            }
+        }
+        return "";
+    }
+
+private:
+    Entries m_all;
+    std::set<std::string> m_named; ///< without the directories that only paths name
+};
+
+/// Whether it is something that is put on a medium: what begins with a dot is not, in the boot directory
+/// itself.
+bool isBootFile(const std::string& name) {
+    const std::vector<std::string> parts = partsOf(name);
+    return parts.size() > 1 && parts[0] == BOOT && parts[1].front() != '.';
+}
+
+void requireBoot(const Listing& listing, const Entries& wanted, const std::string& path) {
+    if (std::any_of(wanted.begin(), wanted.end(), [](const auto& item) { return isBootFile(item.first); })) {
+        return;
+    }
+    if (const std::string wrapper = listing.wrapper(); !wrapper.empty()) {
+        throw Refusal(packageText(path) + " is wrapped in the folder " + shown(wrapper) +
+                      "; pack what is inside it");
+    }
+    throw Refusal(packageText(path) + (wanted.count(BOOT) > 0 ? " has nothing in boot/" : " has no boot/"));
+}
+
+/// Writes the entries of a package anew.
+class Rewriter {
+public:
+    explicit Rewriter(const Descriptor& output) : m_archive(beginZip(output)), m_entry(archive_entry_new()) {}
+
+    void begin(const PackageReader& reader) {
+        archive_entry* entry = m_entry.get();
+        archive_entry_clear(entry);
+        archive_entry_set_pathname(entry, reader.name().c_str());
+        archive_entry_set_filetype(entry, reader.isDirectory() ? AE_IFDIR : AE_IFREG);
+        archive_entry_set_perm(entry, rights(reader));
+        archive_entry_set_size(entry, static_cast<std::int64_t>(reader.size()));
+        archive_entry_set_mtime(entry, archive_entry_mtime(reader.header()), 0);
+        require(archive_write_header(m_archive.get(), entry) == ARCHIVE_OK);
+    }
+
+    void write(const void* data, std::size_t size) {
+        require(archive_write_data(m_archive.get(), data, size) == static_cast<la_ssize_t>(size));
+    }
+
+    void end() {
+        require(archive_write_close(m_archive.get()) == ARCHIVE_OK);
+    }
+
+private:
+    /// As the package has them, but such that the owner can do with the file what has to be done.
+    static mode_t rights(const PackageReader& reader) {
+        const mode_t own = reader.isDirectory() ? S_IRWXU : S_IRUSR | S_IWUSR;
+        return (archive_entry_perm(reader.header()) & (S_IRWXU | S_IRWXG | S_IRWXO)) | own;
+    }
+
+    void require(bool isDone) const {
+        if (!isDone) {
+            throw Failure("writing the copy of the tool package: " + problemOf(m_archive));
+        }
+    }
+
+    Archive m_archive;
+    ArchiveEntry m_entry;
+};
+
+} // namespace
+
+ToolPackage::ToolPackage(const std::string& path)
+    : m_path(path), m_file(openedFile(path)), m_found(m_file.status()) {
+    PackageReader reader(m_file, path, BLOCK_FOR_HEADERS);
+    Listing listing;
+    while (reader.next()) {
+        checkTop(reader);
+        listing.add(reader);
+    }
+    m_entries = listing.wanted();
+    requireBoot(listing, m_entries, path);
+}
+
+const std::map<std::string, ToolPackage::Entry>& ToolPackage::entries() const {
+    return m_entries;
+}
+
+void ToolPackage::requireFile(const std::string& name, const std::string& purpose) const {
+    const auto found = m_entries.find(name);
+    if (found == m_entries.end() || found->second.isDirectory) {
+        throw Refusal(packageText(m_path) + " lacks " + shown(name) + "; " + purpose);
+    }
+}
+
+std::uint64_t ToolPackage::unpackedSize() const {
+    std::uint64_t total = 0;
+    for (const auto& [name, entry] : m_entries) {
+        total += entry.size;
+    }
+    return total;
+}
+
+const std::string& ToolPackage::path() const {
+    return m_path;
+}
+
+bool ToolPackage::isFile(const struct stat& other) const {
+    return isSameFile(m_found, other);
+}
+
+void ToolPackage::writeTo(const Descriptor& output, const Advance& advance) const {
+    const auto require = [&](bool isAsChecked) {
+        if (!isAsChecked) {
+            throw Refusal(packageText(m_path) + " was changed after it had been checked");
+        }
+    };
+    require(isUnchanged(m_found, m_file.status()));
+    PackageReader reader(m_file, m_path, BLOCK_FOR_CONTENT);
+    Rewriter writer(output);
+    std::uint64_t written = 0;
+    while (reader.next()) {
+        if (!isWanted(reader.name())) {
+            reader.read([](const void*, std::size_t) {});
+            continue;
+        }
+        const auto known = m_entries.find(reader.name());
+        require(known != m_entries.end() && known->second.isDirectory == reader.isDirectory() &&
+                known->second.size == reader.size());
+        writer.begin(reader);
+        reader.read([&](const void* data, std::size_t size) {
+            writer.write(data, size);
+            written += size;
+            advance(size);
+        });
+    }
+    writer.end();
+    require(written == unpackedSize() && isUnchanged(m_found, m_file.status()));
+}
+
+} // namespace velacreate

@@ -1,0 +1,241 @@
+#include "inputs/updateFiles.h"
+
+#include "inputs/chosenPaths.h"
+#include "inputs/jobNames.h"
+#include "inputs/names.h"
+#include "support/beneath.h"
+#include "support/failure.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include <fcntl.h>
+
+namespace velacreate {
+
+namespace {
+
+/// A stranger's file may have become a FIFO meanwhile, which would wait for somebody who writes to it.
+constexpr int TO_READ = O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY;
+
+std::string named(const std::string& source) {
+    return "update file " + shown(source);
+}
+
+Descriptor openedDirectory(const std::string& path) {
+    Descriptor directory(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!directory.isOpen()) {
+        throw Refusal(withError("the directory " + shown(path)));
+    }
+    return directory;
+}
+
+void requirePlace(const std::string& place, const std::string& source) {
+    const std::string top = topOf(place);
+    if (holdsControlCharacter(place)) {
+        throw Refusal(named(source) + " has a control character in its name");
+    }
+    if (top.front() == '-') {
+        throw Refusal(named(source) + " has a name that programs would take for an option");
+    }
+    if (isJobName(top)) {
+        throw Refusal(named(source) + " has a name that the job uses itself");
+    }
+    if (const std::size_t at = top.find_first_of("\"$`\\"); at != std::string::npos) {
+        throw Refusal(named(source) + " holds the character " + top[at] +
+                      ", which the shell would not take as it is");
+    }
+}
+
+/// What one entry of the directory is, by name and in no case over a link.
+struct stat kindOf(Beneath& tree, const std::string& source) {
+    const Descriptor entry = tree.open(source, O_PATH | O_NOFOLLOW);
+    if (!entry.isOpen()) {
+        throw Refusal(errno == ELOOP ? named(source) + " lies behind a link" : withError(named(source)));
+    }
+    const struct stat found = entry.status();
+    if (S_ISLNK(found.st_mode)) {
+        throw Refusal(named(source) + " is a link");
+    }
+    if (!S_ISREG(found.st_mode) && !S_ISDIR(found.st_mode)) {
+        throw Refusal(named(source) + " is neither a file nor a directory");
+    }
+    return found;
+}
+
+using Entries = std::map<std::string, UpdateFiles::Entry>;
+
+/// Finds what was chosen, place by place.
+class Search {
+public:
+    Search(int directory, Entries& entries) : m_directory(directory), m_tree(directory), m_entries(entries) {}
+
+    void add(const std::string& chosen) {
+        const struct stat found = kindOf(m_tree, chosen);
+        const std::string place = S_ISDIR(found.st_mode) ? partsOf(chosen).back() : chosen;
+        requirePlace(place, chosen);
+        addAncestors(place, chosen);
+        addEntry(chosen, place, found);
+        while (!m_pending.empty()) {
+            const auto [source, below] = m_pending.back();
+            m_pending.pop_back();
+            addContent(source, below);
+        }
+    }
+
+private:
+    struct Pending {
+        std::string source;
+        std::string place;
+    };
+
+    /// The directories on the way to a file that was named by its path.
+    void addAncestors(const std::string& place, const std::string& source) {
+        for (const std::string& ancestor : ancestorsOf(place)) {
+            const auto known = m_entries.find(ancestor);
+            if (known == m_entries.end()) {
+                m_entries[ancestor] = {ancestor, 0, true, kindOf(m_tree, ancestor)};
+            } else if (!known->second.isDirectory) {
+                throw Refusal(named(known->second.source) + " stands where " + shown(source) +
+                              " needs a directory");
+            }
+        }
+    }
+
+    void addEntry(const std::string& source, const std::string& place, const struct stat& found) {
+        const bool isDirectory = S_ISDIR(found.st_mode);
+        const std::uint64_t size = isDirectory ? 0 : static_cast<std::uint64_t>(found.st_size);
+        const auto [known, isNew] =
+            m_entries.try_emplace(place, UpdateFiles::Entry{source, size, isDirectory, found});
+        if (!isNew) {
+            requireTheSame(known->second, source, isDirectory);
+        }
+        if (isDirectory) {
+            m_pending.push_back({source, place});
+        } else if (isNew) {
+            requireReadable(source, found);
+        }
+    }
+
+    static void requireTheSame(const UpdateFiles::Entry& known, const std::string& source, bool isDirectory) {
+        if (known.isDirectory != isDirectory || (!isDirectory && known.source != source)) {
+            throw Refusal("the update files " + shown(known.source) + " and " + shown(source) +
+                          " have one place on the medium");
+        }
+    }
+
+    void requireReadable(const std::string& source, const struct stat& found) {
+        const Descriptor file = m_tree.open(source, TO_READ);
+        if (!file.isOpen()) {
+            throw Refusal(withError(named(source) + " cannot be read"));
+        }
+        if (!isUnchanged(found, file.status())) {
+            throw Refusal(named(source) + " is being changed");
+        }
+    }
+
+    void addContent(const std::string& source, const std::string& place) {
+        const Descriptor directory = openBeneath(m_directory, source, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+        if (!directory.isOpen()) {
+            throw Refusal(withError(named(source) + " cannot be read"));
+        }
+        forEachEntry(directory.number(), [&](const std::string& name) {
+            const std::string inner = source + "/" + name;
+            if (holdsControlCharacter(name)) {
+                throw Refusal(named(inner) + " has a control character in its name");
+            }
+            addEntry(inner, place + "/" + name, kindOf(m_tree, inner));
+        });
+    }
+
+    int m_directory;
+    Beneath m_tree;
+    Entries& m_entries;
+    std::vector<Pending> m_pending;
+};
+
+} // namespace
+
+UpdateFiles::UpdateFiles(const std::string& directory, const std::vector<std::string>& chosen)
+    : m_directory(openedDirectory(directory)) {
+    const ChosenPaths paths(directory, m_directory);
+    Search search(m_directory.number(), m_entries);
+    for (const std::string& path : chosen) {
+        search.add(paths.below(path));
+    }
+}
+
+const std::map<std::string, UpdateFiles::Entry>& UpdateFiles::entries() const {
+    return m_entries;
+}
+
+std::vector<std::string> UpdateFiles::topLevel() const {
+    std::vector<std::string> names;
+    for (const auto& [place, entry] : m_entries) {
+        if (place.find('/') == std::string::npos) {
+            names.push_back(place);
+        }
+    }
+    return names;
+}
+
+std::size_t UpdateFiles::fileCount() const {
+    const auto isFile = [](const auto& item) { return !item.second.isDirectory; };
+    return static_cast<std::size_t>(std::count_if(m_entries.begin(), m_entries.end(), isFile));
+}
+
+std::uint64_t UpdateFiles::totalSize() const {
+    std::uint64_t total = 0;
+    for (const auto& [place, entry] : m_entries) {
+        total += entry.size;
+    }
+    return total;
+}
+
+bool UpdateFiles::contain(const struct stat& other) const {
+    return std::any_of(m_entries.begin(), m_entries.end(),
+                       [&](const auto& item) { return isSameFile(item.second.found, other); });
+}
+
+namespace {
+
+void copyFile(Beneath& from, Beneath& to, const std::string& place, const UpdateFiles::Entry& entry,
+              const Advance& advance) {
+    const Descriptor source = from.open(entry.source, TO_READ);
+    if (!source.isOpen()) {
+        throw Failure(withError(named(entry.source) + " cannot be read any more"));
+    }
+    const auto requireUnchanged = [&] {
+        if (!isUnchanged(entry.found, source.status())) {
+            throw Failure(named(entry.source) + " was changed after it had been checked");
+        }
+    };
+    requireUnchanged();
+    const bool isProgram = (entry.found.st_mode & S_IXUSR) != 0;
+    const Descriptor copy = to.open(place, O_WRONLY | O_CREAT | O_EXCL, isProgram ? 0755 : 0644);
+    if (!copy.isOpen()) {
+        throw Failure(withError("the copy of " + named(entry.source)));
+    }
+    copyContent(source, copy, entry.source, advance);
+    requireUnchanged();
+    const struct timespec times[] = {entry.found.st_mtim, entry.found.st_mtim};
+    if (futimens(copy.number(), times) != 0) {
+        throw Failure(withError("the time of " + named(entry.source)));
+    }
+}
+
+} // namespace
+
+void UpdateFiles::copyTo(int directory, const Advance& advance) const {
+    Beneath from(m_directory.number());
+    Beneath to(directory);
+    for (const auto& [place, entry] : m_entries) {
+        if (!entry.isDirectory) {
+            copyFile(from, to, place, entry, advance);
+        } else if (!to.makeDirectory(place, 0755)) {
+            throw Failure(withError("the copy of " + named(entry.source)));
+        }
+    }
+}
+
+} // namespace velacreate
