@@ -1,0 +1,56 @@
+#include "medium/differences.h"
+
+#include "inputs/names.h"
+#include "support/failure.h"
+
+#include <algorithm>
+
+namespace velacreate {
+
+namespace {
+
+std::string named(const std::string& place, const Part& part) {
+    const std::string origin = topOf(part.source) == "boot" ? "boot " : "update ";
+    return origin + (part.isDirectory ? "directory " : "file ") + shown(place);
+}
+
+} // namespace
+
+void Differences::addMissing(const std::string& place, const Part& part) {
+    addWhole(place, named(place, part) + " is missing");
+}
+
+void Differences::addDiffering(const std::string& place, const Part& part) {
+    addWhole(place, named(place, part) + " differs");
+}
+
+void Differences::addUnreadable(const std::string& place, const Part& part, const std::string& problem) {
+    addWhole(place, named(place, part) + " cannot be read: " + problem);
+}
+
+void Differences::addTwice(const std::string& place) {
+    addWhole(place, shown(place) + " is there twice");
+}
+
+void Differences::addBeyond(const std::string& place) {
+    addWhole(place, shown(place) + " is there, but should not be");
+}
+
+void Differences::addWhole(const std::string& place, const std::string& line) {
+    const std::vector<std::string> ancestors = ancestorsOf(place);
+    const auto isWhole = [&](const std::string& ancestor) { return m_whole.count(ancestor) > 0; };
+    if (std::none_of(ancestors.begin(), ancestors.end(), isWhole)) {
+        m_lines.try_emplace(place, line);
+        m_whole.insert(place);
+    }
+}
+
+std::vector<std::string> Differences::lines() const {
+    std::vector<std::string> result;
+    for (const auto& [place, line] : m_lines) {
+        result.push_back(line);
+    }
+    return result;
+}
+
+} // namespace velacreate

@@ -1,0 +1,142 @@
+#include "medium/differences.h"
+#include "medium/readBack.h"
+#include "medium/sources.h"
+
+#include "inputs/names.h"
+#include "support/beneath.h"
+#include "support/failure.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <map>
+#include <system_error>
+
+#include <fcntl.h>
+
+namespace velacreate {
+
+namespace {
+
+class DirectoryComparison {
+public:
+    DirectoryComparison(int workplace, const Descriptor& directory, const Advance& advance)
+        : m_sources(workplace), m_medium(directory.number()), m_advance(advance) {}
+
+    void compare(const std::string& place, const Part& part) {
+        const int flags = part.isDirectory ? O_PATH | O_DIRECTORY : O_RDONLY | O_NONBLOCK | O_NOCTTY;
+        const Descriptor copy = m_medium.open(place, flags | O_NOFOLLOW);
+        if (!copy.isOpen()) {
+            addClosed(place, part);
+        } else if (!part.isDirectory) {
+            compareContent(place, part, copy);
+        }
+    }
+
+    Differences& differences() {
+        return m_differences;
+    }
+
+private:
+    void addClosed(const std::string& place, const Part& part) {
+        if (errno == ENOENT) {
+            m_differences.addMissing(place, part);
+        } else if (errno == ENOTDIR || errno == ELOOP) { // a file where a directory should be, or a link
+            m_differences.addDiffering(place, part);
+        } else {
+            addUnreadable(place, part);
+        }
+    }
+
+    void addUnreadable(const std::string& place, const Part& part) {
+        m_differences.addUnreadable(place, part, std::generic_category().message(errno));
+    }
+
+    void compareContent(const std::string& place, const Part& part, const Descriptor& copy) {
+        m_sources.enter(part);
+        const Finding finding = compareFile(copy, m_sources, m_advance);
+        if (finding == Finding::different) {
+            m_differences.addDiffering(place, part);
+        } else if (finding == Finding::unreadable) {
+            addUnreadable(place, part);
+        }
+    }
+
+    Sources m_sources;
+    Beneath m_medium;
+    const Advance& m_advance;
+    Differences m_differences;
+};
+
+/// Goes through a directory, but not into what is not expected.
+class BeyondSearch {
+public:
+    BeyondSearch(const Tree& expected, const Descriptor& directory) : m_directory(directory) {
+        for (const auto& [place, part] : expected) {
+            m_expected[inCapitals(place)] = part.isDirectory;
+        }
+    }
+
+    std::vector<std::string> run() {
+        look("");
+        while (!m_pending.empty()) {
+            const std::string place = m_pending.back();
+            m_pending.pop_back();
+            look(place);
+        }
+        std::sort(m_beyond.begin(), m_beyond.end());
+        return m_beyond;
+    }
+
+private:
+    void look(const std::string& place) {
+        const Descriptor directory = openBeneath(m_directory.number(), place.empty() ? "." : place,
+                                                 O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+        if (!directory.isOpen()) {
+            if (errno == ENOTDIR || errno == ELOOP) { // no directory after all, and nothing in it
+                return;
+            }
+            throw Failure(withError("the directory " + shown(place)));
+        }
+        forEachEntry(directory.number(), [&](const std::string& name) {
+            const std::string inner = place.empty() ? name : place + "/" + name;
+            const auto known = m_expected.find(inCapitals(inner));
+            if (known == m_expected.end()) {
+                m_beyond.push_back(inner);
+            } else if (known->second) {
+                m_pending.push_back(inner);
+            }
+        });
+    }
+
+    const Descriptor& m_directory;
+    std::map<std::string, bool> m_expected; ///< and whether it is a directory
+    std::vector<std::string> m_pending;
+    std::vector<std::string> m_beyond;
+};
+
+bool isIgnored(const std::vector<std::string>& ignored, const std::string& place) {
+    const auto isSame = [&](const std::string& name) { return inCapitals(name) == inCapitals(place); };
+    return std::any_of(ignored.begin(), ignored.end(), isSame);
+}
+
+} // namespace
+
+std::vector<std::string> compareDirectory(int workplace, const Tree& expected, const Descriptor& directory,
+                                          const std::vector<std::string>& ignored, const Advance& advance) {
+    DirectoryComparison comparison(workplace, directory, advance);
+    for (const auto& [place, part] : expected) {
+        comparison.compare(place, part);
+    }
+    for (const std::string& place : beyond(expected, directory)) {
+        if (!isIgnored(ignored, place)) {
+            comparison.differences().addBeyond(place);
+        }
+    }
+    return comparison.differences().lines();
+}
+
+std::vector<std::string> beyond(const Tree& expected, const Descriptor& directory) {
+    return BeyondSearch(expected, directory).run();
+}
+
+} // namespace velacreate

@@ -1,0 +1,38 @@
+/// @file
+/// The comparison of a whole medium, byte for byte, with what was to be put on it.
+#ifndef VELACREATE_READBACK_H
+#define VELACREATE_READBACK_H
+
+#include "medium/contents.h"
+
+#include <string>
+#include <vector>
+
+namespace velacreate {
+
+/// Compares the content of an ISO 9660 image or a zip archive, streaming, through libarchive.
+/// @param workplace  where the parts' sources are
+/// @param expected   all that must be there
+/// @param ignored    top-level names that may be there besides, such as "boot.catalog"
+/// @return a line for each difference: "boot file 'grub.cfg' is missing", "update file 'a/b' differs",
+/// "boot file 'img2a' cannot be read: ...", "'x' is there, but should not be"; of a directory that is missing
+/// or too much as a whole, what is in it has none. The last one is "it cannot be read to its end: ..." when
+/// the archive is damaged such that what comes behind stays unknown.
+/// @throw Failure when a source is not what it was, or the file that the archive is in cannot be read
+std::vector<std::string> compareArchive(int workplace, const Tree& expected, const Descriptor& archive,
+                                        const std::vector<std::string>& ignored, const Advance& advance);
+
+/// Compares a directory, such as a mounted key, following no link.
+/// @param ignored  what may be there besides, such as what `beyond` has found
+/// @return lines as above, what the medium's own errors keep from being read among them
+std::vector<std::string> compareDirectory(int workplace, const Tree& expected, const Descriptor& directory,
+                                          const std::vector<std::string>& ignored, const Advance& advance);
+
+/// @return the files and directories below a directory that are not expected; where a directory is not, only
+/// it is named and not what is in it. Names are compared as FAT does, without regard to the case of ASCII
+/// letters.
+std::vector<std::string> beyond(const Tree& expected, const Descriptor& directory);
+
+} // namespace velacreate
+
+#endif

@@ -1,0 +1,89 @@
+#include "medium/sources.h"
+
+#include "support/failure.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+constexpr std::size_t BLOCK = 128 << 10; ///< two of them stay in a processor's own cache
+
+/// As read() does, but in one piece and again after a signal.
+ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset) {
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t count =
+            pread(file, static_cast<char*>(data) + done, size - done, static_cast<off_t>(offset + done));
+        if (count < 0 && errno != EINTR) {
+            return -1;
+        }
+        if (count == 0) {
+            break;
+        }
+        done += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    }
+    return static_cast<ssize_t>(done);
+}
+
+} // namespace
+
+void Sources::enter(const Part& part) {
+    m_name = part.source;
+    m_file = m_workplace.open(part.source, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+    if (!m_file.isOpen()) {
+        throw Failure(withError("the source " + shown(m_name)));
+    }
+    const struct stat found = m_file.status();
+    if (!S_ISREG(found.st_mode) || static_cast<std::uint64_t>(found.st_size) != part.size) {
+        throw Failure("the source " + shown(m_name) + " is no longer what it was");
+    }
+}
+
+bool Sources::hold(std::uint64_t offset, const void* data, std::size_t size) {
+    m_buffer.resize(BLOCK);
+    for (std::size_t done = 0; done < size;) {
+        const std::size_t wanted = std::min(size - done, BLOCK);
+        const ssize_t count = readAt(m_file.number(), m_buffer.data(), wanted, offset + done);
+        if (count < 0) {
+            throw Failure(withError("reading the source " + shown(m_name)));
+        }
+        if (static_cast<std::size_t>(count) < wanted ||
+            std::memcmp(m_buffer.data(), static_cast<const char*>(data) + done, wanted) != 0) {
+            return false;
+        }
+        done += wanted;
+    }
+    return true;
+}
+
+Finding compareFile(const Descriptor& file, Sources& sources, const Advance& advance) {
+    const off_t size = sources.current().status().st_size;
+    const struct stat found = file.status();
+    if (!S_ISREG(found.st_mode) || found.st_size != size) {
+        return Finding::different;
+    }
+    std::vector<char> buffer(std::min<std::size_t>(static_cast<std::size_t>(size), BLOCK));
+    for (off_t done = 0; done < size;) {
+        const ssize_t count =
+            readAt(file.number(), buffer.data(), buffer.size(), static_cast<std::uint64_t>(done));
+        if (count < 0) {
+            return Finding::unreadable;
+        }
+        const auto read = static_cast<std::size_t>(count);
+        if (read == 0 || !sources.hold(static_cast<std::uint64_t>(done), buffer.data(), read)) {
+            return Finding::different;
+        }
+        done += count;
+        advance(read);
+    }
+    return Finding::same;
+}
+
+} // namespace velacreate

@@ -1,0 +1,51 @@
+/// @file
+/// The bytes that should be on a medium.
+#ifndef VELACREATE_SOURCES_H
+#define VELACREATE_SOURCES_H
+
+#include "medium/contents.h"
+#include "support/beneath.h"
+#include "support/descriptor.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace velacreate {
+
+/// The sources of a medium's parts in a workplace, one at a time.
+class Sources {
+public:
+    explicit Sources(int workplace) : m_workplace(workplace) {}
+
+    /// Goes to the source of a part.
+    /// @throw Failure when it is not there, or not of the part's size
+    void enter(const Part& part);
+
+    /// The one that was gone to.
+    const Descriptor& current() const {
+        return m_file;
+    }
+
+    /// Whether it has these bytes at an offset, and does not end before their end.
+    /// @throw Failure when it cannot be read
+    bool hold(std::uint64_t offset, const void* data, std::size_t size);
+
+private:
+    Beneath m_workplace;
+    Descriptor m_file;
+    std::string m_name;
+    std::vector<char> m_buffer;
+};
+
+enum class Finding { same, different, unreadable };
+
+/// Compares a file with the source that was gone to.
+/// @return unreadable, with errno set, when the file is
+/// @throw Failure when the source cannot be read
+Finding compareFile(const Descriptor& file, Sources& sources, const Advance& advance);
+
+} // namespace velacreate
+
+#endif
