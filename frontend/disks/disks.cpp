@@ -1,0 +1,146 @@
+#include "disks/disks.h"
+
+#include "disks/stacks.h"
+#include "disks/sysfs.h"
+#include "support/failure.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+#include <sys/stat.h>
+
+namespace velacreate {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* OPTICAL_DRIVE = "5";
+constexpr std::uint64_t SECTOR_SIZE = 512; // the kernel's, whatever the disk's own is
+
+bool isPlainWord(const std::string& name) {
+    const auto isPlain = [](unsigned char letter) {
+        return std::isalnum(letter) != 0 || letter == '_' || letter == '.' || letter == '-';
+    };
+    return !name.empty() && name.front() != '-' && std::all_of(name.begin(), name.end(), isPlain);
+}
+
+std::uint64_t sizeOf(const fs::path& directory) {
+    const auto sectors = attribute(directory / "size");
+    return sectors.empty() ? 0 : std::stoull(sectors) * SECTOR_SIZE;
+}
+
+/// The USB device that a block device is part of, such as ".../usb1/1-2"; empty when it is on no USB.
+fs::path usbDevice(fs::path directory) {
+    while (directory.has_relative_path() && !fs::exists(directory / "busnum")) {
+        directory = directory.parent_path();
+    }
+    return directory.has_relative_path() ? directory : "";
+}
+
+bool isRemovable(const fs::path& directory) {
+    const bool isVirtual = directory.string().rfind("/sys/devices/virtual/", 0) == 0;
+    return !isVirtual && attribute(directory / "device/type") != OPTICAL_DRIVE && sizeOf(directory) != 0 &&
+           (attribute(directory / "removable") == "1" || !usbDevice(directory).empty());
+}
+
+/// What a disk says of itself is a stranger's text.
+std::string printable(std::string text) {
+    const auto isStrange = [](char letter) { return letter < ' ' || letter > '~'; };
+    std::replace_if(text.begin(), text.end(), isStrange, '?');
+    return text;
+}
+
+std::string firstOf(const std::vector<fs::path>& files) {
+    for (const auto& file : files) {
+        if (auto text = attribute(file); !text.empty()) {
+            return printable(std::move(text));
+        }
+    }
+    return "";
+}
+
+} // namespace
+
+std::string Disk::partitionName(int partition) const {
+    const bool endsInDigit = std::isdigit(static_cast<unsigned char>(name.back())) != 0;
+    return name + (endsInDigit ? "p" : "") + std::to_string(partition);
+}
+
+Disk wholeDisk(const std::string& path) {
+    struct stat about {};
+    if (stat(path.c_str(), &about) != 0) {
+        throw Refusal(withError(shown(path)));
+    }
+    const auto number = blockDevice(path);
+    if (number == 0) {
+        throw Refusal(shown(path) + " is not a block device");
+    }
+    const auto directory = deviceDirectory(number);
+    if (!fs::exists(directory / "size") || fs::exists(directory / "partition")) {
+        throw Refusal(shown(path) + " is not a whole disk");
+    }
+    Disk disk{directory.filename(), number};
+    if (!isPlainWord(disk.name) || blockDevice(disk.node()) != number) {
+        throw Refusal(shown(path) + " has no node of its own right below '/dev'");
+    }
+    return disk;
+}
+
+std::vector<Disk> removableDisks() {
+    std::vector<Disk> disks;
+    for (const auto& directory : entriesOf("/sys/block")) {
+        const std::string name = directory.filename();
+        if (isPlainWord(name) && isRemovable(directory)) {
+            disks.push_back({name, deviceNumber(directory)});
+        }
+    }
+    std::sort(disks.begin(), disks.end(),
+              [](const Disk& one, const Disk& other) { return one.name < other.name; });
+    return disks;
+}
+
+DiskDescription describe(const Disk& disk) {
+    const auto directory = deviceDirectory(disk.number);
+    const auto device = directory / "device";
+    DiskDescription about;
+    about.size = sizeOf(directory);
+    about.model = firstOf({device / "model", device / "name"});
+    // Where there is no model, this is the number of a bus.
+    about.vendor = fs::exists(device / "model") ? firstOf({device / "vendor"}) : "";
+    about.serial = firstOf({device / "serial", directory / "serial"});
+    if (const auto usb = usbDevice(directory); !usb.empty()) {
+        about.serial = firstOf({usb / "serial"});
+        about.port = "usb " + usb.filename().string();
+    }
+    return about;
+}
+
+dev_t partitionNumber(const Disk& disk, int partition) {
+    return deviceNumber(deviceDirectory(disk.number) / disk.partitionName(partition));
+}
+
+std::uint64_t partitionSize(const Disk& disk, int partition) {
+    return sizeOf(deviceDirectory(disk.number) / disk.partitionName(partition));
+}
+
+std::vector<MountedPlace> mountedPlaces(const Disk& disk) {
+    std::vector<MountedPlace> places;
+    for (const auto& mounted : mountsInUse()) {
+        if (mounted.disks.count(disk.name) != 0) {
+            places.push_back({mounted.place, mounted.device});
+        }
+    }
+    return places;
+}
+
+std::string placesText(const std::vector<MountedPlace>& places) {
+    std::string text;
+    for (const auto& mounted : places) {
+        text += (text.empty() ? "" : ", ") + mounted.place;
+    }
+    return text;
+}
+
+} // namespace velacreate

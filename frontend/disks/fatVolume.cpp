@@ -1,0 +1,98 @@
+#include "disks/fatVolume.h"
+
+#include "disks/sysfs.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+
+#include <blkid/blkid.h>
+#include <fcntl.h>
+#include <linux/loop.h>
+#include <linux/magic.h>
+#include <sys/ioctl.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+using Sector = std::array<unsigned char, 512>;
+
+std::uint64_t number(const Sector& sector, std::size_t at, std::size_t bytes) {
+    std::uint64_t value = 0;
+    while (bytes-- > 0) {
+        value = value << 8U | sector[at + bytes];
+    }
+    return value;
+}
+
+std::uint64_t bitsPerEntry(std::uint64_t clusters, bool isFat32) {
+    constexpr std::uint64_t fewestOfFat16 = 4085;
+    return isFat32 ? 32 : clusters < fewestOfFat16 ? 12 : 16;
+}
+
+/// @return 0 for a boot sector that makes no sense
+std::uint64_t capacity(const Sector& sector) {
+    constexpr std::uint64_t directoryEntrySize = 32;
+    constexpr std::uint64_t reservedEntries = 2;
+    const auto sectorSize = number(sector, 11, 2);
+    const auto clusterSectors = number(sector, 13, 1);
+    const auto shortTableSectors = number(sector, 22, 2);
+    const bool isFat32 = shortTableSectors == 0;
+    const auto tableSectors = isFat32 ? number(sector, 36, 4) : shortTableSectors;
+    const auto shortSectors = number(sector, 19, 2);
+    const auto sectors = shortSectors == 0 ? number(sector, 32, 4) : shortSectors;
+    if (sectorSize == 0 || clusterSectors == 0) {
+        return 0;
+    }
+    const auto rootSectors = (number(sector, 17, 2) * directoryEntrySize + sectorSize - 1) / sectorSize;
+    const auto dataStart = number(sector, 14, 2) + number(sector, 16, 1) * tableSectors + rootSectors;
+    if (dataStart >= sectors) {
+        return 0;
+    }
+    const auto fitting = (sectors - dataStart) / clusterSectors;
+    const auto entries = tableSectors * sectorSize * 8 / bitsPerEntry(fitting, isFat32);
+    const auto clusters = std::min(fitting, entries - std::min(entries, reservedEntries));
+    const std::uint64_t rootClusters = isFat32 ? 1 : 0;
+    return (clusters - std::min(clusters, rootClusters)) * clusterSectors * sectorSize;
+}
+
+} // namespace
+
+bool holdsFat(const Descriptor& disk, std::uint64_t offset) {
+    const std::unique_ptr<blkid_struct_probe, decltype(&blkid_free_probe)> probe(blkid_new_probe(),
+                                                                                 blkid_free_probe);
+    std::string type = "vfat";
+    std::array<char*, 2> types = {type.data(), nullptr};
+    return probe &&
+           blkid_probe_set_device(probe.get(), disk.number(), static_cast<blkid_loff_t>(offset), 0) == 0 &&
+           blkid_probe_filter_superblocks_type(probe.get(), BLKID_FLTR_ONLYIN, types.data()) == 0 &&
+           blkid_do_safeprobe(probe.get()) == 0;
+}
+
+std::uint64_t fatCapacity(const Descriptor& disk, std::uint64_t offset) {
+    Sector sector{};
+    const auto length = pread(disk.number(), sector.data(), sector.size(), static_cast<off_t>(offset));
+    const bool isWhole = length == static_cast<ssize_t>(sector.size());
+    return isWhole && holdsFat(disk, offset) ? capacity(sector) : 0;
+}
+
+bool isOnFat(const Descriptor& file, dev_t device) {
+    struct statfs about {};
+    return fstatfs(file.number(), &about) == 0 && about.f_type == MSDOS_SUPER_MAGIC &&
+           file.status().st_dev == device;
+}
+
+bool isLoopOver(dev_t device, const Descriptor& file) {
+    const auto node = "/dev/" + deviceDirectory(device).filename().string();
+    const Descriptor loop(open(node.c_str(), O_RDONLY | O_CLOEXEC));
+    loop_info64 about{};
+    const auto wanted = file.status();
+    return loop.isOpen() && loop.status().st_rdev == device &&
+           ioctl(loop.number(), LOOP_GET_STATUS64, &about) == 0 && about.lo_inode == wanted.st_ino &&
+           about.lo_device == wanted.st_dev;
+}
+
+} // namespace velacreate

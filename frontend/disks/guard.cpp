@@ -1,0 +1,92 @@
+#include "disks/guard.h"
+
+#include "disks/stacks.h"
+#include "disks/sysfs.h"
+#include "support/failure.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+
+namespace velacreate {
+
+namespace {
+
+/// Beside "/" itself, what a machine stands on; the last five hold the medium of a live system.
+constexpr std::array SYSTEM_PLACES = {"/boot",        "/efi",      "/usr",  "/home",     "/var",
+                                      "/opt",         "/srv",      "/nix",  "/run/live", "/run/initramfs",
+                                      "/run/archiso", "/lib/live", "/cdrom"};
+
+constexpr int FILE_SYSTEM_PARTITION = 4;
+
+bool isOfSystem(const std::string& place) {
+    return place == "/" ||
+           std::any_of(SYSTEM_PLACES.begin(), SYSTEM_PLACES.end(), [&](const std::string& top) {
+               return place == top || place.rfind(top + "/", 0) == 0;
+           });
+}
+
+bool isRemovable(const Disk& disk) {
+    const auto disks = removableDisks();
+    return std::any_of(disks.begin(), disks.end(),
+                       [&](const Disk& other) { return other.number == disk.number; });
+}
+
+/// A device mapper or RAID device over the disk or one of its partitions; empty when there is none.
+std::string holder(const std::filesystem::path& directory) {
+    for (const auto& above : entriesOf(directory / "holders")) {
+        return above.filename();
+    }
+    for (const auto& part : entriesOf(directory)) {
+        if (exists(part / "partition")) {
+            if (auto name = holder(part); !name.empty()) {
+                return name;
+            }
+        }
+    }
+    return "";
+}
+
+std::string usedBySystem(const Disk& disk) {
+    for (const auto& mounted : mountsInUse()) {
+        if (mounted.disks.count(disk.name) != 0 && isOfSystem(mounted.place)) {
+            return "carries " + shown(mounted.place) + " of this machine";
+        }
+    }
+    for (const auto& swap : swapInUse()) {
+        if (swap.disks.count(disk.name) != 0) {
+            return "carries swap space of this machine";
+        }
+    }
+    return "";
+}
+
+std::string lacksPartition(const Disk& disk) {
+    const auto number = partitionNumber(disk, FILE_SYSTEM_PARTITION);
+    const auto node = "/dev/" + disk.partitionName(FILE_SYSTEM_PARTITION);
+    return number != 0 && blockDevice(node) == number ? "" : "has no fourth partition (" + node + ")";
+}
+
+} // namespace
+
+std::string objection(const Disk& disk, bool anyDisk) {
+    const auto directory = deviceDirectory(disk.number);
+    if (describe(disk).size == 0) {
+        return "has no medium in it";
+    }
+    if (!anyDisk && !isRemovable(disk)) {
+        return "is neither removable nor on USB (--any-disk lets it)";
+    }
+    if (auto use = usedBySystem(disk); !use.empty()) {
+        return use;
+    }
+    if (const auto name = holder(directory); !name.empty()) {
+        return "is part of " + name + " (LVM, RAID or encryption)";
+    }
+    if (attribute(directory / "ro") == "1") {
+        return "is read-only";
+    }
+    return lacksPartition(disk);
+}
+
+} // namespace velacreate

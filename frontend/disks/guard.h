@@ -1,0 +1,28 @@
+/// @file
+/// Which disks may be made a service key.
+#ifndef VELACREATE_GUARD_H
+#define VELACREATE_GUARD_H
+
+#include "disks/disks.h"
+
+#include <string>
+
+namespace velacreate {
+
+/// Stacks (LVM, RAID, encryption, loop devices over a file on the disk, btrfs over several disks) are
+/// followed down to the disk.
+/// @param anyDisk  whether a disk that is neither removable nor on USB is fine
+/// @return why the disk must not be made a key; empty when it may. A missing fourth partition is looked for
+/// last.
+///
+/// - "has no medium in it"
+/// - "is neither removable nor on USB (--any-disk lets it)"
+/// - "carries '/home' of this machine", "carries swap space of this machine"
+/// - "is part of dm-0 (LVM, RAID or encryption)"
+/// - "is read-only"
+/// - "has no fourth partition (/dev/sdb4)"
+std::string objection(const Disk& disk, bool anyDisk);
+
+} // namespace velacreate
+
+#endif

@@ -1,0 +1,96 @@
+#include "disks/keyHold.h"
+
+#include "disks/sysfs.h"
+#include "support/failure.h"
+
+#include <cerrno>
+#include <chrono>
+#include <sstream>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+namespace velacreate {
+
+namespace {
+
+/// For reading: udev would look through a disk anew whenever one that was open for writing is closed.
+Descriptor openDisk(const std::string& node, int flags) {
+    return Descriptor(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | flags));
+}
+
+/// udev itself takes the lock for the instant in which it looks at a disk.
+void lock(const Descriptor& descriptor, const std::string& node) {
+    using namespace std::chrono_literals;
+    const auto end = std::chrono::steady_clock::now() + 2s;
+    while (flock(descriptor.number(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK && errno != EINTR) {
+            throw Refusal(withError(node));
+        }
+        if (std::chrono::steady_clock::now() > end) {
+            throw Refusal("another program is working on " + node);
+        }
+        std::this_thread::sleep_for(100ms);
+    }
+}
+
+/// Whether another file system was mounted over this one, which would be unmounted in its place.
+bool isCovered(const MountedPlace& mounted) {
+    struct stat about {};
+    const bool hasNumberOfItsOwn = major(mounted.device) == 0; // of btrfs, and another one for each subvolume
+    return !hasNumberOfItsOwn && lstat(mounted.place.c_str(), &about) == 0 && about.st_dev != mounted.device;
+}
+
+void unmountPlace(const MountedPlace& mounted) {
+    if (isCovered(mounted)) {
+        throw Refusal(shown(mounted.place) + " has another file system mounted over it; unmount both");
+    }
+    if (umount2(mounted.place.c_str(), UMOUNT_NOFOLLOW) == 0) {
+        return;
+    }
+    if (errno == EBUSY) {
+        throw Refusal(shown(mounted.place) + " is in use; close what is open there, or unmount it");
+    }
+    throw Refusal(withError(shown(mounted.place) + " cannot be unmounted"));
+}
+
+} // namespace
+
+KeyHold::KeyHold(const Disk& disk) : m_disk(disk), m_descriptor(openDisk(disk.node(), 0)) {
+    if (!m_descriptor.isOpen()) {
+        throw Refusal(withError(disk.node()));
+    }
+    if (m_descriptor.status().st_rdev != disk.number) {
+        throw Refusal(disk.node() + " is not the disk any more that it was");
+    }
+    lock(m_descriptor, disk.node());
+}
+
+void KeyHold::unmount() const {
+    // What was mounted last may stand on the others. To unmount one may take more with it: mounts are shared.
+    for (auto places = mountedPlaces(m_disk); !places.empty(); places = mountedPlaces(m_disk)) {
+        unmountPlace(places.back());
+    }
+    // Mounts in another mount namespace are not listed, but they keep the disk from being claimed.
+    if (openDisk(m_disk.node(), O_EXCL).isOpen()) {
+        return;
+    }
+    if (errno == EBUSY) {
+        throw Refusal(m_disk.node() + " is still in use, though not mounted here; a container may have it");
+    }
+    throw Refusal(withError(m_disk.node()));
+}
+
+KeyHold::Traffic KeyHold::traffic() const {
+    std::istringstream counts(attribute(deviceDirectory(m_disk.number) / "stat"));
+    std::uint64_t other = 0;
+    Traffic traffic{};
+    counts >> other >> other >> traffic.read >> other >> other >> other >> traffic.written;
+    return traffic;
+}
+
+} // namespace velacreate
