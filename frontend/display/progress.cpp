@@ -1,0 +1,117 @@
+#include "display/progress.h"
+
+#include "inputs/limits.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <iomanip>
+#include <iostream>
+#include <sstream>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+bool isTerminal() {
+    const char* const type = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe)
+    return isatty(STDOUT_FILENO) != 0 && type != nullptr && std::string(type) != "dumb";
+}
+
+std::size_t terminalWidth() {
+    winsize size{};
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col - 1U : 79U;
+}
+
+std::string timeText(double seconds) {
+    const auto whole = std::lround(seconds);
+    std::ostringstream text;
+    text << whole / 60 << ':' << std::setw(2) << std::setfill('0') << whole % 60;
+    return text.str();
+}
+
+} // namespace
+
+Progress::Progress(std::vector<std::string> media) : m_isLive(isTerminal()) {
+    for (auto& medium : media) {
+        m_rows.push_back({std::move(medium), "waiting", 0, 0, std::chrono::steady_clock::now()});
+    }
+}
+
+Progress::~Progress() {
+    erase();
+}
+
+void Progress::stage(std::size_t medium, const std::string& text, std::uint64_t expected) {
+    Row& row = m_rows.at(medium);
+    row = {row.medium, text, expected, 0, std::chrono::steady_clock::now()};
+    if (!m_isLive) {
+        std::cout << (m_rows.size() > 1 ? row.medium + ": " : "") << text << "..." << std::endl;
+    } else {
+        draw();
+    }
+}
+
+void Progress::expect(std::size_t medium, std::uint64_t bytes) {
+    m_rows.at(medium).expected = bytes;
+}
+
+void Progress::done(std::size_t medium, std::uint64_t bytes) {
+    m_rows.at(medium).done = bytes;
+}
+
+void Progress::ended(std::size_t medium) {
+    Row& row = m_rows.at(medium);
+    row = {row.medium, "ended", 0, 0, row.start};
+}
+
+void Progress::erase() {
+    if (m_drawn != 0) {
+        std::cout << "\033[" << m_drawn << "A\r\033[J" << std::flush;
+        m_drawn = 0;
+    }
+}
+
+void Progress::draw() {
+    if (!m_isLive) {
+        return;
+    }
+    const auto width = terminalWidth();
+    std::string lines = m_drawn != 0 ? "\033[" + std::to_string(m_drawn) + "A" : "";
+    for (const Row& row : m_rows) {
+        lines += "\r\033[K" + lineFor(row, width) + "\n";
+    }
+    m_drawn = m_rows.size();
+    std::cout << lines << std::flush;
+}
+
+std::string Progress::lineFor(const Row& row, std::size_t width) const {
+    std::string line = (m_rows.size() > 1 ? row.medium + "  " : "") + row.stage;
+    for (const auto& part : figuresOf(row)) {
+        if (line.size() + part.size() > width) {
+            break;
+        }
+        line += part;
+    }
+    return line.substr(0, width);
+}
+
+std::vector<std::string> Progress::figuresOf(const Row& row) {
+    if (row.expected == 0 || row.done == 0) {
+        return {};
+    }
+    const auto done = std::min(row.done, row.expected);
+    std::vector<std::string> figures = {"  " + sizeText(done) + " of " + sizeText(row.expected)};
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - row.start;
+    if (taken.count() > 1) {
+        const double rate = static_cast<double>(done) / taken.count();
+        figures.push_back(", " + sizeText(static_cast<std::uint64_t>(rate)) + "/s");
+        figures.push_back(", " + timeText(static_cast<double>(row.expected - done) / rate) + " left");
+    }
+    return figures;
+}
+
+} // namespace velacreate

@@ -1,0 +1,55 @@
+/// @file
+/// How far each medium is.
+#ifndef VELACREATE_PROGRESS_H
+#define VELACREATE_PROGRESS_H
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace velacreate {
+
+/// On a terminal, one line for each medium, redrawn: the stage, bytes done of bytes expected, rate and time
+/// left. Elsewhere a plain line a stage, with the medium's name in front where there are several.
+class Progress {
+public:
+    explicit Progress(std::vector<std::string> media);
+    ~Progress();
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    /// @param expected  0 when it is not known
+    void stage(std::size_t medium, const std::string& text, std::uint64_t expected = 0);
+    void expect(std::size_t medium, std::uint64_t bytes);
+    void done(std::size_t medium, std::uint64_t bytes);
+    void ended(std::size_t medium);
+
+    /// Takes the lines off the terminal, so that others can be written.
+    void erase();
+    void draw();
+
+    bool isLive() const {
+        return m_isLive;
+    }
+
+private:
+    struct Row {
+        std::string medium;
+        std::string stage;
+        std::uint64_t expected = 0;
+        std::uint64_t done = 0;
+        std::chrono::steady_clock::time_point start;
+    };
+
+    std::string lineFor(const Row& row, std::size_t width) const;
+    static std::vector<std::string> figuresOf(const Row& row);
+
+    bool m_isLive;
+    std::size_t m_drawn = 0; ///< lines that stand on the terminal
+    std::vector<Row> m_rows;
+};
+
+} // namespace velacreate
+
+#endif

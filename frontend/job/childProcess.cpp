@@ -1,0 +1,157 @@
+#include "job/childProcess.h"
+
+#include "support/exitStatus.h"
+#include "support/failure.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <iostream>
+
+#include <fcntl.h>
+#include <linux/sched.h>
+#include <poll.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+bool mountsAreOwn = false;
+
+/// Like fork(), with a descriptor of the process.
+pid_t cloneProcess(std::uint64_t namespaces, int& descriptor) {
+    clone_args arguments{};
+    arguments.flags = namespaces | CLONE_PIDFD;
+    arguments.pidfd = reinterpret_cast<std::uintptr_t>(&descriptor);
+    arguments.exit_signal = SIGCHLD;
+    return static_cast<pid_t>(syscall(SYS_clone3, &arguments, sizeof arguments));
+}
+
+bool write(const char* path, const std::string& text) {
+    const Descriptor file(open(path, O_WRONLY | O_CLOEXEC));
+    return file.isOpen() &&
+           ::write(file.number(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
+}
+
+/// A user is nobody in a new user namespace until told who it is there: the same as before.
+bool stayOneself(uid_t user, gid_t group) {
+    const auto same = [](unsigned number) {
+        return std::to_string(number) + " " + std::to_string(number) + " 1";
+    };
+    return write("/proc/self/setgroups", "deny") && write("/proc/self/uid_map", same(user)) &&
+           write("/proc/self/gid_map", same(group));
+}
+
+void endAtOnce(int number) {
+    _exit(128 + number);
+}
+
+/// Ends with the watcher. When that is gone already, nobody holds the other end of the socket any more.
+void dieWithWatcher(int socket) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    pollfd watcher{socket, POLLRDHUP, 0};
+    if (poll(&watcher, 1, 0) != 0) {
+        _exit(EXIT_UNFINISHED);
+    }
+}
+
+void setUpProcess(int socket, int output) {
+    setpgid(0, 0);
+    dieWithWatcher(socket);
+    const Descriptor nothing(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    dup2(nothing.number(), STDIN_FILENO);
+    dup2(output, STDOUT_FILENO);
+    dup2(output, STDERR_FILENO);
+    static_cast<void>(std::signal(SIGPIPE, SIG_DFL));
+    // The first process of a namespace gets only the signals that it handles.
+    static_cast<void>(std::signal(SIGTERM, endAtOnce));
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+int run(const std::function<int(Reporter&)>& work, int socket) {
+    Reporter reporter(socket);
+    try {
+        return work(reporter);
+    } catch (const Refusal& refusal) {
+        reporter.reason(refusal.what());
+        return EXIT_REFUSED;
+    } catch (const std::exception& failure) {
+        reporter.reason(failure.what());
+        return EXIT_UNFINISHED;
+    }
+}
+
+} // namespace
+
+ChildProcess::ChildProcess(int directory, const std::function<int(Reporter&)>& work) {
+    std::array<int, 2> events{};
+    std::array<int, 2> output{};
+    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, events.data()) != 0) {
+        throw Failure(withError("no socket for the job"));
+    }
+    m_events = Descriptor(events[0]);
+    const Descriptor jobsEvents(events[1]);
+    if (pipe2(output.data(), O_CLOEXEC) != 0) {
+        throw Failure(withError("no pipe for the job"));
+    }
+    m_output = Descriptor(output[0]);
+    const Descriptor jobsOutput(output[1]);
+    fcntl(m_output.number(), F_SETFL, O_NONBLOCK);
+    std::cout.flush();
+
+    const uid_t user = geteuid();
+    const gid_t group = getegid();
+    // Where the process starts is the one place that is carried over into its mounts.
+    const Descriptor here(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (fchdir(directory) != 0) {
+        throw Failure(withError("the workplace cannot be entered"));
+    }
+    const std::uint64_t own = CLONE_NEWPID | CLONE_NEWNS | (user == 0 ? 0 : CLONE_NEWUSER);
+    int process = -1;
+    bool isApart = true;
+    m_number = cloneProcess(own, process);
+    if (m_number < 0) {
+        isApart = false;
+        m_number = cloneProcess(0, process);
+    }
+    if (m_number < 0) {
+        throw Failure(withError("no process for the job"));
+    }
+    if (m_number == 0) {
+        m_events = Descriptor();
+        m_output = Descriptor();
+        setUpProcess(jobsEvents.number(), jobsOutput.number());
+        mountsAreOwn = isApart && (user == 0 || stayOneself(user, group)) &&
+                       mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+        _exit(run(work, jobsEvents.number()));
+    }
+    setpgid(m_number, m_number);
+    m_process = Descriptor(process);
+    [[maybe_unused]] const int back = fchdir(here.number());
+}
+
+void ChildProcess::signal(int number) const {
+    kill(-m_number, number);
+}
+
+int ChildProcess::reap() const {
+    signal(SIGKILL); // whoever is left of the group
+    int status = 0;
+    while (waitpid(m_number, &status, 0) < 0 && errno == EINTR) {
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+bool hasOwnMounts() {
+    return mountsAreOwn;
+}
+
+} // namespace velacreate

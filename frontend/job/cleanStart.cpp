@@ -1,0 +1,83 @@
+#include "job/cleanStart.h"
+
+#include "support/programs.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+
+#include <fcntl.h>
+#include <linux/close_range.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+std::string variable(const char* name) {
+    const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): the only thread so far
+    return value != nullptr ? value : "";
+}
+
+bool isKept(const std::string& name) {
+    for (const char* kept : {"LANG", "LANGUAGE", "TZ", "TERM", "SOURCE_DATE_EPOCH"}) {
+        if (name == kept) {
+            return true;
+        }
+    }
+    return name.rfind("LC_", 0) == 0;
+}
+
+void reduceEnvironment() {
+    std::map<std::string, std::string> kept;
+    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
+        const char* const equals = std::strchr(*entry, '=');
+        const std::string name =
+            equals != nullptr ? std::string(*entry, static_cast<std::size_t>(equals - *entry)) : "";
+        if (isKept(name)) {
+            kept.emplace(name, equals + 1);
+        }
+    }
+    clearenv(); // NOLINT(concurrency-mt-unsafe)
+    kept["PATH"] = SEARCH_PATH;
+    for (const auto& [name, value] : kept) {
+        setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+    }
+}
+
+void resetSignals() {
+    for (int number = 1; number < NSIG; ++number) {
+        static_cast<void>(std::signal(number, number == SIGPIPE ? SIG_IGN : SIG_DFL));
+    }
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+void openStandardDescriptors() {
+    int number = 0;
+    do {
+        number = open("/dev/null", O_RDWR | O_CLOEXEC);
+        if (number >= 0 && number <= STDERR_FILENO) {
+            fcntl(number, F_SETFD, 0);
+        }
+    } while (number >= 0 && number <= STDERR_FILENO);
+    close(number);
+    syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
+}
+
+} // namespace
+
+Surroundings startClean() {
+    openStandardDescriptors();
+    resetSignals();
+    umask(S_IWGRP | S_IWOTH);
+    Surroundings surroundings{variable("VELACREATE_TOOLKIT"), variable("TMPDIR")};
+    reduceEnvironment();
+    return surroundings;
+}
+
+} // namespace velacreate

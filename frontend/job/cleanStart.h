@@ -1,0 +1,24 @@
+/// @file
+/// What velacreate keeps of the surroundings that it is started in.
+#ifndef VELACREATE_CLEANSTART_H
+#define VELACREATE_CLEANSTART_H
+
+#include <string>
+
+namespace velacreate {
+
+/// Settings of the caller's that the environment no longer holds afterwards. Empty when not given.
+struct Surroundings {
+    std::string toolkit;            ///< VELACREATE_TOOLKIT, the launchers' folder
+    std::string temporaryDirectory; ///< TMPDIR
+};
+
+/// To be called before anything else, as a job relies on it: descriptors 0 to 2 are open, no other one
+/// reaches a program, no signal is ignored or blocked (but SIGPIPE: a reader that goes away must not end the
+/// watcher), files are made with umask 022, and the environment holds a fixed search path, the language, the
+/// time zone, TERM and SOURCE_DATE_EPOCH only.
+Surroundings startClean();
+
+} // namespace velacreate
+
+#endif

@@ -1,0 +1,43 @@
+/// @file
+/// The library's logger in a job's process.
+#ifndef VELACREATE_LIBRARYLOGGER_H
+#define VELACREATE_LIBRARYLOGGER_H
+
+#include "job/reporter.h"
+
+#include <functional>
+#include <string>
+#include <utility>
+
+#include <bootableMedia.h>
+
+namespace velacreate {
+
+/// Hands messages on to the watcher, and asks a function at the checkpoint.
+class LibraryLogger : public VelaLoggerIfc {
+public:
+    explicit LibraryLogger(Reporter& reporter, std::function<int()> checkpoint = nullptr)
+        : m_reporter(reporter), m_checkpoint(std::move(checkpoint)) {}
+
+    void logMessage(int level, const std::string& message) override {
+        m_reporter.message(level, message);
+    }
+    int checkpoint(int level, const std::string& message) override {
+        logMessage(level, message);
+        return m_checkpoint ? m_checkpoint() : 0;
+    }
+
+private:
+    Reporter& m_reporter;
+    std::function<int()> m_checkpoint;
+};
+
+/// Tells, when an operation of the library has failed, what the tool said that it ran last: the library has
+/// left its output in the current directory, where the next command would overwrite it. A veto has told its
+/// own reason.
+/// @return the operation's result
+int withToolsWords(int result, const Reporter& reporter);
+
+} // namespace velacreate
+
+#endif

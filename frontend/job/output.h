@@ -1,0 +1,58 @@
+/// @file
+/// The place of a finished image or package.
+#ifndef VELACREATE_OUTPUT_H
+#define VELACREATE_OUTPUT_H
+
+#include "support/descriptor.h"
+
+#include <optional>
+#include <string>
+
+namespace velacreate {
+
+/// Checked, and held open, before the job begins. What stands there stays until the finished output takes its
+/// place, at once and whole.
+class Output {
+public:
+    /// For an image: refuses a name that does not end in ".iso", and what cannot be replaced by a file, or
+    /// only with
+    /// --force.
+    static Output image(const std::string& path, bool force);
+
+    /// For a package's directory: refuses one that is not empty, unless it is a package and --force is given,
+    /// and one that is a mount point.
+    static Output package(const std::string& path, bool force);
+
+    /// The directory that the output lies in, where its workplace is made.
+    const Descriptor& parent() const {
+        return m_parent;
+    }
+    const std::string& parentPath() const {
+        return m_parentPath;
+    }
+    /// For messages.
+    std::string path() const;
+
+    /// What stands there now, if anything.
+    const std::optional<struct stat>& present() const {
+        return m_present;
+    }
+
+    /// Moves the finished file or directory here, with the owner and the mode of what it replaces.
+    /// @param directory  where it stands, under a name; what it replaces is left there in its stead, or gone
+    /// @throw Failure
+    void take(const Descriptor& directory, const std::string& name) const;
+
+private:
+    explicit Output(const std::string& path);
+    bool exchange(const Descriptor& directory, const std::string& name) const;
+
+    std::string m_parentPath;
+    Descriptor m_parent;
+    std::string m_name;
+    std::optional<struct stat> m_present;
+};
+
+} // namespace velacreate
+
+#endif

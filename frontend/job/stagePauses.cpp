@@ -1,0 +1,57 @@
+#include "job/stagePauses.h"
+
+#include <cerrno>
+#include <ctime>
+#include <iostream>
+#include <sstream>
+#include <utility>
+
+namespace {
+
+bool pauseIsDue = false; // of a stage that has been announced, and is to be left out
+
+} // namespace
+
+/// In the library's place of the C library's, since the executable comes first where names are looked up.
+extern "C" __attribute__((visibility("default"))) unsigned int sleep(unsigned int seconds) {
+    if (std::exchange(pauseIsDue, false)) {
+        return 0;
+    }
+    timespec left{};
+    left.tv_sec = static_cast<std::time_t>(seconds);
+    return nanosleep(&left, &left) == 0 ? 0 : static_cast<unsigned int>(left.tv_sec);
+}
+
+namespace velacreate {
+
+namespace {
+
+/// Standard output as the library sees it, where a stage line is flushed at once.
+class StageLines : public std::stringbuf {
+public:
+    StageLines(std::function<void(const std::string&)> announce, bool keepPauses)
+        : m_announce(std::move(announce)), m_keepPauses(keepPauses) {}
+
+private:
+    int sync() override {
+        std::string stage = str();
+        str("");
+        stage.erase(0, stage.find_first_not_of(' '));
+        stage.erase(stage.find_last_not_of(".\n") + 1);
+        m_announce(stage);
+        pauseIsDue = !m_keepPauses;
+        return 0;
+    }
+
+    std::function<void(const std::string&)> m_announce;
+    bool m_keepPauses;
+};
+
+} // namespace
+
+void watchStages(const std::function<void(const std::string& stage)>& announce, bool keepPauses) {
+    static StageLines lines(announce, keepPauses); // as long as the stream
+    std::cout.rdbuf(&lines);
+}
+
+} // namespace velacreate

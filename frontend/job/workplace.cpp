@@ -1,0 +1,173 @@
+#include "job/workplace.h"
+
+#include "inputs/jobNames.h"
+#include "job/childProcess.h"
+#include "support/failure.h"
+
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <sys/random.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+constexpr const char* OWN_PLACE = "/mnt/job";
+constexpr const char* PREFIX = ".velacreate-";
+
+std::string freshName() {
+    std::array<unsigned char, 8> bytes{};
+    if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
+        throw Failure(withError("no name for the workplace"));
+    }
+    std::string name = PREFIX;
+    for (const unsigned char byte : bytes) {
+        name += "abcdefghijklmnopqrstuvwxyz234567"[byte & 31U];
+    }
+    return name;
+}
+
+/// Whoever owns the parent may have put something else in the place of a directory of ours.
+bool isPrivate(const Descriptor& directory) {
+    const auto about = directory.status();
+    return about.st_uid == geteuid() && (about.st_mode & 07777U) == S_IRWXU;
+}
+
+bool isEmpty(const Descriptor& directory) {
+    bool isEmpty = true;
+    forEachEntry(directory.number(), [&](const std::string& /*name*/) { isEmpty = false; });
+    return isEmpty;
+}
+
+void removeWorkplace(int parent, const std::string& name, const Descriptor& directory) {
+    try {
+        removeContents(directory);
+    } catch (const Failure&) {
+        return; // what cannot be listed cannot be removed
+    }
+    unlinkat(parent, name.c_str(), AT_REMOVEDIR);
+}
+
+/// Only what bears the mark of a workplace within is taken for one: anybody may give a name.
+void removeAbandoned(const Descriptor& parent) {
+    forEachEntry(parent.number(), [&](const std::string& name) {
+        if (name.rfind(PREFIX, 0) != 0) {
+            return;
+        }
+        const auto directory = openBeneath(parent.number(), name, O_RDONLY | O_DIRECTORY);
+        if (directory.isOpen() && isPrivate(directory) &&
+            faccessat(directory.number(), LAUNCHERS_NAME, F_OK, AT_SYMLINK_NOFOLLOW) == 0 &&
+            flock(directory.number(), LOCK_EX | LOCK_NB) == 0) {
+            removeWorkplace(parent.number(), name, directory);
+        }
+    });
+}
+
+void require(bool done, const std::string& what) {
+    if (!done) {
+        throw Failure(withError(what));
+    }
+}
+
+} // namespace
+
+Workplace::Workplace(const Descriptor& parent, const std::string& where)
+    : m_parent(parent.number()), m_where(where == "/" ? "" : where), m_name(freshName()) {
+    removeAbandoned(parent);
+    require(mkdirat(m_parent, m_name.c_str(), S_IRWXU) == 0, "no workplace can be made in " + shown(where));
+    m_directory = openBeneath(m_parent, m_name, O_RDONLY | O_DIRECTORY);
+    if (!m_directory.isOpen() || !isPrivate(m_directory) || !isEmpty(m_directory)) {
+        throw Failure("the workplace in " + shown(where) + " was taken away while it was made");
+    }
+    flock(m_directory.number(), LOCK_EX | LOCK_NB);
+    require(mkdirat(m_directory.number(), LAUNCHERS_NAME, S_IRWXU) == 0, "no folder in the workplace");
+}
+
+Workplace::~Workplace() {
+    if (!m_name.empty()) {
+        removeWorkplace(m_parent, m_name, m_directory);
+    }
+}
+
+std::string Workplace::keep() {
+    const auto name = std::exchange(m_name, "");
+    const auto visible = name.substr(1);
+    const bool isRenamed = renameat(m_parent, name.c_str(), m_parent, visible.c_str()) == 0;
+    return m_where + "/" + (isRenamed ? visible : name);
+}
+
+void removeContents(const Descriptor& directory, const std::string& besides) {
+    fchmod(directory.number(), S_IRWXU);
+    forEachEntry(directory.number(), [&](const std::string& name) {
+        if (name == besides || unlinkat(directory.number(), name.c_str(), 0) == 0 || errno != EISDIR) {
+            return;
+        }
+        [[maybe_unused]] const int opened = fchmodat(directory.number(), name.c_str(), S_IRWXU, 0);
+        const auto below = openBeneath(directory.number(), name, O_RDONLY | O_DIRECTORY);
+        if (below.isOpen()) {
+            removeContents(below);
+        }
+        unlinkat(directory.number(), name.c_str(), AT_REMOVEDIR);
+    });
+}
+
+std::uint64_t sizeBelow(int directory, const std::string& path) {
+    struct stat about {};
+    if (fstatat(directory, path.c_str(), &about, AT_SYMLINK_NOFOLLOW) != 0) {
+        return 0;
+    }
+    if (!S_ISDIR(about.st_mode)) {
+        return static_cast<std::uint64_t>(about.st_size);
+    }
+    std::uint64_t size = 0;
+    if (const auto below = openBeneath(directory, path, O_RDONLY | O_DIRECTORY); below.isOpen()) {
+        forEachEntry(below.number(),
+                     [&](const std::string& name) { size += sizeBelow(below.number(), name); });
+    }
+    return size;
+}
+
+void enterWorkplace() {
+    if (hasOwnMounts()) {
+        // A mount below it keeps "/mnt" from being unmounted by the library.
+        require(mount("tmpfs", "/mnt", "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=16m") == 0 &&
+                    mkdir(OWN_PLACE, S_IRWXU) == 0 && mount(".", OWN_PLACE, nullptr, MS_BIND, nullptr) == 0 &&
+                    chdir(OWN_PLACE) == 0,
+                "no mounts for the job");
+    }
+    std::error_code error;
+    const std::string here = std::filesystem::current_path(error).string();
+    if (error || here.find_first_of("\"$`\\\n") != std::string::npos) {
+        throw Refusal("the workplace " + shown(here) +
+                      " has a character in its path that no command can carry, and "
+                      "mounts of its own cannot be had; choose another place");
+    }
+    require(chdir(LAUNCHERS_NAME) == 0, "the workplace cannot be entered");
+    require(setenv("HOME", here.c_str(), 1) == 0, "no home for the job"); // NOLINT(concurrency-mt-unsafe)
+}
+
+void placeFile(const Descriptor& file, const std::string& path, const std::string& name) {
+    if (!hasOwnMounts()) {
+        require(symlink(path.c_str(), name.c_str()) == 0, name);
+        return;
+    }
+    // Only what was opened within these mounts can be mounted, so it is opened again, and must be the same.
+    const Descriptor again(open(path.c_str(), O_PATH | O_CLOEXEC));
+    const auto wanted = file.status();
+    if (!again.isOpen() || again.status().st_dev != wanted.st_dev || again.status().st_ino != wanted.st_ino) {
+        throw Failure(shown(path) + " is no longer the file that it was");
+    }
+    const Descriptor place(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR));
+    require(place.isOpen() && mount(again.path().c_str(), name.c_str(), nullptr, MS_BIND, nullptr) == 0,
+            shown(path) + " cannot be mounted for the job");
+}
+
+} // namespace velacreate

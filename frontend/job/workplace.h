@@ -1,0 +1,64 @@
+/// @file
+/// The directory in which a job lives.
+#ifndef VELACREATE_WORKPLACE_H
+#define VELACREATE_WORKPLACE_H
+
+#include "support/descriptor.h"
+
+#include <string>
+
+namespace velacreate {
+
+/// A fresh directory that nobody else may enter, made by the watcher and removed by it whatever happens to
+/// the job. It holds the update files as they will stand on the medium, the tool package as "tool.zip", and
+/// the launchers' folder. It is worked on through its descriptor only: whoever owns the directory that it
+/// lies in may rename it. It is locked; one without a lock has lost its watcher, and goes when the next one
+/// is made beside it.
+class Workplace {
+public:
+    /// @param parent  an open directory, which must outlive this
+    /// @param where   its path, for messages
+    /// @throw Failure
+    Workplace(const Descriptor& parent, const std::string& where);
+    ~Workplace();
+    Workplace(const Workplace&) = delete;
+    Workplace& operator=(const Workplace&) = delete;
+
+    const Descriptor& directory() const {
+        return m_directory;
+    }
+
+    /// Leaves it for the user to look at.
+    /// @return its path from now on
+    std::string keep();
+
+private:
+    int m_parent;
+    std::string m_where;
+    std::string m_name;
+    Descriptor m_directory;
+};
+
+/// Removes all that is in a directory, following no link.
+/// @param besides  what stays at its top, if anything
+void removeContents(const Descriptor& directory, const std::string& besides = "");
+
+/// @return the size of all files at a path below a directory, or of the file that is there; 0 when nothing is
+/// there
+std::uint64_t sizeBelow(int directory, const std::string& path);
+
+/// @name In the job's process, which starts in its workplace
+/// @{
+
+/// Enters the launchers' folder of the workplace. With mounts of its own, the workplace then stands at a path
+/// that every command can carry and no one else can change, and "/mnt" holds nothing but what the job mounts.
+/// @throw Refusal when there are no such mounts and a command could not carry the workplace's path; Failure
+void enterWorkplace();
+
+/// Lets an open file of the user's stand under a name in the current directory, as it is and not as a copy.
+void placeFile(const Descriptor& file, const std::string& path, const std::string& name);
+/// @}
+
+} // namespace velacreate
+
+#endif
