@@ -1,28 +1,34 @@
 /// @file
-/// The commands of velacreate and what a user may choose for each. Every command returns the exit status and
-/// throws `Refusal` before it changes anything.
+/// The commands of velacreate and what a user may choose for each. Every command returns the exit status.
 #ifndef VELACREATE_COMMANDS_H
 #define VELACREATE_COMMANDS_H
+
+#include "job/cleanStart.h"
 
 #include <string>
 #include <vector>
 
 namespace velacreate {
 
+struct ShowChoices {
+    bool verbose = false;
+    std::string log;
+    bool pauses = false;
+};
+
 struct JobChoices {
     std::string package;
     std::string directory = ".";
     std::vector<std::string> files;
     bool keep = false;
-    bool force = false;
     bool verify = true;
-    bool verbose = false;
-    std::string log;
+    ShowChoices show;
 };
 
 struct IsoChoices {
     JobChoices job;
     std::string output;
+    bool force = false;
     std::string platform = "linux";
     std::string burner;
 };
@@ -34,25 +40,26 @@ struct UsbChoices {
     std::string format = "auto";
     bool anyDisk = false;
     bool yes = false;
+    std::string work;
 };
 
 struct PxeChoices {
     JobChoices job;
     std::string output;
+    bool force = false;
 };
 
 struct BurnChoices {
     std::string image;
     std::string device;
     bool quiet = false;
-    bool verbose = false;
-    std::string log;
+    ShowChoices show;
 };
 
-int makeIso(const IsoChoices& choices);
-int makeUsbKey(const UsbChoices& choices);
+int makeIso(const IsoChoices& choices, const Surroundings& surroundings);
+int makeUsbKey(const UsbChoices& choices, const Surroundings& surroundings);
 int makePxePackage(const PxeChoices& choices);
-int burn(const BurnChoices& choices);
+int burn(const BurnChoices& choices, const Surroundings& surroundings);
 int identify(const std::string& device);
 int listDisks();
 

@@ -1,0 +1,160 @@
+#include "commands/fillKey.h"
+
+#include "disks/fatVolume.h"
+#include "inputs/jobNames.h"
+#include "job/libraryLogger.h"
+#include "job/readOnlyMount.h"
+#include "job/workplace.h"
+#include "medium/readBack.h"
+#include "support/exitStatus.h"
+#include "support/failure.h"
+
+#include <bootableusb.h>
+
+#include <cstdlib>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+using VelaCreation::BootableUSB;
+
+namespace {
+
+constexpr const char* SOFT_KEY = "TALO_SOFT_USBKEY";
+const std::string IMAGE_PLACE = "/mnt/job/.job/key.img";
+const std::string KEY_LINK = "/mnt/key";
+
+/// Named in the place of a key when there is only an image: a key would be mounted under the image and stay
+/// so.
+const std::string NO_KEY = "/nonexistent/key";
+
+constexpr int PARTITION = 4;
+
+std::string partitionNode(const KeyJob& job) {
+    return "/dev/" + job.disk->partitionName(PARTITION);
+}
+
+/// The library takes the name of partition 4 to be the disk's with a "4" behind it. Where the kernel puts a
+/// "p" between, a pair of links is what it says.
+std::string deviceForLibrary(const KeyJob& job) {
+    if (!job.disk) {
+        placeFile(job.target, job.imagePath, "key.img");
+        setenv(SOFT_KEY, IMAGE_PLACE.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+        return NO_KEY;
+    }
+    if (partitionNode(job) == job.disk->node() + "4") {
+        return job.disk->node();
+    }
+    if (symlink(job.disk->node().c_str(), KEY_LINK.c_str()) != 0 ||
+        symlink(partitionNode(job).c_str(), (KEY_LINK + "4").c_str()) != 0) {
+        throw Failure(withError("no links to the key"));
+    }
+    return KEY_LINK;
+}
+
+/// What the copying goes to must be the key's FAT: another file system could lead it off the key by links.
+bool isKeyMounted(const KeyJob& job) {
+    const Descriptor place(open(BootableUSB::MOUNT_POINT.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!place.isOpen()) {
+        return false;
+    }
+    const dev_t device = job.disk ? partitionNumber(*job.disk, PARTITION) : place.status().st_dev;
+    return isOnFat(place, device) && (job.disk || isLoopOver(device, job.target));
+}
+
+ReadOnlyMount mountToRead(const KeyJob& job) {
+    return job.disk ? ReadOnlyMount(partitionNode(job))
+                    : ReadOnlyMount(IMAGE_PLACE, ",loop,offset=" + std::to_string(IMAGE_OFFSET));
+}
+
+std::vector<std::string> strangersOn(const KeyJob& job) {
+    const auto mount = mountToRead(job);
+    return beyond(job.inputs.contents.tree, mount.open());
+}
+
+/// Files that this job would not write could not stay on the key: another machine would take them for its
+/// own.
+int decideFormat(const KeyJob& job, BootableUSB& builder, bool& format, const Reporter& reporter) {
+    const Descriptor partition(open(partitionNode(job).c_str(), O_RDONLY | O_CLOEXEC));
+    if (!partition.isOpen()) {
+        throw Failure(withError(partitionNode(job)));
+    }
+    if (!holdsFat(partition, 0)) {
+        reporter.message(2, "The key holds no FAT file system, hence it is formatted");
+        format = true;
+        return 0;
+    }
+    const int result = builder.isBootable(format);
+    if (result == 0 && !format && !strangersOn(job).empty()) {
+        reporter.message(2, "The key holds files that are not of this job, hence it is formatted");
+        format = true;
+    }
+    return result;
+}
+
+void tellOfStrangers(const KeyJob& job, const Reporter& reporter) {
+    if (const auto count = strangersOn(job).size(); count != 0) {
+        reporter.note("the key keeps " + std::to_string(count) +
+                      (count == 1 ? " file or directory that is" : " files and directories that are") +
+                      " not of this job");
+    }
+}
+
+int readBack(const KeyJob& job, int workplace, Reporter& reporter) {
+    reporter.stage("Reading back", job.inputs.contents.size());
+    const auto mount = mountToRead(job);
+    const auto top = mount.open();
+    const auto& tree = job.inputs.contents.tree;
+    const auto kept = job.format == "never" ? beyond(tree, top) : std::vector<std::string>{};
+    const auto differences =
+        compareDirectory(workplace, tree, top, kept, [&](std::uint64_t bytes) { reporter.advance(bytes); });
+    return judge(differences, reporter);
+}
+
+int runWorkflow(const KeyJob& job, Reporter& reporter) {
+    LibraryLogger logger(reporter, [&] {
+        if (isKeyMounted(job)) {
+            return 0;
+        }
+        reporter.reason("what was mounted is not this key's FAT file system");
+        return EXIT_UNFINISHED;
+    });
+    BootableUSB builder(logger);
+    bool isInitialized = false;
+    bool format = job.format == "always";
+    int result =
+        builder.init("..", deviceForLibrary(job), job.inputs.updates.topLevel(), PACKAGE_NAME, isInitialized);
+    if (result == 0 && job.format == "auto") {
+        result = decideFormat(job, builder, format, reporter);
+    } else if (result == 0 && job.format == "never") {
+        tellOfStrangers(job, reporter);
+    }
+    if (result == 0) {
+        reporter.changing();
+        result = builder.CreateUSBKey(format);
+    }
+    return withToolsWords(result, reporter);
+}
+
+} // namespace
+
+int fillKey(const KeyJob& job, Reporter& reporter) {
+    if (!hasOwnMounts()) {
+        throw Refusal("a key needs mounts of its own, and this machine does not grant them");
+    }
+    const auto workplace = takeIn(job.inputs, job.choices.show.pauses, reporter);
+    if (const int result = runWorkflow(job, reporter); result != 0) {
+        return result;
+    }
+    reporter.stage("Writing out");
+    if (fsync(job.target.number()) != 0) {
+        throw Failure(withError("the key could not take all that was written"));
+    }
+    const int result = job.choices.verify ? readBack(job, workplace.number(), reporter) : 0;
+    tidyUp(job.choices);
+    return result;
+}
+
+} // namespace velacreate

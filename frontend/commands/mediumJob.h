@@ -1,0 +1,79 @@
+/// @file
+/// What the making of an image, a key and a package begin and end with.
+#ifndef VELACREATE_MEDIUMJOB_H
+#define VELACREATE_MEDIUMJOB_H
+
+#include "commands/commands.h"
+#include "display/console.h"
+#include "inputs/toolPackage.h"
+#include "inputs/updateFiles.h"
+#include "job/reporter.h"
+#include "job/watcher.h"
+#include "job/workplace.h"
+#include "medium/contents.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace velacreate {
+
+/// Checked; nothing has been done yet.
+struct Inputs {
+    /// @throw Refusal
+    Inputs(const JobChoices& choices, Medium medium);
+
+    ToolPackage package;
+    UpdateFiles updates;
+    Contents contents;
+
+    /// Refuses a file to write to that is one of these.
+    /// @param what  for the message, such as "the output '/x/i.iso'"
+    void requireOther(const struct stat& file, const std::string& what) const;
+
+    /// Says what is begun, and what the user might not expect of it.
+    void announce(Console& console, const std::string& medium) const;
+
+    /// Refuses a job for which there is too little free space: for what is copied into its workplace and
+    /// unpacked there, and for the medium itself, as often as it is written there.
+    void requireRoom(const Descriptor& directory, const std::string& where, unsigned copiesOfMedium) const;
+};
+
+/// Opens the console; the log file is the last thing to be checked, as it is made.
+Console openConsole(const JobChoices& choices, const Inputs& inputs);
+
+/// In the job's process: enters the workplace and puts everything there. The current directory is then the
+/// launchers' folder in it.
+/// @return the workplace
+Descriptor takeIn(const Inputs& inputs, bool keepPauses, Reporter& reporter);
+
+/// In the job's process: tells of each difference.
+/// @return EXIT_DIFFERENT, or 0 when there is none
+int judge(const std::vector<std::string>& differences, const Reporter& reporter);
+
+/// In the job's process: reads what was made back, and flushes it to the disk meanwhile.
+/// @param path     a file, or a directory with all that is in it
+/// @param size     how much is to be read back, unless the user does not want it
+/// @param compare  finds the differences
+/// @return as of `judge`
+/// @throw Failure
+int finish(const JobChoices& choices, const std::string& path, std::uint64_t size,
+           const std::function<std::vector<std::string>(const Advance&)>& compare, Reporter& reporter);
+
+/// In the job's process, when all went well: removes what it has in the workplace but the output, so that the
+/// watcher has not to, with other media to look after.
+void tidyUp(const JobChoices& choices);
+
+/// Takes the last step of a job, in the watcher, when all before it went well; where it fails, so does the
+/// job.
+void settle(Outcome& outcome, const std::function<void()>& lastStep);
+
+/// Keeps the workplace and names it, when the user wants it.
+void leave(const JobChoices& choices, Workplace& workplace, Console& console);
+
+/// ", read back", where it was.
+std::string readBackText(bool wasReadBack);
+
+} // namespace velacreate
+
+#endif

@@ -1,0 +1,80 @@
+#include "commands/commands.h"
+
+#include "commands/mediumJob.h"
+#include "inputs/jobNames.h"
+#include "inputs/limits.h"
+#include "job/libraryLogger.h"
+#include "job/output.h"
+#include "job/workplace.h"
+#include "medium/readBack.h"
+#include "support/failure.h"
+#include "support/programs.h"
+
+#include <bootableimg.h>
+
+#include <fcntl.h>
+
+namespace velacreate {
+
+namespace {
+
+const std::string PACKAGE_BELOW_WORKPLACE = ".job/package";
+const std::string ARCHIVE = "ks.zip";
+
+/// The files beside the archive, and what is in it.
+std::vector<std::string> differences(const Descriptor& workplace, const Contents& contents,
+                                     const Advance& advance) {
+    const auto package = openBeneath(workplace.number(), PACKAGE_BELOW_WORKPLACE, O_RDONLY | O_DIRECTORY);
+    const auto archive = openBeneath(package.number(), ARCHIVE, O_RDONLY);
+    auto lines = compareDirectory(workplace.number(), contents.loose, package, {ARCHIVE}, advance);
+    const auto inside = compareArchive(workplace.number(), contents.tree, archive, {}, advance);
+    lines.insert(lines.end(), inside.begin(), inside.end());
+    return lines;
+}
+
+int make(const JobChoices& choices, const Inputs& inputs, Reporter& reporter) {
+    const auto workplace = takeIn(inputs, choices.show.pauses, reporter);
+    LibraryLogger logger(reporter);
+    VelaCreation::BootableIMG builder(logger);
+    auto files = inputs.updates.topLevel();
+    if (const int result = builder.CreateIMG("..", PACKAGE_BELOW_WORKPLACE, files, PACKAGE_NAME);
+        result != 0) {
+        return withToolsWords(result, reporter);
+    }
+
+    const auto compare = [&](const Advance& advance) {
+        return differences(workplace, inputs.contents, advance);
+    };
+    return finish(choices, PACKAGE_BELOW_WORKPLACE, inputs.contents.size(), compare, reporter);
+}
+
+} // namespace
+
+int makePxePackage(const PxeChoices& choices) {
+    requirePrograms({"unzip", "zip"});
+    const auto output = Output::package(choices.output, choices.force);
+    const Inputs inputs(choices.job, Medium::package);
+    inputs.package.requireFile("boot/pxelinux.0", "a machine on the network starts from it");
+    inputs.requireRoom(output.parent(), output.parentPath(), 2); // staged, and packed
+
+    const std::string medium = "the network-boot package " + output.path();
+    auto console = openConsole(choices.job, inputs);
+    inputs.announce(console, medium);
+    const HeldSignals signals;
+    Workplace workplace(output.parent(), output.parentPath());
+    const int directory = workplace.directory().number();
+    const auto size = inputs.contents.size();
+    const MediumJob job{
+        medium,
+        directory,
+        [&](Reporter& reporter) { return make(choices.job, inputs, reporter); },
+        {{"Copying files to PXE directory", {size, [=] { return sizeBelow(directory, "ISOCreation"); }}},
+         {"Zipping files", {size, [=] { return sizeBelow(directory, PACKAGE_BELOW_WORKPLACE); }}}}};
+    auto outcome = watch({job}, 1, signals, console).front();
+    const auto madeSize = sizeText(sizeBelow(directory, PACKAGE_BELOW_WORKPLACE));
+    settle(outcome, [&] { output.take(workplace.directory(), PACKAGE_BELOW_WORKPLACE); });
+    leave(choices.job, workplace, console);
+    return conclude(console, outcome, medium, madeSize + readBackText(choices.job.verify));
+}
+
+} // namespace velacreate

@@ -1,0 +1,165 @@
+#include "commands/commands.h"
+
+#include "commands/fillKey.h"
+#include "commands/scratch.h"
+#include "disks/fatVolume.h"
+#include "disks/guard.h"
+#include "disks/keyHold.h"
+#include "inputs/limits.h"
+#include "job/workplace.h"
+#include "support/failure.h"
+#include "support/programs.h"
+
+#include <algorithm>
+#include <iostream>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+constexpr std::uint64_t SECTOR = 512;
+
+void requireRoot() {
+    if (geteuid() != 0) {
+        throw Refusal("a key is mounted and formatted, which takes root's rights; run this with sudo");
+    }
+}
+
+void requireFitting(const Contents& contents, std::uint64_t capacity, const std::string& medium) {
+    std::uint64_t size = 0;
+    for (const auto& [place, part] : contents.tree) {
+        requireFileSize(place, part.size, "a FAT file system");
+        size += (part.size + SECTOR - 1) / SECTOR * SECTOR;
+    }
+    if (capacity == 0) {
+        throw Refusal(medium + " holds no FAT file system");
+    }
+    if (size > capacity) {
+        throw Refusal("the files take " + sizeText(size) + ", and " + medium + " holds " +
+                      sizeText(capacity));
+    }
+}
+
+std::string describe(const KeyHold& key) {
+    const auto about = describe(key.disk());
+    std::string line = key.disk().node() + ": " + about.vendor + " " + about.model;
+    line += about.serial.empty() ? "" : ", serial number " + about.serial;
+    line += ", " + sizeText(about.size);
+    line += about.port.empty() ? "" : ", " + about.port;
+    const auto places = placesText(mountedPlaces(key.disk()));
+    return line + (places.empty() ? ", not mounted" : ", mounted on " + places);
+}
+
+void requireConsent(const KeyHold& key, const UsbChoices& choices) {
+    std::cout << describe(key) << std::endl;
+    if (choices.yes) {
+        return;
+    }
+    if (isatty(STDIN_FILENO) == 0) {
+        throw Refusal("without a terminal, only --yes lets the key be changed");
+    }
+    const std::string formatting = choices.format == "always" ? "formatted and "
+                                   : choices.format == "auto" ? "formatted if need be, and "
+                                                              : "";
+    std::cout << "Its fourth partition will be " << formatting << "filled. Type yes to go on: " << std::flush;
+    std::string answer;
+    std::getline(std::cin, answer);
+    if (answer != "yes") {
+        throw Refusal("the key was left as it is");
+    }
+}
+
+int runJob(const KeyJob& job, const std::string& medium, const std::string& size,
+           const ScratchDirectory& scratch, const std::map<std::string, Gauge>& gauges, Console& console) {
+    job.inputs.announce(console, medium);
+    const HeldSignals signals;
+    Workplace workplace(scratch.directory(), scratch.path());
+    const auto outcome = watch({{medium, workplace.directory().number(),
+                                 [&](Reporter& reporter) { return fillKey(job, reporter); }, gauges}},
+                               1, signals, console)
+                             .front();
+    leave(job.choices, workplace, console);
+    return conclude(console, outcome, medium, size + readBackText(job.choices.verify));
+}
+
+std::string cloneImageFor(std::uint64_t size) {
+    constexpr std::uint64_t GIB = 1U << 30U;
+    return size <= GIB       ? "init1.img"
+           : size <= 2 * GIB ? "init2.img"
+           : size <= 4 * GIB ? "init4.img"
+                             : "init8.img";
+}
+
+int fillDevice(const UsbChoices& choices, const Inputs& inputs, const ScratchDirectory& scratch) {
+    if (choices.format != "never") {
+        requirePrograms({"mkfs", "mkfs.vfat", "sfdisk"});
+    }
+    const KeyHold key(wholeDisk(choices.device));
+    if (const auto reason = objection(key.disk(), choices.anyDisk); !reason.empty()) {
+        throw Refusal(key.disk().node() + " " + reason);
+    }
+    const auto size = describe(key.disk()).size;
+    if (choices.format == "auto") {
+        inputs.package.requireFile(cloneImageFor(size), "a key of this size is recognised by it");
+    }
+    const Descriptor partition(open(("/dev/" + key.disk().partitionName(4)).c_str(), O_RDONLY | O_CLOEXEC));
+    const auto capacity =
+        choices.format == "never" ? fatCapacity(partition, 0) : partitionSize(key.disk(), 4);
+    requireFitting(inputs.contents, capacity, "partition 4 of " + key.disk().node());
+    auto console = openConsole(choices.job, inputs);
+    requireConsent(key, choices);
+    key.unmount();
+
+    const auto before = key.traffic().written;
+    const Gauge written{inputs.contents.size(), [&key, before] {
+                            return (std::max(key.traffic().written, before) - before) *
+                                   SECTOR; // 0 once it is pulled
+                        }};
+    return runJob({choices.job, inputs, key.descriptor(), key.disk(), "", choices.format},
+                  "the key " + key.disk().node(), sizeText(size), scratch,
+                  {{"Copying files to working directory", written},
+                   {"Copying files to USB key", written},
+                   {"Writing out", written}},
+                  console);
+}
+
+int fillImage(const UsbChoices& choices, const Inputs& inputs, const ScratchDirectory& scratch) {
+    if (choices.format == "always") {
+        throw Refusal("an image is not formatted; leave out --format always");
+    }
+    const auto path = absolutePath(choices.image);
+    const Descriptor image(open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+    if (!image.isOpen()) {
+        throw Refusal(withError(shown(path)));
+    }
+    const auto about = image.status();
+    if (!S_ISREG(about.st_mode)) {
+        throw Refusal(shown(path) + " is not a file");
+    }
+    inputs.requireOther(about, "the image " + shown(path));
+    requireFitting(inputs.contents, fatCapacity(image, IMAGE_OFFSET),
+                   shown(path) + ", at byte " + std::to_string(IMAGE_OFFSET) + ",");
+    if (flock(image.number(), LOCK_EX | LOCK_NB) != 0) {
+        throw Refusal("another program is working on " + shown(path));
+    }
+    auto console = openConsole(choices.job, inputs);
+    return runJob({choices.job, inputs, image, std::nullopt, path, "never"}, "the key image " + path,
+                  sizeText(static_cast<std::uint64_t>(about.st_size)), scratch, {}, console);
+}
+
+} // namespace
+
+int makeUsbKey(const UsbChoices& choices, const Surroundings& surroundings) {
+    requireRoot();
+    requirePrograms({"unzip", "mount", "umount"});
+    const ScratchDirectory scratch(choices.work, surroundings);
+    const Inputs inputs(choices.job, Medium::key);
+    inputs.requireRoom(scratch.directory(), scratch.path(), 0);
+    return choices.image.empty() ? fillDevice(choices, inputs, scratch) : fillImage(choices, inputs, scratch);
+}
+
+} // namespace velacreate
