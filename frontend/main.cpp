@@ -4,8 +4,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <functional>
 #include <iostream>
+#include <string>
+#include <vector>
 
 using namespace velacreate;
 
@@ -23,75 +26,98 @@ void addJobOptions(CLI::App& command, JobChoices& job) {
     command.add_option("--directory", job.directory, "The update files lie here")
         ->capture_default_str()
         ->type_name("DIR");
-    command.add_option("files", job.files, "Update files and directories of them, by their paths below DIR")
-        ->required()
-        ->type_name("FILE");
+    command.add_option("FILE", job.files, "Update files and directories of them, by their paths below DIR")
+        ->required();
     command.add_flag("--keep", job.keep, "Leave the job's workplace, and name it");
     command.add_flag("--verify,!--no-verify", job.verify, "Read the medium back and compare it (default)");
     addShowOptions(command, job.show);
 }
 
-int runCommand(int argc, char** argv, const Surroundings& surroundings) {
-    CLI::App app("Makes bootable service media.", "velacreate");
-    app.require_subcommand(1);
-    app.footer("Exit status:\n" + exitStatusTable());
-    std::function<int()> run;
+using Run = std::function<int()>;
 
-    IsoChoices iso;
-    auto* isoCommand = app.add_subcommand("iso", "Make a bootable ISO image");
-    addJobOptions(*isoCommand, iso.job);
-    isoCommand->add_option("--output", iso.output, "The image, a name that ends in .iso")
+void addIso(CLI::App& app, IsoChoices& iso, const Surroundings& surroundings, Run& run) {
+    auto* command = app.add_subcommand("iso", "Make a bootable ISO image");
+    addJobOptions(*command, iso.job);
+    command->add_option("--output", iso.output, "The image, a name that ends in .iso")
         ->required()
         ->type_name("IMAGE");
-    isoCommand->add_flag("--force", iso.force, "Replace an image that is there");
-    isoCommand->add_option("--platform", iso.platform, "linux (UEFI) or ppc (PowerPC)")
+    command->add_flag("--force", iso.force, "Replace an image that is there");
+    command->add_option("--platform", iso.platform, "linux (UEFI) or ppc (PowerPC)")
         ->capture_default_str()
         ->check(CLI::IsMember({"linux", "ppc"}));
-    isoCommand->add_option("--burn", iso.burner, "Then burn it with this drive")->type_name("DEVICE");
-    isoCommand->callback([&] { run = [&] { return makeIso(iso, surroundings); }; });
+    command->add_option("--burn", iso.burner, "Then burn it with this drive")->type_name("DEVICE");
+    command->callback([&] { run = [&] { return makeIso(iso, surroundings); }; });
+}
 
-    UsbChoices usb;
-    auto* usbCommand = app.add_subcommand("usb", "Fill a bootable USB key");
-    addJobOptions(*usbCommand, usb.job);
-    auto* target = usbCommand->add_option_group("target");
+void addUsb(CLI::App& app, UsbChoices& usb, const Surroundings& surroundings, Run& run) {
+    auto* command = app.add_subcommand("usb", "Fill a bootable USB key");
+    addJobOptions(*command, usb.job);
+    auto* target = command->add_option_group("target");
     target->add_option("--device", usb.device, "The key, a whole disk")->type_name("DEVICE");
     target->add_option("--image", usb.image, "An image of a key in a key's place")->type_name("FILE");
     target->require_option(1);
-    usbCommand
+    command
         ->add_option("--format", usb.format,
                      "always, never, or auto: when the key does not fit, or holds other files")
         ->capture_default_str()
         ->check(CLI::IsMember({"always", "never", "auto"}));
-    usbCommand->add_flag("--any-disk", usb.anyDisk, "Accept a disk that is neither removable nor on USB");
-    usbCommand->add_flag("--yes", usb.yes, "Do not ask");
-    usbCommand->add_option("--work", usb.work, "Make the workplace here (default: TMPDIR, or /var/tmp)")
+    command->add_flag("--any-disk", usb.anyDisk, "Accept a disk that is neither removable nor on USB");
+    command->add_flag("--yes", usb.yes, "Do not ask");
+    command->add_option("--work", usb.work, "Make the workplace here (default: TMPDIR, or /var/tmp)")
         ->type_name("DIR");
-    usbCommand->callback([&] { run = [&] { return makeUsbKey(usb, surroundings); }; });
+    command->callback([&] { run = [&] { return makeUsbKey(usb, surroundings); }; });
+}
 
+void addPxe(CLI::App& app, PxeChoices& pxe, Run& run) {
+    auto* command = app.add_subcommand("pxe", "Make a network-boot package");
+    addJobOptions(*command, pxe.job);
+    command->add_option("--output", pxe.output, "The package's directory")->required()->type_name("DIR");
+    command->add_flag("--force", pxe.force, "Replace a package that is there");
+    command->callback([&] { run = [&] { return makePxePackage(pxe); }; });
+}
+
+void addBurn(CLI::App& app, BurnChoices& burning, const Surroundings& surroundings, Run& run) {
+    auto* command = app.add_subcommand("burn", "Burn an image to a CD or DVD");
+    command->add_option("IMAGE", burning.image, "The image")->required();
+    command->add_option("DEVICE", burning.device, "The drive")->required();
+    command->add_flag("--quiet", burning.quiet, "Announce no stages");
+    addShowOptions(*command, burning.show);
+    command->callback([&] { run = [&] { return burn(burning, surroundings); }; });
+}
+
+/// The parser would take "[x,y]" for a list of x and y.
+std::vector<std::string> argumentsFromTheEnd(int argc, char** argv) {
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    for (auto& argument : arguments) {
+        if (!argument.empty() && argument.front() == '[') {
+            argument.insert(0, "./");
+        }
+    }
+    std::reverse(arguments.begin(), arguments.end());
+    return arguments;
+}
+
+int runCommand(int argc, char** argv, const Surroundings& surroundings) {
+    CLI::App app("Makes bootable service media.", "velacreate");
+    app.require_subcommand(1);
+    Run run;
+    IsoChoices iso;
+    addIso(app, iso, surroundings, run);
+    UsbChoices usb;
+    addUsb(app, usb, surroundings, run);
     PxeChoices pxe;
-    auto* pxeCommand = app.add_subcommand("pxe", "Make a network-boot package");
-    addJobOptions(*pxeCommand, pxe.job);
-    pxeCommand->add_option("--output", pxe.output, "The package's directory")->required()->type_name("DIR");
-    pxeCommand->add_flag("--force", pxe.force, "Replace a package that is there");
-    pxeCommand->callback([&] { run = [&] { return makePxePackage(pxe); }; });
-
+    addPxe(app, pxe, run);
     BurnChoices burning;
-    auto* burnCommand = app.add_subcommand("burn", "Burn an image to a CD or DVD");
-    burnCommand->add_option("image", burning.image, "The image")->required();
-    burnCommand->add_option("device", burning.device, "The drive")->required();
-    burnCommand->add_flag("--quiet", burning.quiet, "Announce no stages");
-    addShowOptions(*burnCommand, burning.show);
-    burnCommand->callback([&] { run = [&] { return burn(burning, surroundings); }; });
-
+    addBurn(app, burning, surroundings, run);
     std::string device;
     auto* identifyCommand = app.add_subcommand("identify", "Show vendor, model and size of a key");
-    identifyCommand->add_option("device", device, "The key, a whole disk")->required();
+    identifyCommand->add_option("DEVICE", device, "The key, a whole disk")->required();
     identifyCommand->callback([&] { run = [&] { return identify(device); }; });
-
     app.add_subcommand("list", "Show the removable and the USB disks")->callback([&] { run = listDisks; });
+    app.footer("Exit status:\n" + exitStatusTable());
 
     try {
-        app.parse(argc, argv);
+        app.parse(argumentsFromTheEnd(argc, argv));
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : EXIT_REFUSED;
     }

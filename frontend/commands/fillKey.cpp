@@ -38,9 +38,9 @@ std::string partitionNode(const KeyJob& job) {
 
 /// The library takes the name of partition 4 to be the disk's with a "4" behind it. Where the kernel puts a
 /// "p" between, a pair of links is what it says.
-std::string deviceForLibrary(const KeyJob& job) {
+std::string deviceForLibrary(const KeyJob& job, const Descriptor& image) {
     if (!job.disk) {
-        placeFile(job.target, job.imagePath, "key.img");
+        placeFile(image, job.imagePath, "key.img");
         setenv(SOFT_KEY, IMAGE_PLACE.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
         return NO_KEY;
     }
@@ -113,7 +113,7 @@ int readBack(const KeyJob& job, int workplace, Reporter& reporter) {
     return judge(differences, reporter);
 }
 
-int runWorkflow(const KeyJob& job, Reporter& reporter) {
+int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) {
     LibraryLogger logger(reporter, [&] {
         if (isKeyMounted(job)) {
             return 0;
@@ -124,8 +124,8 @@ int runWorkflow(const KeyJob& job, Reporter& reporter) {
     BootableUSB builder(logger);
     bool isInitialized = false;
     bool format = job.format == "always";
-    int result =
-        builder.init("..", deviceForLibrary(job), job.inputs.updates.topLevel(), PACKAGE_NAME, isInitialized);
+    int result = builder.init("..", deviceForLibrary(job, image), job.inputs.updates.topLevel(), PACKAGE_NAME,
+                              isInitialized);
     if (result == 0 && job.format == "auto") {
         result = decideFormat(job, builder, format, reporter);
     } else if (result == 0 && job.format == "never") {
@@ -144,8 +144,9 @@ int fillKey(const KeyJob& job, Reporter& reporter) {
     if (!hasOwnMounts()) {
         throw Refusal("a key needs mounts of its own, and this machine does not grant them");
     }
+    const auto image = job.disk ? Descriptor() : openAgain(job.target, job.imagePath);
     const auto workplace = takeIn(job.inputs, job.choices.show.pauses, reporter);
-    if (const int result = runWorkflow(job, reporter); result != 0) {
+    if (const int result = runWorkflow(job, image, reporter); result != 0) {
         return result;
     }
     reporter.stage("Writing out");

@@ -1,5 +1,6 @@
 #include "commands/commands.h"
 
+#include "commands/burner.h"
 #include "commands/mediumJob.h"
 #include "inputs/jobNames.h"
 #include "inputs/limits.h"
@@ -10,8 +11,11 @@
 #include "medium/readBack.h"
 #include "support/failure.h"
 #include "support/programs.h"
+#include "support/sizeText.h"
 
 #include <bootableiso.h>
+
+#include <optional>
 
 #include <fcntl.h>
 
@@ -31,13 +35,10 @@ void requireWhatItStartsFrom(const ToolPackage& package, bool isPowerPc) {
     }
 }
 
-void requireProgramsFor(const IsoChoices& choices, const Toolkit& toolkit, bool isPowerPc) {
+void requireProgramsFor(const Toolkit& toolkit, bool isPowerPc) {
     requirePrograms({"unzip"});
     if (toolkit.isOwn()) {
         requirePrograms({isPowerPc ? "genisoimage" : "xorriso"});
-        if (!choices.burner.empty()) {
-            requirePrograms({"wodim"});
-        }
     }
 }
 
@@ -69,47 +70,30 @@ int make(const IsoChoices& choices, const Inputs& inputs, const Toolkit& toolkit
     return finish(choices.job, IMAGE_BELOW_WORKPLACE, inputs.contents.size(), compare, reporter);
 }
 
-/// @return the exit status
 int makeImage(const IsoChoices& choices, const Output& output, const Surroundings& surroundings) {
     const bool isPowerPc = choices.platform == "ppc";
     const Toolkit toolkit(surroundings.toolkit);
-    requireProgramsFor(choices, toolkit, isPowerPc);
+    requireProgramsFor(toolkit, isPowerPc);
     const Inputs inputs(choices.job, isPowerPc ? Medium::powerPcImage : Medium::image);
-    if (output.present()) {
-        inputs.requireOther(*output.present(), "the output " + shown(choices.output));
-    }
+    inputs.requireOther(output);
     requireWhatItStartsFrom(inputs.package, isPowerPc);
     requireFileSizes(inputs.contents);
     inputs.requireRoom(output.parent(), output.parentPath(), 2); // staged, and as the image
-
-    const std::string medium = "the image " + output.path();
-    auto console = openConsole(choices.job, inputs);
-    inputs.announce(console, medium);
-    const HeldSignals signals;
-    Workplace workplace(output.parent(), output.parentPath());
-    const int directory = workplace.directory().number();
-    const auto size = inputs.contents.size();
-    const MediumJob job{
-        medium,
-        directory,
-        [&](Reporter& reporter) { return make(choices, inputs, toolkit, reporter); },
-        {{"Copying files to working directory", {size, [=] { return sizeBelow(directory, "ISOCreation"); }}},
-         {"Creating iso file", {size, [=] { return sizeBelow(directory, IMAGE_BELOW_WORKPLACE); }}}}};
-    auto outcome = watch({job}, 1, signals, console).front();
-    const auto madeSize = sizeText(sizeBelow(directory, IMAGE_BELOW_WORKPLACE));
-    settle(outcome, [&] { output.take(workplace.directory(), IMAGE_BELOW_WORKPLACE); });
-    leave(choices.job, workplace, console);
-    return conclude(console, outcome, medium, madeSize + readBackText(choices.job.verify));
+    return makeOutput({choices.job, inputs, output, "the image " + shown(output.path()),
+                       IMAGE_BELOW_WORKPLACE, "Copying files to working directory", "Creating iso file",
+                       [&](Reporter& reporter) { return make(choices, inputs, toolkit, reporter); }});
 }
 
 } // namespace
 
 int makeIso(const IsoChoices& choices, const Surroundings& surroundings) {
+    std::optional<Burner> burner; // whatever speaks against it is to be known before the image is made
+    if (!choices.burner.empty()) {
+        burner.emplace(choices.burner, surroundings);
+    }
     const auto output = Output::image(choices.output, choices.force);
     const int status = makeImage(choices, output, surroundings);
-    return status == 0 && !choices.burner.empty()
-               ? burn({output.path(), choices.burner, false, choices.job.show}, surroundings)
-               : status;
+    return status == 0 && burner ? burner->burn(output.path(), false, choices.job.show) : status;
 }
 
 } // namespace velacreate

@@ -6,6 +6,11 @@
 #include "job/workplace.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
+#include "support/sizeText.h"
+
+#include <bootableMedia.h>
+
+#include <filesystem>
 
 #include <future>
 #include <mutex>
@@ -33,8 +38,12 @@ void flush(const std::string& path) {
 } // namespace
 
 Inputs::Inputs(const JobChoices& choices, Medium medium)
-    : package(choices.package), updates(choices.directory, choices.files),
-      contents(contentsOf(medium, package, updates)) {}
+    : package(choices.package, medium == Medium::key ? CloneImages::wanted : CloneImages::unwanted),
+      updates(choices.directory, choices.files), contents(contentsOf(medium, package, updates)) {
+    if (updates.fileCount() == 0) {
+        throw Refusal("there is no update file in what was named");
+    }
+}
 
 void Inputs::requireOther(const struct stat& file, const std::string& what) const {
     if (package.isFile(file)) {
@@ -42,6 +51,26 @@ void Inputs::requireOther(const struct stat& file, const std::string& what) cons
     }
     if (updates.contain(file)) {
         throw Refusal(what + " is one of the update files");
+    }
+}
+
+void Inputs::requireOther(const Output& output) const {
+    const std::string what = "the output " + shown(output.path());
+    if (updates.hold(output.parent().status())) {
+        throw Refusal(what + " would lie among the update files");
+    }
+    if (!output.present()) {
+        return;
+    }
+    requireOther(*output.present(), what);
+    if (S_ISDIR(output.present()->st_mode)) {
+        const auto replaced = output.openPresent();
+        forEachEntry(replaced.number(), [&](const std::string& name) {
+            struct stat about {};
+            if (fstatat(replaced.number(), name.c_str(), &about, AT_SYMLINK_NOFOLLOW) == 0) {
+                requireOther(about, shown(name) + " in " + what);
+            }
+        });
     }
 }
 
@@ -70,12 +99,20 @@ void Inputs::requireRoom(const Descriptor& directory, const std::string& where,
                      files * BLOCK + PADDING);
 }
 
-Console openConsole(const JobChoices& choices, const Inputs& inputs) {
-    struct stat log {};
-    if (!choices.show.log.empty() && lstat(choices.show.log.c_str(), &log) == 0) {
-        inputs.requireOther(log, "the log file " + shown(choices.show.log));
+Console openConsole(const ShowChoices& choices, const std::string& medium, const Inputs* inputs) {
+    struct stat about {};
+    if (inputs != nullptr && !choices.log.empty() && stat(choices.log.c_str(), &about) == 0) {
+        inputs->requireOther(about, "the log file " + shown(choices.log));
     }
-    return {choices.show.verbose, choices.show.log};
+    if (!choices.log.empty() && !medium.empty()) {
+        std::error_code error;
+        const auto log =
+            std::filesystem::weakly_canonical(std::filesystem::absolute(choices.log, error), error);
+        if (log == medium || log.parent_path() == medium) {
+            throw Refusal("the log file " + shown(choices.log) + " is the medium, or in it; choose another");
+        }
+    }
+    return {choices.verbose, choices.log};
 }
 
 Descriptor takeIn(const Inputs& inputs, bool keepPauses, Reporter& reporter) {
@@ -134,16 +171,42 @@ void tidyUp(const JobChoices& choices) {
     }
 }
 
-void settle(Outcome& outcome, const std::function<void()>& lastStep) {
+namespace {
+
+/// Where it fails, so does the job.
+void putInPlace(const OutputJob& job, const Workplace& workplace, Outcome& outcome) {
     if (outcome.status != 0) {
         return;
     }
     try {
-        lastStep();
+        job.output.take(workplace.directory(), job.made);
     } catch (const Failure& failure) {
         outcome.status = EXIT_UNFINISHED;
         outcome.reason = failure.what();
     }
+}
+
+} // namespace
+
+int makeOutput(const OutputJob& job) {
+    auto console = openConsole(job.choices.show, job.output.path(), &job.inputs);
+    job.inputs.announce(console, job.medium);
+    const HeldSignals signals;
+    Workplace workplace(job.output.parent(), job.output.parentPath());
+    const int directory = workplace.directory().number();
+    const auto gauge = [&](const std::string& path) {
+        return Gauge{job.inputs.contents.size(), [directory, path] { return sizeBelow(directory, path); }};
+    };
+    const MediumJob mediumJob{job.medium,
+                              directory,
+                              job.work,
+                              {{job.stagingStage, gauge(VelaCreation::BootableMedia::ISO_DIR_NAME)},
+                               {job.makingStage, gauge(job.made)}}};
+    auto outcome = watch({mediumJob}, 1, signals, console).front();
+    const auto size = sizeText(sizeBelow(directory, job.made));
+    putInPlace(job, workplace, outcome);
+    leave(job.choices, workplace, console);
+    return conclude(console, outcome, job.medium, size + readBackText(job.choices.verify));
 }
 
 void leave(const JobChoices& choices, Workplace& workplace, Console& console) {

@@ -7,6 +7,7 @@
 #include "display/console.h"
 #include "inputs/toolPackage.h"
 #include "inputs/updateFiles.h"
+#include "job/output.h"
 #include "job/reporter.h"
 #include "job/watcher.h"
 #include "job/workplace.h"
@@ -27,9 +28,13 @@ struct Inputs {
     UpdateFiles updates;
     Contents contents;
 
-    /// Refuses a file to write to that is one of these.
+    /// Refuses a file or directory to write to that is one of these.
     /// @param what  for the message, such as "the output '/x/i.iso'"
     void requireOther(const struct stat& file, const std::string& what) const;
+
+    /// The same, for an output: neither it nor what it replaces may be among these, nor may it lie in a
+    /// chosen directory.
+    void requireOther(const Output& output) const;
 
     /// Says what is begun, and what the user might not expect of it.
     void announce(Console& console, const std::string& medium) const;
@@ -40,7 +45,11 @@ struct Inputs {
 };
 
 /// Opens the console; the log file is the last thing to be checked, as it is made.
-Console openConsole(const JobChoices& choices, const Inputs& inputs);
+/// @param medium  the path of what is made, filled or burned, if it has one: it is not to be written to by
+/// the log
+/// @param inputs  nor to any of these, if there are any
+/// @throw Refusal
+Console openConsole(const ShowChoices& choices, const std::string& medium, const Inputs* inputs = nullptr);
 
 /// In the job's process: enters the workplace and puts everything there. The current directory is then the
 /// launchers' folder in it.
@@ -64,9 +73,21 @@ int finish(const JobChoices& choices, const std::string& path, std::uint64_t siz
 /// watcher has not to, with other media to look after.
 void tidyUp(const JobChoices& choices);
 
-/// Takes the last step of a job, in the watcher, when all before it went well; where it fails, so does the
-/// job.
-void settle(Outcome& outcome, const std::function<void()>& lastStep);
+/// The job of an image or of a network-boot package.
+struct OutputJob {
+    const JobChoices& choices;
+    const Inputs& inputs;
+    const Output& output;
+    std::string medium;       ///< such as "the image '/x/i.iso'"
+    std::string made;         ///< where it grows, below the workplace
+    std::string stagingStage; ///< the library's name of the stage that fills the staging directory
+    std::string makingStage;  ///< and of the one that makes the output of it
+    std::function<int(Reporter&)> work;
+};
+
+/// Runs it, and puts what was made in place.
+/// @return the exit status
+int makeOutput(const OutputJob& job);
 
 /// Keeps the workplace and names it, when the user wants it.
 void leave(const JobChoices& choices, Workplace& workplace, Console& console);

@@ -2,13 +2,13 @@
 
 #include "commands/mediumJob.h"
 #include "inputs/jobNames.h"
-#include "inputs/limits.h"
 #include "job/libraryLogger.h"
 #include "job/output.h"
 #include "job/workplace.h"
 #include "medium/readBack.h"
 #include "support/failure.h"
 #include "support/programs.h"
+#include "support/sizeText.h"
 
 #include <bootableimg.h>
 
@@ -54,27 +54,12 @@ int makePxePackage(const PxeChoices& choices) {
     requirePrograms({"unzip", "zip"});
     const auto output = Output::package(choices.output, choices.force);
     const Inputs inputs(choices.job, Medium::package);
+    inputs.requireOther(output);
     inputs.package.requireFile("boot/pxelinux.0", "a machine on the network starts from it");
     inputs.requireRoom(output.parent(), output.parentPath(), 2); // staged, and packed
-
-    const std::string medium = "the network-boot package " + output.path();
-    auto console = openConsole(choices.job, inputs);
-    inputs.announce(console, medium);
-    const HeldSignals signals;
-    Workplace workplace(output.parent(), output.parentPath());
-    const int directory = workplace.directory().number();
-    const auto size = inputs.contents.size();
-    const MediumJob job{
-        medium,
-        directory,
-        [&](Reporter& reporter) { return make(choices.job, inputs, reporter); },
-        {{"Copying files to PXE directory", {size, [=] { return sizeBelow(directory, "ISOCreation"); }}},
-         {"Zipping files", {size, [=] { return sizeBelow(directory, PACKAGE_BELOW_WORKPLACE); }}}}};
-    auto outcome = watch({job}, 1, signals, console).front();
-    const auto madeSize = sizeText(sizeBelow(directory, PACKAGE_BELOW_WORKPLACE));
-    settle(outcome, [&] { output.take(workplace.directory(), PACKAGE_BELOW_WORKPLACE); });
-    leave(choices.job, workplace, console);
-    return conclude(console, outcome, medium, madeSize + readBackText(choices.job.verify));
+    return makeOutput({choices.job, inputs, output, "the network-boot package " + shown(output.path()),
+                       PACKAGE_BELOW_WORKPLACE, "Copying files to PXE directory", "Zipping files",
+                       [&](Reporter& reporter) { return make(choices.job, inputs, reporter); }});
 }
 
 } // namespace velacreate

@@ -9,6 +9,7 @@
 #include "job/workplace.h"
 #include "support/failure.h"
 #include "support/programs.h"
+#include "support/sizeText.h"
 
 #include <algorithm>
 #include <iostream>
@@ -55,7 +56,7 @@ std::string describe(const KeyHold& key) {
 }
 
 void requireConsent(const KeyHold& key, const UsbChoices& choices) {
-    std::cout << describe(key) << std::endl;
+    std::cout << printable(describe(key)) << std::endl;
     if (choices.yes) {
         return;
     }
@@ -110,7 +111,7 @@ int fillDevice(const UsbChoices& choices, const Inputs& inputs, const ScratchDir
     const auto capacity =
         choices.format == "never" ? fatCapacity(partition, 0) : partitionSize(key.disk(), 4);
     requireFitting(inputs.contents, capacity, "partition 4 of " + key.disk().node());
-    auto console = openConsole(choices.job, inputs);
+    auto console = openConsole(choices.job.show, "", &inputs);
     requireConsent(key, choices);
     key.unmount();
 
@@ -146,8 +147,8 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const ScratchDire
     if (flock(image.number(), LOCK_EX | LOCK_NB) != 0) {
         throw Refusal("another program is working on " + shown(path));
     }
-    auto console = openConsole(choices.job, inputs);
-    return runJob({choices.job, inputs, image, std::nullopt, path, "never"}, "the key image " + path,
+    auto console = openConsole(choices.job.show, path, &inputs);
+    return runJob({choices.job, inputs, image, std::nullopt, path, "never"}, "the key image " + shown(path),
                   sizeText(static_cast<std::uint64_t>(about.st_size)), scratch, {}, console);
 }
 

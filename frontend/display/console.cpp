@@ -2,9 +2,9 @@
 
 #include "support/failure.h"
 
+#include <cerrno>
 #include <ctime>
 #include <iomanip>
-#include <iostream>
 #include <sstream>
 
 #include <fcntl.h>
@@ -12,20 +12,35 @@
 
 namespace velacreate {
 
-Console::Console(bool verbose, const std::string& logFile) : m_verbose(verbose) {
-    if (logFile.empty()) {
-        return;
-    }
+namespace {
+
+/// A file or a device: nothing that has to be waited for, and nothing that a link leads to.
+Descriptor openLog(const std::string& path) {
     constexpr mode_t READABLE = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
-    m_log = Descriptor(
-        open(logFile.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC, READABLE));
-    if (!m_log.isOpen()) {
-        throw Refusal(withError("the log file " + shown(logFile)));
+    const std::string what = "the log file " + shown(path);
+    Descriptor log(open(path.c_str(),
+                        O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
+                        READABLE));
+    if (!log.isOpen()) {
+        throw Refusal(errno == ELOOP ? what + " is a link" : withError(what));
+    }
+    const mode_t mode = log.status().st_mode;
+    if (!S_ISREG(mode) && !S_ISCHR(mode)) {
+        throw Refusal(what + " is no file");
+    }
+    return log;
+}
+
+} // namespace
+
+Console::Console(bool verbose, const std::string& logFile) : m_verbose(verbose) {
+    if (!logFile.empty()) {
+        m_log = openLog(logFile);
     }
 }
 
 Progress& Console::beginProgress(const std::vector<std::string>& media) {
-    m_progress = std::make_unique<Progress>(media);
+    m_progress = std::make_unique<Progress>(m_screen, media);
     return *m_progress;
 }
 
@@ -36,40 +51,46 @@ void Console::endProgress() {
 void Console::message(int level, const std::string& text) {
     log(level, text);
     if (m_verbose) {
-        show(level == 0 ? std::cerr : std::cout, text);
+        show(level == 0 ? STDERR_FILENO : STDOUT_FILENO, text);
     }
 }
 
 void Console::say(const std::string& text) {
-    log(2, text);
-    show(std::cout, text);
+    log(LEVEL_SAID, text);
+    show(STDOUT_FILENO, text);
 }
 
 void Console::complain(const std::string& text) {
     log(0, text);
-    show(std::cerr, "velacreate: " + text);
+    show(STDERR_FILENO, "velacreate: " + text);
 }
 
-void Console::repeat(const std::string& text) {
-    show(std::cerr, text);
+void Console::showLogged(const std::string& text) {
+    show(STDERR_FILENO, text);
 }
 
-void Console::log(int level, const std::string& text) const {
-    if (m_log.isOpen()) {
-        const std::time_t now = std::time(nullptr);
-        std::tm local{};
-        localtime_r(&now, &local);
-        std::ostringstream line;
-        line << std::put_time(&local, "%F %T") << ' ' << level << ' ' << text << '\n';
-        [[maybe_unused]] const auto written = write(m_log.number(), line.str().data(), line.str().size());
+void Console::log(int level, const std::string& text) {
+    if (!m_log.isOpen()) {
+        return;
+    }
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    std::ostringstream line;
+    line << std::put_time(&local, "%F %T") << ' ' << level << ' ' << printable(text) << '\n';
+    const auto bytes = line.str();
+    if (write(m_log.number(), bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
+        const auto reason = withError("the log file is incomplete from here on");
+        m_log = Descriptor();
+        complain(reason);
     }
 }
 
-void Console::show(std::ostream& stream, const std::string& text) {
+void Console::show(int descriptor, const std::string& text) {
     if (m_progress) {
         m_progress->erase();
     }
-    stream << text << std::endl;
+    m_screen.write(descriptor, printable(text) + "\n");
     if (m_progress) {
         m_progress->draw();
     }

@@ -1,9 +1,10 @@
 /// @file
-/// The one place through which everything is shown and logged.
+/// The one place through which everything is shown and logged. What would upset a terminal is shown as "?".
 #ifndef VELACREATE_CONSOLE_H
 #define VELACREATE_CONSOLE_H
 
 #include "display/progress.h"
+#include "display/screen.h"
 #include "support/descriptor.h"
 
 #include <memory>
@@ -16,8 +17,16 @@ class Console {
 public:
     /// @param verbose  whether the library's messages are shown as they come
     /// @param logFile  to which every message is appended; may be empty
-    /// @throw Refusal when the log file cannot be opened
+    /// @throw Refusal when it cannot be opened, or is neither a file nor a device
     Console(bool verbose, const std::string& logFile);
+
+    const Screen& screen() const {
+        return m_screen;
+    }
+    /// See Screen::heed.
+    void heed(int interrupts) {
+        m_screen.heed(interrupts);
+    }
 
     /// Shows how far media are, from now on until `endProgress`.
     Progress& beginProgress(const std::vector<std::string>& media);
@@ -33,16 +42,21 @@ public:
     void complain(const std::string& text);
 
     /// A message that has been logged already, to standard error.
-    void repeat(const std::string& text);
+    void showLogged(const std::string& text);
+
+    /// To the log only.
+    void log(int level, const std::string& text);
 
     bool isVerbose() const {
         return m_verbose;
     }
 
 private:
-    void log(int level, const std::string& text) const;
-    void show(std::ostream& stream, const std::string& text);
+    void show(int descriptor, const std::string& text);
 
+    static constexpr int LEVEL_SAID = 2;
+
+    Screen m_screen;
     bool m_verbose;
     Descriptor m_log;
     std::unique_ptr<Progress> m_progress;

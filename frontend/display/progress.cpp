@@ -1,12 +1,11 @@
 #include "display/progress.h"
 
-#include "inputs/limits.h"
+#include "support/sizeText.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <iomanip>
-#include <iostream>
 #include <sstream>
 
 #include <sys/ioctl.h>
@@ -35,7 +34,8 @@ std::string timeText(double seconds) {
 
 } // namespace
 
-Progress::Progress(std::vector<std::string> media) : m_isLive(isTerminal()) {
+Progress::Progress(const Screen& screen, std::vector<std::string> media)
+    : m_screen(screen), m_isLive(isTerminal()) {
     for (auto& medium : media) {
         m_rows.push_back({std::move(medium), "waiting", 0, 0, std::chrono::steady_clock::now()});
     }
@@ -49,7 +49,7 @@ void Progress::stage(std::size_t medium, const std::string& text, std::uint64_t 
     Row& row = m_rows.at(medium);
     row = {row.medium, text, expected, 0, std::chrono::steady_clock::now()};
     if (!m_isLive) {
-        std::cout << (m_rows.size() > 1 ? row.medium + ": " : "") << text << "..." << std::endl;
+        m_screen.write(STDOUT_FILENO, (m_rows.size() > 1 ? row.medium + ": " : "") + text + "...\n");
     } else {
         draw();
     }
@@ -70,7 +70,7 @@ void Progress::ended(std::size_t medium) {
 
 void Progress::erase() {
     if (m_drawn != 0) {
-        std::cout << "\033[" << m_drawn << "A\r\033[J" << std::flush;
+        m_screen.write(STDOUT_FILENO, "\033[" + std::to_string(m_drawn) + "A\r\033[J");
         m_drawn = 0;
     }
 }
@@ -85,7 +85,7 @@ void Progress::draw() {
         lines += "\r\033[K" + lineFor(row, width) + "\n";
     }
     m_drawn = m_rows.size();
-    std::cout << lines << std::flush;
+    m_screen.write(STDOUT_FILENO, lines);
 }
 
 std::string Progress::lineFor(const Row& row, std::size_t width) const {

@@ -3,6 +3,8 @@
 #ifndef VELACREATE_PROGRESS_H
 #define VELACREATE_PROGRESS_H
 
+#include "display/screen.h"
+
 #include <chrono>
 #include <cstdint>
 #include <string>
@@ -14,7 +16,7 @@ namespace velacreate {
 /// left. Elsewhere a plain line a stage, with the medium's name in front where there are several.
 class Progress {
 public:
-    explicit Progress(std::vector<std::string> media);
+    Progress(const Screen& screen, std::vector<std::string> media);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
@@ -45,6 +47,7 @@ private:
     std::string lineFor(const Row& row, std::size_t width) const;
     static std::vector<std::string> figuresOf(const Row& row);
 
+    const Screen& m_screen;
     bool m_isLive;
     std::size_t m_drawn = 0; ///< lines that stand on the terminal
     std::vector<Row> m_rows;

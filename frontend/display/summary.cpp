@@ -10,11 +10,11 @@ namespace {
 
 std::string timeText(double seconds) {
     const auto whole = std::lround(seconds);
-    return std::to_string(whole / 60) + " min " + std::to_string(whole % 60) + " s";
+    return (whole < 60 ? "" : std::to_string(whole / 60) + " min ") + std::to_string(whole % 60) + " s";
 }
 
 std::string ended(const std::string& sentence) {
-    return sentence.back() == '.' ? sentence : sentence + ".";
+    return std::string(".!?").find(sentence.back()) != std::string::npos ? sentence : sentence + ".";
 }
 
 } // namespace
@@ -36,7 +36,7 @@ int conclude(Console& console, const Outcome& outcome, const std::string& medium
     }
     if (!console.isVerbose()) {
         for (const auto& line : outcome.failures) {
-            console.repeat(line);
+            console.showLogged(line);
         }
     }
     std::string line = medium + state + ": " + status.meaning + " (" + std::to_string(outcome.status) + ")";

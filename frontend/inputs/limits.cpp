@@ -2,11 +2,10 @@
 
 #include "inputs/names.h"
 #include "support/failure.h"
+#include "support/sizeText.h"
 #include "support/utf8.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 #include <map>
 #include <set>
 
@@ -46,22 +45,6 @@ std::string objectionTo(const std::string& part) {
 }
 
 } // namespace
-
-std::string sizeText(std::uint64_t bytes) {
-    constexpr std::array<const char*, 6> UNITS = {" KiB", " MiB", " GiB", " TiB", " PiB", " EiB"};
-    constexpr double STEP = 1024;
-    constexpr double LARGEST = STEP - 0.05; // which would be rounded to the next unit
-    if (bytes < 1024) {
-        return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
-    }
-    double count = static_cast<double>(bytes) / STEP;
-    std::size_t unit = 0;
-    for (; count >= LARGEST && unit + 1 < UNITS.size(); ++unit) {
-        count /= STEP;
-    }
-    const auto tenths = std::lround(count * 10);
-    return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + UNITS[unit];
-}
 
 void requireFatNames(const std::vector<std::string>& places) {
     std::set<std::string> fine; // a directory's name is in every place below it, and looked at once

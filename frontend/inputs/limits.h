@@ -9,9 +9,6 @@
 
 namespace velacreate {
 
-/// Sizes with a unit, in multiples of 1,024, such as "1.5 GiB".
-std::string sizeText(std::uint64_t bytes);
-
 /// Refuses names that FAT cannot carry as they are: with one of "*:<>?|\ in them, with a blank or a dot at
 /// the end of a part, a part of more than 255 UTF-16 units, or not in UTF-8; and two that it takes for the
 /// same, since they differ only in upper and lower case (letters beyond ASCII included).

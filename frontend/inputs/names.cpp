@@ -1,5 +1,7 @@
 #include "inputs/names.h"
 
+#include "support/utf8.h"
+
 #include <algorithm>
 
 namespace velacreate {
@@ -37,8 +39,11 @@ std::string inCapitals(std::string text) {
 }
 
 bool holdsControlCharacter(const std::string& text) {
+    if (const auto characters = decoded(text)) {
+        return std::any_of(characters->begin(), characters->end(), isControl);
+    }
     return std::any_of(text.begin(), text.end(),
-                       [](unsigned char byte) { return byte < 0x20 || byte == 0x7f; });
+                       [](unsigned char byte) { return byte < 0x80 && isControl(byte); });
 }
 
 } // namespace velacreate

@@ -20,6 +20,7 @@ std::vector<std::string> ancestorsOf(const std::string& path);
 /// @return the text with the letters a to z as capitals, however the user's language has them
 std::string inCapitals(std::string text);
 
+/// Also one beyond ASCII, where the text is in UTF-8.
 bool holdsControlCharacter(const std::string& text);
 
 } // namespace velacreate

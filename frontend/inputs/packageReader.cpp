@@ -4,7 +4,6 @@
 #include "support/failure.h"
 #include "support/utf8.h"
 
-#include <algorithm>
 #include <utility>
 
 #include <archive.h>
@@ -16,6 +15,8 @@ namespace {
 
 constexpr std::size_t LONGEST_PART = 255; ///< that a file system takes
 constexpr std::size_t LONGEST_NAME = 1024;
+constexpr std::size_t MOST_PARTS = 64; ///< each may be a directory of its own, whose path is kept
+constexpr std::uint64_t LARGEST_FILE = std::uint64_t{1} << 40;
 
 /// The name as it is checked and written: zip archives mark a directory with a slash, and some programs write
 /// "./".
@@ -29,16 +30,11 @@ std::string plainName(std::string name) {
     return name;
 }
 
-bool isControl(wchar_t character) {
-    return character < 0x20 || (character >= 0x7f && character < 0xa0);
-}
-
 std::string objectionToText(const std::string& name) {
-    const auto characters = decoded(name);
-    if (!characters) {
+    if (!decoded(name)) {
         return "has a name that is not in UTF-8";
     }
-    if (std::any_of(characters->begin(), characters->end(), isControl)) {
+    if (holdsControlCharacter(name)) {
         return "has a control character in its name";
     }
     if (const std::size_t at = name.find_first_of("\\;"); at != std::string::npos) {
@@ -49,6 +45,9 @@ std::string objectionToText(const std::string& name) {
 
 std::string objectionToParts(const std::string& name) {
     const std::vector<std::string> parts = partsOf(name);
+    if (parts.size() > MOST_PARTS) {
+        return "lies too deep";
+    }
     for (std::size_t at = 0; at < parts.size(); ++at) {
         const std::string& part = parts[at];
         if (part.empty() || part == "." || part == "..") {
@@ -111,6 +110,9 @@ void PackageReader::checkKind() const {
     }
     if (isFile && (archive_entry_size_is_set(header()) == 0 || archive_entry_size(header()) < 0)) {
         refuse("has no known size");
+    }
+    if (size() > LARGEST_FILE) {
+        refuse("is too large");
     }
 }
 

@@ -4,6 +4,7 @@
 #include "inputs/names.h"
 #include "inputs/packageReader.h"
 #include "support/failure.h"
+#include "support/sizes.h"
 
 #include <algorithm>
 #include <set>
@@ -35,9 +36,9 @@ Descriptor openedFile(const std::string& path) {
     return file;
 }
 
-/// What a job has a use for.
-bool isWanted(const std::string& name) {
-    return isCloneImage(name) || topOf(name) == BOOT;
+/// What the job has a use for.
+bool isWanted(const std::string& name, CloneImages cloneImages) {
+    return topOf(name) == BOOT || (cloneImages == CloneImages::wanted && isCloneImage(name));
 }
 
 void checkTop(const PackageReader& reader) {
@@ -49,7 +50,7 @@ void checkTop(const PackageReader& reader) {
     if (top == BOOT && isTop && !reader.isDirectory()) {
         reader.refuse("is no directory");
     }
-    if (isJobName(top) && !isWanted(reader.name())) {
+    if (isJobName(top) && top != BOOT && !isCloneImage(top)) {
         reader.refuse("has a name that the job uses itself");
     }
 }
@@ -73,10 +74,10 @@ public:
         }
     }
 
-    Entries wanted() const {
+    Entries wanted(CloneImages cloneImages) const {
         Entries result;
         for (const auto& [name, entry] : m_all) {
-            if (isWanted(name)) {
+            if (isWanted(name, cloneImages)) {
                 result.emplace(name, entry);
             }
         }
@@ -160,15 +161,15 @@ private:
 
 } // namespace
 
-ToolPackage::ToolPackage(const std::string& path)
-    : m_path(path), m_file(openedFile(path)), m_found(m_file.status()) {
+ToolPackage::ToolPackage(const std::string& path, CloneImages cloneImages)
+    : m_path(path), m_cloneImages(cloneImages), m_file(openedFile(path)), m_found(m_file.status()) {
     PackageReader reader(m_file, path, BLOCK_FOR_HEADERS);
     Listing listing;
     while (reader.next()) {
         checkTop(reader);
         listing.add(reader);
     }
-    m_entries = listing.wanted();
+    m_entries = listing.wanted(cloneImages);
     requireBoot(listing, m_entries, path);
 }
 
@@ -186,7 +187,7 @@ void ToolPackage::requireFile(const std::string& name, const std::string& purpos
 std::uint64_t ToolPackage::unpackedSize() const {
     std::uint64_t total = 0;
     for (const auto& [name, entry] : m_entries) {
-        total += entry.size;
+        total = sumOf(total, entry.size);
     }
     return total;
 }
@@ -210,7 +211,7 @@ void ToolPackage::writeTo(const Descriptor& output, const Advance& advance) cons
     Rewriter writer(output);
     std::uint64_t written = 0;
     while (reader.next()) {
-        if (!isWanted(reader.name())) {
+        if (!isWanted(reader.name(), m_cloneImages)) {
             reader.read([](const void*, std::size_t) {});
             continue;
         }

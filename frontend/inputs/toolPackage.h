@@ -11,11 +11,15 @@
 
 namespace velacreate {
 
+/// Whether the job has a use for the clone images, as only that of a key has.
+enum class CloneImages { wanted, unwanted };
+
 /// A zip archive somebody else has made. It is held open, its entries are checked by libarchive, and what is
 /// unpacked later is an archive that velacreate has written itself from them: programs differ in what they
 /// make of an odd archive, so that a check of one that another program then unpacks would prove nothing.
 ///
-/// Of the top level, only "boot" and the clone images are taken in; a job has no use for more.
+/// Of the top level, only "boot" is taken in, and the clone images where they are wanted; a job has no use
+/// for more.
 class ToolPackage {
 public:
     struct Entry {
@@ -28,13 +32,14 @@ public:
     /// Refused are: what is no zip archive; an entry that is neither a file nor a directory, or needs a
     /// password; a name that is absolute, empty, too long, not in UTF-8, holds a "..", a ";", a control
     /// character or a backslash (in a name without a slash it stands for one, as other systems write it), or
-    /// of which one of the first two parts begins with "-"; two entries with one name (or a file where
-    /// another one has a directory); a top-level entry with one of the names that the job uses itself (see
-    /// jobNames.h), "boot" and the clone images excepted; a package without "boot/" or with nothing in it.
-    /// The texts name the package and the entry; a package whose boot directory lies one level too deep is
-    /// told so ("is wrapped in the folder 'x'; pack what is inside it").
+    /// of which one of the first two parts begins with "-"; one of more than 64 parts; a file of more than 1
+    /// TiB; two entries with one name (or a file where another one has a directory); a top-level entry with
+    /// one of the names that the job uses itself (see jobNames.h), "boot" and the clone images excepted; a
+    /// package without "boot/" or with nothing in it. The texts name the package and the entry; a package
+    /// whose boot directory lies one level too deep is told so ("is wrapped in the folder 'x'; pack what is
+    /// inside it").
     /// @throw Refusal
-    explicit ToolPackage(const std::string& path);
+    ToolPackage(const std::string& path, CloneImages cloneImages);
 
     /// All that is taken in, by name without a slash at the end, such as "boot/grub.cfg". Directories that
     /// the archive names only in the paths of files are there too.
@@ -62,6 +67,7 @@ public:
 
 private:
     std::string m_path;
+    CloneImages m_cloneImages;
     Descriptor m_file;
     struct stat m_found; ///< as it was when it was checked
     std::map<std::string, Entry> m_entries;

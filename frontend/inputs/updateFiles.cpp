@@ -5,9 +5,11 @@
 #include "inputs/names.h"
 #include "support/beneath.h"
 #include "support/failure.h"
+#include "support/sizes.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include <fcntl.h>
 
@@ -33,34 +35,17 @@ Descriptor openedDirectory(const std::string& path) {
 void requirePlace(const std::string& place, const std::string& source) {
     const std::string top = topOf(place);
     if (holdsControlCharacter(place)) {
-        throw Refusal(named(source) + " has a control character in its name");
+        throw Refusal(named(source) + " has a control character in its name; rename it");
     }
     if (top.front() == '-') {
-        throw Refusal(named(source) + " has a name that programs would take for an option");
+        throw Refusal(named(source) + " has a name that programs would take for an option; rename it");
     }
     if (isJobName(top)) {
-        throw Refusal(named(source) + " has a name that the job uses itself");
+        throw Refusal(named(source) + " has a name that the job uses itself; rename it");
     }
     if (const std::size_t at = top.find_first_of("\"$`\\"); at != std::string::npos) {
-        throw Refusal(named(source) + " holds the character " + top[at] +
-                      ", which the shell would not take as it is");
+        throw Refusal(named(source) + " holds the character " + top[at] + "; rename it");
     }
-}
-
-/// What one entry of the directory is, by name and in no case over a link.
-struct stat kindOf(Beneath& tree, const std::string& source) {
-    const Descriptor entry = tree.open(source, O_PATH | O_NOFOLLOW);
-    if (!entry.isOpen()) {
-        throw Refusal(errno == ELOOP ? named(source) + " lies behind a link" : withError(named(source)));
-    }
-    const struct stat found = entry.status();
-    if (S_ISLNK(found.st_mode)) {
-        throw Refusal(named(source) + " is a link");
-    }
-    if (!S_ISREG(found.st_mode) && !S_ISDIR(found.st_mode)) {
-        throw Refusal(named(source) + " is neither a file nor a directory");
-    }
-    return found;
 }
 
 using Entries = std::map<std::string, UpdateFiles::Entry>;
@@ -68,10 +53,14 @@ using Entries = std::map<std::string, UpdateFiles::Entry>;
 /// Finds what was chosen, place by place.
 class Search {
 public:
-    Search(int directory, Entries& entries) : m_directory(directory), m_tree(directory), m_entries(entries) {}
+    /// @param where  the directory, for messages
+    /// @param whole  is told all directories that are taken with what is in them
+    Search(int directory, std::string where, Entries& entries, std::vector<struct stat>& whole)
+        : m_directory(directory), m_where(std::move(where)), m_tree(directory), m_entries(entries),
+          m_whole(whole) {}
 
     void add(const std::string& chosen) {
-        const struct stat found = kindOf(m_tree, chosen);
+        const struct stat found = kindOf(chosen);
         const std::string place = S_ISDIR(found.st_mode) ? partsOf(chosen).back() : chosen;
         requirePlace(place, chosen);
         addAncestors(place, chosen);
@@ -89,12 +78,36 @@ private:
         std::string place;
     };
 
+    /// What one entry of the directory is, by name and in no case over a link.
+    struct stat kindOf(const std::string& source) {
+        const Descriptor entry = m_tree.open(source, O_PATH | O_NOFOLLOW);
+        if (!entry.isOpen()) {
+            refuseClosed(source);
+        }
+        const struct stat found = entry.status();
+        if (S_ISLNK(found.st_mode)) {
+            throw Refusal(named(source) + " is a link; name the file itself, or put it there");
+        }
+        if (!S_ISREG(found.st_mode) && !S_ISDIR(found.st_mode)) {
+            throw Refusal(named(source) + " is neither a file nor a directory");
+        }
+        return found;
+    }
+
+    [[noreturn]] void refuseClosed(const std::string& source) const {
+        if (errno == ELOOP) {
+            throw Refusal(named(source) + " lies behind a link");
+        }
+        const bool isMissing = errno == ENOENT || errno == ENOTDIR;
+        throw Refusal(withError(named(source) + (isMissing ? " is not in " + shown(m_where) : "")));
+    }
+
     /// The directories on the way to a file that was named by its path.
     void addAncestors(const std::string& place, const std::string& source) {
         for (const std::string& ancestor : ancestorsOf(place)) {
             const auto known = m_entries.find(ancestor);
             if (known == m_entries.end()) {
-                m_entries[ancestor] = {ancestor, 0, true, kindOf(m_tree, ancestor)};
+                m_entries[ancestor] = {ancestor, 0, true, kindOf(ancestor)};
             } else if (!known->second.isDirectory) {
                 throw Refusal(named(known->second.source) + " stands where " + shown(source) +
                               " needs a directory");
@@ -111,6 +124,7 @@ private:
             requireTheSame(known->second, source, isDirectory);
         }
         if (isDirectory) {
+            m_whole.push_back(found);
             m_pending.push_back({source, place});
         } else if (isNew) {
             requireReadable(source, found);
@@ -142,15 +156,17 @@ private:
         forEachEntry(directory.number(), [&](const std::string& name) {
             const std::string inner = source + "/" + name;
             if (holdsControlCharacter(name)) {
-                throw Refusal(named(inner) + " has a control character in its name");
+                throw Refusal(named(inner) + " has a control character in its name; rename it");
             }
-            addEntry(inner, place + "/" + name, kindOf(m_tree, inner));
+            addEntry(inner, place + "/" + name, kindOf(inner));
         });
     }
 
     int m_directory;
+    std::string m_where;
     Beneath m_tree;
     Entries& m_entries;
+    std::vector<struct stat>& m_whole;
     std::vector<Pending> m_pending;
 };
 
@@ -159,7 +175,7 @@ private:
 UpdateFiles::UpdateFiles(const std::string& directory, const std::vector<std::string>& chosen)
     : m_directory(openedDirectory(directory)) {
     const ChosenPaths paths(directory, m_directory);
-    Search search(m_directory.number(), m_entries);
+    Search search(m_directory.number(), directory, m_entries, m_whole);
     for (const std::string& path : chosen) {
         search.add(paths.below(path));
     }
@@ -187,7 +203,7 @@ std::size_t UpdateFiles::fileCount() const {
 std::uint64_t UpdateFiles::totalSize() const {
     std::uint64_t total = 0;
     for (const auto& [place, entry] : m_entries) {
-        total += entry.size;
+        total = sumOf(total, entry.size);
     }
     return total;
 }
@@ -195,6 +211,11 @@ std::uint64_t UpdateFiles::totalSize() const {
 bool UpdateFiles::contain(const struct stat& other) const {
     return std::any_of(m_entries.begin(), m_entries.end(),
                        [&](const auto& item) { return isSameFile(item.second.found, other); });
+}
+
+bool UpdateFiles::hold(const struct stat& directory) const {
+    return std::any_of(m_whole.begin(), m_whole.end(),
+                       [&](const auto& one) { return isSameFile(one, directory); });
 }
 
 namespace {

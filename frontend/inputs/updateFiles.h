@@ -33,9 +33,9 @@ public:
     /// Refused, by name, are: what does not exist, lies elsewhere (".." included) or is the directory itself;
     /// what is, or holds, a link or anything else that is no file and no directory; what cannot be read; two
     /// different files with one place on the medium, or a file where another one has a directory; a name with
-    /// a control character; a place that begins with "-", with a top-level name that the job uses itself (see
-    /// jobNames.h) or with one that holds a double quote, "$", a backquote or a backslash, which no command
-    /// could carry.
+    /// a control character (also beyond ASCII); a place that begins with "-", with a top-level name that the
+    /// job uses itself (see jobNames.h) or with one that holds a double quote, "$", a backquote or a
+    /// backslash, which no command could carry.
     /// @throw Refusal
     UpdateFiles(const std::string& directory, const std::vector<std::string>& chosen);
 
@@ -52,6 +52,10 @@ public:
     /// Whether one of them, in directories too, is this file.
     bool contain(const struct stat& other) const;
 
+    /// Whether an open directory is one that was chosen, or lies in one: what is made there would change what
+    /// is taken in. One that is only on the way to a file is not.
+    bool hold(const struct stat& directory) const;
+
     /// Copies everything to its place below a directory. Files keep the owner's right to execute and their
     /// time; they are readable and writable for the owner, whatever they were.
     /// @throw Failure when one cannot be copied, or is no longer what it was when it was found
@@ -60,6 +64,7 @@ public:
 private:
     Descriptor m_directory;
     std::map<std::string, Entry> m_entries;
+    std::vector<struct stat> m_whole; ///< the directories that are taken with what is in them
 };
 
 } // namespace velacreate

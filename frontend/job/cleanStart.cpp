@@ -9,6 +9,7 @@
 
 #include <fcntl.h>
 #include <linux/close_range.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -49,12 +50,25 @@ void reduceEnvironment() {
 }
 
 void resetSignals() {
+    struct sigaction hangUp {};
+    sigaction(SIGHUP, nullptr, &hangUp);
     for (int number = 1; number < NSIG; ++number) {
-        static_cast<void>(std::signal(number, number == SIGPIPE ? SIG_IGN : SIG_DFL));
+        const bool isIgnored = number == SIGPIPE || number == SIGXFSZ ||
+                               (number == SIGHUP && hangUp.sa_handler == SIG_IGN); // by nohup
+        static_cast<void>(std::signal(number, isIgnored ? SIG_IGN : SIG_DFL));
     }
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+/// A deep directory takes one for each level.
+void allowDescriptors() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
 }
 
 void openStandardDescriptors() {
@@ -75,6 +89,7 @@ Surroundings startClean() {
     openStandardDescriptors();
     resetSignals();
     umask(S_IWGRP | S_IWOTH);
+    allowDescriptors();
     Surroundings surroundings{variable("VELACREATE_TOOLKIT"), variable("TMPDIR")};
     reduceEnvironment();
     return surroundings;

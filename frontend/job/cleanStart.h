@@ -14,9 +14,9 @@ struct Surroundings {
 };
 
 /// To be called before anything else, as a job relies on it: descriptors 0 to 2 are open, no other one
-/// reaches a program, no signal is ignored or blocked (but SIGPIPE: a reader that goes away must not end the
-/// watcher), files are made with umask 022, and the environment holds a fixed search path, the language, the
-/// time zone, TERM and SOURCE_DATE_EPOCH only.
+/// reaches a program, no signal is blocked or ignored (but a hang-up under nohup; and SIGPIPE and SIGXFSZ,
+/// since output that cannot be written must not end the watcher), files are made with umask 022, and the
+/// environment holds a fixed search path, the language, the time zone, TERM and SOURCE_DATE_EPOCH only.
 Surroundings startClean();
 
 } // namespace velacreate

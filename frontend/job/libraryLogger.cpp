@@ -19,7 +19,8 @@ bool looksLikeFailure(std::string line) {
                    [](unsigned char byte) { return std::tolower(byte); });
     const std::array<const char*, 9> marks = {"error", "fail",      "cannot",    "no space", "denied",
                                               "sorry", "not found", "read-only", "no medium"};
-    return std::any_of(marks.begin(), marks.end(),
+    return line.find("warning") == std::string::npos &&
+           std::any_of(marks.begin(), marks.end(),
                        [&](const char* mark) { return line.find(mark) != std::string::npos; });
 }
 
@@ -30,7 +31,7 @@ bool isFull() {
     return statvfs(".", &about) == 0 && about.f_bavail * about.f_frsize < HARDLY_ANY;
 }
 
-/// The first line that looks like a reason, else the last one.
+/// The first line that looks like a reason, and not like a warning only; else the last one.
 std::string reasonIn(std::istream& capture) {
     std::string last;
     for (std::string line; std::getline(capture, line);) {

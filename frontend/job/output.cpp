@@ -1,5 +1,6 @@
 #include "job/output.h"
 
+#include "medium/packageFiles.h"
 #include "support/failure.h"
 
 #include <algorithm>
@@ -18,23 +19,50 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr mode_t ACCESS = S_IRWXU | S_IRWXG | S_IRWXO;
+constexpr const char* ARCHIVE = "ks.zip";
 
-/// What a package's directory may hold besides, and nothing else, when it is to be replaced.
-const std::vector<std::string> PACKAGE_FILES = {"ks.zip",     "grub.cfg",   "img2a",    "img3a",
-                                                "pxelinux.0", "ksrootfs",   "bsb1.lss", "splash.xpm.gz",
-                                                "bsb.msg",    "unicode.pf2"};
+bool isRegularFile(const Descriptor& directory, const std::string& name) {
+    struct stat about {};
+    return fstatat(directory.number(), name.c_str(), &about, AT_SYMLINK_NOFOLLOW) == 0 &&
+           S_ISREG(about.st_mode);
+}
 
-bool isEmptyOrPackage(const Descriptor& directory, bool& isEmpty, std::string& stranger) {
+bool isPackageName(const std::string& name) {
+    return name == ARCHIVE ||
+           std::find(PACKAGE_BOOT_FILES.begin(), PACKAGE_BOOT_FILES.end(), name) != PACKAGE_BOOT_FILES.end();
+}
+
+/// What a directory holds that is to be replaced by a package.
+struct Present {
+    bool isEmpty = true;
     bool hasArchive = false;
-    isEmpty = true;
+    std::string stranger; ///< what is not of a package, if anything
+
+    bool isReplaceable() const {
+        return isEmpty || (hasArchive && stranger.empty());
+    }
+};
+
+Present lookInto(const Descriptor& directory) {
+    Present present;
     forEachEntry(directory.number(), [&](const std::string& name) {
-        isEmpty = false;
-        hasArchive = hasArchive || name == PACKAGE_FILES.front();
-        if (std::find(PACKAGE_FILES.begin(), PACKAGE_FILES.end(), name) == PACKAGE_FILES.end()) {
-            stranger = name;
+        present.isEmpty = false;
+        present.hasArchive = present.hasArchive || name == ARCHIVE;
+        if (!isPackageName(name) || !isRegularFile(directory, name)) {
+            present.stranger = name;
         }
     });
-    return isEmpty || (hasArchive && stranger.empty());
+    return present;
+}
+
+bool rename(const Descriptor& from, const std::string& oldName, int to, const std::string& newName,
+            unsigned flags) {
+    return renameat2(from.number(), oldName.c_str(), to, newName.c_str(), flags) == 0;
+}
+
+/// Not every file system knows how to exchange, or how not to replace.
+bool lacksFlags() {
+    return errno == EINVAL || errno == EXDEV;
 }
 
 } // namespace
@@ -90,20 +118,23 @@ Output Output::package(const std::string& path, bool force) {
     if (output.m_present->st_dev != output.m_parent.status().st_dev) {
         throw Refusal(shown(path) + " is a mount point; choose a directory below it");
     }
-    const auto directory = openBeneath(output.m_parent.number(), output.m_name, O_RDONLY | O_DIRECTORY);
-    if (!directory.isOpen()) {
-        throw Refusal(withError(shown(path)));
-    }
-    bool isEmpty = false;
-    std::string stranger;
-    if (!isEmptyOrPackage(directory, isEmpty, stranger)) {
+    const auto present = lookInto(output.openPresent());
+    if (!present.isReplaceable()) {
         throw Refusal(shown(path) + " is not empty, and no network-boot package" +
-                      (stranger.empty() ? "" : ": it holds " + shown(stranger)));
+                      (present.stranger.empty() ? "" : ": it holds " + shown(present.stranger)));
     }
-    if (!isEmpty && !force) {
+    if (!present.isEmpty && !force) {
         throw Refusal(shown(path) + " holds a network-boot package (--force replaces it)");
     }
     return output;
+}
+
+Descriptor Output::openPresent() const {
+    auto present = openBeneath(m_parent.number(), m_name, O_RDONLY);
+    if (!present.isOpen()) {
+        throw Refusal(withError(shown(path())));
+    }
+    return present;
 }
 
 std::string Output::path() const {
@@ -119,31 +150,50 @@ void Output::take(const Descriptor& directory, const std::string& name) const {
         [[maybe_unused]] const int owned = fchown(made.number(), m_present->st_uid, m_present->st_gid);
         fchmod(made.number(), m_present->st_mode & ACCESS);
     }
-    const bool isThere = m_present ? exchange(directory, name)
-                                   : renameat2(directory.number(), name.c_str(), m_parent.number(),
-                                               m_name.c_str(), RENAME_NOREPLACE) == 0;
+    const bool isThere = m_present
+                             ? exchange(directory, name)
+                             : rename(directory, name, m_parent.number(), m_name, RENAME_NOREPLACE) ||
+                                   (lacksFlags() && rename(directory, name, m_parent.number(), m_name, 0));
     if (!isThere) {
         throw Failure(withError(shown(path()) + " cannot be put in place"));
     }
     fsync(m_parent.number());
 }
 
-bool Output::exchange(const Descriptor& directory, const std::string& name) const {
-    const auto swap = [&] {
-        return renameat2(directory.number(), name.c_str(), m_parent.number(), m_name.c_str(),
-                         RENAME_EXCHANGE) == 0;
-    };
-    if (!swap()) {
+bool Output::isAsChecked(const Descriptor& directory, const std::string& name) const {
+    struct stat found {};
+    if (fstatat(directory.number(), name.c_str(), &found, AT_SYMLINK_NOFOLLOW) != 0 ||
+        !isSameFile(found, *m_present)) {
         return false;
     }
-    struct stat replaced {};
-    if (fstatat(directory.number(), name.c_str(), &replaced, AT_SYMLINK_NOFOLLOW) == 0 &&
-        replaced.st_dev == m_present->st_dev && replaced.st_ino == m_present->st_ino) {
+    if (!S_ISDIR(found.st_mode)) {
+        return true;
+    }
+    const auto present = openBeneath(directory.number(), name, O_RDONLY | O_DIRECTORY);
+    return present.isOpen() && lookInto(present).isReplaceable();
+}
+
+bool Output::exchange(const Descriptor& directory, const std::string& name) const {
+    const auto swap = [&] { return rename(directory, name, m_parent.number(), m_name, RENAME_EXCHANGE); };
+    if (!swap()) {
+        return lacksFlags() && replace(directory, name);
+    }
+    if (isAsChecked(directory, name)) {
         return true;
     }
     swap(); // what has come there in the meantime is not ours to remove
     errno = EEXIST;
     return false;
+}
+
+bool Output::replace(const Descriptor& directory, const std::string& name) const {
+    if (!isAsChecked(m_parent, m_name)) {
+        errno = EEXIST;
+        return false;
+    }
+    // A file takes another one's place at once; a directory has to be moved out of the way before.
+    return (!S_ISDIR(m_present->st_mode) || rename(m_parent, m_name, directory.number(), "replaced", 0)) &&
+           rename(directory, name, m_parent.number(), m_name, 0);
 }
 
 } // namespace velacreate

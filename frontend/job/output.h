@@ -37,6 +37,9 @@ public:
     const std::optional<struct stat>& present() const {
         return m_present;
     }
+    /// Opens it.
+    /// @throw Refusal
+    Descriptor openPresent() const;
 
     /// Moves the finished file or directory here, with the owner and the mode of what it replaces.
     /// @param directory  where it stands, under a name; what it replaces is left there in its stead, or gone
@@ -45,7 +48,9 @@ public:
 
 private:
     explicit Output(const std::string& path);
+    bool isAsChecked(const Descriptor& directory, const std::string& name) const;
     bool exchange(const Descriptor& directory, const std::string& name) const;
+    bool replace(const Descriptor& directory, const std::string& name) const;
 
     std::string m_parentPath;
     Descriptor m_parent;

@@ -27,8 +27,12 @@ constexpr int GAUGE_SHARE = 100; // a look at a gauge may take one part in so ma
 sigset_t endingSignals() {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-        sigaddset(&signals, number);
+    for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP}) {
+        struct sigaction current {};
+        sigaction(number, nullptr, &current);
+        if (current.sa_handler != SIG_IGN) { // as under nohup
+            sigaddset(&signals, number);
+        }
     }
     return signals;
 }
@@ -99,6 +103,7 @@ private:
         case Event::Kind::stage: {
             const auto found = m_job.gauges.find(event.text);
             m_gauge = found != m_job.gauges.end() ? &found->second : nullptr;
+            m_console.log(2, event.text);
             m_progress.stage(m_index, event.text, m_gauge != nullptr ? m_gauge->expected : 0);
             break;
         }
@@ -207,6 +212,7 @@ private:
             m_console.complain("this would spoil the disc; press Ctrl-C once more to end nevertheless");
             return;
         }
+        m_console.screen().hurry();
         signalAll(m_mercyEnds ? SIGKILL : SIGTERM);
         m_mercyEnds = m_mercyEnds.value_or(Clock::now() + MERCY);
     }
@@ -226,8 +232,10 @@ private:
             }
             Outcome& outcome = m_outcomes.at((*job)->index());
             outcome = (*job)->end();
+            const bool isBurning = (*job)->isBurning();
             if (m_mercyEnds && outcome.status != 0) {
                 outcome.status = EXIT_INTERRUPTED;
+                outcome.hasChanged = outcome.hasChanged || isBurning; // a disc that is spoiled
             }
             job = m_running.erase(job);
         }
@@ -280,6 +288,7 @@ std::vector<Outcome> watch(const std::vector<MediumJob>& jobs, std::size_t atOnc
     for (const auto& job : jobs) {
         media.push_back(job.medium);
     }
+    console.heed(signals.descriptor().number());
     Progress& progress = console.beginProgress(media);
     auto outcomes = Watch(jobs, atOnce, signals, console, progress).run();
     console.endProgress();

@@ -35,10 +35,11 @@ std::string freshName() {
     return name;
 }
 
-/// Whoever owns the parent may have put something else in the place of a directory of ours.
-bool isPrivate(const Descriptor& directory) {
+/// Whoever owns the parent may have put something else in the place of a directory of ours. Not every file
+/// system keeps the rights that a directory is made with, but nobody else may change what is in it.
+bool isOurs(const Descriptor& directory) {
     const auto about = directory.status();
-    return about.st_uid == geteuid() && (about.st_mode & 07777U) == S_IRWXU;
+    return about.st_uid == geteuid() && (about.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
 
 bool isEmpty(const Descriptor& directory) {
@@ -63,7 +64,7 @@ void removeAbandoned(const Descriptor& parent) {
             return;
         }
         const auto directory = openBeneath(parent.number(), name, O_RDONLY | O_DIRECTORY);
-        if (directory.isOpen() && isPrivate(directory) &&
+        if (directory.isOpen() && isOurs(directory) &&
             faccessat(directory.number(), LAUNCHERS_NAME, F_OK, AT_SYMLINK_NOFOLLOW) == 0 &&
             flock(directory.number(), LOCK_EX | LOCK_NB) == 0) {
             removeWorkplace(parent.number(), name, directory);
@@ -83,12 +84,17 @@ Workplace::Workplace(const Descriptor& parent, const std::string& where)
     : m_parent(parent.number()), m_where(where == "/" ? "" : where), m_name(freshName()) {
     removeAbandoned(parent);
     require(mkdirat(m_parent, m_name.c_str(), S_IRWXU) == 0, "no workplace can be made in " + shown(where));
-    m_directory = openBeneath(m_parent, m_name, O_RDONLY | O_DIRECTORY);
-    if (!m_directory.isOpen() || !isPrivate(m_directory) || !isEmpty(m_directory)) {
-        throw Failure("the workplace in " + shown(where) + " was taken away while it was made");
+    try {
+        m_directory = openBeneath(m_parent, m_name, O_RDONLY | O_DIRECTORY);
+        if (!m_directory.isOpen() || !isOurs(m_directory) || !isEmpty(m_directory)) {
+            throw Failure("the workplace made in " + shown(where) + " is not one's own");
+        }
+        flock(m_directory.number(), LOCK_EX | LOCK_NB);
+        require(mkdirat(m_directory.number(), LAUNCHERS_NAME, S_IRWXU) == 0, "no folder in the workplace");
+    } catch (const Failure&) {
+        unlinkat(m_parent, m_name.c_str(), AT_REMOVEDIR);
+        throw;
     }
-    flock(m_directory.number(), LOCK_EX | LOCK_NB);
-    require(mkdirat(m_directory.number(), LAUNCHERS_NAME, S_IRWXU) == 0, "no folder in the workplace");
 }
 
 Workplace::~Workplace() {
@@ -100,19 +106,18 @@ Workplace::~Workplace() {
 std::string Workplace::keep() {
     const auto name = std::exchange(m_name, "");
     const auto visible = name.substr(1);
+    renameat(m_directory.number(), LAUNCHERS_NAME, m_directory.number(),
+             LAUNCHERS_NAME + 1); // no longer marked
     const bool isRenamed = renameat(m_parent, name.c_str(), m_parent, visible.c_str()) == 0;
     return m_where + "/" + (isRenamed ? visible : name);
 }
 
 void removeContents(const Descriptor& directory, const std::string& besides) {
-    fchmod(directory.number(), S_IRWXU);
     forEachEntry(directory.number(), [&](const std::string& name) {
         if (name == besides || unlinkat(directory.number(), name.c_str(), 0) == 0 || errno != EISDIR) {
             return;
         }
-        [[maybe_unused]] const int opened = fchmodat(directory.number(), name.c_str(), S_IRWXU, 0);
-        const auto below = openBeneath(directory.number(), name, O_RDONLY | O_DIRECTORY);
-        if (below.isOpen()) {
+        if (const auto below = openWithin(directory.number(), name, O_RDONLY | O_DIRECTORY); below.isOpen()) {
             removeContents(below);
         }
         unlinkat(directory.number(), name.c_str(), AT_REMOVEDIR);
@@ -151,22 +156,26 @@ void enterWorkplace() {
                       "mounts of its own cannot be had; choose another place");
     }
     require(chdir(LAUNCHERS_NAME) == 0, "the workplace cannot be entered");
-    require(setenv("HOME", here.c_str(), 1) == 0, "no home for the job"); // NOLINT(concurrency-mt-unsafe)
+    // Not the workplace itself, where an update file could pass for a tool's start-up file.
+    const auto home = here + "/" + LAUNCHERS_NAME;
+    require(setenv("HOME", home.c_str(), 1) == 0, "no home for the job"); // NOLINT(concurrency-mt-unsafe)
+}
+
+Descriptor openAgain(const Descriptor& file, const std::string& path) {
+    Descriptor again(open(path.c_str(), O_PATH | O_CLOEXEC));
+    if (!again.isOpen() || !isSameFile(again.status(), file.status())) {
+        throw Failure(shown(path) + " is no longer the file that it was");
+    }
+    return again;
 }
 
 void placeFile(const Descriptor& file, const std::string& path, const std::string& name) {
     if (!hasOwnMounts()) {
-        require(symlink(path.c_str(), name.c_str()) == 0, name);
+        require(symlink(path.c_str(), name.c_str()) == 0, shown(name));
         return;
     }
-    // Only what was opened within these mounts can be mounted, so it is opened again, and must be the same.
-    const Descriptor again(open(path.c_str(), O_PATH | O_CLOEXEC));
-    const auto wanted = file.status();
-    if (!again.isOpen() || again.status().st_dev != wanted.st_dev || again.status().st_ino != wanted.st_ino) {
-        throw Failure(shown(path) + " is no longer the file that it was");
-    }
     const Descriptor place(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR));
-    require(place.isOpen() && mount(again.path().c_str(), name.c_str(), nullptr, MS_BIND, nullptr) == 0,
+    require(place.isOpen() && mount(file.path().c_str(), name.c_str(), nullptr, MS_BIND, nullptr) == 0,
             shown(path) + " cannot be mounted for the job");
 }
 

@@ -39,7 +39,7 @@ private:
     Descriptor m_directory;
 };
 
-/// Removes all that is in a directory, following no link.
+/// Removes all that is in a directory, over no link and no mount.
 /// @param besides  what stays at its top, if anything
 void removeContents(const Descriptor& directory, const std::string& besides = "");
 
@@ -55,7 +55,12 @@ std::uint64_t sizeBelow(int directory, const std::string& path);
 /// @throw Refusal when there are no such mounts and a command could not carry the workplace's path; Failure
 void enterWorkplace();
 
-/// Lets an open file of the user's stand under a name in the current directory, as it is and not as a copy.
+/// Opens a file of the user's again before the workplace is entered, in the mounts of this process: what was
+/// opened before they were its own could not be mounted.
+/// @throw Failure when it is another file now
+Descriptor openAgain(const Descriptor& file, const std::string& path);
+
+/// Lets such a file stand under a name in the current directory, as it is and not as a copy.
 void placeFile(const Descriptor& file, const std::string& path, const std::string& name);
 /// @}
 

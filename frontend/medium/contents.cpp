@@ -2,20 +2,18 @@
 
 #include "inputs/limits.h"
 #include "inputs/names.h"
+#include "medium/packageFiles.h"
 #include "support/failure.h"
+#include "support/sizes.h"
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 
 namespace velacreate {
 
 namespace {
 
 constexpr const char* BOOT = "boot/";
-
-constexpr const char* LOOSE_FILES[] = {"grub.cfg", "img2a",   "img3a",       "pxelinux.0",   "ksrootfs",
-                                       "bsb1.lss", "bsb.msg", "unicode.pf2", "splash.xpm.gz"};
 
 enum class Form { file, any };
 
@@ -128,7 +126,11 @@ void overlay(Contents& contents, const Tree& updates) {
 void requireArrival(const Way& way, const Tree& updates) {
     for (const auto& [place, part] : updates) {
         if (way.loses(updates, place)) {
-            throw Refusal("update file " + shown(place) + " would be kept off this medium");
+            const bool isHidden = topOf(place).front() == '.';
+            throw Refusal("update file " + shown(place) +
+                          (isHidden
+                               ? " begins with a dot, which leaves it out of a package; rename it"
+                               : " has the name of a boot file, which keeps it off this medium; rename it"));
         }
     }
 }
@@ -143,14 +145,14 @@ void requireFat(const Tree& tree) {
 
 /// The boot files that a machine fetches one by one.
 void addLoose(Contents& contents, const Tree& boot) {
-    for (const char* name : LOOSE_FILES) {
+    for (const char* name : PACKAGE_BOOT_FILES) {
         if (boot.count(name) == 0) {
             contents.missing.emplace_back(name);
         }
     }
     for (const auto& [place, part] : boot) {
-        if (std::find(std::begin(LOOSE_FILES), std::end(LOOSE_FILES), topOf(place)) !=
-            std::end(LOOSE_FILES)) {
+        if (std::find(PACKAGE_BOOT_FILES.begin(), PACKAGE_BOOT_FILES.end(), topOf(place)) !=
+            PACKAGE_BOOT_FILES.end()) {
             contents.loose.emplace(place, part);
         }
     }
@@ -162,7 +164,7 @@ std::uint64_t Contents::size() const {
     std::uint64_t total = 0;
     for (const Tree* part : {&tree, &loose}) {
         for (const auto& [place, file] : *part) {
-            total += file.size;
+            total = sumOf(total, file.size);
         }
     }
     return total;

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -140,18 +142,38 @@ std::string Descriptor::path() const {
     return "/proc/self/fd/" + std::to_string(m_number);
 }
 
-Descriptor openBeneath(int directory, const std::string& path, int flags, unsigned mode) {
+namespace {
+
+/// Each trial again after a pause of a millisecond: a file may have a lease that its holder gives up when it
+/// is asked to, or never.
+constexpr int TRIALS = 1000;
+
+Descriptor openResolved(int directory, const std::string& path, int flags, unsigned mode,
+                        std::uint64_t resolve) {
     open_how how{};
     how.flags = static_cast<std::uint64_t>(flags) | O_CLOEXEC;
     how.mode = mode;
-    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
-    for (;;) {
+    how.resolve = resolve;
+    for (int trial = 1;; ++trial) {
         const auto number = syscall(SYS_openat2, directory, path.c_str(), &how, sizeof how);
-        // The kernel says EAGAIN when a directory was moved somewhere while it was looking.
-        if (number >= 0 || (errno != EAGAIN && errno != EINTR)) {
+        // The kernel says EAGAIN also when a directory was moved somewhere while it was looking.
+        if (number >= 0 || (errno != EAGAIN && errno != EINTR) || trial == TRIALS) {
             return Descriptor(static_cast<int>(number));
         }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
+}
+
+constexpr std::uint64_t BENEATH = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
+
+} // namespace
+
+Descriptor openBeneath(int directory, const std::string& path, int flags, unsigned mode) {
+    return openResolved(directory, path, flags, mode, BENEATH);
+}
+
+Descriptor openWithin(int directory, const std::string& path, int flags, unsigned mode) {
+    return openResolved(directory, path, flags, mode, BENEATH | RESOLVE_NO_XDEV);
 }
 
 bool isSameFile(const struct stat& one, const struct stat& other) {

@@ -47,6 +47,9 @@ private:
 /// @return closed, with errno set, when it cannot be opened
 Descriptor openBeneath(int directory, const std::string& path, int flags, unsigned mode = 0);
 
+/// The same, and never over a mount: what was mounted below the directory does not open either.
+Descriptor openWithin(int directory, const std::string& path, int flags, unsigned mode = 0);
+
 /// Whether both are one file, by device and number.
 bool isSameFile(const struct stat& one, const struct stat& other);
 

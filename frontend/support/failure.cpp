@@ -1,38 +1,35 @@
 #include "support/failure.h"
 
+#include "support/utf8.h"
+
 #include <cerrno>
 #include <system_error>
 
 namespace velacreate {
 
-namespace {
-
-bool isControl(unsigned char byte) {
-    return byte < 0x20 || byte == 0x7f;
-}
-
-/// The control characters beyond ASCII, U+0080 to U+009F, in UTF-8.
-bool isLateControl(const std::string& text, std::size_t at) {
-    return text[at] == '\xc2' && at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) < 0xa0;
-}
-
-} // namespace
-
 std::string withError(const std::string& what) {
     return what + ": " + std::generic_category().message(errno);
 }
 
-std::string shown(const std::string& text) {
-    std::string result = "'";
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (isLateControl(text, at)) {
+std::string printable(const std::string& text) {
+    const int error = errno; // for withError(), whose text names something as a rule
+    std::string result;
+    for (std::size_t at = 0; at < text.size();) {
+        wchar_t character = 0;
+        const std::size_t length = readCharacter(text, at, character);
+        if (length == 0 || isControl(character)) {
             result += '?';
-            ++at;
         } else {
-            result += isControl(static_cast<unsigned char>(text[at])) ? '?' : text[at];
+            result.append(text, at, length);
         }
+        at += length == 0 ? 1 : length;
     }
-    return result + "'";
+    errno = error;
+    return result;
+}
+
+std::string shown(const std::string& text) {
+    return "'" + printable(text) + "'";
 }
 
 } // namespace velacreate

@@ -23,7 +23,11 @@ public:
 /// @return a text for "WHAT: the system's text for the current errno"
 std::string withError(const std::string& what);
 
-/// @return the text between single quotes, for a message; what would upset a terminal is shown as "?"
+/// @return the text for a message; what would upset a terminal (control characters, also those beyond ASCII,
+/// and bytes that are not UTF-8) is shown as "?"
+std::string printable(const std::string& text);
+
+/// @return the same between single quotes, for a name
 std::string shown(const std::string& text);
 
 } // namespace velacreate

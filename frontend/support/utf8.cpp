@@ -26,15 +26,23 @@ Utf8Locale::~Utf8Locale() {
     uselocale(m_before);
 }
 
-std::optional<std::wstring> decoded(const std::string& text) {
+std::size_t readCharacter(const std::string& text, std::size_t at, wchar_t& character) {
     const Utf8Locale locale;
-    std::wstring characters;
     std::mbstate_t state{};
+    const std::size_t length = std::mbrtowc(&character, text.data() + at, text.size() - at, &state);
+    return length > text.size() ? 0 : length; // the two values that stand for an error are the largest
+}
+
+bool isControl(wchar_t character) {
+    return character < 0x20 || (character >= 0x7f && character < 0xa0);
+}
+
+std::optional<std::wstring> decoded(const std::string& text) {
+    std::wstring characters;
     for (std::size_t at = 0; at < text.size();) {
         wchar_t character = 0;
-        const std::size_t length = std::mbrtowc(&character, text.data() + at, text.size() - at, &state);
-        const bool isWrong = length > text.size(); // the two values that stand for an error are the largest
-        if (length == 0 || isWrong) {
+        const std::size_t length = readCharacter(text, at, character);
+        if (length == 0) {
             return std::nullopt;
         }
         characters += character;

@@ -3,6 +3,7 @@
 #ifndef VELACREATE_UTF8_H
 #define VELACREATE_UTF8_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -21,6 +22,13 @@ public:
 private:
     locale_t m_before;
 };
+
+/// Reads the character that begins at a byte of a text.
+/// @return its length in bytes; 0 when what is there is not UTF-8, or a NUL
+std::size_t readCharacter(const std::string& text, std::size_t at, wchar_t& character);
+
+/// Whether it is one of the control characters, of which some lie beyond ASCII.
+bool isControl(wchar_t character);
 
 /// @return the characters of a text; none when it is not in UTF-8
 std::optional<std::wstring> decoded(const std::string& text);

@@ -1,0 +1,32 @@
+/// @file
+/// A drive that burns discs.
+#ifndef VELACREATE_BURNER_H
+#define VELACREATE_BURNER_H
+
+#include "commands/commands.h"
+#include "commands/scratch.h"
+#include "job/toolkit.h"
+
+#include <string>
+
+namespace velacreate {
+
+class Burner {
+public:
+    /// @param device  as cdrecord's dev= takes it
+    /// @throw Refusal when nothing could be burned with it, as far as that can be known beforehand
+    Burner(std::string device, const Surroundings& surroundings);
+
+    /// Burns an image.
+    /// @return the exit status
+    int burn(const std::string& path, bool isQuiet, const ShowChoices& show) const;
+
+private:
+    std::string m_device;
+    Toolkit m_toolkit;
+    ScratchDirectory m_scratch;
+};
+
+} // namespace velacreate
+
+#endif

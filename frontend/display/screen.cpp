@@ -1,0 +1,53 @@
+#include "display/screen.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+
+#include <poll.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+constexpr int FOR_EVER = -1;
+constexpr int HARDLY_MS = 200;
+
+} // namespace
+
+void Screen::write(int descriptor, const std::string& text) const {
+    for (std::size_t at = 0; at < text.size();) {
+        if (!canWrite(descriptor)) {
+            return;
+        }
+        // As much as a pipe takes at once when it takes anything.
+        const auto size = std::min<std::size_t>(text.size() - at, PIPE_BUF);
+        const ssize_t written = ::write(descriptor, text.data() + at, size);
+        if (written < 0 && errno != EINTR && errno != EAGAIN) {
+            return;
+        }
+        at += static_cast<std::size_t>(std::max<ssize_t>(written, 0));
+    }
+}
+
+bool Screen::canWrite(int descriptor) const {
+    for (;;) {
+        std::array<pollfd, 2> sources = {
+            {{descriptor, POLLOUT, 0}, {m_isHurried ? -1 : m_interrupts, POLLIN, 0}}};
+        const int ready = poll(sources.data(), sources.size(), m_isHurried ? HARDLY_MS : FOR_EVER);
+        if (ready < 0 && errno != EINTR) {
+            return false;
+        }
+        if (sources[0].revents != 0) {
+            return true;
+        }
+        if (ready == 0) {
+            return false;
+        }
+        m_isHurried = m_isHurried || sources[1].revents != 0;
+    }
+}
+
+} // namespace velacreate

@@ -1,0 +1,18 @@
+/// @file
+/// The files of a network-boot package.
+#ifndef VELACREATE_PACKAGEFILES_H
+#define VELACREATE_PACKAGEFILES_H
+
+#include <array>
+
+namespace velacreate {
+
+/// The boot files that lie beside a package's archive, as a machine fetches them one by one before it can
+/// read one.
+constexpr std::array<const char*, 9> PACKAGE_BOOT_FILES = {"grub.cfg",   "img2a",       "img3a",
+                                                           "pxelinux.0", "ksrootfs",    "bsb1.lss",
+                                                           "bsb.msg",    "unicode.pf2", "splash.xpm.gz"};
+
+} // namespace velacreate
+
+#endif

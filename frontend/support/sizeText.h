@@ -1,0 +1,16 @@
+/// @file
+/// Sizes for people.
+#ifndef VELACREATE_SIZETEXT_H
+#define VELACREATE_SIZETEXT_H
+
+#include <cstdint>
+#include <string>
+
+namespace velacreate {
+
+/// Sizes with a unit, in multiples of 1,024, such as "1.5 GiB".
+std::string sizeText(std::uint64_t bytes);
+
+} // namespace velacreate
+
+#endif
