@@ -11,7 +11,6 @@
 #include <bootableMedia.h>
 
 #include <filesystem>
-
 #include <future>
 #include <mutex>
 

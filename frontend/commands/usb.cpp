@@ -1,5 +1,6 @@
 #include "commands/commands.h"
 
+#include "commands/consent.h"
 #include "commands/fillKey.h"
 #include "commands/scratch.h"
 #include "disks/fatVolume.h"
@@ -12,7 +13,6 @@
 #include "support/sizeText.h"
 
 #include <algorithm>
-#include <iostream>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -45,39 +45,10 @@ void requireFitting(const Contents& contents, std::uint64_t capacity, const std:
     }
 }
 
-std::string describe(const KeyHold& key) {
-    const auto about = describe(key.disk());
-    std::string line = key.disk().node() + ": " + about.vendor + " " + about.model;
-    line += about.serial.empty() ? "" : ", serial number " + about.serial;
-    line += ", " + sizeText(about.size);
-    line += about.port.empty() ? "" : ", " + about.port;
-    const auto places = placesText(mountedPlaces(key.disk()));
-    return line + (places.empty() ? ", not mounted" : ", mounted on " + places);
-}
-
-void requireConsent(const KeyHold& key, const UsbChoices& choices) {
-    std::cout << printable(describe(key)) << std::endl;
-    if (choices.yes) {
-        return;
-    }
-    if (isatty(STDIN_FILENO) == 0) {
-        throw Refusal("without a terminal, only --yes lets the key be changed");
-    }
-    const std::string formatting = choices.format == "always" ? "formatted and "
-                                   : choices.format == "auto" ? "formatted if need be, and "
-                                                              : "";
-    std::cout << "Its fourth partition will be " << formatting << "filled. Type yes to go on: " << std::flush;
-    std::string answer;
-    std::getline(std::cin, answer);
-    if (answer != "yes") {
-        throw Refusal("the key was left as it is");
-    }
-}
-
 int runJob(const KeyJob& job, const std::string& medium, const std::string& size,
-           const ScratchDirectory& scratch, const std::map<std::string, Gauge>& gauges, Console& console) {
+           const ScratchDirectory& scratch, const std::map<std::string, Gauge>& gauges,
+           const HeldSignals& signals, Console& console) {
     job.inputs.announce(console, medium);
-    const HeldSignals signals;
     Workplace workplace(scratch.directory(), scratch.path());
     const auto outcome = watch({{medium, workplace.directory().number(),
                                  [&](Reporter& reporter) { return fillKey(job, reporter); }, gauges}},
@@ -95,6 +66,15 @@ std::string cloneImageFor(std::uint64_t size) {
                              : "init8.img";
 }
 
+/// Of files, at the most. What a new file system takes for itself is not known before.
+std::uint64_t capacityOf(const Disk& disk, const std::string& format) {
+    if (format != "never") {
+        return partitionSize(disk, 4);
+    }
+    const Descriptor partition(open(("/dev/" + disk.partitionName(4)).c_str(), O_RDONLY | O_CLOEXEC));
+    return fatCapacity(partition, 0);
+}
+
 int fillDevice(const UsbChoices& choices, const Inputs& inputs, const ScratchDirectory& scratch) {
     if (choices.format != "never") {
         requirePrograms({"mkfs", "mkfs.vfat", "sfdisk"});
@@ -107,12 +87,14 @@ int fillDevice(const UsbChoices& choices, const Inputs& inputs, const ScratchDir
     if (choices.format == "auto") {
         inputs.package.requireFile(cloneImageFor(size), "a key of this size is recognised by it");
     }
-    const Descriptor partition(open(("/dev/" + key.disk().partitionName(4)).c_str(), O_RDONLY | O_CLOEXEC));
-    const auto capacity =
-        choices.format == "never" ? fatCapacity(partition, 0) : partitionSize(key.disk(), 4);
-    requireFitting(inputs.contents, capacity, "partition 4 of " + key.disk().node());
+    requireFitting(inputs.contents, capacityOf(key.disk(), choices.format),
+                   "partition 4 of " + key.disk().node());
     auto console = openConsole(choices.job.show, "", &inputs);
-    requireConsent(key, choices);
+    const HeldSignals signals;
+    if (const int status = askForConsent(key, choices, signals); status != 0) {
+        console.complain("interrupted; the key was left as it is");
+        return status;
+    }
     key.unmount();
 
     const auto before = key.traffic().written;
@@ -125,7 +107,7 @@ int fillDevice(const UsbChoices& choices, const Inputs& inputs, const ScratchDir
                   {{"Copying files to working directory", written},
                    {"Copying files to USB key", written},
                    {"Writing out", written}},
-                  console);
+                  signals, console);
 }
 
 int fillImage(const UsbChoices& choices, const Inputs& inputs, const ScratchDirectory& scratch) {
@@ -148,8 +130,9 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const ScratchDire
         throw Refusal("another program is working on " + shown(path));
     }
     auto console = openConsole(choices.job.show, path, &inputs);
+    const HeldSignals signals;
     return runJob({choices.job, inputs, image, std::nullopt, path, "never"}, "the key image " + shown(path),
-                  sizeText(static_cast<std::uint64_t>(about.st_size)), scratch, {}, console);
+                  sizeText(static_cast<std::uint64_t>(about.st_size)), scratch, {}, signals, console);
 }
 
 } // namespace

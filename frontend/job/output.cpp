@@ -191,9 +191,14 @@ bool Output::replace(const Descriptor& directory, const std::string& name) const
         errno = EEXIST;
         return false;
     }
-    // A file takes another one's place at once; a directory has to be moved out of the way before.
-    return (!S_ISDIR(m_present->st_mode) || rename(m_parent, m_name, directory.number(), "replaced", 0)) &&
-           rename(directory, name, m_parent.number(), m_name, 0);
+    if (!S_ISDIR(m_present->st_mode)) {
+        return rename(directory, name, m_parent.number(), m_name, 0);
+    }
+    // A directory has to be moved out of the way before; whatever happens then, it is there to be found.
+    const std::string replaced = m_name + ".replaced";
+    return rename(m_parent, m_name, m_parent.number(), replaced, 0) &&
+           rename(directory, name, m_parent.number(), m_name, 0) &&
+           rename(m_parent, replaced, directory.number(), "replaced", 0);
 }
 
 } // namespace velacreate
