@@ -1,0 +1,340 @@
+#include "disks/disks.h"
+#include "disks/fatVolume.h"
+#include "disks/guard.h"
+#include "disks/keyHold.h"
+#include "disks/sysfs.h"
+#include "rooms.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <regex>
+#include <thread>
+
+#include <fcntl.h>
+#include <linux/loop.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
+#include <sys/mount.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
+using namespace velacreate;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Whether a disk can be held, or why not.
+std::string holding(const Disk& disk) {
+    return outcomeOf([&] { return KeyHold(disk).disk().name; });
+}
+
+std::string unmounting(const KeyHold& hold) {
+    return outcomeOf([&] {
+        hold.unmount();
+        return std::string("unmounted");
+    });
+}
+
+/// A loop device, which the kernel frees by itself once nothing uses it any more.
+class Loop {
+public:
+    explicit Loop(const std::string& file, unsigned flags = 0)
+        : m_file(opened(file, O_RDWR)),
+          m_device(attached(m_file, flags)), m_disk{deviceDirectory(m_device.status().st_rdev).filename(),
+                                                    m_device.status().st_rdev} {}
+
+    const Disk& disk() const {
+        return m_disk;
+    }
+    std::string node() const {
+        return m_disk.node();
+    }
+    const Descriptor& file() const {
+        return m_file;
+    }
+
+    /// Makes the partition that a key has, with a file system of its own, and nothing else on it.
+    std::string addFourth() const {
+        shell("addpart " + node() + " 4 2048 16384");
+        auto part = "/dev/" + m_disk.partitionName(4);
+        shell("mke2fs -q " + part);
+        return part;
+    }
+
+private:
+    static Descriptor attached(const Descriptor& file, unsigned flags) {
+        const auto control = opened("/dev/loop-control", O_RDWR);
+        for (;;) {
+            auto device =
+                opened("/dev/loop" + std::to_string(ioctl(control.number(), LOOP_CTL_GET_FREE)), O_RDWR);
+            loop_config wanted{};
+            wanted.fd = static_cast<unsigned>(file.number());
+            wanted.info.lo_flags = LO_FLAGS_AUTOCLEAR | LO_FLAGS_PARTSCAN | flags;
+            if (ioctl(device.number(), LOOP_CONFIGURE, &wanted) == 0) {
+                return device;
+            }
+            if (errno != EBUSY) { // else somebody else was faster
+                throw std::runtime_error(withError("a loop device"));
+            }
+        }
+    }
+
+    Descriptor m_file;
+    Descriptor m_device;
+    Disk m_disk;
+};
+
+/// Each with a blank disk of 16 MiB to attach, and nothing mounted below /mnt.
+struct DisksTest : JobTest {
+    void SetUp() override {
+        if (!fs::exists("/dev/loop-control")) {
+            GTEST_SKIP() << "there are no loop devices here";
+        }
+        shell("truncate -s 16M disk && mkdir -p /mnt/a /mnt/b /boot/efi");
+    }
+    ~DisksTest() override {
+        for (const char* place : {"/boot/efi", "/mnt/b", "/mnt/a"}) {
+            while (umount2(place, MNT_DETACH) == 0) {
+            }
+        }
+    }
+};
+
+/// What fsck.fat counts as free, in bytes.
+std::uint64_t freeByFsck(const std::string& file) {
+    shell("fsck.fat -nv " + file + " >fsck 2>&1");
+    const auto said = contentOf("fsck");
+    std::smatch size;
+    std::smatch counts;
+    if (!std::regex_search(said, size, std::regex("(\\d+) bytes per cluster")) ||
+        !std::regex_search(said, counts, std::regex(", (\\d+)/(\\d+) clusters"))) {
+        throw std::runtime_error(said);
+    }
+    return std::stoull(size[1]) * (std::stoull(counts[2]) - std::stoull(counts[1]));
+}
+
+std::uint64_t numberIn(const std::string& sector, std::size_t at, std::size_t bytes) {
+    std::uint64_t value = 0;
+    while (bytes-- > 0) {
+        value = value << 8U | static_cast<unsigned char>(sector[at + bytes]);
+    }
+    return value;
+}
+
+void poke(const std::string& path, std::size_t at, const std::string& bytes) {
+    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(static_cast<std::streamoff>(at))
+        .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+} // namespace
+
+TEST(FatTest, CapacityIsWhatTheCheckerCountsAsFree) {
+    enterFreshJob();
+    for (const char* layout : {"-F 12 fat 1440", "-F 12 fat 8000", "-F 12 -f 1 fat 4000", "-F 16 fat 16000",
+                               "-F 16 -s 4 fat 64000", "-F 16 -S 4096 -s 1 fat 30000", "-S 2048 fat 16000",
+                               "-F 16 -r 1024 fat 20000", "-F 32 -s 1 fat 64000", "-F 32 fat 600000",
+                               "-F 32 -R 64 -f 1 fat 300000", "-F 32 -S 2048 fat 300000"}) {
+        SCOPED_TRACE(layout);
+        shell(std::string("rm -f fat && mkfs.fat -C ") + layout + " >/dev/null");
+        EXPECT_EQ(fatCapacity(opened("fat"), 0), freeByFsck("fat"));
+    }
+}
+
+TEST(FatTest, IsFoundWhereItStartsAndNowhereElse) {
+    enterFreshJob();
+    shell("mkfs.fat -C fat 4000 >/dev/null && dd if=fat of=key bs=32256 seek=1 status=none");
+    const auto key = opened("key");
+    EXPECT_TRUE(holdsFat(key, IMAGE_OFFSET));
+    EXPECT_EQ(fatCapacity(key, IMAGE_OFFSET), freeByFsck("fat"));
+    shell("head -c 100 fat >short && >empty && yes text | head -c 9999 >text && truncate -s 9M ext && mke2fs "
+          "-q ext");
+    for (const char* file : {"key", "short", "empty", "text", "ext"}) {
+        SCOPED_TRACE(file);
+        EXPECT_FALSE(holdsFat(opened(file), 0));
+        EXPECT_EQ(fatCapacity(opened(file), 0), 0U);
+        EXPECT_EQ(fatCapacity(opened(file), 1U << 30U), 0U);
+    }
+    EXPECT_FALSE(isOnFat(key, key.status().st_dev));
+}
+
+TEST(FatTest, BootSectorThatMakesNoSenseHoldsNothing) {
+    enterFreshJob();
+    struct Damage {
+        std::size_t at;
+        std::string bytes;
+    };
+    shell("mkfs.fat -F 16 -s 4 -C whole 20000 >/dev/null");
+    for (const auto& [at, bytes] : {Damage{11, {"\0\0", 2}},
+                                    {13, {"\0", 1}},
+                                    {14, "\xff\xff"},
+                                    {16, {"\0", 1}},
+                                    {19, {"\x10\0", 2}},
+                                    {22, "\xff\xff"}}) {
+        SCOPED_TRACE(at);
+        shell("cp whole fat");
+        poke("fat", at, bytes);
+        EXPECT_EQ(fatCapacity(opened("fat"), 0), 0U);
+    }
+}
+
+TEST(FatTest, RandomBootSectorPromisesNoMoreThanItsSectors) {
+    enterFreshJob();
+    std::mt19937 random(1); // NOLINT(cert-msc32-c,cert-msc51-cpp): the same ones each time
+    int found = 0;
+    for (const char* layout : {"-F 12 fat 1800", "-F 16 fat 8000", "-F 32 fat 64000"}) {
+        shell(std::string("rm -f fat; mkfs.fat -s 1 -C ") + layout + " >/dev/null");
+        const auto sound = contentOf("fat").substr(0, 512);
+        for (int trial = 0; trial < 500; ++trial) {
+            auto sector = sound;
+            for (auto damaged = 1 + random() % 4; damaged > 0; --damaged) {
+                sector[11 + random() % 30] =
+                    static_cast<char>(random() % 3 == 0 ? random() % 256 : random() % 2);
+            }
+            poke("fat", 0, sector);
+            const auto few = numberIn(sector, 19, 2);
+            const auto capacity = fatCapacity(opened("fat"), 0);
+            EXPECT_LE(capacity, (few != 0 ? few : numberIn(sector, 32, 4)) * numberIn(sector, 11, 2));
+            found += capacity != 0 ? 1 : 0;
+        }
+    }
+    EXPECT_GT(found, 50);
+}
+
+TEST(DiskNameTest, PartitionAfterADigitHasAnExtraLetter) {
+    for (const auto& [disk, partition] :
+         {std::pair("sda", "sda4"), {"sdab", "sdab4"}, {"mmcblk0", "mmcblk0p4"}, {"nvme0n1", "nvme0n1p4"}}) {
+        EXPECT_EQ((Disk{disk, 0}.partitionName(4)), partition);
+    }
+}
+
+TEST_F(DisksTest, WholeDiskIsFoundByAnyOfItsNames) {
+    const Loop loop("disk");
+    const auto part = loop.addFourth();
+    const auto number = loop.disk().number;
+    shell("ln -s " + loop.node() + " link && mknod node b " + std::to_string(major(number)) + " " +
+          std::to_string(minor(number)) + " && mknod nothing b 240 7 && touch file");
+    const auto& name = loop.disk().name;
+    const std::vector<std::pair<std::string, std::string>> found = {
+        {loop.node(), name},
+        {"link", name},
+        {"node", name},
+        {"none", "refused: 'none': No such file or directory"},
+        {"file", "refused: 'file' is not a block device"},
+        {"/dev/null", "refused: '/dev/null' is not a block device"},
+        {"nothing", "refused: 'nothing' is not a whole disk"},
+        {part, "refused: '" + part + "' is not a whole disk"}};
+    const auto nameOf = [](const std::string& path) {
+        return outcomeOf([&] { return wholeDisk(path).name; });
+    };
+    for (const auto& [path, result] : found) {
+        EXPECT_EQ(nameOf(path), result);
+    }
+    shell("mount --bind /dev/null " + loop.node());
+    EXPECT_EQ(nameOf("node"), "refused: 'node' has no node of its own right below '/dev'");
+    shell("umount " + loop.node());
+}
+
+TEST_F(DisksTest, SizesAndNumbersOfALoop) {
+    const Loop loop("disk");
+    const auto& disk = loop.disk();
+    const auto part = loop.addFourth();
+    EXPECT_EQ(wholeDisk(loop.node()).number, disk.number);
+    EXPECT_EQ(describe(disk).size, 16U << 20U);
+    EXPECT_EQ(partitionNumber(disk, 4), blockDevice(part));
+    EXPECT_EQ(partitionSize(disk, 4), 16384U * 512);
+    EXPECT_EQ(partitionNumber(disk, 3), 0U);
+    EXPECT_EQ(partitionSize(disk, 3), 0U);
+    EXPECT_TRUE(isLoopOver(disk.number, loop.file()));
+    EXPECT_FALSE(isLoopOver(disk.number, opened("work/tool.zip")));
+    EXPECT_FALSE(isLoopOver(0, loop.file()));
+}
+
+TEST_F(DisksTest, ObjectionsToADisk) {
+    {
+        const Loop loop("disk");
+        EXPECT_EQ(objection(loop.disk(), false), "is neither removable nor on USB (--any-disk lets it)");
+        EXPECT_EQ(objection(loop.disk(), true),
+                  "has no fourth partition (/dev/" + loop.disk().partitionName(4) + ")");
+        const auto part = loop.addFourth();
+        EXPECT_EQ(objection(loop.disk(), true), "");
+        for (const auto& [place, words] :
+             {std::pair("/mnt/a", ""), {"/boot/efi", "carries '/boot/efi' of this machine"}}) {
+            shell("mount " + part + " " + place);
+            EXPECT_EQ(objection(loop.disk(), true), words);
+            shell("umount " + std::string(place));
+        }
+    }
+    shell("touch empty");
+    EXPECT_EQ(objection(Loop("disk", LO_FLAGS_READ_ONLY).disk(), true), "is read-only");
+    EXPECT_EQ(objection(Loop("empty").disk(), true), "has no medium in it");
+}
+
+TEST_F(DisksTest, FileOnADiskThatCarriesTheSystem) {
+    const Loop outer("disk");
+    shell("mount " + outer.addFourth() + " /mnt/a && truncate -s 4M /mnt/a/inner && mke2fs -q /mnt/a/inner");
+    const KeyHold hold(outer.disk());
+    {
+        const Loop inner("/mnt/a/inner");
+        shell("mount " + inner.node() + " /boot/efi && mount --bind /boot/efi /mnt/b");
+        EXPECT_EQ(placesText(mountedPlaces(outer.disk())), "/mnt/a, /boot/efi, /mnt/b");
+        EXPECT_EQ(mountedPlaces(outer.disk()).back().device, inner.disk().number);
+        EXPECT_EQ(placesText(mountedPlaces(inner.disk())), "/boot/efi, /mnt/b");
+        EXPECT_EQ(objection(outer.disk(), true), "carries '/boot/efi' of this machine");
+        EXPECT_EQ(unmounting(hold), "refused: '/mnt/a' is in use; close what is open there, or unmount it");
+        EXPECT_EQ(placesText(mountedPlaces(outer.disk())), "/mnt/a");
+        EXPECT_EQ(objection(outer.disk(), true), "");
+    }
+    hold.unmount();
+    EXPECT_EQ(placesText(mountedPlaces(outer.disk())), "");
+}
+
+TEST_F(DisksTest, UnmountingNamesWhatIsInTheWay) {
+    const Loop loop("disk");
+    const auto part = loop.addFourth();
+    const KeyHold hold(loop.disk());
+    shell("mount " + part + " /mnt/a && mount " + part + " /mnt/b");
+    {
+        const auto busy = opened("/mnt/b");
+        EXPECT_EQ(unmounting(hold), "refused: '/mnt/b' is in use; close what is open there, or unmount it");
+    }
+    shell("mount -t tmpfs over /mnt/a");
+    EXPECT_EQ(unmounting(hold), "refused: '/mnt/a' has another file system mounted over it; unmount both");
+    shell("umount /mnt/a");
+    hold.unmount();
+    EXPECT_EQ(placesText(mountedPlaces(loop.disk())), "");
+    const auto claim = opened(part, O_RDONLY | O_EXCL); // as a mount that cannot be seen from here
+    EXPECT_EQ(unmounting(hold), "refused: " + loop.node() +
+                                    " is still in use, though not mounted here; a container may have it");
+}
+
+TEST_F(DisksTest, HoldIsForOneOnlyAndCountsTraffic) {
+    const Loop loop("disk");
+    const auto& disk = loop.disk();
+    {
+        const KeyHold hold(disk);
+        EXPECT_EQ(holding(disk), "refused: another program is working on " + loop.node());
+        const auto before = hold.traffic();
+        shell("dd if=/dev/zero of=" + loop.node() + " bs=64k count=16 oflag=direct status=none; dd if=" +
+              loop.node() + " of=/dev/null bs=64k count=8 iflag=direct status=none");
+        const auto after = hold.traffic();
+        EXPECT_EQ(after.written - before.written, 2048U);
+        EXPECT_EQ(after.read - before.read, 1024U);
+    }
+    auto glance = opened(loop.node()); // as udev's
+    ASSERT_EQ(flock(glance.number(), LOCK_EX), 0);
+    std::thread end([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        glance = Descriptor();
+    });
+    EXPECT_EQ(holding(disk), disk.name);
+    end.join();
+    EXPECT_EQ(holding({disk.name, makedev(8, 250)}),
+              "refused: " + loop.node() + " is not the disk any more that it was");
+    EXPECT_EQ(holding({"none", 1}), "refused: /dev/none: No such file or directory");
+}

@@ -1,0 +1,167 @@
+#include "display/console.h"
+#include "display/progress.h"
+#include "display/summary.h"
+#include "rooms.h"
+#include "support/exitStatus.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdlib>
+#include <regex>
+#include <thread>
+
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+using namespace velacreate;
+
+namespace {
+
+using DisplayTest = JobTest;
+
+/// Something else in the place of standard output or standard error.
+class Redirected {
+public:
+    Redirected(int number, const Descriptor& target) : m_number(number), m_before(dup(number)) {
+        dup2(target.number(), number);
+    }
+    Redirected(const Redirected&) = delete;
+    Redirected& operator=(const Redirected&) = delete;
+    ~Redirected() {
+        dup2(m_before.number(), m_number);
+    }
+
+private:
+    int m_number;
+    Descriptor m_before;
+};
+
+/// What is written to standard output, then, after a bar, to standard error.
+std::string outputOf(const std::function<void()>& call) {
+    {
+        const Redirected output(STDOUT_FILENO, opened("said", O_WRONLY | O_CREAT | O_TRUNC | O_APPEND));
+        const Redirected errors(STDERR_FILENO, opened("complained", O_WRONLY | O_CREAT | O_TRUNC | O_APPEND));
+        call();
+    }
+    return contentOf("said") + "|" + contentOf("complained");
+}
+
+/// What comes out of a terminal until nothing more does.
+std::string readFrom(const Descriptor& terminal) {
+    std::string text;
+    std::array<char, 4096> bytes{};
+    for (pollfd source{terminal.number(), POLLIN, 0}; poll(&source, 1, 100) == 1;) {
+        const ssize_t size = read(terminal.number(), bytes.data(), bytes.size());
+        text.append(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    }
+    return text;
+}
+
+} // namespace
+
+TEST_F(DisplayTest, PlainLinesWithoutATerminal) {
+    EXPECT_EQ(outputOf([] {
+                  Console console(false, "");
+                  auto& progress = console.beginProgress({"sda", "sdb"});
+                  progress.stage(1, "Copying", 10);
+                  progress.done(1, 5);
+                  progress.stage(0, "Copying");
+                  progress.ended(1);
+                  console.complain("careful");
+                  console.beginProgress({"sda"}).stage(0, "Writing");
+                  console.endProgress();
+              }),
+              "sdb: Copying...\nsda: Copying...\nWriting...\n|velacreate: careful\n");
+}
+
+TEST_F(DisplayTest, FiguresGoWholeFromANarrowTerminal) {
+    const Descriptor master(posix_openpt(O_RDWR | O_NOCTTY));
+    ASSERT_TRUE(grantpt(master.number()) == 0 && unlockpt(master.number()) == 0);
+    const auto terminal =
+        opened(ptsname(master.number()), O_RDWR | O_NOCTTY); // NOLINT(concurrency-mt-unsafe)
+    const winsize size{25, 40, 0, 0};
+    ioctl(terminal.number(), TIOCSWINSZ, &size);
+    setenv("TERM", "vt100", 1); // NOLINT(concurrency-mt-unsafe)
+    std::string drawn;
+    std::string said;
+    {
+        const Redirected output(STDOUT_FILENO, terminal);
+        Console console(false, "");
+        auto& progress = console.beginProgress({"k", "sdb", "sdc"});
+        std::size_t medium = 0;
+        for (const char* stage : {"Copy", "Copying the files", "Copying all the files that are there"}) {
+            progress.stage(medium, stage, 10U << 20U);
+            progress.done(medium++, 5U << 20U);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1100)); // there is no rate before
+        readFrom(master);
+        progress.draw();
+        drawn = readFrom(master);
+        console.say("said");
+        said = readFrom(master);
+        console.endProgress();
+    }
+    const std::string lines = "\r\033\\[Kk  Copy  5\\.0 MiB of 10\\.0 MiB, \\d\\.\\d MiB/s\r\n"
+                              "\r\033\\[Ksdb  Copying the files\r\n"
+                              "\r\033\\[Ksdc  Copying all the files that are the\r\n";
+    EXPECT_TRUE(std::regex_match(drawn, std::regex("\033\\[3A" + lines))) << drawn;
+    EXPECT_TRUE(std::regex_match(said, std::regex("\033\\[3A\r\033\\[Jsaid\r\n" + lines))) << said;
+    EXPECT_EQ(readFrom(master), "\033[3A\r\033[J");
+}
+
+/// Each row: status, reason, the library's messages, what else is so, seconds; then the exit status and what
+/// is said on standard output and standard error.
+TEST_F(DisplayTest, LastLineOfEachKindOfOutcome) {
+    for (const auto& row : rows("outcomes")) {
+        SCOPED_TRACE(row[0] + " " + row[3]);
+        const bool isVerbose = row[3].find("verbose") != std::string::npos;
+        const bool hasChanged = row[3].find("changed") != std::string::npos;
+        const Outcome outcome{std::stoi(row[0]), row[1], words(row[2]), hasChanged, std::stod(row[4])};
+        int status = -1;
+        const auto output = outputOf([&] {
+            Console console(isVerbose, "");
+            status = conclude(console, outcome, "it", "3 MiB");
+        });
+        EXPECT_EQ(output, row[6] + "|" + row[7]);
+        EXPECT_EQ(status, std::stoi(row[5]));
+    }
+}
+
+TEST_F(DisplayTest, EachResultCodeOfTheLibraryHasAMeaning) {
+    const auto header = contentOf(TESTS_DIR "/../include/bootableMedia.h");
+    const auto table = exitStatusTable();
+    const std::regex code(R"(VELAERROR_\w+ = (\d+);)");
+    int codes = 0;
+    for (std::sregex_iterator found(header.begin(), header.end(), code), end; found != end;
+         ++found, ++codes) {
+        const auto number = found->str(1);
+        EXPECT_EQ(exitStatus(std::stoi(number)).status, std::stoi(number));
+        EXPECT_TRUE(std::regex_search(table, std::regex("(^|\n) +" + number + "  \\w"))) << number;
+    }
+    EXPECT_GT(codes, 10);
+}
+
+TEST_F(DisplayTest, LogIsAppendedAndNeverOverALink) {
+    shell("echo before >log && ln -s log link && mkfifo fifo && mkdir directory");
+    EXPECT_EQ(outputOf([] {
+                  Console console(false, "log");
+                  console.message(0, "one\033[2J\ntwo");
+                  console.say("three");
+              }),
+              "three\n|");
+    EXPECT_TRUE(std::regex_match(contentOf("log"), std::regex("before\n[-\\d]+ [:\\d]+ 0 one\\?\\[2J\\?two\n"
+                                                              "[-\\d]+ [:\\d]+ 2 three\n")));
+    const auto resultOf = [](const std::string& path) {
+        return outcomeOf([&] { return Console(false, path), std::string("fine"); });
+    };
+    const std::string what = "refused: the log file ";
+    EXPECT_EQ(resultOf("fifo"), what + "'fifo': No such device or address"); // and nobody is waited for
+    const auto reader = opened("fifo", O_RDONLY | O_NONBLOCK);
+    EXPECT_EQ(resultOf("fifo"), what + "'fifo' is no file");
+    EXPECT_EQ(resultOf("link"), what + "'link' is a link");
+    EXPECT_EQ(resultOf("directory"), what + "'directory': Is a directory");
+    EXPECT_EQ(resultOf("none/log"), what + "'none/log': No such file or directory");
+    EXPECT_EQ(resultOf("/dev/null"), "fine");
+}

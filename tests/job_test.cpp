@@ -1,0 +1,465 @@
+#include "job/childProcess.h"
+#include "job/cleanStart.h"
+#include "job/libraryLogger.h"
+#include "job/output.h"
+#include "job/watcher.h"
+#include "job/workplace.h"
+#include "rooms.h"
+#include "support/exitStatus.h"
+#include "support/programs.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+#include <tuple>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace velacreate;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string resultOf(const std::function<void()>& call) {
+    return outcomeOf([&] {
+        call();
+        return std::string("fine");
+    });
+}
+
+/// A pipe whose other end all processes inherit from now on: it says when the last of them is gone.
+class LastBreath {
+public:
+    LastBreath() {
+        std::array<int, 2> ends{};
+        if (pipe(ends.data()) != 0) {
+            throw std::runtime_error("no pipe");
+        }
+        m_here = Descriptor(ends[0]);
+        m_theirs = Descriptor(ends[1]);
+    }
+    bool comes() {
+        m_theirs = Descriptor();
+        pollfd end{m_here.number(), POLLIN, 0};
+        return poll(&end, 1, 3000) == 1;
+    }
+
+private:
+    Descriptor m_here;
+    Descriptor m_theirs;
+};
+
+int endOf(const ChildProcess& process) {
+    pollfd ending{process.ending(), POLLIN, 0};
+    return poll(&ending, 1, 10000) == 1 ? process.reap() : -1;
+}
+
+std::vector<Event> eventsUntilEnd(const ChildProcess& process) {
+    std::vector<Event> all;
+    for (;;) {
+        pollfd source{process.events(), POLLIN, 0};
+        poll(&source, 1, -1);
+        const auto event = receiveEvent(process.events());
+        if (!event || event->kind == Event::Kind::end) {
+            return all;
+        }
+        all.push_back(*event);
+    }
+}
+
+void waitForFile(const std::string& path) {
+    for (int trial = 0; trial < 500 && !fs::exists(path); ++trial) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+}
+
+void append(const std::string& text) {
+    std::ofstream("order", std::ios::app) << text << '\n';
+}
+
+/// Each in a current directory of its own that is open, and with signals that are held until their jobs look.
+struct RoomTest : JobTest {
+    RoomTest() {
+        shell("mkdir place");
+        place = opened("place", O_RDONLY | O_DIRECTORY);
+    }
+    ~RoomTest() override {
+        while (signals.take() != 0) {
+        }
+    }
+
+    std::vector<Outcome> outcomesOf(const std::vector<std::function<int(Reporter&)>>& works,
+                                    std::size_t atOnce = 1) const {
+        std::vector<MediumJob> jobs;
+        jobs.reserve(works.size());
+        for (const auto& work : works) {
+            jobs.push_back({"medium " + std::to_string(jobs.size()), here.number(), work});
+        }
+        Console console(false, "log");
+        return watch(jobs, atOnce, signals, console);
+    }
+
+    HeldSignals signals;
+    Descriptor here = opened(".", O_RDONLY | O_DIRECTORY);
+    Descriptor place;
+};
+
+std::vector<int> statusesOf(const std::vector<Outcome>& outcomes) {
+    std::vector<int> statuses(outcomes.size());
+    std::transform(outcomes.begin(), outcomes.end(), statuses.begin(),
+                   [](const auto& outcome) { return outcome.status; });
+    return statuses;
+}
+
+/// Sends this process signals as soon as a file is there.
+void interruptAt(const std::string& file, const std::string& signals) {
+    shell("(for i in $(seq 500); do [ ! -e " + file + " ] || break; sleep 0.02; done; for s in " + signals +
+          "; do kill -$s $PPID; done) >/dev/null 2>&1 &");
+}
+
+int waitUntilEnded(Reporter& /*reporter*/) {
+    std::ofstream("waiting") << "";
+    for (;;) {
+        pause();
+    }
+}
+
+using OutputTest = RoomTest;
+using WorkplaceTest = RoomTest;
+using ChildTest = RoomTest;
+using WatchTest = RoomTest;
+
+} // namespace
+
+/// Each row: an image or a package, its path, what is made there before, and what becomes of it without and
+/// with --force.
+TEST_F(OutputTest, Refusals) {
+    for (const auto& row : rows("outputs")) {
+        SCOPED_TRACE(row[1] + " after " + row[2]);
+        shell("umount p 2>/dev/null || true; rm -rf i.iso p q; " + row[2]);
+        for (const bool force : {false, true}) {
+            const auto result = resultOf(
+                [&] { row[0] == "image" ? Output::image(row[1], force) : Output::package(row[1], force); });
+            EXPECT_EQ(result, force && row[4] != "same" ? row[4] : row[3]);
+        }
+    }
+}
+
+TEST_F(OutputTest, TakesItsPlaceWithOwnerAndMode) {
+    shell(
+        "cd place && mkdir new && echo 1 >new/file && mkdir dir && echo 2 >dir/ks.zip && "
+        "echo 3 >old.iso && ln old.iso old && chmod 640 old.iso && chmod 750 dir && chown 12:34 old.iso dir");
+    const auto made = opened("place/new");
+    Output::image("place/fresh.iso", false).take(made, "file");
+    EXPECT_EQ(contentOf("place/fresh.iso"), "1\n");
+    EXPECT_FALSE(fs::exists("place/new/file"));
+
+    shell("cd place/new && echo new >file && mkdir dir && echo new >dir/ks.zip");
+    Output::image("place/old.iso", true).take(made, "file");
+    Output::package("place/dir/", true).take(made, "dir");
+    EXPECT_EQ(contentOf("place/old.iso") + contentOf("place/dir/ks.zip"), "new\nnew\n");
+    EXPECT_EQ(contentOf("place/old"), "3\n");
+    for (const auto& [path, mode] : {std::pair("place/old.iso", 0640U), {"place/dir", 0750U}}) {
+        const auto about = opened(path).status();
+        EXPECT_EQ(std::tuple(about.st_uid, about.st_gid, about.st_mode & 07777U), std::tuple(12U, 34U, mode));
+    }
+    EXPECT_EQ(resultOf([&] { Output::image("place/no.iso", false).take(made, "gone"); }),
+              "failed: what was made cannot be found any more: No such file or directory");
+}
+
+/// Each row: the output's path, what stands there when it is checked, what comes meanwhile, and where that
+/// is.
+TEST_F(OutputTest, WhatCameMeanwhileIsLeftAlone) {
+    for (const auto& row : rows("outputs-meanwhile")) {
+        SCOPED_TRACE(row[1] + ", then " + row[2]);
+        const bool isImage = row[0] == "i.iso";
+        const std::string made = isImage ? "echo new >new/made" : "mkdir new/made; echo new >new/made/ks.zip";
+        shell("rm -rf i.iso p q f new; mkdir new; " + made + "; " + row[1]);
+        const auto output = isImage ? Output::image(row[0], true) : Output::package(row[0], true);
+        shell(row[2]);
+        EXPECT_EQ(resultOf([&] { output.take(opened("new"), "made"); }),
+                  "failed: '/srv/job/" + row[0] + "' cannot be put in place: File exists");
+        EXPECT_EQ(contentOf(row[3]), "theirs\n");
+        EXPECT_EQ(contentOf(isImage ? "new/made" : "new/made/ks.zip"), "new\n");
+    }
+}
+
+TEST_F(WorkplaceTest, IsOnesOwnAndGoesWithAllThatIsInIt) {
+    shell("mkdir outside && touch outside/file");
+    {
+        const Workplace workplace(place, "place");
+        const fs::path path = "place/" + fs::directory_iterator("place")->path().filename().string();
+        EXPECT_EQ(workplace.directory().status().st_mode & 07777U, 0700U);
+        EXPECT_NE(flock(opened(path).number(), LOCK_EX | LOCK_NB), 0);
+        const Workplace other(place, "place");
+        EXPECT_TRUE(fs::exists(path / ".job"));
+        shell("cd " + path.string() +
+              " && mkdir -p a/b/c mode/0 && touch a/b/f mode/0/f && chmod 0 mode/0 mode " +
+              "&& ln -s $OLDPWD/outside link && ln -s none broken && mkfifo fifo && printf 123 >a/n && ln "
+              "a/n a/m");
+        EXPECT_EQ(sizeBelow(workplace.directory().number(), "a"), 6U);
+        EXPECT_EQ(sizeBelow(workplace.directory().number(), "none"), 0U);
+    }
+    EXPECT_TRUE(fs::is_empty("place"));
+    EXPECT_TRUE(fs::exists("outside/file"));
+}
+
+TEST_F(WorkplaceTest, WhatIsMountedInsideIsNotEmptied) {
+    std::string path;
+    {
+        const Workplace workplace(place, "place");
+        path = fs::directory_iterator("place")->path();
+        shell("cd " + path + " && mkdir -p a/m b && touch b/f && mount -t tmpfs m a/m && touch a/m/theirs");
+    }
+    EXPECT_TRUE(fs::exists(path + "/a/m/theirs"));
+    EXPECT_FALSE(fs::exists(path + "/b"));
+    shell("umount " + path + "/a/m");
+}
+
+TEST_F(WorkplaceTest, OnlyAbandonedOnesAreRemoved) {
+    shell(R"(cd place
+        for d in gone locked foreign shared; do mkdir -p .velacreate-$d/.job && touch .velacreate-$d/f; done
+        mkdir -p .velacreate-unmarked other/.job && chown 7 .velacreate-foreign && chmod g+w .velacreate-shared
+        mkdir -p ../aim/.job && touch ../aim/f && ln -s ../aim .velacreate-link && touch .velacreate-file)");
+    const auto locked = opened("place/.velacreate-locked");
+    ASSERT_EQ(flock(locked.number(), LOCK_EX), 0);
+    std::string kept;
+    {
+        Workplace workplace(place, "place");
+        kept = workplace.keep();
+    }
+    { const Workplace next(place, "place"); }
+    std::vector<std::string> left;
+    for (const auto& entry : fs::directory_iterator("place")) {
+        left.push_back(entry.path());
+    }
+    std::sort(left.begin(), left.end());
+    EXPECT_EQ(left, (Lines{"place/.velacreate-file", "place/.velacreate-foreign", "place/.velacreate-link",
+                           "place/.velacreate-locked", "place/.velacreate-shared",
+                           "place/.velacreate-unmarked", "place/other", kept}));
+    EXPECT_TRUE(fs::exists("aim/f"));
+}
+
+TEST_F(WorkplaceTest, JobSeesNothingOfTheHostsMountPoint) {
+    shell("touch /mnt/theirs && echo content >file && cp file other");
+    const auto file = opened("file");
+    const ChildProcess process(here.number(), [&](Reporter& reporter) {
+        const auto again = openAgain(file, "file");
+        const auto refused = resultOf([&] { openAgain(file, "other"); });
+        fs::create_directory(".job");
+        enterWorkplace();
+        placeFile(again, "file", "placed");
+        reporter.note(fs::current_path().string() + " " + std::getenv("HOME") + " " + contentOf("placed") +
+                      refused + (fs::exists("/mnt/theirs") ? " seen" : "") +
+                      (umount("/mnt") == 0 ? " bare" : ""));
+        return 0;
+    });
+    const auto events = eventsUntilEnd(process);
+    EXPECT_EQ(endOf(process), 0);
+    ASSERT_EQ(events.size(), 1U);
+    EXPECT_EQ(events.front().text,
+              "/mnt/job/.job /mnt/job/.job content\nfailed: 'other' is no longer the file that it was");
+    EXPECT_FALSE(fs::exists("/mnt/job"));
+    fs::remove("/mnt/theirs");
+}
+
+TEST_F(ChildTest, EndsAsToldOrBySignal) { // which may come before its first step
+    for (const auto& [number, status] : {std::pair(SIGTERM, 128 + SIGTERM), {SIGKILL, 128 + SIGKILL}}) {
+        const ChildProcess process(here.number(), waitUntilEnded);
+        process.signal(number);
+        EXPECT_EQ(endOf(process), status);
+    }
+    EXPECT_EQ(endOf(ChildProcess(here.number(), [](Reporter&) { return 77; })), 77);
+}
+
+TEST_F(ChildTest, EndTakesAllThatWasStartedAlong) {
+    for (const char* program : {"sleep 1000 &", "setsid sleep 1000 &", "trap '' TERM; sleep 1000 & wait"}) {
+        SCOPED_TRACE(program);
+        LastBreath breath;
+        const ChildProcess process(here.number(), [&](Reporter& reporter) {
+            runForReal("(touch started; " + std::string(program) + ") &");
+            waitForFile("started");
+            reporter.note("");
+            return 0;
+        });
+        EXPECT_EQ(endOf(process), 0);
+        EXPECT_TRUE(breath.comes());
+        fs::remove("started");
+    }
+}
+
+TEST_F(ChildTest, EndsWithItsWatcher) {
+    LastBreath breath;
+    const pid_t watcher = fork();
+    if (watcher == 0) {
+        const ChildProcess process(here.number(),
+                                   [](Reporter&) { return runForReal("touch started; sleep 1000"); });
+        endOf(process);
+        _exit(0);
+    }
+    waitForFile("started");
+    kill(watcher, SIGKILL);
+    waitpid(watcher, nullptr, 0);
+    EXPECT_TRUE(breath.comes());
+}
+
+TEST_F(ChildTest, EventsComeInOrderAndWhole) {
+    const ChildProcess process(here.number(), [](Reporter& reporter) {
+        reporter.stage("one\ntwo", 12);
+        reporter.advance(5);
+        reporter.advance(6);
+        reporter.message(0, "bad");
+        reporter.message(2, "");
+        reporter.changing();
+        reporter.note(std::string(100000, 'x') + "end");
+        reporter.reason("why");
+        return 0;
+    });
+    std::string seen;
+    for (const auto& event : eventsUntilEnd(process)) {
+        const auto text = event.text.size() < 1000 ? event.text : std::to_string(event.text.size());
+        seen += std::string(1, static_cast<char>(event.kind)) + text + ";";
+    }
+    EXPECT_EQ(seen, "sone\ntwo;e12;d5;fbad;p;c;n32768;rwhy;");
+    EXPECT_EQ(endOf(process), 0);
+}
+
+TEST_F(ChildTest, StartsClean) {
+    const ChildProcess process(here.number(), [](Reporter&) {
+        setenv("LC_TIME", "C", 1);
+        setenv("LD_PRELOAD", "x", 1);
+        setenv("TMPDIR", "/tmp/x", 1);
+        static_cast<void>(std::signal(SIGCHLD, SIG_IGN));
+        static_cast<void>(std::signal(SIGHUP, SIG_IGN));
+        sigset_t all;
+        sigfillset(&all);
+        sigprocmask(SIG_SETMASK, &all, nullptr);
+        umask(0);
+        const int leak = dup(STDOUT_FILENO);
+        close(STDIN_FILENO);
+        const auto before = startClean();
+        sigset_t now;
+        sigprocmask(SIG_SETMASK, nullptr, &now);
+        const std::vector<bool> facts = {before.temporaryDirectory == "/tmp/x",
+                                         std::getenv("LD_PRELOAD") == nullptr,
+                                         std::getenv("TMPDIR") == nullptr,
+                                         std::getenv("LC_TIME") == std::string("C"),
+                                         std::getenv("PATH") == std::string(SEARCH_PATH),
+                                         std::signal(SIGCHLD, SIG_DFL) == SIG_DFL,
+                                         std::signal(SIGHUP, SIG_DFL) == SIG_IGN,
+                                         std::signal(SIGPIPE, SIG_IGN) == SIG_IGN,
+                                         sigismember(&now, SIGTERM) == 0,
+                                         umask(0) == 022,
+                                         fcntl(STDIN_FILENO, F_GETFD) == 0,
+                                         fcntl(leak, F_GETFD) == FD_CLOEXEC};
+        return static_cast<int>(std::find(facts.begin(), facts.end(), false) - facts.begin());
+    });
+    EXPECT_EQ(endOf(process), 12);
+}
+
+TEST_F(WatchTest, OutcomesOfAllEndsInOrder) {
+    const auto outcomes =
+        outcomesOf({[](Reporter& reporter) {
+                        reporter.changing();
+                        reporter.message(0, "first");
+                        reporter.message(2, "progress");
+                        reporter.message(0, "second");
+                        return 109;
+                    },
+                    [](Reporter&) -> int { throw Refusal("refused"); },
+                    [](Reporter&) -> int { throw Failure("failed"); },
+                    [](Reporter&) -> int { throw std::runtime_error("thrown"); }, [](Reporter&) { return 0; },
+                    [](Reporter&) {
+                        runForReal("seq 30000; echo aloud >&2; printf last");
+                        return 1;
+                    },
+                    [](Reporter& reporter) {
+                        for (int i = 0; i < 20000; ++i) {
+                            reporter.message(0, std::to_string(i));
+                        }
+                        return 0;
+                    }},
+                   2);
+    EXPECT_EQ(statusesOf(outcomes),
+              (std::vector{109, EXIT_REFUSED, EXIT_UNFINISHED, EXIT_UNFINISHED, 0, 1, 0}));
+    EXPECT_EQ(outcomes[0].failures, (Lines{"first", "second"}));
+    EXPECT_TRUE(outcomes[0].hasChanged);
+    EXPECT_EQ(outcomes[1].reason + outcomes[2].reason + outcomes[3].reason, "refusedfailedthrown");
+    EXPECT_TRUE(outcomes[4].failures.empty() && outcomes[4].reason.empty() && !outcomes[4].hasChanged);
+    ASSERT_EQ(outcomes[5].failures.size(), 30002U);
+    EXPECT_EQ(outcomes[5].failures[30000] + outcomes[5].failures[30001], "aloudlast");
+    ASSERT_EQ(outcomes[6].failures.size(), 20000U);
+    EXPECT_EQ(outcomes[6].failures.back(), "19999");
+    EXPECT_NE(contentOf("log").find(" 2 progress\n"), std::string::npos);
+}
+
+TEST_F(WatchTest, NoMoreAtOnceThanWanted) {
+    const auto job = [](const std::string& name, const std::string& other) {
+        return [=](Reporter&) {
+            append(name);
+            waitForFile(other);
+            append(name + " ends");
+            std::ofstream(name) << "";
+            return fs::exists(other) ? 0 : 9;
+        };
+    };
+    EXPECT_EQ(statusesOf(outcomesOf({job("a", "."), job("b", "a"), job("c", "b")}, 1)),
+              (std::vector{0, 0, 0}));
+    EXPECT_EQ(contentOf("order"), "a\na ends\nb\nb ends\nc\nc ends\n");
+    shell("rm a b c order");
+    // The first one ends only after the second one, which has to run beside it; the third one not before.
+    EXPECT_EQ(statusesOf(outcomesOf({job("a", "b"), job("b", "."), job("c", "b")}, 2)),
+              (std::vector{0, 0, 0}));
+    EXPECT_LT(contentOf("order").find("b ends\n"), contentOf("order").find("c\n"));
+}
+
+TEST_F(WatchTest, InterruptEndsAllThatRunAndBeginsNoMore) {
+    const auto fine = [](Reporter&) { return 0; };
+    interruptAt("waiting", "TERM");
+    EXPECT_EQ(statusesOf(outcomesOf({fine, waitUntilEnded, waitUntilEnded, fine}, 2)),
+              (std::vector{0, EXIT_INTERRUPTED, EXIT_INTERRUPTED, EXIT_INTERRUPTED}));
+    kill(getpid(), SIGHUP); // before the first job begins
+    EXPECT_EQ(statusesOf(outcomesOf({waitUntilEnded, fine})),
+              (std::vector{EXIT_INTERRUPTED, EXIT_INTERRUPTED}));
+}
+
+TEST_F(WatchTest, SecondInterruptKillsWhatDoesNotEnd) {
+    interruptAt("deaf", "INT TERM");
+    const auto start = std::chrono::steady_clock::now();
+    const auto outcomes = outcomesOf({[](Reporter& reporter) {
+        static_cast<void>(std::signal(SIGTERM, SIG_IGN));
+        reporter.changing();
+        std::ofstream("deaf") << "";
+        return waitUntilEnded(reporter);
+    }});
+    EXPECT_EQ(statusesOf(outcomes), (std::vector{EXIT_INTERRUPTED}));
+    EXPECT_TRUE(outcomes[0].hasChanged);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4)); // less than the mercy
+}
+
+/// Each row: a result, what the last tool has said, and the reason that is told.
+TEST_F(WatchTest, ReasonIsWhatTheToolSaid) {
+    for (const auto& row : rows("reasons")) {
+        SCOPED_TRACE(row[0] + " " + row[1]);
+        std::ofstream("stdout.txt") << row[1];
+        std::array<int, 2> sockets{};
+        ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, sockets.data()), 0);
+        const Descriptor job(sockets[0]);
+        const Descriptor watcher(sockets[1]);
+        EXPECT_EQ(withToolsWords(std::stoi(row[0]), Reporter(job.number())), std::stoi(row[0]));
+        const auto event = receiveEvent(watcher.number());
+        EXPECT_EQ(event ? event->text : "", row[2]);
+    }
+}

@@ -1,0 +1,183 @@
+#include "medium/contents.h"
+#include "medium/readBack.h"
+#include "rooms.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <set>
+
+#include <sys/mount.h>
+
+using namespace velacreate;
+namespace fs = std::filesystem;
+
+namespace {
+
+using MediumTest = JobTest;
+
+Medium mediumOf(const std::string& name) {
+    const Lines names = {"image", "ppc", "key", "package"};
+    const auto place = std::find(names.begin(), names.end(), name) - names.begin();
+    return std::array{Medium::image, Medium::powerPcImage, Medium::key, Medium::package}.at(
+        static_cast<std::size_t>(place));
+}
+
+/// What is not on the medium though it is in the package's boot directory or was chosen, what takes the place
+/// of something, and what a package's own directory has and lacks.
+std::string contentsText(Medium medium, const Lines& chosen) {
+    const ToolPackage package("work/tool.zip", CloneImages::wanted);
+    const UpdateFiles updates("work", chosen);
+    const Contents contents = contentsOf(medium, package, updates);
+    std::set<std::string> gone;
+    for (const auto& [name, entry] : package.entries()) {
+        if (name.compare(0, 5, "boot/") == 0) {
+            gone.insert(name.substr(5));
+        }
+    }
+    for (const auto& [place, entry] : updates.entries()) {
+        gone.insert(place);
+    }
+    std::uint64_t size = 0;
+    for (const auto& [place, part] : contents.tree) {
+        EXPECT_EQ(gone.erase(place), 1U) << place;
+        const bool isUpdate = updates.entries().count(place) != 0 && !part.isDirectory;
+        EXPECT_TRUE(!isUpdate || part.source == place) << place;
+        size += part.size;
+    }
+    Lines loose;
+    for (const auto& [place, part] : contents.loose) {
+        EXPECT_EQ(part.source, "boot/" + place);
+        loose.push_back(place);
+        size += part.size;
+    }
+    EXPECT_EQ(contents.size(), size);
+    const std::pair<const char*, Lines> clauses[] = {{"without ", {gone.begin(), gone.end()}},
+                                                     {"replaced ", contents.replaced},
+                                                     {"beside ", loose},
+                                                     {"missing ", contents.missing}};
+    Lines found;
+    for (const auto& [what, places] : clauses) {
+        if (!places.empty()) {
+            found.push_back(what + joined(places, " "));
+        }
+    }
+    return joined(found, "; ");
+}
+
+/// Each row: the media, what is made before, what is chosen, and what that makes of the contents.
+TEST_F(MediumTest, KnowsWhatAMediumHolds) {
+    for (const auto& row : rows("contents")) {
+        for (const auto& medium : words(row[0])) {
+            SCOPED_TRACE(medium + " | " + row[1] + " | " + row[2]);
+            enterFreshJob();
+            prepare(row[1]);
+            EXPECT_EQ(outcomeOf([&] { return contentsText(mediumOf(medium), words(row[2])); }), row[3]);
+        }
+    }
+}
+
+/// A workplace in /srv/job with everything that an image holds, and staged/ as it should be on it.
+struct ReadBackTest : MediumTest {
+    static Tree workplace() {
+        enterFreshJob();
+        prepare(R"(cd work; mkdir -p boot deep/1/2/3/4/5/6/7/8/9 empty many; cp -p ../work/a.txt boot/.hidden
+            zip -qr tool.zip boot/.hidden; rm -r boot
+            printf same >same; cp same many/same; printf same >many/same3; ln many/same3 many/same4
+            touch nothing many/nothing many/nothing2; head -c 300000 /dev/urandom >big; ln big many/big
+            cp big deep/1/2/3/4/5/6/7/8/9/deepest; echo x >'many/ä [ü] $x; "q" .txt'; echo dot >many/.hidden
+            echo back >'many/long name with blanks and a great many letters, more than what Joliet would take of it'
+            truncate -s 200k many/hole; cp same many/Same)");
+        const ToolPackage package("work/tool.zip", CloneImages::unwanted);
+        const UpdateFiles updates("work",
+                                  {"a.txt", "sub/d.txt", "deep", "empty", "many", "same", "nothing", "big"});
+        updates.copyTo(opened(".").number(), [](std::uint64_t) {});
+        shell("unzip -q work/tool.zip 'boot/*'; mkdir staged");
+        Tree tree = contentsOf(Medium::image, package, updates).tree;
+        for (const auto& [place, part] : tree) {
+            if (part.isDirectory) {
+                fs::create_directories("staged/" + place);
+            } else {
+                fs::copy_file(part.source, "staged/" + place);
+            }
+        }
+        shell("cp -a /srv/job /srv/whole");
+        return tree;
+    }
+
+    static Tree enter() {
+        static const Tree TREE = workplace();
+        shell("cd /srv; rm -rf job; cp -a whole job");
+        fs::current_path("/srv/job");
+        return TREE;
+    }
+
+    /// Makes a medium of staged/ as a job would, in a form: an image of either tool, an archive, a directory.
+    static void make(const std::string& form) {
+        static const std::map<std::string, std::string> TOOLS = {
+            {"xorriso",
+             "HOME=/nonexistent xorriso -as mkisofs -D -J -joliet-long -rational-rock -omit-period -e "
+             "efibootimg -c boot.catalog -no-emul-boot -boot-load-size 4 -o medium staged"},
+            {"genisoimage",
+             "genisoimage -U -D -J -joliet-long -rational-rock -omit-period -o medium -chrp-boot "
+             "-prep-boot ppc/chrp/yaboot staged"},
+            {"zip", "cd staged && zip -qry ../medium * && mv ../medium.zip ../medium"},
+            {"directory", "mv staged medium"}};
+        shell("(" + TOOLS.at(form) + ") >tool.log 2>&1");
+    }
+
+    static std::string compare(const Tree& tree) {
+        Told told;
+        const Descriptor here = opened(".");
+        const Descriptor medium = opened("medium");
+        const bool isDirectory = S_ISDIR(medium.status().st_mode);
+        const Lines ignored = {isDirectory ? "ignored" : "boot.catalog"};
+        const auto differences = isDirectory
+                                     ? compareDirectory(here.number(), tree, medium, ignored, told.advance)
+                                     : compareArchive(here.number(), tree, medium, ignored, told.advance);
+        std::uint64_t size = 0;
+        for (const auto& [place, part] : tree) {
+            size += part.size;
+        }
+        EXPECT_LE(told.bytes, size);
+        EXPECT_TRUE(!differences.empty() || told.bytes == size);
+        return joined(differences, "; ");
+    }
+};
+
+/// Each row: what is done to the files before the medium is made of them, and what reading it back finds,
+/// whatever the medium's form; a form in front of the lines is for that one.
+TEST_F(ReadBackTest, FindsEachDifference) {
+    for (const auto& row : rows("staged-damage")) {
+        for (const std::string form : {"xorriso", "genisoimage", "zip", "directory"}) {
+            SCOPED_TRACE(form + " | " + row[0]);
+            const Tree tree = enter();
+            prepare("cd staged; " + row[0]);
+            make(form);
+            const auto own = std::find_if(row.begin() + 1, row.end(), [&form](const std::string& cell) {
+                return cell.compare(0, form.size() + 2, form + ": ") == 0;
+            });
+            EXPECT_EQ(compare(tree), own == row.end() ? row[1] : own->substr(form.size() + 2));
+        }
+    }
+}
+
+/// Each row: a form, what is done to the medium or to the workplace afterwards, and what is found.
+TEST_F(ReadBackTest, FindsDamage) {
+    for (const auto& row : rows("medium-damage")) {
+        SCOPED_TRACE(row[0] + " | " + row[1]);
+        const Tree tree = enter();
+        make(row[0]);
+        prepare(row[1]);
+        expectText(outcomeOf([&tree] { return compare(tree); }), row[2]);
+    }
+}
+
+/// A key's file system knows no case, but what was put on it keeps its own.
+TEST_F(ReadBackTest, ComparesNamesOnAKeyWithoutCase) {
+    const Tree tree = enter();
+    shell("mv staged/sub staged/SUB; mkdir -p staged/other/inner staged/deep/Extra; touch staged/ks.zip");
+    EXPECT_EQ(beyond(tree, opened("staged")), (Lines{"deep/Extra", "ks.zip", "other"}));
+}
+
+} // namespace

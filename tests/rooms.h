@@ -1,0 +1,63 @@
+// What the tests of the front end's rooms stand on.
+#ifndef VELACREATE_TESTS_ROOMS_H
+#define VELACREATE_TESTS_ROOMS_H
+
+#include "harness.h"
+#include "support/descriptor.h"
+#include "support/failure.h"
+
+#include <fstream>
+
+#include <fcntl.h>
+
+/// Runs a cell of a table in /srv/job, in the words of rooms.sh.
+inline void prepare(const std::string& cell) {
+    std::ofstream("/srv/cell") << "set -e; . " TESTS_DIR "/frontEnd.sh; . " TESTS_DIR "/rooms.sh\n"
+                               << cell << "\n";
+    ASSERT_EQ(runForReal("bash /srv/cell"), 0) << cell;
+}
+
+/// What a function returns, or what it is refused for or fails for.
+inline std::string outcomeOf(const std::function<std::string()>& function) {
+    try {
+        return function();
+    } catch (const velacreate::Refusal& refusal) {
+        return std::string("refused: ") + refusal.what();
+    } catch (const velacreate::Failure& failure) {
+        return std::string("failed: ") + failure.what();
+    }
+}
+
+/// Expects a text; the first "*" in it stands for any.
+inline void expectText(const std::string& text, const std::string& expected) {
+    const std::size_t star = expected.find('*');
+    if (star == std::string::npos) {
+        EXPECT_EQ(text, expected);
+        return;
+    }
+    const std::string end = expected.substr(star + 1);
+    EXPECT_TRUE(text.size() >= star + end.size() && text.compare(0, star, expected, 0, star) == 0 &&
+                text.compare(text.size() - end.size(), end.size(), end) == 0)
+        << text << "\nis not\n"
+        << expected;
+}
+
+inline std::string joined(const Lines& lines, const std::string& separator) {
+    std::string text;
+    for (const auto& line : lines) {
+        text += (text.empty() ? "" : separator) + line;
+    }
+    return text;
+}
+
+inline velacreate::Descriptor opened(const std::string& path, int flags = O_RDONLY) {
+    return velacreate::Descriptor(open(path.c_str(), flags | O_CLOEXEC, 0600));
+}
+
+/// Counts what it is told.
+struct Told {
+    std::uint64_t bytes = 0;
+    velacreate::Advance advance = [this](std::uint64_t more) { bytes += more; };
+};
+
+#endif

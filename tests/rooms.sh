@@ -1,0 +1,28 @@
+# shellcheck shell=bash
+# The words that the tables of the front end's rooms are written in, besides those of frontEnd.sh.
+
+# work/p.zip: boot/ok and what is named, each file with its last name as its content.
+pack() { # ENTRY...
+    local entry
+    for entry in boot/ok "$@"; do
+        mkdir -p "$(dirname "$entry")"
+        if [ "${entry%/}" != "$entry" ]; then mkdir -p "$entry"; else printf %s "${entry##*/}" >"$entry"; fi
+    done
+    # shellcheck disable=SC2086 # options
+    zip -qrX ${options:-} work/p.zip boot "$@"
+}
+# What an archive tells of an entry's size, in its own header and in the directory of all.
+claim() { # NAME SIZE
+    NAME=$1 SIZE=$2 perl -0777 -pi -e '$size = pack("V", $ENV{SIZE}); $name = quotemeta $ENV{NAME};
+        s/(PK\x03\x04.{18}).{4}(.{4}$name)/$1$size$2/s; s/(PK\x01\x02.{20}).{4}(.{18}$name)/$1$size$2/s' work/p.zip
+}
+claimHuge() { # SIZE: of all entries of an archive that has its sizes in 64 bits
+    SIZE=$1 perl -0777 -pi -e '$size = pack("Q<", $ENV{SIZE}); s/(\x01\x00[\x08-\x18]\x00).{8}/$1$size/gs' work/p.zip
+}
+inArchive() { # PERL-CODE
+    perl -0777 -pi -e "$1" work/p.zip
+}
+deep() { # PARTS
+    printf boot
+    printf '/d%.0s' $(seq 2 "$1")
+}
