@@ -146,6 +146,25 @@ TEST(FatTest, CapacityIsWhatTheCheckerCountsAsFree) {
     }
 }
 
+TEST(FatTest, CapacityEndsWithTheTable) {
+    enterFreshJob();
+    struct Layout {
+        const char* text;
+        std::string sectors; ///< more than the table has entries for
+        std::uint64_t bitsPerEntry;
+        std::uint64_t clusterSize;
+    };
+    for (const auto& [text, sectors, bitsPerEntry, clusterSize] :
+         {Layout{"-F 12 -s 1 fat 1800", "\xa0\x0f", 12, 512},
+          {"-F 16 -s 4 fat 20000", "\xff\xff", 16, 2048}}) {
+        SCOPED_TRACE(text);
+        shell(std::string("rm -f fat && mkfs.fat -C ") + text + " >/dev/null");
+        poke("fat", 19, sectors);
+        const auto tableSize = numberIn(contentOf("fat"), 22, 2) * 512;
+        EXPECT_EQ(fatCapacity(opened("fat"), 0), (tableSize * 8 / bitsPerEntry - 2) * clusterSize);
+    }
+}
+
 TEST(FatTest, IsFoundWhereItStartsAndNowhereElse) {
     enterFreshJob();
     shell("mkfs.fat -C fat 4000 >/dev/null && dd if=fat of=key bs=32256 seek=1 status=none");
@@ -263,8 +282,9 @@ TEST_F(DisksTest, ObjectionsToADisk) {
                   "has no fourth partition (/dev/" + loop.disk().partitionName(4) + ")");
         const auto part = loop.addFourth();
         EXPECT_EQ(objection(loop.disk(), true), "");
-        for (const auto& [place, words] :
-             {std::pair("/mnt/a", ""), {"/boot/efi", "carries '/boot/efi' of this machine"}}) {
+        for (const auto& [place, words] : {std::pair("/mnt/a", ""),
+                                           {"/boot", "carries '/boot' of this machine"},
+                                           {"/boot/efi", "carries '/boot/efi' of this machine"}}) {
             shell("mount " + part + " " + place);
             EXPECT_EQ(objection(loop.disk(), true), words);
             shell("umount " + std::string(place));

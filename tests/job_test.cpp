@@ -304,9 +304,9 @@ TEST_F(ChildTest, EndsWithItsWatcher) {
     LastBreath breath;
     const pid_t watcher = fork();
     if (watcher == 0) {
-        const ChildProcess process(here.number(),
-                                   [](Reporter&) { return runForReal("touch started; sleep 1000"); });
-        endOf(process);
+        resultOf([&] {
+            endOf({here.number(), [](Reporter&) { return runForReal("touch started; sleep 1000"); }});
+        });
         _exit(0);
     }
     waitForFile("started");
@@ -430,6 +430,14 @@ TEST_F(WatchTest, InterruptEndsAllThatRunAndBeginsNoMore) {
     interruptAt("waiting", "TERM");
     EXPECT_EQ(statusesOf(outcomesOf({fine, waitUntilEnded, waitUntilEnded, fine}, 2)),
               (std::vector{0, EXIT_INTERRUPTED, EXIT_INTERRUPTED, EXIT_INTERRUPTED}));
+    interruptAt("ending", "TERM");
+    const auto almostDone = [](Reporter&) {
+        static_cast<void>(std::signal(SIGTERM, SIG_IGN));
+        std::ofstream("ending") << "";
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        return 0;
+    };
+    EXPECT_EQ(statusesOf(outcomesOf({almostDone, fine})), (std::vector{0, EXIT_INTERRUPTED}));
     kill(getpid(), SIGHUP); // before the first job begins
     EXPECT_EQ(statusesOf(outcomesOf({waitUntilEnded, fine})),
               (std::vector{EXIT_INTERRUPTED, EXIT_INTERRUPTED}));
