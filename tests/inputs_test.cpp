@@ -5,6 +5,7 @@
 #include "support/sizeText.h"
 #include "support/sizes.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdint>
 #include <sstream>
@@ -223,13 +224,19 @@ TEST_F(InputsTest, KnowsLimits) {
     EXPECT_EQ(sumOf(1, 2), 3U);
     EXPECT_EQ(sumOf(UINT64_MAX, UINT64_MAX), LARGEST_SUM);
     EXPECT_EQ(sumOf(LARGEST_SUM, LARGEST_SUM - 1), LARGEST_SUM);
-    EXPECT_EQ(printable("a\x01\x7f\n\xc2\x85-\xc3\xa9-\xe9-\xed\xa0\x80-\xc0\x80"), "a?"
-                                                                                    "?"
-                                                                                    "?"
-                                                                                    "?-\xc3\xa9-?-?"
-                                                                                    "?"
-                                                                                    "?-?"
-                                                                                    "?");
+}
+
+/// What would upset a terminal is shown as "?", and the error that is told of stays the one it was.
+TEST_F(InputsTest, ShowsTextsWithoutHarm) {
+    const std::pair<const char*, const char*> texts[] = {
+        {"\x1b[1m\x7f\n", R"(?[1m??)"}, {"\xc2\x85-\xc2\xa0-\xc3\xa9", "?-\xc2\xa0-\xc3\xa9"},
+        {"\xe9-\xc3", "?-?"},           {"\xed\xa0\x80", R"(???)"},
+        {"\xc0\x80", R"(??)"},          {"\xf0\x9f\x98\x80", "\xf0\x9f\x98\x80"}};
+    for (const auto& [text, expected] : texts) {
+        EXPECT_EQ(printable(text), expected);
+    }
+    errno = EACCES;
+    EXPECT_EQ(withError(shown("\xff")), "'?': Permission denied");
 }
 
 } // namespace

@@ -19,7 +19,8 @@ namespace velacreate {
 class ChildProcess {
 public:
     /// Starts a function, in a directory. What it returns becomes the exit status; a Refusal becomes
-    /// EXIT_REFUSED and any other exception EXIT_UNFINISHED, with its text told as the reason.
+    /// EXIT_REFUSED and any other exception EXIT_UNFINISHED, with its text told as the reason. SIGTERM should
+    /// be held (see HeldSignals): one that comes before the process can handle it would be lost.
     /// @throw Failure when no process can be had
     ChildProcess(int directory, const std::function<int(Reporter&)>& work);
 
