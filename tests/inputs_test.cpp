@@ -6,6 +6,7 @@
 #include "support/sizes.h"
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <sstream>
