@@ -17,7 +17,9 @@
 
 namespace {
 
-constexpr const char* PRELUDE = "VELACREATE=" VELACREATE "; . " TESTS_DIR "/frontEnd.sh\n";
+/// The command is run where an ordinary user gets to, too: the build may lie where only root does.
+constexpr const char* PRELUDE =
+    "export LD_LIBRARY_PATH=/srv/bin VELACREATE=/srv/bin/velacreate; . " TESTS_DIR "/frontEnd.sh\n";
 
 /// Runs a cell of a table; the status is as of system().
 int runCell(const std::string& text, const std::string& streams = "") {
@@ -35,6 +37,11 @@ void list(const std::string& changed, const std::string& file) {
 }
 
 struct FrontEndTest : testing::Test {
+    static void SetUpTestSuite() {
+        shell("mkdir -p /srv/bin && cp " VELACREATE " " LIBRARY " /srv/bin && cp -r " TOOLKIT
+              " /srv/bin/toolkit");
+    }
+
     /// An empty job, and around it what no job must touch: the user's home, and what links of the user's lead
     /// to.
     static void enter() {
