@@ -146,12 +146,26 @@ int judge(const std::vector<std::string>& differences, const Reporter& reporter)
     return EXIT_DIFFERENT;
 }
 
+namespace {
+
+/// What the medium was made of last: the reading back needs only what was taken in.
+void dropStaged(const JobChoices& choices) {
+    const auto staged =
+        openBeneath(AT_FDCWD, VelaCreation::BootableMedia::ISO_DIR_NAME, O_RDONLY | O_DIRECTORY);
+    if (!choices.keep && staged.isOpen()) {
+        removeContents(staged);
+    }
+}
+
+} // namespace
+
 int finish(const JobChoices& choices, const std::string& path, std::uint64_t size,
            const std::function<std::vector<std::string>(const Advance&)>& compare, Reporter& reporter) {
     if (access(path.c_str(), R_OK) != 0) {
         throw Failure("the tool ended without a failure, but made nothing");
     }
     auto flushed = std::async(std::launch::async, [&path] { flush(path); });
+    auto unstaged = std::async(std::launch::async, [&choices] { dropStaged(choices); });
     int result = 0;
     if (choices.verify) {
         reporter.stage("Reading back", size);
@@ -159,6 +173,7 @@ int finish(const JobChoices& choices, const std::string& path, std::uint64_t siz
     }
     reporter.stage("Writing out");
     flushed.get();
+    unstaged.get();
     tidyUp(choices);
     return result;
 }
