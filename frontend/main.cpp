@@ -53,7 +53,10 @@ void addUsb(CLI::App& app, UsbChoices& usb, const Surroundings& surroundings, Ru
     auto* command = app.add_subcommand("usb", "Fill a bootable USB key");
     addJobOptions(*command, usb.job);
     auto* target = command->add_option_group("target");
-    target->add_option("--device", usb.device, "The key, a whole disk")->type_name("DEVICE");
+    target->add_option("--device", usb.devices, "The key, a whole disk; may be given several times")
+        ->allow_extra_args(false)
+        ->type_name("DEVICE");
+    target->add_flag("--all", usb.all, "Every removable medium; a USB hard disk has to be named");
     target->add_option("--image", usb.image, "An image of a key in a key's place")->type_name("FILE");
     target->require_option(1);
     command
@@ -61,6 +64,12 @@ void addUsb(CLI::App& app, UsbChoices& usb, const Surroundings& surroundings, Ru
                      "always, never, or auto: when the key does not fit, or holds other files")
         ->capture_default_str()
         ->check(CLI::IsMember({"always", "never", "auto"}));
+    command->add_flag("--erase", usb.erase, "Make a key of any stick; everything on it is lost");
+    command->add_option("--jobs", usb.jobs, "How many keys are made at a time (default: all)")
+        ->check(CLI::PositiveNumber);
+    command->add_option("--report", usb.report, "Append a line of JSON for each key to this file")
+        ->type_name("FILE");
+    command->add_flag("--eject", usb.eject, "Power each key down when it is made");
     command->add_flag("--any-disk", usb.anyDisk, "Accept a disk that is neither removable nor on USB");
     command->add_flag("--yes", usb.yes, "Do not ask");
     command->add_option("--work", usb.work, "Make the workplace here (default: TMPDIR, or /var/tmp)")
@@ -113,7 +122,10 @@ int runCommand(int argc, char** argv, const Surroundings& surroundings) {
     auto* identifyCommand = app.add_subcommand("identify", "Show vendor, model and size of a key");
     identifyCommand->add_option("DEVICE", device, "The key, a whole disk")->required();
     identifyCommand->callback([&] { run = [&] { return identify(device); }; });
-    app.add_subcommand("list", "Show the removable and the USB disks")->callback([&] { run = listDisks; });
+    bool json = false;
+    auto* listCommand = app.add_subcommand("list", "Show the removable and the USB disks");
+    listCommand->add_flag("--json", json, "For a program to read");
+    listCommand->callback([&] { run = [&] { return listDisks(json); }; });
     app.footer("Exit status:\n" + exitStatusTable());
 
     try {

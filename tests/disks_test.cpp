@@ -1,14 +1,14 @@
 #include "disks/disks.h"
 #include "disks/fatVolume.h"
 #include "disks/guard.h"
+#include "disks/inventory.h"
 #include "disks/keyHold.h"
 #include "disks/sysfs.h"
+#include "loop.h"
 #include "rooms.h"
 
 #include <array>
-#include <cerrno>
 #include <cstdint>
-#include <filesystem>
 #include <fstream>
 #include <random>
 #include <regex>
@@ -17,14 +17,11 @@
 #include <fcntl.h>
 #include <linux/loop.h>
 #include <sys/file.h>
-#include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
 using namespace velacreate;
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -39,71 +36,6 @@ std::string unmounting(const KeyHold& hold) {
         return std::string("unmounted");
     });
 }
-
-/// A loop device, which the kernel frees by itself once nothing uses it any more.
-class Loop {
-public:
-    explicit Loop(const std::string& file, unsigned flags = 0)
-        : m_file(opened(file, O_RDWR)),
-          m_device(attached(m_file, flags)), m_disk{deviceDirectory(m_device.status().st_rdev).filename(),
-                                                    m_device.status().st_rdev} {}
-
-    const Disk& disk() const {
-        return m_disk;
-    }
-    std::string node() const {
-        return m_disk.node();
-    }
-    const Descriptor& file() const {
-        return m_file;
-    }
-
-    /// Makes the partition that a key has, with a file system of its own, and nothing else on it.
-    std::string addFourth() const {
-        shell("addpart " + node() + " 4 2048 16384");
-        auto part = "/dev/" + m_disk.partitionName(4);
-        shell("mke2fs -q " + part);
-        return part;
-    }
-
-private:
-    static Descriptor attached(const Descriptor& file, unsigned flags) {
-        const auto control = opened("/dev/loop-control", O_RDWR);
-        for (;;) {
-            auto device =
-                opened("/dev/loop" + std::to_string(ioctl(control.number(), LOOP_CTL_GET_FREE)), O_RDWR);
-            loop_config wanted{};
-            wanted.fd = static_cast<unsigned>(file.number());
-            wanted.info.lo_flags = LO_FLAGS_AUTOCLEAR | LO_FLAGS_PARTSCAN | flags;
-            if (ioctl(device.number(), LOOP_CONFIGURE, &wanted) == 0) {
-                return device;
-            }
-            if (errno != EBUSY) { // else somebody else was faster
-                throw std::runtime_error(withError("a loop device"));
-            }
-        }
-    }
-
-    Descriptor m_file;
-    Descriptor m_device;
-    Disk m_disk;
-};
-
-/// Each with a blank disk of 16 MiB to attach, and nothing mounted below /mnt.
-struct DisksTest : JobTest {
-    void SetUp() override {
-        if (!fs::exists("/dev/loop-control")) {
-            GTEST_SKIP() << "there are no loop devices here";
-        }
-        shell("truncate -s 16M disk && mkdir -p /mnt/a /mnt/b /boot/efi");
-    }
-    ~DisksTest() override {
-        for (const char* place : {"/boot/efi", "/mnt/b", "/mnt/a"}) {
-            while (umount2(place, MNT_DETACH) == 0) {
-            }
-        }
-    }
-};
 
 /// What fsck.fat counts as free, in bytes.
 std::uint64_t freeByFsck(const std::string& file) {
@@ -274,14 +206,42 @@ TEST_F(DisksTest, SizesAndNumbersOfALoop) {
     EXPECT_FALSE(isLoopOver(0, loop.file()));
 }
 
+/// Each row: what is done to a blank disk; what is said to be on it.
+TEST_F(DisksTest, ContentIsWhatStandsThereNow) {
+    for (const auto& row : rows("disk-contents")) {
+        SCOPED_TRACE(row[0]);
+        shell("rm disk && truncate -s 16M disk");
+        prepare("exec >/dev/null 2>&1\n" + row[0]);
+        EXPECT_EQ(contentOf(Loop("disk").disk()), row[1]);
+    }
+    EXPECT_EQ(contentOf(Disk{"null", 1}), "not readable");
+}
+
+TEST_F(DisksTest, WhichDisksAreRemovable) {
+    std::string found;
+    whileEmpty("/sys/block", [&] {
+        whileEmpty("/sys/dev/block", [&] {
+            prepare("asKernel 1:1 stick 9 1 0 && asKernel 1:2 hub/usb 9 0 0 && asKernel 1:3 fixed 9 0 0\n"
+                    "asKernel 1:4 reader 0 1 0 && asKernel 1:5 optical 9 1 5\n"
+                    "asKernel 1:6 sd 9 0 SD && asKernel 1:7 emmc 9 0 MMC\n"
+                    "touch /sys/block/hub/busnum && ln -s hub/usb /sys/block");
+            for (const auto& disk : removableDisks()) {
+                found += disk.name + (isRemovableMedium(disk) ? " by itself, " : ", ");
+            }
+        });
+    });
+    EXPECT_EQ(found, "sd by itself, stick by itself, usb, ");
+}
+
 TEST_F(DisksTest, ObjectionsToADisk) {
     {
         const Loop loop("disk");
         EXPECT_EQ(objection(loop.disk(), false), "is neither removable nor on USB (--any-disk lets it)");
-        EXPECT_EQ(objection(loop.disk(), true),
-                  "has no fourth partition (/dev/" + loop.disk().partitionName(4) + ")");
+        EXPECT_EQ(lacksPartition(loop.disk()), "has no fourth partition (/dev/" +
+                                                   loop.disk().partitionName(4) +
+                                                   "); --erase makes a key of any stick");
         const auto part = loop.addFourth();
-        EXPECT_EQ(objection(loop.disk(), true), "");
+        EXPECT_EQ(objection(loop.disk(), true) + lacksPartition(loop.disk()), "");
         for (const auto& [place, words] : {std::pair("/mnt/a", ""),
                                            {"/boot", "carries '/boot' of this machine"},
                                            {"/boot/efi", "carries '/boot/efi' of this machine"}}) {

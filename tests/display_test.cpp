@@ -1,6 +1,7 @@
 #include "display/console.h"
 #include "display/progress.h"
 #include "display/summary.h"
+#include "display/table.h"
 #include "rooms.h"
 #include "support/exitStatus.h"
 
@@ -68,12 +69,12 @@ TEST_F(DisplayTest, PlainLinesWithoutATerminal) {
                   progress.stage(1, "Copying", 10);
                   progress.done(1, 5);
                   progress.stage(0, "Copying");
-                  progress.ended(1);
+                  progress.ended(1, "made");
                   console.complain("careful");
                   console.beginProgress({"sda"}).stage(0, "Writing");
                   console.endProgress();
               }),
-              "sdb: Copying...\nsda: Copying...\nWriting...\n|velacreate: careful\n");
+              "sdb: Copying...\nsda: Copying...\nsdb: made\nWriting...\n|velacreate: careful\n");
 }
 
 TEST_F(DisplayTest, FiguresGoWholeFromANarrowTerminal) {
@@ -111,14 +112,25 @@ TEST_F(DisplayTest, FiguresGoWholeFromANarrowTerminal) {
     EXPECT_EQ(readFrom(master), "\033[3A\r\033[J");
 }
 
+TEST_F(DisplayTest, TableAlignsWhatIsThere) {
+    Table table({"Key", "Port", "Model", "Result"});
+    table.add({"sda", "", "St\u00fcck", "made"});
+    table.add({"sdb", "", "\033[2J"});
+    table.add({"a long name", "", "\xfcx", "failed"});
+    EXPECT_EQ(table.text(), "Key          Model  Result\n"
+                            "sda          St\u00fcck  made\n"
+                            "sdb          ?[2J\n"
+                            "a long name  ?x     failed\n");
+}
+
 /// Each row: status, reason, the library's messages, what else is so, seconds; then the exit status and what
-/// is said on standard output and standard error.
+/// is said on standard output and standard error, and in the table of several.
 TEST_F(DisplayTest, LastLineOfEachKindOfOutcome) {
     for (const auto& row : rows("outcomes")) {
         SCOPED_TRACE(row[0] + " " + row[3]);
         const bool isVerbose = row[3].find("verbose") != std::string::npos;
         const bool hasChanged = row[3].find("changed") != std::string::npos;
-        const Outcome outcome{std::stoi(row[0]), row[1], words(row[2]), hasChanged, std::stod(row[4])};
+        const Outcome outcome{std::stoi(row[0]), row[1], words(row[2]), hasChanged, std::stod(row[4]), 4.2e6};
         int status = -1;
         const auto output = outputOf([&] {
             Console console(isVerbose, "");
@@ -126,6 +138,7 @@ TEST_F(DisplayTest, LastLineOfEachKindOfOutcome) {
         });
         EXPECT_EQ(output, row[6] + "|" + row[7]);
         EXPECT_EQ(status, std::stoi(row[5]));
+        EXPECT_EQ(resultText(outcome, true), row[8]);
     }
 }
 

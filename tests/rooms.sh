@@ -26,3 +26,24 @@ deep() { # PARTS
     printf boot
     printf '/d%.0s' $(seq 2 "$1")
 }
+
+# What is on disk.
+written() { # OFFSET BYTES
+    printf %b "$2" | dd of=disk bs=1 seek="$1" conv=notrunc status=none
+}
+filled() { # COMMAND
+    "$@" | head -c 1M | dd of=disk bs=1M iflag=fullblock conv=notrunc status=none
+}
+partitions() { # TABLE LINE...: a line is as sfdisk has it
+    printf '%s\n' "label:$1" "${@:2}" | sfdisk -q disk
+}
+fat() { # LABEL: on the partition that begins at 1 MiB
+    mkfs.vfat --offset=2048 -n "$1" disk 512
+}
+
+# Shows a disk, where nothing of the real ones is to be seen.
+asKernel() { # NUMBER NAME SIZE REMOVABLE TYPE
+    local at=/sys/block/$2
+    mkdir -p "$at/device" && ln -s "$at" "/sys/dev/block/$1"
+    echo "$1" >"$at/dev" && echo "$3" >"$at/size" && echo "$4" >"$at/removable" && echo "$5" >"$at/device/type"
+}

@@ -35,9 +35,14 @@ struct IsoChoices {
 
 struct UsbChoices {
     JobChoices job;
-    std::string device;
+    std::vector<std::string> devices;
+    bool all = false;
     std::string image;
+    bool erase = false;
     std::string format = "auto";
+    std::size_t jobs = 0; ///< at a time; 0 for all
+    std::string report;
+    bool eject = false;
     bool anyDisk = false;
     bool yes = false;
     std::string work;
@@ -61,7 +66,7 @@ int makeUsbKey(const UsbChoices& choices, const Surroundings& surroundings);
 int makePxePackage(const PxeChoices& choices);
 int burn(const BurnChoices& choices, const Surroundings& surroundings);
 int identify(const std::string& device);
-int listDisks();
+int listDisks(bool json);
 
 } // namespace velacreate
 

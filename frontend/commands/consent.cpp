@@ -1,10 +1,12 @@
 #include "commands/consent.h"
 
-#include "disks/disks.h"
+#include "disks/inventory.h"
+#include "display/table.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/sizeText.h"
 
+#include <algorithm>
 #include <array>
 #include <iostream>
 #include <optional>
@@ -17,18 +19,25 @@ namespace velacreate {
 
 namespace {
 
-std::string lineFor(const Disk& disk) {
-    const auto about = describe(disk);
-    std::string line = disk.node() + ": " + about.vendor + " " + about.model;
-    line += about.serial.empty() ? "" : ", serial number " + about.serial;
-    line += ", " + sizeText(about.size);
-    line += about.port.empty() ? "" : ", " + about.port;
-    const auto places = placesText(mountedPlaces(disk));
-    return printable(line + (places.empty() ? ", not mounted" : ", mounted on " + places));
+std::string tableOf(const std::vector<Key>& keys) {
+    Table table({"Key", "Port", "Model", "Serial number", "Size", "Holds", "Mounted on", "Not to be made"});
+    for (const auto& key : keys) {
+        const auto& about = key.about;
+        table.add({key.disk.node(), about.port, about.vendor + " " + about.model, about.serial,
+                   sizeText(about.size), contentOf(key.disk), placesText(mountedPlaces(key.disk)),
+                   key.objection});
+    }
+    return table.text();
 }
 
-const char* formattingText(const std::string& format) {
-    return format == "always" ? "formatted and " : format == "auto" ? "formatted if need be, and " : "";
+std::string consequence(const UsbChoices& choices, bool isOne) {
+    if (choices.erase) {
+        return isOne ? "Everything on it will be lost." : "Everything on them will be lost.";
+    }
+    const std::string done = choices.format == "always" ? "formatted and filled."
+                             : choices.format == "auto" ? "formatted if need be, and filled."
+                                                        : "filled.";
+    return (isOne ? "Its fourth partition will be " : "Their fourth partitions will be ") + done;
 }
 
 /// @return nothing after an interrupt
@@ -51,23 +60,23 @@ std::optional<std::string> readAnswer(const HeldSignals& signals) {
 
 } // namespace
 
-int askForConsent(const KeyHold& key, const UsbChoices& choices, const HeldSignals& signals) {
-    std::cout << lineFor(key.disk()) << std::endl;
+int askForConsent(const std::vector<Key>& keys, const UsbChoices& choices, const HeldSignals& signals) {
+    const bool isOne = std::count_if(keys.begin(), keys.end(), isTaken) == 1;
+    std::cout << tableOf(keys) << consequence(choices, isOne) << std::endl;
     if (choices.yes) {
         return 0;
     }
     if (isatty(STDIN_FILENO) == 0) {
-        throw Refusal("without a terminal, only --yes lets the key be changed");
+        throw Refusal("without a terminal, only --yes lets a key be changed");
     }
-    std::cout << "Its fourth partition will be " << formattingText(choices.format)
-              << "filled. Type yes to go on: " << std::flush;
+    std::cout << "Type yes to go on: " << std::flush;
     const auto answer = readAnswer(signals);
     if (!answer) {
         std::cout << std::endl;
         return EXIT_INTERRUPTED;
     }
     if (*answer != "yes") {
-        throw Refusal("the key was left as it is");
+        throw Refusal(isOne ? "the key was left as it is" : "the keys were left as they are");
     }
     return 0;
 }

@@ -1,18 +1,20 @@
 /// @file
-/// The question before a key is changed.
+/// The question that comes before a key is changed.
 #ifndef VELACREATE_CONSENT_H
 #define VELACREATE_CONSENT_H
 
 #include "commands/commands.h"
-#include "disks/keyHold.h"
+#include "commands/keys.h"
 #include "job/watcher.h"
+
+#include <vector>
 
 namespace velacreate {
 
-/// Shows the key, and asks unless the user has answered beforehand.
-/// @return 0 when only "yes" was said; EXIT_INTERRUPTED after an interrupt
-/// @throw Refusal after any other answer, or when nobody can be asked
-int askForConsent(const KeyHold& key, const UsbChoices& choices, const HeldSignals& signals);
+/// Shows the keys, and asks for a "yes" unless the user has given it already.
+/// @return 0, or EXIT_INTERRUPTED
+/// @throw Refusal on any other answer, or where nobody can be asked
+int askForConsent(const std::vector<Key>& keys, const UsbChoices& choices, const HeldSignals& signals);
 
 } // namespace velacreate
 

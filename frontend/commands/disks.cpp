@@ -1,11 +1,18 @@
 #include "commands/commands.h"
 
 #include "disks/disks.h"
-#include "support/failure.h"
+#include "disks/guard.h"
+#include "disks/inventory.h"
+#include "display/table.h"
+#include "support/sizeText.h"
 
 #include <bootableusb.h>
+#include <nlohmann/json.hpp>
 
 #include <iostream>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace velacreate {
 
@@ -29,6 +36,65 @@ VelaCreation::_USBDATA askLibrary(const Disk& disk) {
     return about;
 }
 
+struct Listed {
+    explicit Listed(Disk listed)
+        : disk(std::move(listed)), about(describe(disk)), content(contentOf(disk)),
+          mounted(mountedPlaces(disk)), reason(objection(disk, false)),
+          needsErase(!lacksPartition(disk).empty()) {}
+
+    Disk disk;
+    DiskDescription about;
+    std::string content;
+    std::vector<MountedPlace> mounted;
+    std::string reason; ///< why it must not be made a key; empty when it may
+    bool needsErase;
+};
+
+std::string fitness(const Listed& listed) {
+    return !listed.reason.empty() ? listed.reason : listed.needsErase ? "with --erase" : "yes";
+}
+
+std::string tableOf(const std::vector<Listed>& disks) {
+    Table table({"Device", "Port", "Vendor", "Model", "Serial number", "Size", "Content", "Mounted on",
+                 "Fit for a key"});
+    for (const auto& listed : disks) {
+        const auto& about = listed.about;
+        table.add({listed.disk.node(), about.port, about.vendor, about.model, about.serial,
+                   sizeText(about.size), listed.content, placesText(listed.mounted), fitness(listed)});
+    }
+    return table.text();
+}
+
+nlohmann::ordered_json objectOf(const Listed& listed) {
+    std::vector<std::string> places;
+    for (const auto& mounted : listed.mounted) {
+        places.push_back(mounted.place);
+    }
+    const auto& about = listed.about;
+    return {{"node", listed.disk.node()},
+            {"port", about.port},
+            {"vendor", about.vendor},
+            {"model", about.model},
+            {"serial", about.serial},
+            {"size", about.size},
+            {"content", listed.content},
+            {"mounted", places},
+            {"accepted", listed.reason.empty()},
+            {"needsErase", listed.needsErase},
+            {"reason", listed.reason}};
+}
+
+std::string jsonOf(const std::vector<Listed>& disks) {
+    using nlohmann::ordered_json;
+    auto array = ordered_json::array();
+    for (const auto& listed : disks) {
+        array.push_back(objectOf(listed));
+    }
+    constexpr int INDENT = 2;
+    // The name of a place may be in no encoding at all.
+    return array.dump(INDENT, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+}
+
 } // namespace
 
 int identify(const std::string& device) {
@@ -38,16 +104,17 @@ int identify(const std::string& device) {
     return 0;
 }
 
-int listDisks() {
-    const auto disks = removableDisks();
-    if (disks.empty()) {
-        std::cerr << "There is no removable or USB disk." << std::endl;
+int listDisks(bool json) {
+    std::vector<Listed> disks;
+    for (const auto& disk : removableDisks()) {
+        disks.emplace_back(disk);
     }
-    for (const auto& disk : disks) {
-        const auto about = askLibrary(disk);
-        const auto places = placesText(mountedPlaces(disk));
-        std::cout << disk.node() << "  " << about.vendor << "  " << about.model << "  " << about.size << "  "
-                  << (places.empty() ? "not mounted" : "mounted on " + places) << std::endl;
+    if (json) {
+        std::cout << jsonOf(disks) << std::flush;
+    } else if (disks.empty()) {
+        std::cerr << "There is no removable or USB disk." << std::endl;
+    } else {
+        std::cout << tableOf(disks) << std::flush;
     }
     return 0;
 }

@@ -1,5 +1,6 @@
 #include "commands/fillKey.h"
 
+#include "commands/newKey.h"
 #include "disks/fatVolume.h"
 #include "inputs/jobNames.h"
 #include "job/libraryLogger.h"
@@ -12,8 +13,10 @@
 #include <bootableusb.h>
 
 #include <cstdlib>
+#include <filesystem>
 
 #include <fcntl.h>
+#include <sys/mount.h>
 #include <unistd.h>
 
 namespace velacreate {
@@ -33,21 +36,22 @@ const std::string NO_KEY = "/nonexistent/key";
 constexpr int PARTITION = 4;
 
 std::string partitionNode(const KeyJob& job) {
-    return "/dev/" + job.disk->partitionName(PARTITION);
+    return "/dev/" + job.target.disk->partitionName(PARTITION);
 }
 
 /// The library takes the name of partition 4 to be the disk's with a "4" behind it. Where the kernel puts a
 /// "p" between, a pair of links is what it says.
 std::string deviceForLibrary(const KeyJob& job, const Descriptor& image) {
-    if (!job.disk) {
-        placeFile(image, job.imagePath, "key.img");
+    if (!job.target.disk) {
+        placeFile(image, job.target.imagePath, "key.img");
         setenv(SOFT_KEY, IMAGE_PLACE.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
         return NO_KEY;
     }
-    if (partitionNode(job) == job.disk->node() + "4") {
-        return job.disk->node();
+    const auto node = job.target.disk->node();
+    if (partitionNode(job) == node + "4") {
+        return node;
     }
-    if (symlink(job.disk->node().c_str(), KEY_LINK.c_str()) != 0 ||
+    if (symlink(node.c_str(), KEY_LINK.c_str()) != 0 ||
         symlink(partitionNode(job).c_str(), (KEY_LINK + "4").c_str()) != 0) {
         throw Failure(withError("no links to the key"));
     }
@@ -60,13 +64,14 @@ bool isKeyMounted(const KeyJob& job) {
     if (!place.isOpen()) {
         return false;
     }
-    const dev_t device = job.disk ? partitionNumber(*job.disk, PARTITION) : place.status().st_dev;
-    return isOnFat(place, device) && (job.disk || isLoopOver(device, job.target));
+    const auto& disk = job.target.disk;
+    const dev_t device = disk ? partitionNumber(*disk, PARTITION) : place.status().st_dev;
+    return isOnFat(place, device) && (disk || isLoopOver(device, job.target.open));
 }
 
 ReadOnlyMount mountToRead(const KeyJob& job) {
-    return job.disk ? ReadOnlyMount(partitionNode(job))
-                    : ReadOnlyMount(IMAGE_PLACE, ",loop,offset=" + std::to_string(IMAGE_OFFSET));
+    return job.target.disk ? ReadOnlyMount(partitionNode(job))
+                           : ReadOnlyMount(IMAGE_PLACE, ",loop,offset=" + std::to_string(IMAGE_OFFSET));
 }
 
 std::vector<std::string> strangersOn(const KeyJob& job) {
@@ -107,10 +112,19 @@ int readBack(const KeyJob& job, int workplace, Reporter& reporter) {
     const auto mount = mountToRead(job);
     const auto top = mount.open();
     const auto& tree = job.inputs.contents.tree;
-    const auto kept = job.format == "never" ? beyond(tree, top) : std::vector<std::string>{};
+    const auto kept = job.choices.format == "never" ? beyond(tree, top) : std::vector<std::string>{};
     const auto differences =
         compareDirectory(workplace, tree, top, kept, [&](std::uint64_t bytes) { reporter.advance(bytes); });
     return judge(differences, reporter);
+}
+
+/// The status file tells of one job; of several, each has one that nobody else sees.
+void hideStatusFile(BootableUSB& builder) {
+    const auto directory = std::filesystem::path(builder.getErrorMessageFilePath()).parent_path();
+    if (exists(directory) &&
+        mount("tmpfs", directory.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=1m") != 0) {
+        throw Failure(withError(shown(directory)));
+    }
 }
 
 int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) {
@@ -121,15 +135,20 @@ int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) 
         reporter.reason("what was mounted is not this key's FAT file system");
         return EXIT_UNFINISHED;
     });
-    BootableUSB builder(logger);
+    KeyBuilder builder(logger);
+    if (!job.isAlone) {
+        hideStatusFile(builder);
+    }
     bool isInitialized = false;
-    bool format = job.format == "always";
+    bool format = job.choices.erase || job.choices.format == "always";
     int result = builder.init("..", deviceForLibrary(job, image), job.inputs.updates.topLevel(), PACKAGE_NAME,
                               isInitialized);
-    if (result == 0 && job.format == "auto") {
-        result = decideFormat(job, builder, format, reporter);
-    } else if (result == 0 && job.format == "never") {
+    if (result == 0 && job.choices.erase) {
+        result = makeNewKey(*job.target.disk, job.target.open, builder, logger, reporter);
+    } else if (result == 0 && job.choices.format == "never") {
         tellOfStrangers(job, reporter);
+    } else if (result == 0 && !format) {
+        result = decideFormat(job, builder, format, reporter);
     }
     if (result == 0) {
         reporter.changing();
@@ -138,23 +157,29 @@ int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) 
     return withToolsWords(result, reporter);
 }
 
+int fillAndReadBack(const KeyJob& job, const Descriptor& image, const Descriptor& workplace,
+                    Reporter& reporter) {
+    if (const int result = runWorkflow(job, image, reporter); result != 0) {
+        return result;
+    }
+    reporter.stage("Writing out");
+    if (fsync(job.target.open.number()) != 0) {
+        throw Failure(withError("the key could not take all that was written"));
+    }
+    return job.choices.job.verify ? readBack(job, workplace.number(), reporter) : 0;
+}
+
 } // namespace
 
 int fillKey(const KeyJob& job, Reporter& reporter) {
     if (!hasOwnMounts()) {
         throw Refusal("a key needs mounts of its own, and this machine does not grant them");
     }
-    const auto image = job.disk ? Descriptor() : openAgain(job.target, job.imagePath);
-    const auto workplace = takeIn(job.inputs, job.choices.show.pauses, reporter);
-    if (const int result = runWorkflow(job, image, reporter); result != 0) {
-        return result;
-    }
-    reporter.stage("Writing out");
-    if (fsync(job.target.number()) != 0) {
-        throw Failure(withError("the key could not take all that was written"));
-    }
-    const int result = job.choices.verify ? readBack(job, workplace.number(), reporter) : 0;
-    tidyUp(job.choices);
+    const auto image = job.target.disk ? Descriptor() : openAgain(job.target.open, job.target.imagePath);
+    linkContents(job.stock, job.workplace, LAUNCHERS_NAME);
+    const auto workplace = enterWorkplaceOfLibrary(job.choices.job.show.pauses, reporter);
+    const int result = fillAndReadBack(job, image, workplace, reporter);
+    tidyUp(job.choices.job, workplace);
     return result;
 }
 

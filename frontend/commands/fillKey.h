@@ -11,13 +11,20 @@
 
 namespace velacreate {
 
-struct KeyJob {
-    const JobChoices& choices;
-    const Inputs& inputs;
-    const Descriptor& target; ///< the whole disk, or the image of a key in its place
+/// A key, or the image of one in its place.
+struct KeyTarget {
+    const Descriptor& open;   ///< the whole disk, or the image
     std::optional<Disk> disk; ///< of a key
     std::string imagePath;    ///< of an image
-    std::string format;       ///< "always", "never" or "auto"
+};
+
+struct KeyJob {
+    const UsbChoices& choices;
+    const Inputs& inputs;
+    const Descriptor& stock;     ///< the directory of what was taken in
+    const Descriptor& workplace; ///< as the watcher opened it: files are linked within one mount only
+    KeyTarget target;
+    bool isAlone; ///< whether no other key is made at the same time
 };
 
 /// Fills the key, reads it back, and tells of it all.

@@ -50,7 +50,8 @@ void requireFileSizes(const Contents& contents) {
 
 int make(const IsoChoices& choices, const Inputs& inputs, const Toolkit& toolkit, Reporter& reporter) {
     const bool isPowerPc = choices.platform == "ppc";
-    const auto workplace = takeIn(inputs, choices.job.show.pauses, reporter);
+    const auto workplace = enterWorkplaceOfLibrary(choices.job.show.pauses, reporter);
+    takeIn(inputs, workplace, reporter);
     toolkit.copyHere();
     LibraryLogger logger(reporter);
     VelaCreation::BootableISO builder(logger);
@@ -67,7 +68,7 @@ int make(const IsoChoices& choices, const Inputs& inputs, const Toolkit& toolkit
         const Descriptor image(open(IMAGE_BELOW_WORKPLACE.c_str(), O_RDONLY | O_CLOEXEC));
         return compareArchive(workplace.number(), inputs.contents.tree, image, ownFiles, advance);
     };
-    return finish(choices.job, IMAGE_BELOW_WORKPLACE, inputs.contents.size(), compare, reporter);
+    return finish(choices.job, workplace, IMAGE_BELOW_WORKPLACE, inputs.contents.size(), compare, reporter);
 }
 
 int makeImage(const IsoChoices& choices, const Output& output, const Surroundings& surroundings) {
@@ -78,7 +79,7 @@ int makeImage(const IsoChoices& choices, const Output& output, const Surrounding
     inputs.requireOther(output);
     requireWhatItStartsFrom(inputs.package, isPowerPc);
     requireFileSizes(inputs.contents);
-    inputs.requireRoom(output.parent(), output.parentPath(), 2); // staged, and as the image
+    inputs.requireRoom(output.parent(), output.parentPath(), 1, 2); // staged, and as the image
     return makeOutput({choices.job, inputs, output, "the image " + shown(output.path()),
                        IMAGE_BELOW_WORKPLACE, "Copying files to working directory", "Creating iso file",
                        [&](Reporter& reporter) { return make(choices, inputs, toolkit, reporter); }});

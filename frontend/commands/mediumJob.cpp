@@ -86,11 +86,11 @@ void Inputs::announce(Console& console, const std::string& medium) const {
     }
 }
 
-void Inputs::requireRoom(const Descriptor& directory, const std::string& where,
-                         unsigned copiesOfMedium) const {
-    constexpr std::uint64_t BLOCK = 4096;        // that each file may take besides its size
-    constexpr std::uint64_t PADDING = 1U << 20U; // that tools add
-    const std::uint64_t packages = 2;            // as an archive, and unpacked
+void Inputs::requireRoom(const Descriptor& directory, const std::string& where, std::size_t timesUnpacked,
+                         std::size_t copiesOfMedium) const {
+    constexpr std::uint64_t BLOCK = 4096;              // that each file may take besides its size
+    constexpr std::uint64_t PADDING = 1U << 20U;       // that tools add
+    const std::uint64_t packages = 1U + timesUnpacked; // and as an archive
     const std::uint64_t files = packages * package.entries().size() + updates.entries().size() +
                                 copiesOfMedium * contents.tree.size();
     requireSpace(directory.number(), where,
@@ -114,16 +114,13 @@ Console openConsole(const ShowChoices& choices, const std::string& medium, const
     return {choices.verbose, choices.log};
 }
 
-Descriptor takeIn(const Inputs& inputs, bool keepPauses, Reporter& reporter) {
-    enterWorkplace();
-    watchStages([&reporter](const std::string& stage) { reporter.stage(stage); }, keepPauses);
+void takeIn(const Inputs& inputs, const Descriptor& workplace, Reporter& reporter) {
     reporter.stage("Taking in the files", inputs.package.unpackedSize() + inputs.updates.totalSize());
     std::mutex oneAtATime;
     const auto advance = [&](std::uint64_t bytes) {
         const std::lock_guard<std::mutex> lock(oneAtATime);
         reporter.advance(bytes);
     };
-    Descriptor workplace(open("..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const auto package =
         openBeneath(workplace.number(), PACKAGE_NAME, O_RDWR | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
     if (!package.isOpen()) {
@@ -132,7 +129,12 @@ Descriptor takeIn(const Inputs& inputs, bool keepPauses, Reporter& reporter) {
     auto packageWritten = std::async(std::launch::async, [&] { inputs.package.writeTo(package, advance); });
     inputs.updates.copyTo(workplace.number(), advance);
     packageWritten.get();
-    return workplace;
+}
+
+Descriptor enterWorkplaceOfLibrary(bool keepPauses, Reporter& reporter) {
+    enterWorkplace();
+    watchStages([&reporter](const std::string& stage) { reporter.stage(stage); }, keepPauses);
+    return Descriptor(open("..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
 int judge(const std::vector<std::string>& differences, const Reporter& reporter) {
@@ -149,9 +151,9 @@ int judge(const std::vector<std::string>& differences, const Reporter& reporter)
 namespace {
 
 /// What the medium was made of last: the reading back needs only what was taken in.
-void dropStaged(const JobChoices& choices) {
+void dropStaged(const JobChoices& choices, const Descriptor& workplace) {
     const auto staged =
-        openBeneath(AT_FDCWD, VelaCreation::BootableMedia::ISO_DIR_NAME, O_RDONLY | O_DIRECTORY);
+        openBeneath(workplace.number(), VelaCreation::BootableMedia::ISO_DIR_NAME, O_RDONLY | O_DIRECTORY);
     if (!choices.keep && staged.isOpen()) {
         removeContents(staged);
     }
@@ -159,13 +161,14 @@ void dropStaged(const JobChoices& choices) {
 
 } // namespace
 
-int finish(const JobChoices& choices, const std::string& path, std::uint64_t size,
-           const std::function<std::vector<std::string>(const Advance&)>& compare, Reporter& reporter) {
+int finish(const JobChoices& choices, const Descriptor& workplace, const std::string& path,
+           std::uint64_t size, const std::function<std::vector<std::string>(const Advance&)>& compare,
+           Reporter& reporter) {
     if (access(path.c_str(), R_OK) != 0) {
         throw Failure("the tool ended without a failure, but made nothing");
     }
     auto flushed = std::async(std::launch::async, [&path] { flush(path); });
-    auto unstaged = std::async(std::launch::async, [&choices] { dropStaged(choices); });
+    auto unstaged = std::async(std::launch::async, [&] { dropStaged(choices, workplace); });
     int result = 0;
     if (choices.verify) {
         reporter.stage("Reading back", size);
@@ -174,13 +177,12 @@ int finish(const JobChoices& choices, const std::string& path, std::uint64_t siz
     reporter.stage("Writing out");
     flushed.get();
     unstaged.get();
-    tidyUp(choices);
+    tidyUp(choices, workplace);
     return result;
 }
 
-void tidyUp(const JobChoices& choices) {
-    const Descriptor workplace(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!choices.keep && workplace.isOpen()) {
+void tidyUp(const JobChoices& choices, const Descriptor& workplace) {
+    if (!choices.keep) {
         removeContents(workplace, LAUNCHERS_NAME);
     }
 }

@@ -39,9 +39,10 @@ struct Inputs {
     /// Says what is begun, and what the user might not expect of it.
     void announce(Console& console, const std::string& medium) const;
 
-    /// Refuses a job for which there is too little free space: for what is copied into its workplace and
-    /// unpacked there, and for the medium itself, as often as it is written there.
-    void requireRoom(const Descriptor& directory, const std::string& where, unsigned copiesOfMedium) const;
+    /// Refuses a job for which there is too little free space: for what is taken in, for the package as often
+    /// as it is unpacked, and for the medium itself, as often as it is written there.
+    void requireRoom(const Descriptor& directory, const std::string& where, std::size_t timesUnpacked,
+                     std::size_t copiesOfMedium) const;
 };
 
 /// Opens the console; the log file is the last thing to be checked, as it is made.
@@ -51,10 +52,14 @@ struct Inputs {
 /// @throw Refusal
 Console openConsole(const ShowChoices& choices, const std::string& medium, const Inputs* inputs = nullptr);
 
-/// In the job's process: enters the workplace and puts everything there. The current directory is then the
-/// launchers' folder in it.
+/// In the job's process: copies what a medium is made from into a workplace.
+/// @throw Refusal or Failure when that is not what it was any more
+void takeIn(const Inputs& inputs, const Descriptor& workplace, Reporter& reporter);
+
+/// In the job's process, which starts in its workplace: enters it, so that the library can work there. The
+/// current directory is then the launchers' folder.
 /// @return the workplace
-Descriptor takeIn(const Inputs& inputs, bool keepPauses, Reporter& reporter);
+Descriptor enterWorkplaceOfLibrary(bool keepPauses, Reporter& reporter);
 
 /// In the job's process: tells of each difference.
 /// @return EXIT_DIFFERENT, or 0 when there is none
@@ -66,12 +71,13 @@ int judge(const std::vector<std::string>& differences, const Reporter& reporter)
 /// @param compare  finds the differences
 /// @return as of `judge`
 /// @throw Failure
-int finish(const JobChoices& choices, const std::string& path, std::uint64_t size,
-           const std::function<std::vector<std::string>(const Advance&)>& compare, Reporter& reporter);
+int finish(const JobChoices& choices, const Descriptor& workplace, const std::string& path,
+           std::uint64_t size, const std::function<std::vector<std::string>(const Advance&)>& compare,
+           Reporter& reporter);
 
-/// In the job's process, when all went well: removes what it has in the workplace but the output, so that the
-/// watcher has not to, with other media to look after.
-void tidyUp(const JobChoices& choices);
+/// In the job's process: removes what it has in the workplace but the output, so that the watcher has not to,
+/// with other media to look after.
+void tidyUp(const JobChoices& choices, const Descriptor& workplace);
 
 /// The job of an image or of a network-boot package.
 struct OutputJob {

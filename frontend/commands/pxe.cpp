@@ -33,7 +33,8 @@ std::vector<std::string> differences(const Descriptor& workplace, const Contents
 }
 
 int make(const JobChoices& choices, const Inputs& inputs, Reporter& reporter) {
-    const auto workplace = takeIn(inputs, choices.show.pauses, reporter);
+    const auto workplace = enterWorkplaceOfLibrary(choices.show.pauses, reporter);
+    takeIn(inputs, workplace, reporter);
     LibraryLogger logger(reporter);
     VelaCreation::BootableIMG builder(logger);
     auto files = inputs.updates.topLevel();
@@ -45,7 +46,7 @@ int make(const JobChoices& choices, const Inputs& inputs, Reporter& reporter) {
     const auto compare = [&](const Advance& advance) {
         return differences(workplace, inputs.contents, advance);
     };
-    return finish(choices, PACKAGE_BELOW_WORKPLACE, inputs.contents.size(), compare, reporter);
+    return finish(choices, workplace, PACKAGE_BELOW_WORKPLACE, inputs.contents.size(), compare, reporter);
 }
 
 } // namespace
@@ -56,7 +57,7 @@ int makePxePackage(const PxeChoices& choices) {
     const Inputs inputs(choices.job, Medium::package);
     inputs.requireOther(output);
     inputs.package.requireFile("boot/pxelinux.0", "a machine on the network starts from it");
-    inputs.requireRoom(output.parent(), output.parentPath(), 2); // staged, and packed
+    inputs.requireRoom(output.parent(), output.parentPath(), 1, 2); // staged, and packed
     return makeOutput({choices.job, inputs, output, "the network-boot package " + shown(output.path()),
                        PACKAGE_BELOW_WORKPLACE, "Copying files to PXE directory", "Zipping files",
                        [&](Reporter& reporter) { return make(choices.job, inputs, reporter); }});

@@ -1,13 +1,12 @@
 #include "commands/commands.h"
 
 #include "commands/consent.h"
-#include "commands/fillKey.h"
+#include "commands/keyJobs.h"
+#include "commands/keyResults.h"
+#include "commands/keys.h"
 #include "commands/scratch.h"
 #include "disks/fatVolume.h"
-#include "disks/guard.h"
-#include "disks/keyHold.h"
-#include "inputs/limits.h"
-#include "job/workplace.h"
+#include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/programs.h"
 #include "support/sizeText.h"
@@ -30,90 +29,103 @@ void requireRoot() {
     }
 }
 
-void requireFitting(const Contents& contents, std::uint64_t capacity, const std::string& medium) {
-    std::uint64_t size = 0;
-    for (const auto& [place, part] : contents.tree) {
-        requireFileSize(place, part.size, "a FAT file system");
-        size += (part.size + SECTOR - 1) / SECTOR * SECTOR;
+void requireSense(const UsbChoices& choices) {
+    if (choices.erase && choices.format == "never") {
+        throw Refusal("what is erased is formatted; leave out --format never");
     }
-    if (capacity == 0) {
-        throw Refusal(medium + " holds no FAT file system");
+    if (choices.image.empty()) {
+        return;
     }
-    if (size > capacity) {
-        throw Refusal("the files take " + sizeText(size) + ", and " + medium + " holds " +
-                      sizeText(capacity));
+    if (choices.erase || choices.format == "always") {
+        throw Refusal(std::string("an image is not formatted; leave out ") +
+                      (choices.erase ? "--erase" : "--format always"));
+    }
+    if (choices.eject || !choices.report.empty()) {
+        throw Refusal(std::string("an image is no key; leave out ") +
+                      (choices.eject ? "--eject" : "--report"));
     }
 }
 
-int runJob(const KeyJob& job, const std::string& medium, const std::string& size,
-           const ScratchDirectory& scratch, const std::map<std::string, Gauge>& gauges,
-           const HeldSignals& signals, Console& console) {
-    job.inputs.announce(console, medium);
-    Workplace workplace(scratch.directory(), scratch.path());
-    const auto outcome = watch({{medium, workplace.directory().number(),
-                                 [&](Reporter& reporter) { return fillKey(job, reporter); }, gauges}},
-                               1, signals, console)
-                             .front();
-    leave(job.choices, workplace, console);
-    return conclude(console, outcome, medium, size + readBackText(job.choices.verify));
-}
-
-std::string cloneImageFor(std::uint64_t size) {
-    constexpr std::uint64_t GIB = 1U << 30U;
-    return size <= GIB       ? "init1.img"
-           : size <= 2 * GIB ? "init2.img"
-           : size <= 4 * GIB ? "init4.img"
-                             : "init8.img";
-}
-
-/// Of files, at the most. What a new file system takes for itself is not known before.
-std::uint64_t capacityOf(const Disk& disk, const std::string& format) {
-    if (format != "never") {
-        return partitionSize(disk, 4);
-    }
-    const Descriptor partition(open(("/dev/" + disk.partitionName(4)).c_str(), O_RDONLY | O_CLOEXEC));
-    return fatCapacity(partition, 0);
-}
-
-int fillDevice(const UsbChoices& choices, const Inputs& inputs, const ScratchDirectory& scratch) {
-    if (choices.format != "never") {
+void requireProgramsFor(const UsbChoices& choices) {
+    requirePrograms({"unzip", "mount", "umount"});
+    if (choices.image.empty() && choices.format != "never") {
         requirePrograms({"mkfs", "mkfs.vfat", "sfdisk"});
     }
-    const KeyHold key(wholeDisk(choices.device));
-    if (const auto reason = objection(key.disk(), choices.anyDisk); !reason.empty()) {
-        throw Refusal(key.disk().node() + " " + reason);
+}
+
+/// By the kernel's own count, which also shows the flushing that would otherwise look like a standstill.
+std::map<std::string, Gauge> gaugesOf(const KeyHold& hold, std::uint64_t expected) {
+    const auto before = hold.traffic().written;
+    const Gauge written{expected, [&hold, before] { // 0 once it is pulled
+                            return (std::max(hold.traffic().written, before) - before) * SECTOR;
+                        }};
+    return {{"Copying files to working directory", written},
+            {"Copying files to USB key", written},
+            {"Writing out", written}};
+}
+
+std::vector<KeyTask> tasksFor(const std::vector<Key>& keys, std::uint64_t expected) {
+    std::vector<KeyTask> tasks;
+    for (const auto& key : keys) {
+        if (isTaken(key)) {
+            tasks.push_back(
+                {key.disk.node(), {key.hold->descriptor(), key.disk, ""}, gaugesOf(*key.hold, expected)});
+        }
     }
-    const auto size = describe(key.disk()).size;
-    if (choices.format == "auto") {
-        inputs.package.requireFile(cloneImageFor(size), "a key of this size is recognised by it");
+    return tasks;
+}
+
+/// In the order of the keys, those that were not begun included.
+std::vector<Outcome> outcomesOf(const std::vector<Key>& keys, const std::vector<Outcome>& ofTaken) {
+    std::vector<Outcome> outcomes;
+    auto next = ofTaken.begin();
+    for (const auto& key : keys) {
+        outcomes.push_back(isTaken(key) ? *next++ : Outcome{EXIT_REFUSED, key.objection, {}, false, 0});
     }
-    requireFitting(inputs.contents, capacityOf(key.disk(), choices.format),
-                   "partition 4 of " + key.disk().node());
+    return outcomes;
+}
+
+std::string mediaText(const std::vector<Key>& keys) {
+    const auto count = std::count_if(keys.begin(), keys.end(), isTaken);
+    const auto first = std::find_if(keys.begin(), keys.end(), isTaken);
+    return count == 1 ? "the key " + first->disk.node() : std::to_string(count) + " keys";
+}
+
+/// As with the log file, what is checked last is what is made.
+Report openReport(const std::string& path, const std::string& log, const Inputs& inputs) {
+    struct stat about {};
+    struct stat logs {};
+    if (!path.empty() && stat(path.c_str(), &about) == 0) {
+        inputs.requireOther(about, "the report " + shown(path));
+        if (!log.empty() && stat(log.c_str(), &logs) == 0 && isSameFile(about, logs)) {
+            throw Refusal("the report " + shown(path) + " is the log file");
+        }
+    }
+    return Report(path);
+}
+
+int fillKeys(const UsbChoices& choices, const Inputs& inputs, const ScratchDirectory& scratch) {
+    auto keys = chooseKeys(choices, inputs);
+    inputs.requireRoom(scratch.directory(), scratch.path(),
+                       choices.jobs != 0 ? std::min(choices.jobs, keys.size()) : keys.size(), 0);
     auto console = openConsole(choices.job.show, "", &inputs);
+    auto report = openReport(choices.report, choices.job.show.log, inputs);
     const HeldSignals signals;
-    if (const int status = askForConsent(key, choices, signals); status != 0) {
-        console.complain("interrupted; the key was left as it is");
+    if (const int status = askForConsent(keys, choices, signals); status != 0) {
+        console.complain("interrupted; nothing was changed");
         return status;
     }
-    key.unmount();
+    unmountKeys(keys);
 
-    const auto before = key.traffic().written;
-    const Gauge written{inputs.contents.size(), [&key, before] {
-                            return (std::max(key.traffic().written, before) - before) *
-                                   SECTOR; // 0 once it is pulled
-                        }};
-    return runJob({choices.job, inputs, key.descriptor(), key.disk(), "", choices.format},
-                  "the key " + key.disk().node(), sizeText(size), scratch,
-                  {{"Copying files to working directory", written},
-                   {"Copying files to USB key", written},
-                   {"Writing out", written}},
-                  signals, console);
+    inputs.announce(console, mediaText(keys));
+    UpdateSums sums;
+    const auto outcomes = outcomesOf(keys, runKeyJobs({choices, inputs, scratch, signals, console},
+                                                      tasksFor(keys, inputs.contents.size()),
+                                                      choices.report.empty() ? nullptr : &sums));
+    return concludeKeys(keys, outcomes, choices, sums, report, console);
 }
 
 int fillImage(const UsbChoices& choices, const Inputs& inputs, const ScratchDirectory& scratch) {
-    if (choices.format == "always") {
-        throw Refusal("an image is not formatted; leave out --format always");
-    }
     const auto path = absolutePath(choices.image);
     const Descriptor image(open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
     if (!image.isOpen()) {
@@ -129,21 +141,29 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const ScratchDire
     if (flock(image.number(), LOCK_EX | LOCK_NB) != 0) {
         throw Refusal("another program is working on " + shown(path));
     }
+    inputs.requireRoom(scratch.directory(), scratch.path(), 1, 0);
     auto console = openConsole(choices.job.show, path, &inputs);
     const HeldSignals signals;
-    return runJob({choices.job, inputs, image, std::nullopt, path, "never"}, "the key image " + shown(path),
-                  sizeText(static_cast<std::uint64_t>(about.st_size)), scratch, {}, signals, console);
+    const auto medium = "the key image " + shown(path);
+    inputs.announce(console, medium);
+    UsbChoices asItIs = choices;
+    asItIs.format = "never";
+    const auto outcome = runKeyJobs({asItIs, inputs, scratch, signals, console},
+                                    {{medium, {image, std::nullopt, path}, {}}}, nullptr)
+                             .front();
+    return conclude(console, outcome, medium,
+                    sizeText(static_cast<std::uint64_t>(about.st_size)) + readBackText(choices.job.verify));
 }
 
 } // namespace
 
 int makeUsbKey(const UsbChoices& choices, const Surroundings& surroundings) {
     requireRoot();
-    requirePrograms({"unzip", "mount", "umount"});
+    requireSense(choices);
+    requireProgramsFor(choices);
     const ScratchDirectory scratch(choices.work, surroundings);
     const Inputs inputs(choices.job, Medium::key);
-    inputs.requireRoom(scratch.directory(), scratch.path(), 0);
-    return choices.image.empty() ? fillDevice(choices, inputs, scratch) : fillImage(choices, inputs, scratch);
+    return choices.image.empty() ? fillKeys(choices, inputs, scratch) : fillImage(choices, inputs, scratch);
 }
 
 } // namespace velacreate

@@ -17,6 +17,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* OPTICAL_DRIVE = "5";
+constexpr const char* SD_CARD = "SD";
 constexpr std::uint64_t SECTOR_SIZE = 512; // the kernel's, whatever the disk's own is
 
 bool isPlainWord(const std::string& name) {
@@ -31,18 +32,16 @@ std::uint64_t sizeOf(const fs::path& directory) {
     return sectors.empty() ? 0 : std::stoull(sectors) * SECTOR_SIZE;
 }
 
-/// The USB device that a block device is part of, such as ".../usb1/1-2"; empty when it is on no USB.
-fs::path usbDevice(fs::path directory) {
-    while (directory.has_relative_path() && !fs::exists(directory / "busnum")) {
-        directory = directory.parent_path();
-    }
-    return directory.has_relative_path() ? directory : "";
+/// The kernel calls no card of a reader of the machine's own removable; an eMMC, which is soldered in, has
+/// another type.
+bool holdsRemovable(const fs::path& directory) {
+    return attribute(directory / "removable") == "1" || attribute(directory / "device/type") == SD_CARD;
 }
 
 bool isRemovable(const fs::path& directory) {
     const bool isVirtual = directory.string().rfind("/sys/devices/virtual/", 0) == 0;
     return !isVirtual && attribute(directory / "device/type") != OPTICAL_DRIVE && sizeOf(directory) != 0 &&
-           (attribute(directory / "removable") == "1" || !usbDevice(directory).empty());
+           (holdsRemovable(directory) || !usbDevice(directory).empty());
 }
 
 /// What a disk says of itself is a stranger's text.
@@ -99,6 +98,10 @@ std::vector<Disk> removableDisks() {
     std::sort(disks.begin(), disks.end(),
               [](const Disk& one, const Disk& other) { return one.name < other.name; });
     return disks;
+}
+
+bool isRemovableMedium(const Disk& disk) {
+    return holdsRemovable(deviceDirectory(disk.number));
 }
 
 DiskDescription describe(const Disk& disk) {

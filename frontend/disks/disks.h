@@ -39,6 +39,10 @@ Disk wholeDisk(const std::string& path);
 /// @return the removable and the USB disks with a medium in them, by name; no optical drives
 std::vector<Disk> removableDisks();
 
+/// Whether a disk says of itself that its medium is removable, as a stick does and a USB hard disk does not;
+/// or it is an SD card, for which its reader speaks.
+bool isRemovableMedium(const Disk& disk);
+
 DiskDescription describe(const Disk& disk);
 
 /// @return the number of a partition's device; 0 when there is none

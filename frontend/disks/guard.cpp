@@ -61,12 +61,6 @@ std::string usedBySystem(const Disk& disk) {
     return "";
 }
 
-std::string lacksPartition(const Disk& disk) {
-    const auto number = partitionNumber(disk, FILE_SYSTEM_PARTITION);
-    const auto node = "/dev/" + disk.partitionName(FILE_SYSTEM_PARTITION);
-    return number != 0 && blockDevice(node) == number ? "" : "has no fourth partition (" + node + ")";
-}
-
 } // namespace
 
 std::string objection(const Disk& disk, bool anyDisk) {
@@ -86,7 +80,15 @@ std::string objection(const Disk& disk, bool anyDisk) {
     if (attribute(directory / "ro") == "1") {
         return "is read-only";
     }
-    return lacksPartition(disk);
+    return "";
+}
+
+std::string lacksPartition(const Disk& disk) {
+    const auto number = partitionNumber(disk, FILE_SYSTEM_PARTITION);
+    const auto node = "/dev/" + disk.partitionName(FILE_SYSTEM_PARTITION);
+    return number != 0 && blockDevice(node) == number
+               ? ""
+               : "has no fourth partition (" + node + "); --erase makes a key of any stick";
 }
 
 } // namespace velacreate

@@ -27,6 +27,13 @@ dev_t deviceNumber(const fs::path& directory) {
     return text >> major >> colon >> minor ? makedev(major, minor) : 0;
 }
 
+fs::path usbDevice(fs::path directory) {
+    while (directory.has_relative_path() && !fs::exists(directory / "busnum")) {
+        directory = directory.parent_path();
+    }
+    return directory.has_relative_path() ? directory : "";
+}
+
 std::string attribute(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};

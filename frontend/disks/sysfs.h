@@ -18,6 +18,10 @@ std::filesystem::path deviceDirectory(dev_t device);
 /// @return the number of the device that a directory stands for; 0 when there is none
 dev_t deviceNumber(const std::filesystem::path& directory);
 
+/// @return the directory of the USB device that a block device's directory is in, such as ".../usb1/1-2";
+/// empty when it is on no USB
+std::filesystem::path usbDevice(std::filesystem::path directory);
+
 /// @return the text of a file without the blanks around it; empty when it cannot be read
 std::string attribute(const std::filesystem::path& file);
 

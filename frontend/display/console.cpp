@@ -1,41 +1,19 @@
 #include "display/console.h"
 
 #include "support/failure.h"
+#include "support/keptFile.h"
 
-#include <cerrno>
 #include <ctime>
 #include <iomanip>
 #include <sstream>
 
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace velacreate {
 
-namespace {
-
-/// A file or a device: nothing that has to be waited for, and nothing that a link leads to.
-Descriptor openLog(const std::string& path) {
-    constexpr mode_t READABLE = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
-    const std::string what = "the log file " + shown(path);
-    Descriptor log(open(path.c_str(),
-                        O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
-                        READABLE));
-    if (!log.isOpen()) {
-        throw Refusal(errno == ELOOP ? what + " is a link" : withError(what));
-    }
-    const mode_t mode = log.status().st_mode;
-    if (!S_ISREG(mode) && !S_ISCHR(mode)) {
-        throw Refusal(what + " is no file");
-    }
-    return log;
-}
-
-} // namespace
-
 Console::Console(bool verbose, const std::string& logFile) : m_verbose(verbose) {
     if (!logFile.empty()) {
-        m_log = openLog(logFile);
+        m_log = openToAdd("the log file", logFile);
     }
 }
 

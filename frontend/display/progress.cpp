@@ -1,5 +1,6 @@
 #include "display/progress.h"
 
+#include "support/failure.h"
 #include "support/sizeText.h"
 
 #include <algorithm>
@@ -20,9 +21,13 @@ bool isTerminal() {
     return isatty(STDOUT_FILENO) != 0 && type != nullptr && std::string(type) != "dumb";
 }
 
-std::size_t terminalWidth() {
+/// What a line, and what all lines may take: the last column and the last line are the cursor's.
+winsize terminalSize() {
     winsize size{};
-    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col - 1U : 79U;
+    const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0;
+    size.ws_col = isKnown && size.ws_col > 1 ? static_cast<unsigned short>(size.ws_col - 1) : 79;
+    size.ws_row = isKnown && size.ws_row > 1 ? static_cast<unsigned short>(size.ws_row - 1) : 23;
+    return size;
 }
 
 std::string timeText(double seconds) {
@@ -37,7 +42,7 @@ std::string timeText(double seconds) {
 Progress::Progress(const Screen& screen, std::vector<std::string> media)
     : m_screen(screen), m_isLive(isTerminal()) {
     for (auto& medium : media) {
-        m_rows.push_back({std::move(medium), "waiting", 0, 0, std::chrono::steady_clock::now()});
+        m_rows.push_back({std::move(medium), "waiting", 0, 0, std::chrono::steady_clock::now(), false});
     }
 }
 
@@ -47,7 +52,7 @@ Progress::~Progress() {
 
 void Progress::stage(std::size_t medium, const std::string& text, std::uint64_t expected) {
     Row& row = m_rows.at(medium);
-    row = {row.medium, text, expected, 0, std::chrono::steady_clock::now()};
+    row = {row.medium, text, expected, 0, std::chrono::steady_clock::now(), true};
     if (!m_isLive) {
         m_screen.write(STDOUT_FILENO, (m_rows.size() > 1 ? row.medium + ": " : "") + text + "...\n");
     } else {
@@ -63,9 +68,12 @@ void Progress::done(std::size_t medium, std::uint64_t bytes) {
     m_rows.at(medium).done = bytes;
 }
 
-void Progress::ended(std::size_t medium) {
+void Progress::ended(std::size_t medium, const std::string& text) {
     Row& row = m_rows.at(medium);
-    row = {row.medium, "ended", 0, 0, row.start};
+    row = {row.medium, printable(text), 0, 0, row.start, false};
+    if (!m_isLive && m_rows.size() > 1) {
+        m_screen.write(STDOUT_FILENO, row.medium + ": " + row.stage + "\n");
+    }
 }
 
 void Progress::erase() {
@@ -79,13 +87,26 @@ void Progress::draw() {
     if (!m_isLive) {
         return;
     }
-    const auto width = terminalWidth();
+    const auto size = terminalSize();
     std::string lines = m_drawn != 0 ? "\033[" + std::to_string(m_drawn) + "A" : "";
-    for (const Row& row : m_rows) {
-        lines += "\r\033[K" + lineFor(row, width) + "\n";
+    const auto rows = shownRows(size.ws_row);
+    for (const Row* row : rows) {
+        lines += "\r\033[K" + lineFor(*row, size.ws_col) + "\n";
     }
-    m_drawn = m_rows.size();
+    lines += m_drawn > rows.size() ? "\033[J" : "";
+    m_drawn = rows.size();
     m_screen.write(STDOUT_FILENO, lines);
+}
+
+std::vector<const Progress::Row*> Progress::shownRows(std::size_t height) const {
+    std::vector<const Row*> rows;
+    const bool areAllShown = m_rows.size() <= height;
+    for (const Row& row : m_rows) {
+        if (areAllShown || (row.isAtWork && rows.size() < height)) {
+            rows.push_back(&row);
+        }
+    }
+    return rows;
 }
 
 std::string Progress::lineFor(const Row& row, std::size_t width) const {

@@ -13,7 +13,8 @@
 namespace velacreate {
 
 /// On a terminal, one line for each medium, redrawn: the stage, bytes done of bytes expected, rate and time
-/// left. Elsewhere a plain line a stage, with the medium's name in front where there are several.
+/// left; those at work first to be seen where there are more media than lines. Elsewhere a plain line a
+/// stage, with the medium's name in front where there are several.
 class Progress {
 public:
     Progress(const Screen& screen, std::vector<std::string> media);
@@ -25,7 +26,8 @@ public:
     void stage(std::size_t medium, const std::string& text, std::uint64_t expected = 0);
     void expect(std::size_t medium, std::uint64_t bytes);
     void done(std::size_t medium, std::uint64_t bytes);
-    void ended(std::size_t medium);
+    /// @param text  how
+    void ended(std::size_t medium, const std::string& text);
 
     /// Takes the lines off the terminal, so that others can be written.
     void erase();
@@ -42,8 +44,10 @@ private:
         std::uint64_t expected = 0;
         std::uint64_t done = 0;
         std::chrono::steady_clock::time_point start;
+        bool isAtWork = false;
     };
 
+    std::vector<const Row*> shownRows(std::size_t height) const;
     std::string lineFor(const Row& row, std::size_t width) const;
     static std::vector<std::string> figuresOf(const Row& row);
 

@@ -3,6 +3,8 @@
 #include "support/exitStatus.h"
 
 #include <cmath>
+#include <iomanip>
+#include <sstream>
 
 namespace velacreate {
 
@@ -17,7 +19,35 @@ std::string ended(const std::string& sentence) {
     return std::string(".!?").find(sentence.back()) != std::string::npos ? sentence : sentence + ".";
 }
 
+std::string rateText(double bytesPerSecond) {
+    std::ostringstream text;
+    const double megabytes = bytesPerSecond / 1e6;
+    text << std::fixed << std::setprecision(megabytes < 10 ? 1 : 0) << megabytes << " MB/s";
+    return text.str();
+}
+
 } // namespace
+
+std::string failureText(const Outcome& outcome) {
+    if (outcome.status == EXIT_REFUSED) {
+        return outcome.reason;
+    }
+    const std::string text =
+        std::string(exitStatus(outcome.status).meaning) + " (" + std::to_string(outcome.status) + ")";
+    return text + (outcome.reason.empty() ? "" : ": " + outcome.reason);
+}
+
+std::string resultText(const Outcome& outcome, bool wasReadBack) {
+    if (outcome.status == EXIT_INTERRUPTED) {
+        return outcome.hasChanged ? "interrupted, now incomplete" : "interrupted, left as it was";
+    }
+    if (outcome.status != 0) {
+        return "failed: " + failureText(outcome);
+    }
+    return "made, " + timeText(outcome.seconds) +
+           (outcome.bytesPerSecond > 0 ? ", " + rateText(outcome.bytesPerSecond) : "") +
+           (wasReadBack ? ", read back" : "");
+}
 
 int conclude(Console& console, const Outcome& outcome, const std::string& medium, const std::string& made) {
     const auto& status = exitStatus(outcome.status);
@@ -39,11 +69,7 @@ int conclude(Console& console, const Outcome& outcome, const std::string& medium
             console.showLogged(line);
         }
     }
-    std::string line = medium + state + ": " + status.meaning + " (" + std::to_string(outcome.status) + ")";
-    if (!outcome.reason.empty()) {
-        line += ": " + outcome.reason;
-    }
-    line = ended(line);
+    const auto line = ended(medium + state + ": " + failureText(outcome));
     console.complain(line + (*status.nextStep != '\0' ? std::string(" ") + status.nextStep : ""));
     return status.status;
 }

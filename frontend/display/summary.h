@@ -17,7 +17,14 @@ struct Outcome {
     std::vector<std::string> failures; ///< the library's messages of level 0
     bool hasChanged;                   ///< whether the medium was changed
     double seconds;
+    double bytesPerSecond = 0; ///< written to the medium; 0 when it was not counted
 };
+
+/// Why a medium was not made: what its status means, and the reason.
+std::string failureText(const Outcome& outcome);
+
+/// What became of one medium of several: "made, 52 s, 41 MB/s, read back", or "failed: " and why.
+std::string resultText(const Outcome& outcome, bool wasReadBack);
 
 /// Says it: what was made on standard output; on standard error what was not, after the library's own
 /// messages.

@@ -5,6 +5,7 @@
 
 #include "job/reporter.h"
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <utility>
@@ -20,16 +21,22 @@ public:
         : m_reporter(reporter), m_checkpoint(std::move(checkpoint)) {}
 
     void logMessage(int level, const std::string& message) override {
-        m_reporter.message(level, message);
+        m_reporter.message(m_isTrying ? std::max(level, 1) : level, message);
     }
     int checkpoint(int level, const std::string& message) override {
         logMessage(level, message);
         return m_checkpoint ? m_checkpoint() : 0;
     }
 
+    /// While something is tried that may fail, failures are no more than other messages.
+    void setTrying(bool isTrying) {
+        m_isTrying = isTrying;
+    }
+
 private:
     Reporter& m_reporter;
     std::function<int()> m_checkpoint;
+    bool m_isTrying = false;
 };
 
 /// Tells, when an operation of the library has failed, what the tool said that it ran last: the library has

@@ -37,12 +37,17 @@ sigset_t endingSignals() {
     return signals;
 }
 
+double secondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
 /// A job that runs, and what it has told so far.
 class Running {
 public:
-    Running(const MediumJob& job, std::size_t index, Console& console, Progress& progress)
-        : m_job(job), m_index(index), m_console(console), m_progress(progress),
-          m_process(job.workplace, job.work) {}
+    /// @param isAlone  whether there is no other medium, so that messages need not name this one
+    Running(const MediumJob& job, std::size_t index, bool isAlone, Console& console, Progress& progress)
+        : m_job(job), m_index(index), m_name(isAlone ? "" : job.medium + ": "), m_console(console),
+          m_progress(progress), m_process(job.workplace, job.work) {}
 
     const ChildProcess& process() const {
         return m_process;
@@ -92,8 +97,10 @@ public:
         if (!m_said.empty()) {
             takeFailure(m_said);
         }
-        m_outcome.seconds = std::chrono::duration<double>(Clock::now() - m_start).count();
-        m_progress.ended(m_index);
+        leaveGauge();
+        m_outcome.seconds = secondsSince(m_start);
+        m_outcome.bytesPerSecond = m_gauged > 0 ? static_cast<double>(m_written) / m_gauged : 0;
+        m_progress.ended(m_index, resultText(m_outcome, false));
         return m_outcome;
     }
 
@@ -101,9 +108,10 @@ private:
     void take(const Event& event) {
         switch (event.kind) {
         case Event::Kind::stage: {
+            leaveGauge();
             const auto found = m_job.gauges.find(event.text);
             m_gauge = found != m_job.gauges.end() ? &found->second : nullptr;
-            m_console.log(2, event.text);
+            m_console.log(2, m_name + event.text);
             m_progress.stage(m_index, event.text, m_gauge != nullptr ? m_gauge->expected : 0);
             break;
         }
@@ -117,7 +125,7 @@ private:
             takeFailure(event.text);
             break;
         case Event::Kind::progress:
-            m_console.message(2, event.text);
+            m_console.message(2, m_name + event.text);
             break;
         case Event::Kind::changing:
             m_outcome.hasChanged = true;
@@ -126,7 +134,7 @@ private:
             m_isBurning = true;
             break;
         case Event::Kind::note:
-            m_console.say("Note: " + event.text);
+            m_console.say("Note: " + m_name + event.text);
             break;
         case Event::Kind::reason:
             m_outcome.reason = event.text;
@@ -139,17 +147,31 @@ private:
 
     void takeFailure(const std::string& text) {
         m_outcome.failures.push_back(text);
-        m_console.message(0, text);
+        m_console.message(0, m_name + text);
+    }
+
+    /// What the gauge has shown is kept, for the rate.
+    void leaveGauge() {
+        if (m_gauge != nullptr) {
+            m_written = std::max(m_written, m_gauge->done());
+            m_gauged += secondsSince(m_stageStart);
+        }
+        m_gauge = nullptr;
+        m_stageStart = Clock::now();
     }
 
     const MediumJob& m_job;
     std::size_t m_index;
+    std::string m_name;
     Console& m_console;
     Progress& m_progress;
     ChildProcess m_process;
     Clock::time_point m_start = Clock::now();
     Clock::time_point m_nextLook;
+    Clock::time_point m_stageStart = Clock::now();
     const Gauge* m_gauge = nullptr;
+    std::uint64_t m_written = 0; ///< by the gauges of the stages before
+    double m_gauged = 0;         ///< seconds in them
     std::string m_said;
     bool m_hasEvents = true;
     bool m_hasOutput = true;
@@ -188,7 +210,8 @@ public:
 private:
     void startMore() {
         while (!m_mercyEnds && m_next < m_jobs.size() && m_running.size() < m_atOnce) {
-            m_running.push_back(std::make_unique<Running>(m_jobs[m_next], m_next, m_console, m_progress));
+            m_running.push_back(
+                std::make_unique<Running>(m_jobs[m_next], m_next, m_jobs.size() == 1, m_console, m_progress));
             ++m_next;
         }
     }

@@ -124,6 +124,21 @@ void removeContents(const Descriptor& directory, const std::string& besides) {
     });
 }
 
+void linkContents(const Descriptor& from, const Descriptor& to, const std::string& besides) {
+    forEachEntry(from.number(), [&](const std::string& name) {
+        if (name == besides) {
+            return;
+        }
+        const auto below = openWithin(from.number(), name, O_RDONLY | O_DIRECTORY);
+        if (!below.isOpen()) {
+            require(linkat(from.number(), name.c_str(), to.number(), name.c_str(), 0) == 0, shown(name));
+            return;
+        }
+        require(mkdirat(to.number(), name.c_str(), S_IRWXU) == 0, shown(name));
+        linkContents(below, openWithin(to.number(), name, O_RDONLY | O_DIRECTORY));
+    });
+}
+
 std::uint64_t sizeBelow(int directory, const std::string& path) {
     struct stat about {};
     if (fstatat(directory, path.c_str(), &about, AT_SYMLINK_NOFOLLOW) != 0) {

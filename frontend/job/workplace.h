@@ -43,6 +43,11 @@ private:
 /// @param besides  what stays at its top, if anything
 void removeContents(const Descriptor& directory, const std::string& besides = "");
 
+/// Lets all that is in a directory stand in another one as well: files by links, which takes no space.
+/// @param besides  what is left out at its top
+/// @throw Failure
+void linkContents(const Descriptor& from, const Descriptor& to, const std::string& besides = "");
+
 /// @return the size of all files at a path below a directory, or of the file that is there; 0 when nothing is
 /// there
 std::uint64_t sizeBelow(int directory, const std::string& path);

@@ -1,0 +1,81 @@
+#include "commands/keyJobs.h"
+
+#include "inputs/checksum.h"
+#include "inputs/jobNames.h"
+#include "support/failure.h"
+
+#include <deque>
+#include <fstream>
+
+#include <fcntl.h>
+
+namespace velacreate {
+
+namespace {
+
+const std::string SUMS = std::string(LAUNCHERS_NAME) + "/sums";
+
+void writeSums(const UpdateFiles& updates, const Descriptor& stock) {
+    std::ofstream sums(SUMS);
+    for (const auto& [place, entry] : updates.entries()) {
+        if (!entry.isDirectory) {
+            const auto file = openBeneath(stock.number(), place, O_RDONLY);
+            sums << sha256Of(file) << place << '\n';
+        }
+    }
+    if (!sums.flush()) {
+        throw Failure("the sums of the update files cannot be kept");
+    }
+}
+
+UpdateSums readSums(const Descriptor& stock) {
+    constexpr std::size_t LENGTH = 64; // of a sum
+    UpdateSums sums;
+    std::ifstream lines(openBeneath(stock.number(), SUMS, O_RDONLY).path());
+    for (std::string line; std::getline(lines, line);) {
+        sums[line.substr(LENGTH)] = line.substr(0, LENGTH);
+    }
+    return sums;
+}
+
+Outcome takeInto(const Workplace& stock, const KeyJobs& jobs, bool withSums) {
+    const auto work = [&](Reporter& reporter) {
+        const Descriptor here(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        takeIn(jobs.inputs, here, reporter);
+        if (withSums) {
+            writeSums(jobs.inputs.updates, here);
+        }
+        return 0;
+    };
+    return watch({{"the files", stock.directory().number(), work}}, 1, jobs.signals, jobs.console).front();
+}
+
+} // namespace
+
+std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, UpdateSums* sums) {
+    const Workplace stock(jobs.scratch.directory(), jobs.scratch.path());
+    if (const auto taken = takeInto(stock, jobs, sums != nullptr); taken.status != 0) {
+        return std::vector<Outcome>(tasks.size(), taken);
+    }
+    if (sums != nullptr) {
+        *sums = readSums(stock.directory());
+    }
+
+    std::deque<Workplace> workplaces;
+    std::vector<MediumJob> mediumJobs;
+    for (const auto& task : tasks) {
+        const auto& workplace = workplaces.emplace_back(jobs.scratch.directory(), jobs.scratch.path());
+        const KeyJob job{jobs.choices,          jobs.inputs, stock.directory(),
+                         workplace.directory(), task.target, tasks.size() == 1};
+        mediumJobs.push_back({task.medium, workplace.directory().number(),
+                              [job](Reporter& reporter) { return fillKey(job, reporter); }, task.gauges});
+    }
+    const auto atOnce = jobs.choices.jobs != 0 ? jobs.choices.jobs : tasks.size();
+    auto outcomes = watch(mediumJobs, atOnce, jobs.signals, jobs.console);
+    for (auto& workplace : workplaces) {
+        leave(jobs.choices.job, workplace, jobs.console);
+    }
+    return outcomes;
+}
+
+} // namespace velacreate

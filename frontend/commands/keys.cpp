@@ -1,0 +1,164 @@
+#include "commands/keys.h"
+
+#include "disks/cloning.h"
+#include "disks/fatVolume.h"
+#include "disks/guard.h"
+#include "inputs/limits.h"
+#include "support/failure.h"
+#include "support/sizeText.h"
+
+#include <algorithm>
+#include <iostream>
+
+#include <fcntl.h>
+
+namespace velacreate {
+
+namespace {
+
+constexpr std::uint64_t SECTOR = 512;
+constexpr int PARTITION = 4;
+
+void refuseFor(const Disk& disk, const std::string& reason) {
+    if (!reason.empty()) {
+        throw Refusal(disk.node() + " " + reason);
+    }
+}
+
+/// Of files, at the most. What a new file system takes for itself is not known before.
+std::uint64_t capacityOf(const Disk& disk, const std::string& format) {
+    if (format != "never") {
+        return partitionSize(disk, PARTITION);
+    }
+    const Descriptor partition(open(("/dev/" + disk.partitionName(PARTITION)).c_str(), O_RDONLY | O_CLOEXEC));
+    return fatCapacity(partition, 0);
+}
+
+void requireErasable(const Key& key, const Inputs& inputs) {
+    const auto image = cloneImageFor(key.about.size);
+    inputs.package.requireFile(image, "a new key of this size is made from it");
+    refuseFor(key.disk, objectionToErasing(key.disk, image, inputs.package.entries().at(image).size));
+    requireFitting(inputs.contents, key.about.size - IMAGE_OFFSET, key.disk.node());
+}
+
+void requireFillable(const Key& key, const std::string& format, const Inputs& inputs) {
+    refuseFor(key.disk, lacksPartition(key.disk));
+    if (format == "auto") {
+        inputs.package.requireFile(cloneImageFor(key.about.size), "a key of this size is recognised by it");
+    }
+    requireFitting(inputs.contents, capacityOf(key.disk, format), "partition 4 of " + key.disk.node());
+}
+
+Key lookAt(const Disk& disk, const UsbChoices& choices, const Inputs& inputs) {
+    Key key{disk, describe(disk), std::nullopt, ""};
+    try {
+        key.hold.emplace(disk);
+        refuseFor(disk, objection(disk, choices.anyDisk));
+        if (choices.erase) {
+            requireErasable(key, inputs);
+        } else {
+            requireFillable(key, choices.format, inputs);
+        }
+    } catch (const Refusal& refusal) {
+        key.objection = refusal.what();
+    }
+    return key;
+}
+
+std::vector<Disk> namedDisks(const std::vector<std::string>& paths) {
+    std::vector<Disk> disks;
+    for (const auto& path : paths) {
+        const auto disk = wholeDisk(path);
+        if (std::any_of(disks.begin(), disks.end(),
+                        [&](const Disk& other) { return other.number == disk.number; })) {
+            throw Refusal(disk.node() + " is named twice");
+        }
+        disks.push_back(disk);
+    }
+    return disks;
+}
+
+std::vector<Disk> removableMedia() {
+    auto disks = removableDisks();
+    disks.erase(
+        std::remove_if(disks.begin(), disks.end(), [](const Disk& disk) { return !isRemovableMedium(disk); }),
+        disks.end());
+    if (disks.empty()) {
+        throw Refusal("there is no removable medium; a USB hard disk has to be named");
+    }
+    return disks;
+}
+
+void leaveOutRefused(std::vector<Key>& keys) {
+    for (const auto& key : keys) {
+        if (!isTaken(key)) {
+            std::cout << "Left out: " << printable(key.objection) << std::endl;
+        }
+    }
+    keys.erase(std::remove_if(keys.begin(), keys.end(), [](const Key& key) { return !isTaken(key); }),
+               keys.end());
+}
+
+/// Refuses, with all reasons, when none is to be made.
+void requireAnyTaken(const std::vector<Key>& keys) {
+    std::string objections;
+    for (const auto& key : keys) {
+        if (isTaken(key)) {
+            return;
+        }
+        objections += (objections.empty() ? "" : "; ") + key.objection;
+    }
+    throw Refusal(objections);
+}
+
+} // namespace
+
+std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs) {
+    std::vector<Key> keys;
+    for (const auto& disk : choices.all ? removableMedia() : namedDisks(choices.devices)) {
+        keys.push_back(lookAt(disk, choices, inputs));
+    }
+    requireAnyTaken(keys);
+    if (choices.all) {
+        leaveOutRefused(keys);
+    }
+    return keys;
+}
+
+void unmountKeys(std::vector<Key>& keys) {
+    for (auto& key : keys) {
+        try {
+            if (isTaken(key)) {
+                key.hold->unmount();
+            }
+        } catch (const Refusal& refusal) {
+            key.objection = refusal.what();
+        }
+    }
+    requireAnyTaken(keys);
+}
+
+void requireFitting(const Contents& contents, std::uint64_t capacity, const std::string& medium) {
+    std::uint64_t size = 0;
+    for (const auto& [place, part] : contents.tree) {
+        requireFileSize(place, part.size, "a FAT file system");
+        size += (part.size + SECTOR - 1) / SECTOR * SECTOR;
+    }
+    if (capacity == 0) {
+        throw Refusal(medium + " holds no FAT file system");
+    }
+    if (size > capacity) {
+        throw Refusal("the files take " + sizeText(size) + ", and " + medium + " holds " +
+                      sizeText(capacity));
+    }
+}
+
+std::string cloneImageFor(std::uint64_t size) {
+    constexpr std::uint64_t GIB = 1U << 30U;
+    return size <= GIB       ? "init1.img"
+           : size <= 2 * GIB ? "init2.img"
+           : size <= 4 * GIB ? "init4.img"
+                             : "init8.img";
+}
+
+} // namespace velacreate

@@ -1,0 +1,48 @@
+/// @file
+/// The keys that a call is about.
+#ifndef VELACREATE_KEYS_H
+#define VELACREATE_KEYS_H
+
+#include "commands/commands.h"
+#include "commands/mediumJob.h"
+#include "disks/disks.h"
+#include "disks/keyHold.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velacreate {
+
+/// A key that was named or found, held from now on, and what is known of it.
+struct Key {
+    Disk disk;
+    DiskDescription about;
+    std::optional<KeyHold> hold;
+    std::string objection; ///< a sentence that says why it is not made; empty when it is
+};
+
+/// Those that were named, in their order, each looked at by the guard; or every removable medium that the
+/// guard takes, the others being named on standard output.
+/// @throw Refusal when one that was named is no disk or was named twice, or when none is to be made
+std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs);
+
+/// Whether it is still to be made.
+inline bool isTaken(const Key& key) {
+    return key.objection.empty();
+}
+
+/// Unmounts what is mounted of those that are to be made; one with a place that is busy is not made.
+/// @throw Refusal when none is left
+void unmountKeys(std::vector<Key>& keys);
+
+/// Refuses files that do not fit.
+/// @param medium  for the message, such as "partition 4 of /dev/sdb"
+void requireFitting(const Contents& contents, std::uint64_t capacity, const std::string& medium);
+
+/// The name of the clone image for a key of so many bytes.
+std::string cloneImageFor(std::uint64_t size);
+
+} // namespace velacreate
+
+#endif

@@ -1,0 +1,71 @@
+#include "commands/report.h"
+
+#include "support/failure.h"
+#include "support/keptFile.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cerrno>
+#include <cmath>
+#include <ctime>
+#include <iomanip>
+#include <sstream>
+
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string timeText() {
+    const std::time_t now = std::time(nullptr);
+    std::tm universal{};
+    gmtime_r(&now, &universal);
+    std::ostringstream text;
+    text << std::put_time(&universal, "%FT%TZ");
+    return text.str();
+}
+
+std::string lineOf(const KeyRecord& key, const UpdateSums& updates) {
+    auto sums = Json::array();
+    for (const auto& [place, sum] : updates) {
+        sums.push_back(Json{{"place", place}, {"sha256", sum}});
+    }
+    const Json line = {{"time", timeText()},       {"node", key.node},
+                       {"port", key.about.port},   {"vendor", key.about.vendor},
+                       {"model", key.about.model}, {"serial", key.about.serial},
+                       {"size", key.about.size},   {"result", key.result},
+                       {"reason", key.reason},     {"seconds", std::round(key.seconds * 10) / 10},
+                       {"updates", sums}};
+    return line.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+/// Devices take what is written without that.
+bool isFlushed(const Descriptor& file) {
+    return fsync(file.number()) == 0 || errno == EINVAL;
+}
+
+} // namespace
+
+Report::Report(const std::string& path)
+    : m_file(path.empty() ? Descriptor() : openToAdd("the report", path)) {}
+
+void Report::append(const KeyRecord& key, const UpdateSums& updates) {
+    if (!m_file.isOpen()) {
+        return;
+    }
+    const auto line = lineOf(key, updates);
+    const auto count = write(m_file.number(), line.data(), line.size());
+    if (count >= 0 && count != static_cast<ssize_t>(line.size())) {
+        errno = ENOSPC;
+    } else if (count >= 0 && isFlushed(m_file)) {
+        return;
+    }
+    const auto reason = withError("the report is incomplete from here on");
+    m_file = Descriptor();
+    throw Failure(reason);
+}
+
+} // namespace velacreate

@@ -1,0 +1,129 @@
+#include "disks/cloning.h"
+
+#include "disks/sysfs.h"
+#include "support/failure.h"
+#include "support/sizeText.h"
+
+#include <cerrno>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <thread>
+
+#include <blkid/blkid.h>
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::uint64_t LARGEST_KEY = std::uint64_t{2} << 40U; // its table counts sectors in 32 bits
+constexpr const char* SECTOR_SIZE = "512";                     // that its table counts in
+
+/// No disk has so many signatures, but one that ignores what is written to it would show its own for ever.
+constexpr int MOST_SIGNATURES = 1000;
+
+using Probe = std::unique_ptr<blkid_struct_probe, decltype(&blkid_free_probe)>;
+
+/// Finds all at once that wipefs would find.
+Probe probeOf(const Descriptor& device) {
+    Probe probe(blkid_new_probe(), blkid_free_probe);
+    if (!probe || blkid_probe_set_device(probe.get(), device.number(), 0, 0) != 0 ||
+        blkid_probe_enable_superblocks(probe.get(), 1) != 0 ||
+        blkid_probe_set_superblocks_flags(probe.get(), BLKID_SUBLKS_MAGIC | BLKID_SUBLKS_BADCSUM) != 0 ||
+        blkid_probe_enable_partitions(probe.get(), 1) != 0 ||
+        blkid_probe_set_partitions_flags(probe.get(), BLKID_PARTS_MAGIC | BLKID_PARTS_FORCE_GPT) != 0) {
+        throw Failure(withError("looking for what is on the disk"));
+    }
+    return probe;
+}
+
+/// @return whether it came about before the time was over
+bool becomesTrue(std::chrono::seconds time, const std::function<bool()>& condition) {
+    const auto end = std::chrono::steady_clock::now() + time;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) {
+            return false;
+        }
+        std::this_thread::sleep_for(50ms);
+    }
+    return true;
+}
+
+} // namespace
+
+std::string objectionToErasing(const Disk& disk, const std::string& cloneImage, std::uint64_t imageSize) {
+    const auto size = describe(disk).size;
+    if (size < imageSize) {
+        return "is smaller than " + shown(cloneImage) + " of the package (" + sizeText(imageSize) + ")";
+    }
+    if (size >= LARGEST_KEY) {
+        return "is not smaller than 2 TiB, as a key must be";
+    }
+    const auto sectorSize = attribute(deviceDirectory(disk.number) / "queue/logical_block_size");
+    return sectorSize == SECTOR_SIZE ? ""
+                                     : "has sectors of " + sectorSize + " bytes, which a key cannot have";
+}
+
+Descriptor openToWrite(const Descriptor& disk) {
+    Descriptor device(open(disk.path().c_str(), O_RDWR | O_EXCL | O_CLOEXEC));
+    if (!device.isOpen()) {
+        throw Failure(withError("the disk cannot be opened for writing"));
+    }
+    return device;
+}
+
+void wipeSignatures(const Descriptor& device) {
+    const auto probe = probeOf(device);
+    for (int found = 0; found < MOST_SIGNATURES; ++found) {
+        const int result = blkid_do_probe(probe.get());
+        if (result == 1) {
+            return;
+        }
+        if (result != 0) {
+            throw Failure(withError("looking for what is on the disk"));
+        }
+        if (blkid_do_wipe(probe.get(), 0) != 0) {
+            throw Failure(withError("what is on the disk cannot be wiped"));
+        }
+    }
+    throw Failure("what is on the disk is still there after it was wiped");
+}
+
+void cloneTo(const Descriptor& device, const Descriptor& image, const Advance& advance) {
+    if (lseek(device.number(), 0, SEEK_SET) != 0) { // it may have been read from
+        throw Failure(withError("the beginning of the disk"));
+    }
+    copyContent(image, device, "the clone image", advance);
+    if (fsync(device.number()) != 0) {
+        throw Failure(withError("the disk could not take all that was written"));
+    }
+}
+
+void readTableAnew(const Descriptor& device, const Disk& disk, int partition) {
+    int error = 0;
+    // Who looks at a partition in this instant, as udev may, keeps the kernel from taking it away.
+    becomesTrue(5s, [&] {
+        error = ioctl(device.number(), BLKRRPART) == 0 ? 0 : errno;
+        return error != EBUSY;
+    });
+    if (error != 0) {
+        errno = error;
+        throw Failure(withError("the new partition table of " + disk.node() + " cannot be read"));
+    }
+    const auto node = "/dev/" + disk.partitionName(partition);
+    const bool isThere = becomesTrue(10s, [&] {
+        const auto number = partitionNumber(disk, partition);
+        return number != 0 && blockDevice(node) == number;
+    });
+    if (!isThere) {
+        throw Failure(node + " did not appear after the disk was written");
+    }
+}
+
+} // namespace velacreate

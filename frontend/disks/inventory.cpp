@@ -1,0 +1,141 @@
+#include "disks/inventory.h"
+
+#include "support/descriptor.h"
+#include "support/failure.h"
+#include "support/utf8.h"
+
+#include <cerrno>
+#include <memory>
+
+#include <blkid/blkid.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+constexpr int MOST_PARTITIONS = 6; // that are named
+constexpr std::size_t LONGEST_LABEL = 32;
+constexpr blkid_loff_t SECTOR = 512; // libblkid's, whatever the disk's own is
+
+using Probe = std::unique_ptr<blkid_struct_probe, decltype(&blkid_free_probe)>;
+
+/// @param size  0 for all from the offset on
+/// @return none when there is no such part of the disk
+Probe probeOf(const Descriptor& disk, blkid_loff_t offset, blkid_loff_t size) {
+    Probe probe(blkid_new_probe(), blkid_free_probe);
+    if (probe && blkid_probe_set_device(probe.get(), disk.number(), offset, size) != 0) {
+        probe.reset();
+    }
+    return probe;
+}
+
+std::string valueOf(const Probe& probe, const char* name) {
+    const char* value = nullptr;
+    return blkid_probe_lookup_value(probe.get(), name, &value, nullptr) == 0 ? value : "";
+}
+
+/// A label is whatever somebody has written there.
+std::string labelText(const std::string& label) {
+    auto text = printable(label);
+    std::size_t end = 0;
+    wchar_t character = 0;
+    for (std::size_t count = 0; count < LONGEST_LABEL && end < text.size(); ++count) {
+        end += readCharacter(text, end, character);
+    }
+    return " '" + text.substr(0, end) + (end < text.size() ? "...'" : "'");
+}
+
+/// @return the file system of a part of the disk, or what else marks it as its own; empty when nothing does
+std::string fileSystem(const Probe& probe) {
+    if (!probe) {
+        return "";
+    }
+    const int result = blkid_do_safeprobe(probe.get());
+    if (result < 0) {
+        return result == -2 ? "several file systems at once" : "not readable";
+    }
+    const auto type = valueOf(probe, "TYPE");
+    const auto label = valueOf(probe, "LABEL");
+    return type + (label.empty() ? "" : labelText(label));
+}
+
+std::string partitionText(const Descriptor& disk, blkid_partition partition) {
+    const auto text = fileSystem(probeOf(disk, blkid_partition_get_start(partition) * SECTOR,
+                                         blkid_partition_get_size(partition) * SECTOR));
+    return text.empty() ? "no file system" : text;
+}
+
+std::string partitionsText(const Descriptor& disk, blkid_partlist partitions) {
+    std::string text;
+    int named = 0;
+    int more = 0;
+    for (int at = 0; at < blkid_partlist_numof_partitions(partitions); ++at) {
+        auto* partition = blkid_partlist_get_partition(partitions, at);
+        if (blkid_partition_is_extended(partition) != 0) {
+            continue;
+        }
+        if (named == MOST_PARTITIONS) {
+            ++more;
+            continue;
+        }
+        const int number = blkid_partition_get_partno(partition);
+        text += (named++ == 0 ? "" : ", ") + partitionText(disk, partition);
+        text += number == at + 1 ? "" : " on " + std::to_string(number);
+    }
+    return (text.empty() ? "no partition" : text) + (more == 0 ? "" : ", " + std::to_string(more) + " more");
+}
+
+std::string tableName(const std::string& type) {
+    return type == "dos" ? "MBR" : type == "gpt" ? "GPT" : type;
+}
+
+std::string fileSystemOf(const Descriptor& disk) {
+    return fileSystem(probeOf(disk, 0, 0));
+}
+
+/// @return empty when there is no partition table
+std::string partitioned(const Descriptor& disk) {
+    const auto probe = probeOf(disk, 0, 0);
+    auto* partitions = probe ? blkid_probe_get_partitions(probe.get()) : nullptr;
+    auto* table = partitions == nullptr ? nullptr : blkid_partlist_get_table(partitions);
+    if (table == nullptr) {
+        return "";
+    }
+    // The boot sector of an exFAT file system looks like an empty table.
+    if (blkid_partlist_numof_partitions(partitions) == 0 && !fileSystemOf(disk).empty()) {
+        return "";
+    }
+    return tableName(blkid_parttable_get_type(table)) + ": " + partitionsText(disk, partitions);
+}
+
+/// Of a disk on which nothing is recognised, by how it begins.
+std::string unrecognised(const Descriptor& disk) {
+    std::string start(1U << 16U, '\0');
+    const auto size = pread(disk.number(), start.data(), start.size(), 0);
+    if (size <= 0) {
+        return "not readable";
+    }
+    start.resize(static_cast<std::size_t>(size));
+    return start.find_first_not_of(start.front()) == std::string::npos ? "blank" : "unrecognised";
+}
+
+} // namespace
+
+std::string contentOf(const Disk& disk) {
+    const Descriptor descriptor(open(disk.node().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!descriptor.isOpen()) {
+        return errno == EACCES || errno == EPERM ? "unknown" : "not readable";
+    }
+    if (descriptor.status().st_rdev != disk.number) {
+        return "not readable";
+    }
+    if (auto text = partitioned(descriptor); !text.empty()) {
+        return text;
+    }
+    const auto text = fileSystemOf(descriptor);
+    return text.empty() ? unrecognised(descriptor) : text + ", no partition table";
+}
+
+} // namespace velacreate

@@ -1,0 +1,28 @@
+#include "disks/powerDown.h"
+
+#include "disks/sysfs.h"
+#include "support/descriptor.h"
+#include "support/failure.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+void powerDown(const Disk& disk) {
+    const auto usb = usbDevice(deviceDirectory(disk.number));
+    if (usb.empty()) {
+        throw Failure("it is not on USB");
+    }
+    for (const auto& other : removableDisks()) { // a card reader may have several
+        if (other.number != disk.number && usbDevice(deviceDirectory(other.number)) == usb) {
+            throw Failure("it shares its USB port with " + other.node());
+        }
+    }
+    const Descriptor remove(open((usb / "remove").c_str(), O_WRONLY | O_CLOEXEC));
+    if (!remove.isOpen() || write(remove.number(), "1", 1) != 1) {
+        throw Failure(withError("its USB port cannot be turned off"));
+    }
+}
+
+} // namespace velacreate

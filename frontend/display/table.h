@@ -1,0 +1,31 @@
+/// @file
+/// Rows of text in columns.
+#ifndef VELACREATE_TABLE_H
+#define VELACREATE_TABLE_H
+
+#include <string>
+#include <vector>
+
+namespace velacreate {
+
+/// A column in which every cell is empty is left out, with its heading.
+class Table {
+public:
+    explicit Table(std::vector<std::string> headings);
+
+    /// @param cells  one for each heading; what would upset a terminal is shown as "?"
+    void add(std::vector<std::string> cells);
+
+    /// @return a line for the headings and one for each row, two blanks between columns
+    std::string text() const;
+
+private:
+    /// @return 0 for a column that is left out
+    std::size_t widthOf(std::size_t column) const;
+
+    std::vector<std::vector<std::string>> m_rows; ///< the headings first
+};
+
+} // namespace velacreate
+
+#endif

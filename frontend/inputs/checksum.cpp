@@ -1,0 +1,64 @@
+#include "inputs/checksum.h"
+
+#include "support/failure.h"
+
+#include <array>
+#include <cerrno>
+#include <memory>
+#include <vector>
+
+#include <openssl/evp.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+constexpr std::size_t BUFFER_SIZE = 128 << 10;
+
+void require(bool done) {
+    if (!done) {
+        throw Failure("a SHA-256 sum cannot be worked out here");
+    }
+}
+
+/// @return how many bytes there are; 0 at the end
+std::size_t readAt(const Descriptor& file, std::vector<char>& buffer, std::uint64_t offset) {
+    ssize_t count = -1;
+    do {
+        count = pread(file.number(), buffer.data(), buffer.size(), static_cast<off_t>(offset));
+    } while (count < 0 && errno == EINTR);
+    if (count < 0) {
+        throw Failure(withError("reading a file for its sum"));
+    }
+    return static_cast<std::size_t>(count);
+}
+
+std::string hexadecimal(const unsigned char* bytes, std::size_t size) {
+    constexpr const char* digits = "0123456789abcdef";
+    std::string text;
+    for (std::size_t i = 0; i < size; ++i) {
+        text += digits[bytes[i] >> 4U];
+        text += digits[bytes[i] & 0xfU];
+    }
+    return text;
+}
+
+} // namespace
+
+std::string sha256Of(const Descriptor& file) {
+    const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> sum(EVP_MD_CTX_new(), EVP_MD_CTX_free);
+    require(sum && EVP_DigestInit_ex(sum.get(), EVP_sha256(), nullptr) == 1);
+    std::vector<char> buffer(BUFFER_SIZE);
+    std::uint64_t offset = 0;
+    while (const auto count = readAt(file, buffer, offset)) {
+        require(EVP_DigestUpdate(sum.get(), buffer.data(), count) == 1);
+        offset += count;
+    }
+    std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
+    unsigned size = 0;
+    require(EVP_DigestFinal_ex(sum.get(), bytes.data(), &size) == 1);
+    return hexadecimal(bytes.data(), size);
+}
+
+} // namespace velacreate

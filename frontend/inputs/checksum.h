@@ -1,0 +1,18 @@
+/// @file
+/// Sums by which a file is recognised.
+#ifndef VELACREATE_CHECKSUM_H
+#define VELACREATE_CHECKSUM_H
+
+#include "support/descriptor.h"
+
+#include <string>
+
+namespace velacreate {
+
+/// @return the SHA-256 sum of a whole file, in hexadecimal digits as sha256sum writes them
+/// @throw Failure
+std::string sha256Of(const Descriptor& file);
+
+} // namespace velacreate
+
+#endif

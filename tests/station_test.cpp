@@ -1,0 +1,142 @@
+#include "commands/report.h"
+#include "disks/cloning.h"
+#include "disks/keyHold.h"
+#include "disks/powerDown.h"
+#include "inputs/checksum.h"
+#include "loop.h"
+#include "rooms.h"
+
+#include <chrono>
+#include <regex>
+#include <thread>
+
+using namespace velacreate;
+
+namespace {
+
+struct StationTest : JobTest {};
+
+std::string outcomeOfCall(const std::function<void()>& function) {
+    return outcomeOf([&] {
+        function();
+        return std::string("done");
+    });
+}
+
+} // namespace
+
+TEST_F(StationTest, NothingIsRecognisedOnAWipedDisk) {
+    for (const char* making :
+         {"mkfs.vfat -I disk >/dev/null", "mkswap disk >/dev/null 2>&1; mke2fs -qE offset=0 disk 16M",
+          "(echo label:gpt; echo ,4M) | sfdisk -q disk; mke2fs -qE offset=4194304 disk 4M",
+          "echo label:gpt | sfdisk -q disk; head -c 1M /dev/zero | dd of=disk conv=notrunc status=none",
+          "mke2fs -q disk; mkfs.vfat -I disk >/dev/null; echo label:dos | sfdisk -q disk"}) {
+        SCOPED_TRACE(making);
+        shell(std::string("rm -f disk; truncate -s 16M disk; ") + making);
+        shell("wipefs -n disk | grep -q 0x");
+        wipeSignatures(opened("disk", O_RDWR));
+        shell("wipefs -n disk >found; cat found; [ ! -s found ]; blkid -p disk || [ $? = 2 ]");
+    }
+}
+
+TEST_F(DisksTest, ImageTakesThePlaceOfAllThatWasThere) {
+    shell("printf 'label:gpt\\n,4M\\n,4M\\n' | sfdisk -q disk && truncate -s 12M image && printf "
+          "'label:dos\\ndisk4:start=63,size=16000\\n' | sfdisk -q image && mke2fs -qE offset=32256 image 7M");
+    const Loop loop("disk");
+    shell("partx -u " + loop.node()); // here and below, kernels that know no such tables are told
+    const KeyHold hold(loop.disk());
+    auto glance = opened("/dev/" + loop.disk().partitionName(2)); // as udev's
+    ASSERT_TRUE(glance.isOpen());
+    Told told;
+    {
+        const auto device = openToWrite(hold.descriptor());
+        wipeSignatures(device);
+        cloneTo(device, opened("image"), told.advance);
+        std::thread end([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));
+            glance = Descriptor();
+            for (int trial = 0; trial < 500 && partitionNumber(loop.disk(), 2) != 0; ++trial) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            }
+            runForReal("addpart " + loop.node() + " 4 63 16000 2>/dev/null");
+        });
+        EXPECT_EQ(outcomeOfCall([&] { readTableAnew(device, loop.disk(), 4); }), "done");
+        EXPECT_EQ(partitionSize(loop.disk(), 4), 16000U * 512);
+        end.join();
+    }
+    EXPECT_EQ(told.bytes, 12U << 20U);
+    shell("cmp -n 12582912 image " + loop.node() + "; mount /dev/" + loop.disk().partitionName(4) +
+          " /mnt/a");
+    EXPECT_EQ(outcomeOfCall([&] { openToWrite(hold.descriptor()); }),
+              "failed: the disk cannot be opened for writing: Device or resource busy");
+}
+
+TEST_F(DisksTest, WhatAnImageCannotBeWrittenTo) {
+    for (const auto& [size, sectorSize, imageSize, objection] :
+         {std::tuple("16M", 512U, 16U << 20U, ""),
+          {"16M", 512, (16U << 20U) + 1, "is smaller than 'init1.img' of the package (16.0 MiB)"},
+          {"2147483647K", 512, 1, ""},
+          {"2147483648K", 512, 1, "is not smaller than 2 TiB, as a key must be"},
+          {"16M", 4096, 1, "has sectors of 4096 bytes, which a key cannot have"}}) {
+        shell(std::string("rm -f disk; truncate -s ") + size + " disk");
+        EXPECT_EQ(objectionToErasing(Loop("disk", 0, sectorSize).disk(), "init1.img", imageSize), objection);
+    }
+}
+
+/// With the kernel's view of three USB devices, two of them card readers with two slots, and of a SATA disk.
+TEST_F(StationTest, PowerIsTurnedOffOnlyForADiskOfItsOwn) {
+    Lines outcomes;
+    whileEmpty("/sys/block", [&] {
+        whileEmpty("/sys/dev/block", [&] {
+            shell("number=0; while read -r port name size; do\n"
+                  "number=$((number + 1)) at=/sys/block/$port/$name; mkdir -p $at\n"
+                  "ln -s $at /sys/dev/block/8:$number; ln -s $at /sys/block\n"
+                  "echo 8:$number >$at/dev; echo $size >$at/size; echo 1 >$at/removable\n"
+                  "[ $port = sata ] || touch $at/../busnum $at/../remove\n"
+                  "done <<END\nusb1 sda 9\nusb2 sdb 9\nusb2 sdc 0\n"
+                  "usb3 sdd 9\nusb3 sde 9\nsata sdf 9\nEND\n");
+            for (const auto& disk : removableDisks()) {
+                outcomes.push_back(disk.name + " " + outcomeOfCall([&] { powerDown(disk); }));
+            }
+            shell("grep -l 1 /sys/block/*/remove >off");
+        });
+    });
+    EXPECT_EQ(joined(outcomes, "; "), "sda done; sdb done; sdd failed: it shares its USB port with /dev/sde; "
+                                      "sde failed: it shares its USB port with /dev/sdd; "
+                                      "sdf failed: it is not on USB");
+    EXPECT_EQ(contentOf("off"), "/sys/block/usb1/remove\n/sys/block/usb2/remove\n");
+}
+
+TEST_F(StationTest, SumsAreThoseOfSha256sum) {
+    for (const char* size : {"0", "131072", "300001"}) {
+        shell("head -c " + std::string(size) + " /dev/urandom >file && sha256sum file >sum");
+        EXPECT_EQ(sha256Of(opened("file")), contentOf("sum").substr(0, 64)) << size;
+    }
+}
+
+TEST_F(StationTest, ReportHasALineForEachKey) {
+    Report("report").append(
+        {{"Maker", "Stick 3.0", "4C53", "usb 1-2", 8004304896}, "/dev/sdb", "made", "", 52.04},
+        {{"a b", "12"}, {"sub/\xe4", "34"}});
+    Report("report").append({{"", "\"\\\n\xc3\xbc", "", "", 0}, "/dev/sdc", "failed", "is read-only", 0.25},
+                            {});
+    const std::regex time(R"("20\d\d-\d\d-\d\dT\d\d:\d\d:\d\dZ")");
+    EXPECT_EQ(std::regex_replace(contentOf("report"), time, "TIME"),
+              R"({"time":TIME,"node":"/dev/sdb","port":"usb 1-2","vendor":"Maker","model":"Stick 3.0",)"
+              R"("serial":"4C53","size":8004304896,"result":"made","reason":"","seconds":52.0,"updates":)"
+              R"([{"place":"a b","sha256":"12"},{"place":"sub/�","sha256":"34"}]})"
+              "\n"
+              R"({"time":TIME,"node":"/dev/sdc","port":"","vendor":"","model":"\"\\\nü","serial":"",)"
+              R"("size":0,"result":"failed","reason":"is read-only","seconds":0.3,"updates":[]})"
+              "\n");
+}
+
+TEST_F(StationTest, ReportThatCannotBeKept) {
+    shell("ln -s report link");
+    EXPECT_EQ(outcomeOfCall([] { Report report("link"); }), "refused: the report 'link' is a link");
+    Report report("/dev/full");
+    const auto append = [&] { report.append({}, {}); };
+    EXPECT_EQ(outcomeOfCall(append),
+              "failed: the report is incomplete from here on: No space left on device");
+    EXPECT_EQ(outcomeOfCall(append), "done");
+}
