@@ -74,7 +74,7 @@ TEST_F(DisplayTest, PlainLinesWithoutATerminal) {
                   console.beginProgress({"sda"}).stage(0, "Writing");
                   console.endProgress();
               }),
-              "sdb: Copying...\nsda: Copying...\nsdb: made\nWriting...\n|velacreate: careful\n");
+              "sdb: Copying...\nsda: Copying...\nWriting...\n|velacreate: careful\n");
 }
 
 TEST_F(DisplayTest, FiguresGoWholeFromANarrowTerminal) {

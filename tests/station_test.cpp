@@ -75,8 +75,8 @@ TEST_F(DisksTest, WhatAnImageCannotBeWrittenTo) {
     for (const auto& [size, sectorSize, imageSize, objection] :
          {std::tuple("16M", 512U, 16U << 20U, ""),
           {"16M", 512, (16U << 20U) + 1, "is smaller than 'init1.img' of the package (16.0 MiB)"},
-          {"2147483647K", 512, 1, ""},
-          {"2147483648K", 512, 1, "is not smaller than 2 TiB, as a key must be"},
+          {"2199023254528", 512, 1, ""},
+          {"2199023255040", 512, 1, "is too large: a key has less than 2 TiB"},
           {"16M", 4096, 1, "has sectors of 4096 bytes, which a key cannot have"}}) {
         shell(std::string("rm -f disk; truncate -s ") + size + " disk");
         EXPECT_EQ(objectionToErasing(Loop("disk", 0, sectorSize).disk(), "init1.img", imageSize), objection);

@@ -6,7 +6,6 @@
 #include "support/failure.h"
 #include "support/sizeText.h"
 
-#include <algorithm>
 #include <array>
 #include <iostream>
 #include <optional>
@@ -23,9 +22,8 @@ std::string tableOf(const std::vector<Key>& keys) {
     Table table({"Key", "Port", "Model", "Serial number", "Size", "Holds", "Mounted on", "Not to be made"});
     for (const auto& key : keys) {
         const auto& about = key.about;
-        table.add({key.disk.node(), about.port, about.vendor + " " + about.model, about.serial,
-                   sizeText(about.size), contentOf(key.disk), placesText(mountedPlaces(key.disk)),
-                   key.objection});
+        table.add({key.disk.node(), about.port, about.name(), about.serial, sizeText(about.size),
+                   contentOf(key.disk), placesText(mountedPlaces(key.disk)), key.objection});
     }
     return table.text();
 }
@@ -61,7 +59,7 @@ std::optional<std::string> readAnswer(const HeldSignals& signals) {
 } // namespace
 
 int askForConsent(const std::vector<Key>& keys, const UsbChoices& choices, const HeldSignals& signals) {
-    const bool isOne = std::count_if(keys.begin(), keys.end(), isTaken) == 1;
+    const bool isOne = keys.size() == 1;
     std::cout << tableOf(keys) << consequence(choices, isOne) << std::endl;
     if (choices.yes) {
         return 0;

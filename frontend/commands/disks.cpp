@@ -1,5 +1,6 @@
 #include "commands/commands.h"
 
+#include "disks/cloning.h"
 #include "disks/disks.h"
 #include "disks/guard.h"
 #include "disks/inventory.h"
@@ -40,7 +41,11 @@ struct Listed {
     explicit Listed(Disk listed)
         : disk(std::move(listed)), about(describe(disk)), content(contentOf(disk)),
           mounted(mountedPlaces(disk)), reason(objection(disk, false)),
-          needsErase(!lacksPartition(disk).empty()) {}
+          needsErase(!lacksPartition(disk).empty()) {
+        if (reason.empty() && needsErase) {
+            reason = objectionToErasing(disk, "", 0);
+        }
+    }
 
     Disk disk;
     DiskDescription about;

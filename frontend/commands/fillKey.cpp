@@ -1,5 +1,6 @@
 #include "commands/fillKey.h"
 
+#include "commands/keys.h"
 #include "commands/newKey.h"
 #include "disks/fatVolume.h"
 #include "inputs/jobNames.h"
@@ -33,12 +34,6 @@ const std::string KEY_LINK = "/mnt/key";
 /// so.
 const std::string NO_KEY = "/nonexistent/key";
 
-constexpr int PARTITION = 4;
-
-std::string partitionNode(const KeyJob& job) {
-    return "/dev/" + job.target.disk->partitionName(PARTITION);
-}
-
 /// The library takes the name of partition 4 to be the disk's with a "4" behind it. Where the kernel puts a
 /// "p" between, a pair of links is what it says.
 std::string deviceForLibrary(const KeyJob& job, const Descriptor& image) {
@@ -48,11 +43,12 @@ std::string deviceForLibrary(const KeyJob& job, const Descriptor& image) {
         return NO_KEY;
     }
     const auto node = job.target.disk->node();
-    if (partitionNode(job) == node + "4") {
+    const auto partition = job.target.disk->keyPartitionNode();
+    if (partition == node + "4") {
         return node;
     }
     if (symlink(node.c_str(), KEY_LINK.c_str()) != 0 ||
-        symlink(partitionNode(job).c_str(), (KEY_LINK + "4").c_str()) != 0) {
+        symlink(partition.c_str(), (KEY_LINK + "4").c_str()) != 0) {
         throw Failure(withError("no links to the key"));
     }
     return KEY_LINK;
@@ -65,12 +61,12 @@ bool isKeyMounted(const KeyJob& job) {
         return false;
     }
     const auto& disk = job.target.disk;
-    const dev_t device = disk ? partitionNumber(*disk, PARTITION) : place.status().st_dev;
+    const dev_t device = disk ? partitionNumber(*disk, KEY_PARTITION) : place.status().st_dev;
     return isOnFat(place, device) && (disk || isLoopOver(device, job.target.open));
 }
 
 ReadOnlyMount mountToRead(const KeyJob& job) {
-    return job.target.disk ? ReadOnlyMount(partitionNode(job))
+    return job.target.disk ? ReadOnlyMount(job.target.disk->keyPartitionNode())
                            : ReadOnlyMount(IMAGE_PLACE, ",loop,offset=" + std::to_string(IMAGE_OFFSET));
 }
 
@@ -82,9 +78,9 @@ std::vector<std::string> strangersOn(const KeyJob& job) {
 /// Files that this job would not write could not stay on the key: another machine would take them for its
 /// own.
 int decideFormat(const KeyJob& job, BootableUSB& builder, bool& format, const Reporter& reporter) {
-    const Descriptor partition(open(partitionNode(job).c_str(), O_RDONLY | O_CLOEXEC));
+    const Descriptor partition(open(job.target.disk->keyPartitionNode().c_str(), O_RDONLY | O_CLOEXEC));
     if (!partition.isOpen()) {
-        throw Failure(withError(partitionNode(job)));
+        throw Failure(withError(job.target.disk->keyPartitionNode()));
     }
     if (!holdsFat(partition, 0)) {
         reporter.message(2, "The key holds no FAT file system, hence it is formatted");
@@ -136,7 +132,7 @@ int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) 
         return EXIT_UNFINISHED;
     });
     KeyBuilder builder(logger);
-    if (!job.isAlone) {
+    if (!job.isOfOne) {
         hideStatusFile(builder);
     }
     bool isInitialized = false;
@@ -144,7 +140,8 @@ int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) 
     int result = builder.init("..", deviceForLibrary(job, image), job.inputs.updates.topLevel(), PACKAGE_NAME,
                               isInitialized);
     if (result == 0 && job.choices.erase) {
-        result = makeNewKey(*job.target.disk, job.target.open, builder, logger, reporter);
+        result = makeNewKey(*job.target.disk, job.target.open, cloneImageFor(describe(*job.target.disk).size),
+                            builder, logger, reporter);
     } else if (result == 0 && job.choices.format == "never") {
         tellOfStrangers(job, reporter);
     } else if (result == 0 && !format) {
@@ -178,9 +175,14 @@ int fillKey(const KeyJob& job, Reporter& reporter) {
     const auto image = job.target.disk ? Descriptor() : openAgain(job.target.open, job.target.imagePath);
     linkContents(job.stock, job.workplace, LAUNCHERS_NAME);
     const auto workplace = enterWorkplaceOfLibrary(job.choices.job.show.pauses, reporter);
-    const int result = fillAndReadBack(job, image, workplace, reporter);
-    tidyUp(job.choices.job, workplace);
-    return result;
+    try {
+        const int result = fillAndReadBack(job, image, workplace, reporter);
+        tidyUp(job.choices.job, workplace);
+        return result;
+    } catch (...) {
+        tidyUp(job.choices.job, workplace); // others may need the space
+        throw;
+    }
 }
 
 } // namespace velacreate

@@ -24,7 +24,7 @@ struct KeyJob {
     const Descriptor& stock;     ///< the directory of what was taken in
     const Descriptor& workplace; ///< as the watcher opened it: files are linked within one mount only
     KeyTarget target;
-    bool isAlone; ///< whether no other key is made at the same time
+    bool isOfOne; ///< whether no other key was named in this call
 };
 
 /// Fills the key, reads it back, and tells of it all.

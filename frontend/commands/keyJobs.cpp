@@ -2,6 +2,7 @@
 
 #include "inputs/checksum.h"
 #include "inputs/jobNames.h"
+#include "support/exitStatus.h"
 #include "support/failure.h"
 
 #include <deque>
@@ -31,7 +32,11 @@ void writeSums(const UpdateFiles& updates, const Descriptor& stock) {
 UpdateSums readSums(const Descriptor& stock) {
     constexpr std::size_t LENGTH = 64; // of a sum
     UpdateSums sums;
-    std::ifstream lines(openBeneath(stock.number(), SUMS, O_RDONLY).path());
+    const auto file = openBeneath(stock.number(), SUMS, O_RDONLY);
+    std::ifstream lines(file.path());
+    if (!file.isOpen() || !lines) {
+        throw Failure("the sums of the update files were not kept");
+    }
     for (std::string line; std::getline(lines, line);) {
         sums[line.substr(LENGTH)] = line.substr(0, LENGTH);
     }
@@ -43,6 +48,7 @@ Outcome takeInto(const Workplace& stock, const KeyJobs& jobs, bool withSums) {
         const Descriptor here(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         takeIn(jobs.inputs, here, reporter);
         if (withSums) {
+            reporter.stage("Summing up the files");
             writeSums(jobs.inputs.updates, here);
         }
         return 0;
@@ -53,8 +59,13 @@ Outcome takeInto(const Workplace& stock, const KeyJobs& jobs, bool withSums) {
 } // namespace
 
 std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, UpdateSums* sums) {
-    const Workplace stock(jobs.scratch.directory(), jobs.scratch.path());
-    if (const auto taken = takeInto(stock, jobs, sums != nullptr); taken.status != 0) {
+    Workplace stock(jobs.scratch.directory(), jobs.scratch.path());
+    auto taken = takeInto(stock, jobs, sums != nullptr);
+    if (jobs.signals.hadOne()) {
+        taken.status = EXIT_INTERRUPTED;
+    }
+    if (taken.status != 0) {
+        leave(jobs.choices.job, stock, jobs.console);
         return std::vector<Outcome>(tasks.size(), taken);
     }
     if (sums != nullptr) {
@@ -66,14 +77,15 @@ std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>&
     for (const auto& task : tasks) {
         const auto& workplace = workplaces.emplace_back(jobs.scratch.directory(), jobs.scratch.path());
         const KeyJob job{jobs.choices,          jobs.inputs, stock.directory(),
-                         workplace.directory(), task.target, tasks.size() == 1};
+                         workplace.directory(), task.target, jobs.isOfOne};
         mediumJobs.push_back({task.medium, workplace.directory().number(),
-                              [job](Reporter& reporter) { return fillKey(job, reporter); }, task.gauges});
+                              [job](Reporter& reporter) { return fillKey(job, reporter); }, task.gauges,
+                              task.ended});
     }
     const auto atOnce = jobs.choices.jobs != 0 ? jobs.choices.jobs : tasks.size();
     auto outcomes = watch(mediumJobs, atOnce, jobs.signals, jobs.console);
     for (auto& workplace : workplaces) {
-        leave(jobs.choices.job, workplace, jobs.console);
+        leave(jobs.choices.job, workplace, jobs.console); // in the order of the keys
     }
     return outcomes;
 }

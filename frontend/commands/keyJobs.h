@@ -7,6 +7,7 @@
 #include "commands/report.h"
 #include "commands/scratch.h"
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -20,13 +21,15 @@ struct KeyJobs {
     const ScratchDirectory& scratch;
     const HeldSignals& signals;
     Console& console;
+    bool isOfOne; ///< whether no other key was named in this call
 };
 
 /// One of them, and what is to be shown of it.
 struct KeyTask {
     std::string medium; ///< such as "/dev/sdb"
     KeyTarget target;
-    std::map<std::string, Gauge> gauges; ///< by the stage
+    std::map<std::string, Gauge> gauges;       ///< by the stage
+    std::function<void(const Outcome&)> ended; ///< told at once; may be null
 };
 
 /// Takes everything in, and makes the keys of it.

@@ -6,16 +6,90 @@
 #include "support/failure.h"
 #include "support/sizeText.h"
 
-#include <algorithm>
+#include <map>
+#include <set>
 #include <sstream>
 
 namespace velacreate {
 
 namespace {
 
-/// @return what became of that, to stand behind what was said of the key; nothing when it was not wanted
-std::string powerDownText(const Key& key, const Outcome& outcome, const UsbChoices& choices) {
-    if (!choices.eject || outcome.status != 0) {
+const char* resultWord(const Outcome& outcome) {
+    return outcome.status == 0 ? "made" : outcome.status == EXIT_INTERRUPTED ? "interrupted" : "failed";
+}
+
+/// "11 keys made, 1 failed"
+std::string countsText(const std::map<std::string, std::size_t>& counts) {
+    std::string text;
+    for (const char* word : {"made", "failed", "interrupted"}) {
+        const auto found = counts.find(word);
+        if (found != counts.end()) {
+            text += (text.empty() ? std::to_string(found->second) + (found->second == 1 ? " key " : " keys ")
+                                  : ", " + std::to_string(found->second) + " ") +
+                    word;
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+void KeyResults::settle(std::size_t key, const Outcome& outcome) {
+    keepRecord(m_keys[key], outcome);
+    m_settled[key] = Settled{outcome, powerDownText(m_keys[key], outcome)};
+}
+
+int KeyResults::conclude(const std::vector<Outcome>& ofTaken) {
+    auto next = ofTaken.begin();
+    for (std::size_t key = 0; key < m_keys.size(); ++key) {
+        const auto outcome =
+            isTaken(m_keys[key]) ? *next++ : Outcome{EXIT_REFUSED, m_keys[key].objection, {}, false, 0};
+        if (!m_settled[key]) {
+            settle(key, outcome);
+        }
+    }
+    if (m_keys.size() > 1) {
+        return concludeSeveral();
+    }
+    const auto& key = m_keys.front();
+    const auto& [outcome, addition] = *m_settled.front();
+    return velacreate::conclude(m_console, outcome, "the key " + key.disk.node(),
+                                sizeText(key.about.size) + readBackText(m_choices.job.verify) + addition);
+}
+
+int KeyResults::concludeSeveral() const {
+    Table table({"Key", "Port", "Model", "Serial number", "Result"});
+    std::map<std::string, std::size_t> counts;
+    std::set<std::string> nextSteps;
+    int status = 0;
+    for (std::size_t index = 0; index < m_keys.size(); ++index) {
+        const auto& key = m_keys[index];
+        const auto& [outcome, addition] = *m_settled[index];
+        showFailures(key, outcome);
+        table.add({key.disk.node(), key.about.port, key.about.name(), key.about.serial,
+                   resultText(outcome, m_choices.job.verify) + addition});
+        ++counts[resultWord(outcome)];
+        nextSteps.insert(exitStatus(outcome.status).nextStep);
+        status = status == 0 ? exitStatus(outcome.status).status : status;
+    }
+    std::istringstream lines(table.text());
+    for (std::string line; std::getline(lines, line);) {
+        m_console.say(line);
+    }
+    for (const auto& step : nextSteps) {
+        if (!step.empty()) {
+            m_console.say(step);
+        }
+    }
+    if (counts.count("made") != 0) {
+        m_console.say("What was made may be pulled out.");
+    }
+    m_console.say(countsText(counts));
+    return status;
+}
+
+std::string KeyResults::powerDownText(const Key& key, const Outcome& outcome) const {
+    if (!m_choices.eject || outcome.status != 0) {
         return "";
     }
     try {
@@ -26,78 +100,22 @@ std::string powerDownText(const Key& key, const Outcome& outcome, const UsbChoic
     }
 }
 
-const char* resultWord(const Outcome& outcome) {
-    return outcome.status == 0 ? "made" : outcome.status == EXIT_INTERRUPTED ? "interrupted" : "failed";
-}
-
-void keepRecord(const Key& key, const Outcome& outcome, const UpdateSums& sums, Report& report,
-                Console& console) {
+void KeyResults::keepRecord(const Key& key, const Outcome& outcome) const {
     const auto reason = outcome.status == 0 ? "" : failureText(outcome);
     try {
-        report.append({key.about, key.disk.node(), resultWord(outcome), reason, outcome.seconds}, sums);
+        m_report.append({key.about, key.disk.node(), resultWord(outcome), reason, outcome.seconds}, sums);
     } catch (const Failure& failure) {
-        console.complain(failure.what());
+        m_console.complain(failure.what());
     }
 }
 
-void sayTable(const Table& table, Console& console) {
-    std::istringstream lines(table.text());
-    for (std::string line; std::getline(lines, line);) {
-        console.say(line);
-    }
-}
-
-void showFailures(const Key& key, const Outcome& outcome, Console& console) {
-    if (console.isVerbose() || outcome.status == 0 || outcome.status == EXIT_INTERRUPTED) {
+void KeyResults::showFailures(const Key& key, const Outcome& outcome) const {
+    if (m_console.isVerbose() || outcome.status == 0 || outcome.status == EXIT_INTERRUPTED) {
         return;
     }
     for (const auto& line : outcome.failures) {
-        console.showLogged(key.disk.node() + ": " + line);
+        m_console.showLogged(key.disk.node() + ": " + line);
     }
-}
-
-std::string counted(std::size_t made, std::size_t all) {
-    const auto text = std::to_string(made) + (made == 1 ? " key made" : " keys made");
-    return text + (made == all ? "" : ", " + std::to_string(all - made) + " failed");
-}
-
-int concludeSeveral(const std::vector<Key>& keys, const std::vector<Outcome>& outcomes,
-                    const std::vector<std::string>& additions, bool wasReadBack, Console& console) {
-    Table table({"Key", "Port", "Model", "Serial number", "Result"});
-    std::size_t made = 0;
-    int status = 0;
-    for (std::size_t index = 0; index < keys.size(); ++index) {
-        const auto& key = keys[index];
-        const auto& outcome = outcomes[index];
-        showFailures(key, outcome, console);
-        table.add({key.disk.node(), key.about.port, key.about.vendor + " " + key.about.model,
-                   key.about.serial, resultText(outcome, wasReadBack) + additions[index]});
-        made += outcome.status == 0 ? 1 : 0;
-        status = status == 0 ? exitStatus(outcome.status).status : status;
-    }
-    sayTable(table, console);
-    if (made != 0) {
-        console.say("What was made may be pulled out.");
-    }
-    console.say(counted(made, keys.size()));
-    return status;
-}
-
-} // namespace
-
-int concludeKeys(const std::vector<Key>& keys, const std::vector<Outcome>& outcomes,
-                 const UsbChoices& choices, const UpdateSums& sums, Report& report, Console& console) {
-    std::vector<std::string> additions;
-    for (std::size_t index = 0; index < keys.size(); ++index) {
-        keepRecord(keys[index], outcomes[index], sums, report, console);
-        additions.push_back(powerDownText(keys[index], outcomes[index], choices));
-    }
-    if (keys.size() > 1) {
-        return concludeSeveral(keys, outcomes, additions, choices.job.verify, console);
-    }
-    const auto& key = keys.front();
-    return conclude(console, outcomes.front(), "the key " + key.disk.node(),
-                    sizeText(key.about.size) + readBackText(choices.job.verify) + additions.front());
 }
 
 } // namespace velacreate

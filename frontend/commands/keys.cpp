@@ -17,7 +17,6 @@ namespace velacreate {
 namespace {
 
 constexpr std::uint64_t SECTOR = 512;
-constexpr int PARTITION = 4;
 
 void refuseFor(const Disk& disk, const std::string& reason) {
     if (!reason.empty()) {
@@ -28,9 +27,9 @@ void refuseFor(const Disk& disk, const std::string& reason) {
 /// Of files, at the most. What a new file system takes for itself is not known before.
 std::uint64_t capacityOf(const Disk& disk, const std::string& format) {
     if (format != "never") {
-        return partitionSize(disk, PARTITION);
+        return partitionSize(disk, KEY_PARTITION);
     }
-    const Descriptor partition(open(("/dev/" + disk.partitionName(PARTITION)).c_str(), O_RDONLY | O_CLOEXEC));
+    const Descriptor partition(open(disk.keyPartitionNode().c_str(), O_RDONLY | O_CLOEXEC));
     return fatCapacity(partition, 0);
 }
 
@@ -49,18 +48,24 @@ void requireFillable(const Key& key, const std::string& format, const Inputs& in
     requireFitting(inputs.contents, capacityOf(key.disk, format), "partition 4 of " + key.disk.node());
 }
 
+void object(Key& key, const Refusal& refusal) {
+    key.objection = refusal.what();
+    key.hold.reset();
+}
+
 Key lookAt(const Disk& disk, const UsbChoices& choices, const Inputs& inputs) {
-    Key key{disk, describe(disk), std::nullopt, ""};
+    Key key{disk, describe(disk), std::nullopt, "", false};
     try {
-        key.hold.emplace(disk);
         refuseFor(disk, objection(disk, choices.anyDisk));
+        key.isForKeys = true;
+        key.hold.emplace(disk);
         if (choices.erase) {
             requireErasable(key, inputs);
         } else {
             requireFillable(key, choices.format, inputs);
         }
     } catch (const Refusal& refusal) {
-        key.objection = refusal.what();
+        object(key, refusal);
     }
     return key;
 }
@@ -89,26 +94,24 @@ std::vector<Disk> removableMedia() {
     return disks;
 }
 
-void leaveOutRefused(std::vector<Key>& keys) {
+void leaveOutForeign(std::vector<Key>& keys) {
     for (const auto& key : keys) {
-        if (!isTaken(key)) {
+        if (!key.isForKeys) {
             std::cout << "Left out: " << printable(key.objection) << std::endl;
         }
     }
-    keys.erase(std::remove_if(keys.begin(), keys.end(), [](const Key& key) { return !isTaken(key); }),
+    keys.erase(std::remove_if(keys.begin(), keys.end(), [](const Key& key) { return !key.isForKeys; }),
                keys.end());
+    if (keys.empty()) {
+        throw Refusal("there is no removable medium for a key; a USB hard disk has to be named");
+    }
 }
 
-/// Refuses, with all reasons, when none is to be made.
-void requireAnyTaken(const std::vector<Key>& keys) {
-    std::string objections;
-    for (const auto& key : keys) {
-        if (isTaken(key)) {
-            return;
-        }
-        objections += (objections.empty() ? "" : "; ") + key.objection;
+/// Of several, each has its line in the table.
+void requireTakenIfAlone(const std::vector<Key>& keys) {
+    if (keys.size() == 1 && !isTaken(keys.front())) {
+        throw Refusal(keys.front().objection);
     }
-    throw Refusal(objections);
 }
 
 } // namespace
@@ -118,10 +121,10 @@ std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs) {
     for (const auto& disk : choices.all ? removableMedia() : namedDisks(choices.devices)) {
         keys.push_back(lookAt(disk, choices, inputs));
     }
-    requireAnyTaken(keys);
     if (choices.all) {
-        leaveOutRefused(keys);
+        leaveOutForeign(keys);
     }
+    requireTakenIfAlone(keys);
     return keys;
 }
 
@@ -132,10 +135,10 @@ void unmountKeys(std::vector<Key>& keys) {
                 key.hold->unmount();
             }
         } catch (const Refusal& refusal) {
-            key.objection = refusal.what();
+            object(key, refusal);
         }
     }
-    requireAnyTaken(keys);
+    requireTakenIfAlone(keys);
 }
 
 void requireFitting(const Contents& contents, std::uint64_t capacity, const std::string& medium) {

@@ -18,13 +18,15 @@ namespace velacreate {
 struct Key {
     Disk disk;
     DiskDescription about;
-    std::optional<KeyHold> hold;
-    std::string objection; ///< a sentence that says why it is not made; empty when it is
+    std::optional<KeyHold> hold; ///< unless it is not to be made
+    std::string objection;       ///< a sentence that says why not; empty when it is
+    bool isForKeys;              ///< whether the guard lets it be made a key at all
 };
 
 /// Those that were named, in their order, each looked at by the guard; or every removable medium that the
 /// guard takes, the others being named on standard output.
-/// @throw Refusal when one that was named is no disk or was named twice, or when none is to be made
+/// @throw Refusal when one that was named is no disk or was named twice, when one alone is not to be made, or
+/// when there is no removable medium for a key
 std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs);
 
 /// Whether it is still to be made.
@@ -33,7 +35,7 @@ inline bool isTaken(const Key& key) {
 }
 
 /// Unmounts what is mounted of those that are to be made; one with a place that is busy is not made.
-/// @throw Refusal when none is left
+/// @throw Refusal when there is but this one
 void unmountKeys(std::vector<Key>& keys);
 
 /// Refuses files that do not fit.

@@ -4,12 +4,20 @@
 #include "support/failure.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 namespace velacreate {
 
 namespace {
 
-constexpr int PARTITION = 4;
+/// By its fourth partition's end address, which the library reads the geometry from.
+void requireGeometry(const Descriptor& image, const std::string& name) {
+    constexpr off_t SECTORS_PER_TRACK = 500;
+    unsigned char sectors = 0;
+    if (pread(image.number(), &sectors, 1, SECTORS_PER_TRACK) != 1 || (sectors & 0x3fU) == 0) {
+        throw Failure("the clone image " + shown(name) + " of the package has no fourth partition");
+    }
+}
 
 /// The library chooses and fits the image on the way to its check, which then finds nothing to mount. That it
 /// came so far shows by the first sector, which cannot be the image's after the wiping.
@@ -23,7 +31,7 @@ int fitImage(KeyBuilder& builder, LibraryLogger& logger) {
 
 /// Older file systems may have left something where the partition now begins.
 void wipePartition(const Disk& disk) {
-    const auto node = "/dev/" + disk.partitionName(PARTITION);
+    const auto node = disk.keyPartitionNode();
     const Descriptor partition(open(node.c_str(), O_RDWR | O_CLOEXEC));
     if (!partition.isOpen()) {
         throw Failure(withError(node));
@@ -33,22 +41,26 @@ void wipePartition(const Disk& disk) {
 
 } // namespace
 
-int makeNewKey(const Disk& disk, const Descriptor& held, KeyBuilder& builder, LibraryLogger& logger,
-               Reporter& reporter) {
+int makeNewKey(const Disk& disk, const Descriptor& held, const std::string& cloneImage, KeyBuilder& builder,
+               LibraryLogger& logger, Reporter& reporter) {
+    const Descriptor image(open(cloneImage.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!image.isOpen()) {
+        throw Failure(withError(shown(cloneImage)));
+    }
+    requireGeometry(image, cloneImage);
+    const auto device = openToWrite(held);
     reporter.changing();
     reporter.stage("Erasing");
-    const auto device = openToWrite(held);
     wipeSignatures(device);
     if (const int result = fitImage(builder, logger); result != 0) {
         return result;
     }
-    const Descriptor image(open(builder.cloneImage().c_str(), O_RDONLY | O_CLOEXEC));
-    if (!image.isOpen()) {
-        throw Failure(withError(shown(builder.cloneImage())));
+    if (builder.cloneImage() != cloneImage) {
+        throw Failure("the stick is of another size than before");
     }
-    reporter.stage("Writing the partition table", static_cast<std::uint64_t>(image.status().st_size));
+    reporter.stage("Writing the clone image", static_cast<std::uint64_t>(image.status().st_size));
     cloneTo(device, image, [&](std::uint64_t bytes) { reporter.advance(bytes); });
-    readTableAnew(device, disk, PARTITION);
+    readTableAnew(device, disk, KEY_PARTITION);
     wipePartition(disk);
     return 0;
 }

@@ -26,12 +26,13 @@ public:
 
 /// In the job's process: writes the clone image, fitted to the stick, over whatever is there. What is left is
 /// to format partition 4 and to fill it.
-/// @param held     what the stick is held open by
-/// @param builder  initialized, with this logger
+/// @param held        what the stick is held open by
+/// @param cloneImage  the name of the one for a stick of this size
+/// @param builder     initialized, with this logger
 /// @return the result of the library's fitting
 /// @throw Failure
-int makeNewKey(const Disk& disk, const Descriptor& held, KeyBuilder& builder, LibraryLogger& logger,
-               Reporter& reporter);
+int makeNewKey(const Disk& disk, const Descriptor& held, const std::string& cloneImage, KeyBuilder& builder,
+               LibraryLogger& logger, Reporter& reporter);
 
 } // namespace velacreate
 

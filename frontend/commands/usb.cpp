@@ -6,7 +6,6 @@
 #include "commands/keys.h"
 #include "commands/scratch.h"
 #include "disks/fatVolume.h"
-#include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/programs.h"
 #include "support/sizeText.h"
@@ -33,6 +32,9 @@ void requireSense(const UsbChoices& choices) {
     if (choices.erase && choices.format == "never") {
         throw Refusal("what is erased is formatted; leave out --format never");
     }
+    if (choices.job.show.pauses && (choices.all || choices.devices.size() > 1)) {
+        throw Refusal("the status file does not tell of several keys; leave out --pauses");
+    }
     if (choices.image.empty()) {
         return;
     }
@@ -55,40 +57,41 @@ void requireProgramsFor(const UsbChoices& choices) {
 
 /// By the kernel's own count, which also shows the flushing that would otherwise look like a standstill.
 std::map<std::string, Gauge> gaugesOf(const KeyHold& hold, std::uint64_t expected) {
-    const auto before = hold.traffic().written;
-    const Gauge written{expected, [&hold, before] { // 0 once it is pulled
-                            return (std::max(hold.traffic().written, before) - before) * SECTOR;
-                        }};
+    const Gauge written{expected, [&hold] { return hold.traffic().written * SECTOR; }};
     return {{"Copying files to working directory", written},
             {"Copying files to USB key", written},
             {"Writing out", written}};
 }
 
-std::vector<KeyTask> tasksFor(const std::vector<Key>& keys, std::uint64_t expected) {
+std::vector<KeyTask> tasksFor(const std::vector<Key>& keys, std::uint64_t expected, KeyResults& results) {
     std::vector<KeyTask> tasks;
-    for (const auto& key : keys) {
+    for (std::size_t index = 0; index < keys.size(); ++index) {
+        const auto& key = keys[index];
         if (isTaken(key)) {
-            tasks.push_back(
-                {key.disk.node(), {key.hold->descriptor(), key.disk, ""}, gaugesOf(*key.hold, expected)});
+            tasks.push_back({key.disk.node(),
+                             {key.hold->descriptor(), key.disk, ""},
+                             gaugesOf(*key.hold, expected),
+                             [&results, index](const Outcome& outcome) { results.settle(index, outcome); }});
         }
     }
     return tasks;
 }
 
-/// In the order of the keys, those that were not begun included.
-std::vector<Outcome> outcomesOf(const std::vector<Key>& keys, const std::vector<Outcome>& ofTaken) {
-    std::vector<Outcome> outcomes;
-    auto next = ofTaken.begin();
-    for (const auto& key : keys) {
-        outcomes.push_back(isTaken(key) ? *next++ : Outcome{EXIT_REFUSED, key.objection, {}, false, 0});
-    }
-    return outcomes;
+std::size_t countTaken(const std::vector<Key>& keys) {
+    return static_cast<std::size_t>(std::count_if(keys.begin(), keys.end(), isTaken));
+}
+
+/// How many workplaces are full at a time.
+std::size_t countFull(const UsbChoices& choices, std::size_t keys) {
+    return choices.jobs == 0 || choices.job.keep ? keys : std::min(choices.jobs, keys);
 }
 
 std::string mediaText(const std::vector<Key>& keys) {
-    const auto count = std::count_if(keys.begin(), keys.end(), isTaken);
-    const auto first = std::find_if(keys.begin(), keys.end(), isTaken);
-    return count == 1 ? "the key " + first->disk.node() : std::to_string(count) + " keys";
+    if (keys.size() == 1) {
+        return "the key " + keys.front().disk.node();
+    }
+    const auto count = countTaken(keys);
+    return std::to_string(count) + (count == 1 ? " key" : " keys");
 }
 
 /// As with the log file, what is checked last is what is made.
@@ -106,10 +109,13 @@ Report openReport(const std::string& path, const std::string& log, const Inputs&
 
 int fillKeys(const UsbChoices& choices, const Inputs& inputs, const ScratchDirectory& scratch) {
     auto keys = chooseKeys(choices, inputs);
-    inputs.requireRoom(scratch.directory(), scratch.path(),
-                       choices.jobs != 0 ? std::min(choices.jobs, keys.size()) : keys.size(), 0);
+    inputs.requireRoom(scratch.directory(), scratch.path(), countFull(choices, countTaken(keys)), 0);
     auto console = openConsole(choices.job.show, "", &inputs);
     auto report = openReport(choices.report, choices.job.show.log, inputs);
+    KeyResults results(keys, choices, report, console);
+    if (countTaken(keys) == 0) {
+        return results.conclude({});
+    }
     const HeldSignals signals;
     if (const int status = askForConsent(keys, choices, signals); status != 0) {
         console.complain("interrupted; nothing was changed");
@@ -118,11 +124,9 @@ int fillKeys(const UsbChoices& choices, const Inputs& inputs, const ScratchDirec
     unmountKeys(keys);
 
     inputs.announce(console, mediaText(keys));
-    UpdateSums sums;
-    const auto outcomes = outcomesOf(keys, runKeyJobs({choices, inputs, scratch, signals, console},
-                                                      tasksFor(keys, inputs.contents.size()),
-                                                      choices.report.empty() ? nullptr : &sums));
-    return concludeKeys(keys, outcomes, choices, sums, report, console);
+    const KeyJobs jobs{choices, inputs, scratch, signals, console, keys.size() == 1};
+    return results.conclude(runKeyJobs(jobs, tasksFor(keys, inputs.contents.size(), results),
+                                       choices.report.empty() ? nullptr : &results.sums));
 }
 
 int fillImage(const UsbChoices& choices, const Inputs& inputs, const ScratchDirectory& scratch) {
@@ -148,8 +152,8 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const ScratchDire
     inputs.announce(console, medium);
     UsbChoices asItIs = choices;
     asItIs.format = "never";
-    const auto outcome = runKeyJobs({asItIs, inputs, scratch, signals, console},
-                                    {{medium, {image, std::nullopt, path}, {}}}, nullptr)
+    const auto outcome = runKeyJobs({asItIs, inputs, scratch, signals, console, true},
+                                    {{medium, {image, std::nullopt, path}, {}, nullptr}}, nullptr)
                              .front();
     return conclude(console, outcome, medium,
                     sizeText(static_cast<std::uint64_t>(about.st_size)) + readBackText(choices.job.verify));

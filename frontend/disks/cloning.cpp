@@ -22,8 +22,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::uint64_t LARGEST_KEY = std::uint64_t{2} << 40U; // its table counts sectors in 32 bits
-constexpr const char* SECTOR_SIZE = "512";                     // that its table counts in
+constexpr std::uint64_t LARGEST_KEY =
+    0xfffffffeULL * 512;                   // sectors are counted in 32 bits, one value means none
+constexpr const char* SECTOR_SIZE = "512"; // that its table counts in
 
 /// No disk has so many signatures, but one that ignores what is written to it would show its own for ever.
 constexpr int MOST_SIGNATURES = 1000;
@@ -62,8 +63,8 @@ std::string objectionToErasing(const Disk& disk, const std::string& cloneImage, 
     if (size < imageSize) {
         return "is smaller than " + shown(cloneImage) + " of the package (" + sizeText(imageSize) + ")";
     }
-    if (size >= LARGEST_KEY) {
-        return "is not smaller than 2 TiB, as a key must be";
+    if (size > LARGEST_KEY) {
+        return "is too large: a key has less than 2 TiB";
     }
     const auto sectorSize = attribute(deviceDirectory(disk.number) / "queue/logical_block_size");
     return sectorSize == SECTOR_SIZE ? ""
@@ -99,7 +100,12 @@ void cloneTo(const Descriptor& device, const Descriptor& image, const Advance& a
     if (lseek(device.number(), 0, SEEK_SET) != 0) { // it may have been read from
         throw Failure(withError("the beginning of the disk"));
     }
-    copyContent(image, device, "the clone image", advance);
+    // Flushed piece by piece, so that what is told has been done.
+    const auto flushAndTell = [&](std::uint64_t bytes) {
+        fdatasync(device.number());
+        advance(bytes);
+    };
+    copyContent(image, device, "the clone image", flushAndTell);
     if (fsync(device.number()) != 0) {
         throw Failure(withError("the disk could not take all that was written"));
     }

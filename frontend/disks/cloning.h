@@ -15,7 +15,7 @@ namespace velacreate {
 /// @return why a disk cannot be made a key by an image; empty when it can
 ///
 /// - "is smaller than 'init1.img' of the package (64.0 MiB)"
-/// - "is not smaller than 2 TiB, as a key must be"
+/// - "is too large: a key has less than 2 TiB"
 /// - "has sectors of 4096 bytes, which a key cannot have"
 std::string objectionToErasing(const Disk& disk, const std::string& cloneImage, std::uint64_t imageSize);
 

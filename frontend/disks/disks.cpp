@@ -67,6 +67,14 @@ std::string Disk::partitionName(int partition) const {
     return name + (endsInDigit ? "p" : "") + std::to_string(partition);
 }
 
+std::string Disk::keyPartitionNode() const {
+    return "/dev/" + partitionName(KEY_PARTITION);
+}
+
+std::string DiskDescription::name() const {
+    return vendor + (vendor.empty() || model.empty() ? "" : " ") + model;
+}
+
 Disk wholeDisk(const std::string& path) {
     struct stat about {};
     if (stat(path.c_str(), &about) != 0) {

@@ -21,7 +21,12 @@ struct Disk {
     }
     /// The number of a partition: "sdb4" for 4, or "mmcblk0p4".
     std::string partitionName(int partition) const;
+
+    /// The node of the partition that holds a key's files.
+    std::string keyPartitionNode() const;
 };
+
+constexpr int KEY_PARTITION = 4; ///< the one that holds a key's files
 
 /// What a user recognises a disk by. What is not known is empty.
 struct DiskDescription {
@@ -30,6 +35,9 @@ struct DiskDescription {
     std::string serial;
     std::string port;       ///< where it is plugged in, such as "usb 1-2"
     std::uint64_t size = 0; ///< in bytes
+
+    /// Vendor and model in one.
+    std::string name() const;
 };
 
 /// @return the whole disk that a path names; links such as /dev/disk/by-id/... are followed

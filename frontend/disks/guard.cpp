@@ -17,8 +17,6 @@ constexpr std::array SYSTEM_PLACES = {"/boot",        "/efi",      "/usr",  "/ho
                                       "/opt",         "/srv",      "/nix",  "/run/live", "/run/initramfs",
                                       "/run/archiso", "/lib/live", "/cdrom"};
 
-constexpr int FILE_SYSTEM_PARTITION = 4;
-
 bool isOfSystem(const std::string& place) {
     return place == "/" ||
            std::any_of(SYSTEM_PLACES.begin(), SYSTEM_PLACES.end(), [&](const std::string& top) {
@@ -84,8 +82,8 @@ std::string objection(const Disk& disk, bool anyDisk) {
 }
 
 std::string lacksPartition(const Disk& disk) {
-    const auto number = partitionNumber(disk, FILE_SYSTEM_PARTITION);
-    const auto node = "/dev/" + disk.partitionName(FILE_SYSTEM_PARTITION);
+    const auto number = partitionNumber(disk, KEY_PARTITION);
+    const auto node = disk.keyPartitionNode();
     return number != 0 && blockDevice(node) == number
                ? ""
                : "has no fourth partition (" + node + "); --erase makes a key of any stick";

@@ -10,9 +10,16 @@
 namespace velacreate {
 
 void powerDown(const Disk& disk) {
-    const auto usb = usbDevice(deviceDirectory(disk.number));
+    const auto directory = deviceDirectory(disk.number);
+    if (!exists(directory)) {
+        throw Failure("it was pulled out already");
+    }
+    const auto usb = usbDevice(directory);
     if (usb.empty()) {
         throw Failure("it is not on USB");
+    }
+    if (attribute(usb / "removable") == "fixed") {
+        throw Failure("its USB port is one inside the machine");
     }
     for (const auto& other : removableDisks()) { // a card reader may have several
         if (other.number != disk.number && usbDevice(deviceDirectory(other.number)) == usb) {

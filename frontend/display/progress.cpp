@@ -71,9 +71,6 @@ void Progress::done(std::size_t medium, std::uint64_t bytes) {
 void Progress::ended(std::size_t medium, const std::string& text) {
     Row& row = m_rows.at(medium);
     row = {row.medium, printable(text), 0, 0, row.start, false};
-    if (!m_isLive && m_rows.size() > 1) {
-        m_screen.write(STDOUT_FILENO, row.medium + ": " + row.stage + "\n");
-    }
 }
 
 void Progress::erase() {
@@ -93,8 +90,12 @@ void Progress::draw() {
     for (const Row* row : rows) {
         lines += "\r\033[K" + lineFor(*row, size.ws_col) + "\n";
     }
-    lines += m_drawn > rows.size() ? "\033[J" : "";
-    m_drawn = rows.size();
+    const auto drawn = rows.size() + (rows.size() < m_rows.size() ? 1 : 0);
+    if (drawn > rows.size()) {
+        lines += "\r\033[K" + std::to_string(m_rows.size() - rows.size()) + " more\n";
+    }
+    lines += m_drawn > drawn ? "\033[J" : "";
+    m_drawn = drawn;
     m_screen.write(STDOUT_FILENO, lines);
 }
 
@@ -102,7 +103,7 @@ std::vector<const Progress::Row*> Progress::shownRows(std::size_t height) const 
     std::vector<const Row*> rows;
     const bool areAllShown = m_rows.size() <= height;
     for (const Row& row : m_rows) {
-        if (areAllShown || (row.isAtWork && rows.size() < height)) {
+        if (areAllShown || (row.isAtWork && rows.size() + 1 < height)) {
             rows.push_back(&row);
         }
     }

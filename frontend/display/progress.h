@@ -13,8 +13,8 @@
 namespace velacreate {
 
 /// On a terminal, one line for each medium, redrawn: the stage, bytes done of bytes expected, rate and time
-/// left; those at work first to be seen where there are more media than lines. Elsewhere a plain line a
-/// stage, with the medium's name in front where there are several.
+/// left; of more media than there are lines, only those at work, and how many there are besides. Elsewhere a
+/// plain line a stage, with the medium's name in front where there are several.
 class Progress {
 public:
     Progress(const Screen& screen, std::vector<std::string> media);

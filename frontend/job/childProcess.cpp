@@ -129,8 +129,9 @@ ChildProcess::ChildProcess(int directory, const std::function<int(Reporter&)>& w
         m_events = Descriptor();
         m_output = Descriptor();
         setUpProcess(jobsEvents.number(), jobsOutput.number());
+        // What the user unmounts outside must not live on in here, unflushed.
         mountsAreOwn = isApart && (user == 0 || stayOneself(user, group)) &&
-                       mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+                       mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr) == 0;
         _exit(run(work, jobsEvents.number()));
     }
     setpgid(m_number, m_number);

@@ -85,22 +85,33 @@ public:
     void lookAtGauge() {
         const auto start = Clock::now();
         if (m_gauge != nullptr && start >= m_nextLook) {
-            m_progress.done(m_index, m_gauge->done());
+            m_progress.done(m_index, shownByGauge());
             m_nextLook = Clock::now() + (Clock::now() - start) * GAUGE_SHARE;
         }
     }
 
-    Outcome end() {
+    /// @param isInterrupted  whether it was told to end
+    Outcome end(bool isInterrupted) {
         listen();
         m_outcome.status = m_process.reap();
         listen();
         if (!m_said.empty()) {
             takeFailure(m_said);
         }
+        if (isInterrupted && m_outcome.status != 0) {
+            m_outcome.status = EXIT_INTERRUPTED;
+            m_outcome.hasChanged = m_outcome.hasChanged || m_isBurning; // a disc that is spoiled
+        }
         leaveGauge();
         m_outcome.seconds = secondsSince(m_start);
         m_outcome.bytesPerSecond = m_gauged > 0 ? static_cast<double>(m_written) / m_gauged : 0;
         m_progress.ended(m_index, resultText(m_outcome, false));
+        if (!m_name.empty()) {
+            m_console.say(m_name + resultText(m_outcome, false));
+        }
+        if (m_job.ended) {
+            m_job.ended(m_outcome);
+        }
         return m_outcome;
     }
 
@@ -111,6 +122,9 @@ private:
             leaveGauge();
             const auto found = m_job.gauges.find(event.text);
             m_gauge = found != m_job.gauges.end() ? &found->second : nullptr;
+            if (m_gauge != nullptr) {
+                shownByGauge();
+            }
             m_console.log(2, m_name + event.text);
             m_progress.stage(m_index, event.text, m_gauge != nullptr ? m_gauge->expected : 0);
             break;
@@ -150,10 +164,16 @@ private:
         m_console.message(0, m_name + text);
     }
 
+    std::uint64_t shownByGauge() {
+        const auto shown = m_gauge->done();
+        m_shownFirst = m_shownFirst.value_or(shown);
+        return std::max(shown, *m_shownFirst) - *m_shownFirst;
+    }
+
     /// What the gauge has shown is kept, for the rate.
     void leaveGauge() {
         if (m_gauge != nullptr) {
-            m_written = std::max(m_written, m_gauge->done());
+            m_written = std::max(m_written, shownByGauge());
             m_gauged += secondsSince(m_stageStart);
         }
         m_gauge = nullptr;
@@ -170,6 +190,7 @@ private:
     Clock::time_point m_nextLook;
     Clock::time_point m_stageStart = Clock::now();
     const Gauge* m_gauge = nullptr;
+    std::optional<std::uint64_t> m_shownFirst;
     std::uint64_t m_written = 0; ///< by the gauges of the stages before
     double m_gauged = 0;         ///< seconds in them
     std::string m_said;
@@ -210,8 +231,12 @@ public:
 private:
     void startMore() {
         while (!m_mercyEnds && m_next < m_jobs.size() && m_running.size() < m_atOnce) {
-            m_running.push_back(
-                std::make_unique<Running>(m_jobs[m_next], m_next, m_jobs.size() == 1, m_console, m_progress));
+            try {
+                m_running.push_back(std::make_unique<Running>(m_jobs[m_next], m_next, m_jobs.size() == 1,
+                                                              m_console, m_progress));
+            } catch (const Failure& failure) { // and those that run go on
+                m_outcomes.at(m_next) = {EXIT_UNFINISHED, failure.what(), {}, false, 0};
+            }
             ++m_next;
         }
     }
@@ -254,12 +279,7 @@ private:
                 continue;
             }
             Outcome& outcome = m_outcomes.at((*job)->index());
-            outcome = (*job)->end();
-            const bool isBurning = (*job)->isBurning();
-            if (m_mercyEnds && outcome.status != 0) {
-                outcome.status = EXIT_INTERRUPTED;
-                outcome.hasChanged = outcome.hasChanged || isBurning; // a disc that is spoiled
-            }
+            outcome = (*job)->end(m_mercyEnds.has_value());
             job = m_running.erase(job);
         }
     }
@@ -301,6 +321,7 @@ HeldSignals::HeldSignals() {
 int HeldSignals::take() const {
     signalfd_siginfo signal{};
     const bool isThere = read(m_descriptor.number(), &signal, sizeof signal) == sizeof signal;
+    m_hadOne = m_hadOne || isThere;
     return isThere ? static_cast<int>(signal.ssi_signo) : 0;
 }
 

@@ -30,11 +30,18 @@ public:
     /// @return the signal's number; 0 when there is none
     int take() const;
 
+    /// Whether there has been one so far, also if what it was to end had just ended by itself.
+    bool hadOne() const {
+        return m_hadOne;
+    }
+
 private:
     Descriptor m_descriptor;
+    mutable bool m_hadOne = false;
 };
 
-/// How many bytes a stage of the library's has done, found out without the job's help.
+/// How many bytes a stage of the library's has done, found out without the job's help. What it shows as the
+/// first such stage begins does not count.
 struct Gauge {
     std::uint64_t expected;
     std::function<std::uint64_t()> done;
@@ -42,10 +49,11 @@ struct Gauge {
 
 /// The job of one medium.
 struct MediumJob {
-    std::string medium;                       ///< for messages, such as "the key /dev/sdb"
-    int workplace;                            ///< the directory that it starts in
-    std::function<int(Reporter&)> work;       ///< run in a process of its own
-    std::map<std::string, Gauge> gauges = {}; ///< by the stage
+    std::string medium;                                  ///< for messages, such as "the key /dev/sdb"
+    int workplace;                                       ///< the directory that it starts in
+    std::function<int(Reporter&)> work;                  ///< run in a process of its own
+    std::map<std::string, Gauge> gauges = {};            ///< by the stage
+    std::function<void(const Outcome&)> ended = nullptr; ///< told at once
 };
 
 /// Runs jobs side by side, each in a process of its own, and shows how far they are. An interrupt ends them

@@ -124,6 +124,22 @@ void removeContents(const Descriptor& directory, const std::string& besides) {
     });
 }
 
+namespace {
+
+/// Not every file system has links.
+void linkFile(const Descriptor& from, const Descriptor& to, const std::string& name) {
+    if (linkat(from.number(), name.c_str(), to.number(), name.c_str(), 0) == 0) {
+        return;
+    }
+    require(errno == EPERM || errno == EOPNOTSUPP || errno == EMLINK || errno == EXDEV, shown(name));
+    const auto original = openWithin(from.number(), name, O_RDONLY);
+    const auto copy = openWithin(to.number(), name, O_WRONLY | O_CREAT | O_EXCL, S_IRWXU);
+    require(original.isOpen() && copy.isOpen(), shown(name));
+    copyContent(original, copy, name, [](std::uint64_t /*bytes*/) {});
+}
+
+} // namespace
+
 void linkContents(const Descriptor& from, const Descriptor& to, const std::string& besides) {
     forEachEntry(from.number(), [&](const std::string& name) {
         if (name == besides) {
@@ -131,7 +147,7 @@ void linkContents(const Descriptor& from, const Descriptor& to, const std::strin
         }
         const auto below = openWithin(from.number(), name, O_RDONLY | O_DIRECTORY);
         if (!below.isOpen()) {
-            require(linkat(from.number(), name.c_str(), to.number(), name.c_str(), 0) == 0, shown(name));
+            linkFile(from, to, name);
             return;
         }
         require(mkdirat(to.number(), name.c_str(), S_IRWXU) == 0, shown(name));

@@ -43,7 +43,8 @@ private:
 /// @param besides  what stays at its top, if anything
 void removeContents(const Descriptor& directory, const std::string& besides = "");
 
-/// Lets all that is in a directory stand in another one as well: files by links, which takes no space.
+/// Lets all that is in a directory stand in another one as well: files by links, which takes no space, or
+/// copied where the file system has none.
 /// @param besides  what is left out at its top
 /// @throw Failure
 void linkContents(const Descriptor& from, const Descriptor& to, const std::string& besides = "");

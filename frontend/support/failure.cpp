@@ -17,7 +17,7 @@ std::string printable(const std::string& text) {
     for (std::size_t at = 0; at < text.size();) {
         wchar_t character = 0;
         const std::size_t length = readCharacter(text, at, character);
-        if (length == 0 || isControl(character)) {
+        if (length == 0 || isControl(character) || isLayout(character)) {
             result += '?';
         } else {
             result.append(text, at, length);

@@ -37,6 +37,11 @@ bool isControl(wchar_t character) {
     return character < 0x20 || (character >= 0x7f && character < 0xa0);
 }
 
+bool isLayout(wchar_t character) {
+    return (character >= 0x200e && character <= 0x200f) || (character >= 0x2028 && character <= 0x202e) ||
+           (character >= 0x2066 && character <= 0x2069);
+}
+
 std::optional<std::wstring> decoded(const std::string& text) {
     std::wstring characters;
     for (std::size_t at = 0; at < text.size();) {

@@ -30,6 +30,9 @@ std::size_t readCharacter(const std::string& text, std::size_t at, wchar_t& char
 /// Whether it is one of the control characters, of which some lie beyond ASCII.
 bool isControl(wchar_t character);
 
+/// Whether it turns the order around in which a terminal shows others, or breaks the line.
+bool isLayout(wchar_t character);
+
 /// @return the characters of a text; none when it is not in UTF-8
 std::optional<std::wstring> decoded(const std::string& text);
 
