@@ -210,8 +210,7 @@ public:
 
     std::vector<Outcome> run() {
         while (startMore(), !m_running.empty()) {
-            wait();
-            for (const auto& job : m_running) {
+            for (auto* job : wait()) {
                 job->listen();
             }
             if (const int number = m_signals.take(); number != 0) {
@@ -241,7 +240,8 @@ private:
         }
     }
 
-    void wait() const {
+    /// @return those that have something to tell
+    std::vector<Running*> wait() const {
         std::vector<pollfd> sources = {{m_signals.descriptor().number(), POLLIN, 0}};
         for (const auto& job : m_running) {
             for (const int descriptor : job->sources()) {
@@ -250,6 +250,16 @@ private:
         }
         const bool isTimed = m_progress.isLive() || m_mercyEnds;
         poll(sources.data(), sources.size(), isTimed ? static_cast<int>(REDRAWN_EVERY.count()) : -1);
+        std::vector<Running*> telling;
+        auto source = sources.begin() + 1;
+        for (const auto& job : m_running) {
+            const auto end = source + static_cast<std::ptrdiff_t>(job->sources().size());
+            if (std::any_of(source, end, [](const pollfd& of) { return of.revents != 0; })) {
+                telling.push_back(job.get());
+            }
+            source = end;
+        }
+        return telling;
     }
 
     void interrupt(int number) {
