@@ -42,7 +42,7 @@ std::string deviceForLibrary(const KeyJob& job, const Descriptor& image) {
         setenv(SOFT_KEY, IMAGE_PLACE.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
         return NO_KEY;
     }
-    const auto node = job.target.disk->node();
+    auto node = job.target.disk->node();
     const auto partition = job.target.disk->keyPartitionNode();
     if (partition == node + "4") {
         return node;

@@ -66,7 +66,8 @@ std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>&
     }
     if (taken.status != 0) {
         leave(jobs.choices.job, stock, jobs.console);
-        return std::vector<Outcome>(tasks.size(), taken);
+        std::vector<Outcome> none(tasks.size(), taken);
+        return none;
     }
     if (sums != nullptr) {
         *sums = readSums(stock.directory());
