@@ -3,6 +3,7 @@
 #include "commands/keys.h"
 #include "commands/newKey.h"
 #include "disks/fatVolume.h"
+#include "disks/sysfs.h"
 #include "inputs/jobNames.h"
 #include "job/libraryLogger.h"
 #include "job/readOnlyMount.h"
@@ -154,6 +155,11 @@ int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) 
     return withToolsWords(result, reporter);
 }
 
+/// Then the tools' own words may be any, even that there is no space left.
+bool isGone(const KeyJob& job) {
+    return job.target.disk && !exists(deviceDirectory(job.target.disk->number));
+}
+
 int fillAndReadBack(const KeyJob& job, const Descriptor& image, const Descriptor& workplace,
                     Reporter& reporter) {
     if (const int result = runWorkflow(job, image, reporter); result != 0) {
@@ -175,14 +181,18 @@ int fillKey(const KeyJob& job, Reporter& reporter) {
     const auto image = job.target.disk ? Descriptor() : openAgain(job.target.open, job.target.imagePath);
     linkContents(job.stock, job.workplace, LAUNCHERS_NAME);
     const auto workplace = enterWorkplaceOfLibrary(job.choices.job.show.pauses, reporter);
+    int result = 0;
     try {
-        const int result = fillAndReadBack(job, image, workplace, reporter);
-        tidyUp(job.choices.job, workplace);
-        return result;
-    } catch (...) {
-        tidyUp(job.choices.job, workplace); // others may need the space
-        throw;
+        result = fillAndReadBack(job, image, workplace, reporter);
+    } catch (const Failure& failure) {
+        reporter.reason(failure.what());
+        result = EXIT_UNFINISHED;
     }
+    if (result != 0 && isGone(job)) {
+        reporter.reason("the key was pulled out");
+    }
+    tidyUp(job.choices.job, workplace); // also of what failed: others may need the space
+    return result;
 }
 
 } // namespace velacreate
