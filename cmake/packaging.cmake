@@ -88,5 +88,7 @@ set(CPACK_DEBIAN_VELACREATE_PACKAGE_NAME velacreate)
 set(CPACK_DEBIAN_VELACREATE_PACKAGE_SECTION admin)
 set(CPACK_DEBIAN_VELACREATE_PACKAGE_DEPENDS
     "unzip, zip, xorriso, genisoimage, wodim, dosfstools, fdisk, mount")
+set(CPACK_DEBIAN_VELACREATE_PACKAGE_RECOMMENDS "dnsmasq-base")
+set(CPACK_DEBIAN_VELACREATE_PACKAGE_SUGGESTS "bash-completion")
 
 include(CPack)

@@ -1,6 +1,7 @@
 # shellcheck shell=bash
 # The words that the front end's tables are written in. A row runs in a shell of its own for each of its cells: first
 # what is made before, in /srv/job, then the call, in /srv/job/work, then what must hold, in /srv/job again.
+project=$(realpath "$(dirname "${BASH_SOURCE[0]}")/..")
 export HOME=/srv/home TMPDIR=/srv/scratch
 [ ! -d /srv/job/kit ] || export VELACREATE_TOOLKIT=/srv/job/kit
 user() { ${run:-} setpriv --reuid=1777 --regid=1777 --clear-groups "$@"; }
@@ -17,12 +18,16 @@ confined() {
 velacreate() { ${as:-${run:-}} "$VELACREATE" "$@"; }
 iso() { velacreate iso --package "${package:-tool.zip}" --output "${output:-i.iso}" "$@"; }
 pxe() { velacreate pxe --package "${package:-tool.zip}" --output "${output:-../out}" "$@"; }
+verify() { velacreate verify --package "${package:-tool.zip}" "$@"; }
+made() { (cd work && "$@" >/srv/made); }
+image() { made iso a.txt && mv work/i.iso x.iso; }
 
-# Launchers that do something, then their work; for what the second one does there is no drive but a file.
+# Launchers that do something, then their work; for what the second one does there is no drive but a file. It is asked
+# about that before.
 kit() { # XORRISO-DOES [CDRECORD-DOES]
     mkdir kit
     printf '#!/bin/bash\n%s\nexec /usr/bin/xorriso "$@"' "$1" >kit/xorriso
-    printf '#!/bin/bash\n%s\nexec /usr/bin/xorriso -as cdrecord "$@"' "${2:-}" >kit/cdrecord
+    printf '#!/bin/bash\n[[ "$*" == *-checkdrive ]] || { :;%s\n}\nexec /usr/bin/xorriso -as cdrecord "$@"' "${2:-}" >kit/cdrecord
     chmod +x kit/*
 }
 
@@ -35,6 +40,34 @@ odd() { # NAME
 }
 rename() { # FROM TO, of one length, wherever it is in p.zip
     FROM=$1 TO=$2 perl -0777 -pi -e 's/\Q$ENV{FROM}/$ENV{TO}/g' work/p.zip
+}
+
+# What the shell offers behind a line that is typed.
+completes() { # LINE WORD...
+    # shellcheck source=/dev/null
+    . /usr/share/bash-completion/bash_completion
+    # shellcheck source=/dev/null
+    . "$project/completion/velacreate"
+    # shellcheck disable=SC2317 # only the shell itself may call the real one
+    compopt() { :; }
+    COMP_LINE=$1 COMP_POINT=${#1}
+    read -ra COMP_WORDS <<<"$1"
+    [[ $1 != *' ' ]] || COMP_WORDS+=("")
+    COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
+    _velacreate velacreate
+    shift
+    [ "${COMPREPLY[*]}" = "$*" ] || { echo "offered: ${COMPREPLY[*]}"; return 1; }
+}
+
+# Does what the page of a technician's day shows below some headings; a stand-in takes the place of the drive.
+day() { # HEADING...
+    mkdir ../out
+    cp tool.zip ../out
+    cd ../out
+    "$project/demo/updates" updates >/dev/null
+    for heading; do "$project/tests/dayCommands" "$heading"; done | sed 's#/dev/sr0#stdio:/srv/job/disc#' >day.sh
+    # shellcheck source=/dev/null
+    . ./day.sh
 }
 
 said() { grep -qF -- "$1" /srv/err; }

@@ -1,10 +1,14 @@
 #include "commands/burner.h"
 
+#include "commands/comparison.h"
 #include "commands/mediumJob.h"
+#include "disks/discDrive.h"
 #include "job/libraryLogger.h"
 #include "job/stagePauses.h"
 #include "job/watcher.h"
 #include "job/workplace.h"
+#include "medium/isoImage.h"
+#include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/programs.h"
 #include "support/sizeText.h"
@@ -32,6 +36,14 @@ Descriptor openImage(const std::string& path) {
     }
     if (!S_ISREG(image.status().st_mode)) {
         throw Refusal(shown(path) + " is not a file");
+    }
+    const auto whole = isoImageSize(image);
+    if (whole == 0) {
+        throw Refusal(shown(path) + " is no ISO 9660 image");
+    }
+    if (const auto size = static_cast<std::uint64_t>(image.status().st_size); size < whole) {
+        throw Refusal(shown(path) + " is incomplete: it has " + std::to_string(size) + " bytes of " +
+                      std::to_string(whole));
     }
     return image;
 }
@@ -69,6 +81,26 @@ void requireDevice(const std::string& device) {
     }
 }
 
+void requireDisc(const std::string& device) {
+    const DiscDrive drive(device);
+    if (drive.isReadOnly()) {
+        throw Refusal("the drive " + shown(device) + " cannot burn discs");
+    }
+    if (const auto lack = drive.lacksDisc(); !lack.empty()) {
+        throw Refusal(lack);
+    }
+}
+
+/// By what the burner itself has to say of it.
+void requireAnswer(const std::string& device, const Toolkit& toolkit) {
+    const auto check = toolkit.runBurner({"dev=" + device, "-checkdrive"});
+    if (check.status != 0) {
+        const auto reason = reasonIn(check.output);
+        throw Refusal("the drive " + shown(device) + " cannot be used" +
+                      (reason.empty() ? "" : ": " + reason));
+    }
+}
+
 int makeDisc(const Descriptor& image, const std::string& path, const std::string& device, bool isQuiet,
              bool keepPauses, const Toolkit& toolkit, Reporter& reporter) {
     const auto again = openAgain(image, path);
@@ -82,6 +114,27 @@ int makeDisc(const Descriptor& image, const std::string& path, const std::string
     return withToolsWords(builder.BurnISO(IMAGE, device, "", !isQuiet), reporter);
 }
 
+/// @return refused, when the disc is out of reach
+Outcome compareBurnt(const std::string& device, const Descriptor& image, const HeldSignals& signals,
+                     Console& console) {
+    if (!DiscDrive::isNode(device)) {
+        return {EXIT_REFUSED, shown(device) + " names no file that it could be read by", {}, false, 0};
+    }
+    try {
+        return compareWithImage(DiscDrive(device), image, signals, console);
+    } catch (const Refusal& refusal) { // of the drive, which may be gone
+        return {EXIT_REFUSED, refusal.what(), {}, false, 0};
+    }
+}
+
+std::string asShellWord(const std::string& text) {
+    std::string word = "'";
+    for (const char letter : text) {
+        word += letter == '\'' ? "'\\''" : std::string(1, letter);
+    }
+    return word + "'";
+}
+
 } // namespace
 
 Burner::Burner(std::string device, const Surroundings& surroundings)
@@ -90,9 +143,13 @@ Burner::Burner(std::string device, const Surroundings& surroundings)
     if (m_toolkit.isOwn()) {
         requirePrograms({"wodim"});
     }
+    if (m_device.front() == '/') {
+        requireDisc(m_device);
+    }
+    requireAnswer(m_device, m_toolkit);
 }
 
-int Burner::burn(const std::string& path, bool isQuiet, const ShowChoices& show) const {
+int Burner::burn(const std::string& path, bool isQuiet, bool verify, const ShowChoices& show) const {
     const auto image = openImage(path);
     const auto absolute = absolutePath(path);
     auto console = openConsole(show, absolute);
@@ -104,11 +161,24 @@ int Burner::burn(const std::string& path, bool isQuiet, const ShowChoices& show)
         return makeDisc(image, absolute, m_device, isQuiet, show.pauses, m_toolkit, reporter);
     };
     const auto outcome = watch({{medium, workplace.directory().number(), work}}, 1, signals, console).front();
-    return conclude(console, outcome, medium, sizeText(static_cast<std::uint64_t>(image.status().st_size)));
+    const auto size = sizeText(static_cast<std::uint64_t>(image.status().st_size));
+    const int status = conclude(console, outcome, medium, size);
+    if (status != 0 || !verify) {
+        return status;
+    }
+    const auto comparison = compareBurnt(m_device, image, signals, console);
+    if (comparison.status != EXIT_REFUSED) {
+        return conclude(console, comparison, medium, size);
+    }
+    console.say("The disc was not read back, as " + comparison.reason + ". Put it in, and compare it:");
+    console.say("velacreate verify --disc " + (DiscDrive::isNode(m_device) ? m_device : "DEVICE") + " " +
+                asShellWord(absolute));
+    return 0;
 }
 
 int burn(const BurnChoices& choices, const Surroundings& surroundings) {
-    return Burner(choices.device, surroundings).burn(choices.image, choices.quiet, choices.show);
+    return Burner(choices.device, surroundings)
+        .burn(choices.image, choices.quiet, choices.verify, choices.show);
 }
 
 } // namespace velacreate

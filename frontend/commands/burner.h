@@ -14,12 +14,15 @@ namespace velacreate {
 class Burner {
 public:
     /// @param device  as cdrecord's dev= takes it
-    /// @throw Refusal when nothing could be burned with it, as far as that can be known beforehand
+    /// @throw Refusal when nothing could be burned with it, as far as that can be known beforehand: by the
+    /// kernel, and by the burner
     Burner(std::string device, const Surroundings& surroundings);
 
     /// Burns an image.
+    /// @param verify  whether the disc is read back, where the drive takes it in again; else the user is told
+    /// how to do that
     /// @return the exit status
-    int burn(const std::string& path, bool isQuiet, const ShowChoices& show) const;
+    int burn(const std::string& path, bool isQuiet, bool verify, const ShowChoices& show) const;
 
 private:
     std::string m_device;

@@ -30,6 +30,7 @@ struct IsoChoices {
     std::string output;
     bool force = false;
     std::string platform = "linux";
+    bool checksum = false;
     std::string burner;
 };
 
@@ -58,13 +59,26 @@ struct BurnChoices {
     std::string image;
     std::string device;
     bool quiet = false;
+    bool verify = true;
     ShowChoices show;
+};
+
+struct VerifyChoices {
+    JobChoices job; ///< the package may be empty, where a disc is compared with its image
+    std::string image;
+    std::vector<std::string> devices;
+    std::string keyImage;
+    std::string package; ///< a network-boot package's directory
+    std::string disc;
+    std::string platform = "linux";
+    std::string work;
 };
 
 int makeIso(const IsoChoices& choices, const Surroundings& surroundings);
 int makeUsbKey(const UsbChoices& choices, const Surroundings& surroundings);
-int makePxePackage(const PxeChoices& choices);
+int makePxePackage(const PxeChoices& choices, const Surroundings& surroundings);
 int burn(const BurnChoices& choices, const Surroundings& surroundings);
+int verify(const VerifyChoices& choices, const Surroundings& surroundings);
 int identify(const std::string& device);
 int listDisks(bool json);
 

@@ -58,14 +58,9 @@ std::optional<std::string> readAnswer(const HeldSignals& signals) {
 
 } // namespace
 
-int askForConsent(const std::vector<Key>& keys, const UsbChoices& choices, const HeldSignals& signals) {
-    const bool isOne = keys.size() == 1;
-    std::cout << tableOf(keys) << consequence(choices, isOne) << std::endl;
-    if (choices.yes) {
-        return 0;
-    }
+int askForYes(const HeldSignals& signals, const std::string& unasked, const std::string& refused) {
     if (isatty(STDIN_FILENO) == 0) {
-        throw Refusal("without a terminal, only --yes lets a key be changed");
+        throw Refusal(unasked);
     }
     std::cout << "Type yes to go on: " << std::flush;
     const auto answer = readAnswer(signals);
@@ -74,9 +69,19 @@ int askForConsent(const std::vector<Key>& keys, const UsbChoices& choices, const
         return EXIT_INTERRUPTED;
     }
     if (*answer != "yes") {
-        throw Refusal(isOne ? "the key was left as it is" : "the keys were left as they are");
+        throw Refusal(refused);
     }
     return 0;
+}
+
+int askForConsent(const std::vector<Key>& keys, const UsbChoices& choices, const HeldSignals& signals) {
+    const bool isOne = keys.size() == 1;
+    std::cout << tableOf(keys) << consequence(choices, isOne) << std::endl;
+    if (choices.yes) {
+        return 0;
+    }
+    return askForYes(signals, "without a terminal, only --yes lets a key be changed",
+                     isOne ? "the key was left as it is" : "the keys were left as they are");
 }
 
 } // namespace velacreate

@@ -6,7 +6,6 @@
 #include "disks/sysfs.h"
 #include "inputs/jobNames.h"
 #include "job/libraryLogger.h"
-#include "job/readOnlyMount.h"
 #include "job/workplace.h"
 #include "medium/readBack.h"
 #include "support/exitStatus.h"
@@ -28,7 +27,6 @@ using VelaCreation::BootableUSB;
 namespace {
 
 constexpr const char* SOFT_KEY = "TALO_SOFT_USBKEY";
-const std::string IMAGE_PLACE = "/mnt/job/.job/key.img";
 const std::string KEY_LINK = "/mnt/key";
 
 /// Named in the place of a key when there is only an image: a key would be mounted under the image and stay
@@ -39,8 +37,8 @@ const std::string NO_KEY = "/nonexistent/key";
 /// "p" between, a pair of links is what it says.
 std::string deviceForLibrary(const KeyJob& job, const Descriptor& image) {
     if (!job.target.disk) {
-        placeFile(image, job.target.imagePath, "key.img");
-        setenv(SOFT_KEY, IMAGE_PLACE.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+        const auto place = placeImage(job.target, image);
+        setenv(SOFT_KEY, place.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
         return NO_KEY;
     }
     auto node = job.target.disk->node();
@@ -66,13 +64,8 @@ bool isKeyMounted(const KeyJob& job) {
     return isOnFat(place, device) && (disk || isLoopOver(device, job.target.open));
 }
 
-ReadOnlyMount mountToRead(const KeyJob& job) {
-    return job.target.disk ? ReadOnlyMount(job.target.disk->keyPartitionNode())
-                           : ReadOnlyMount(IMAGE_PLACE, ",loop,offset=" + std::to_string(IMAGE_OFFSET));
-}
-
 std::vector<std::string> strangersOn(const KeyJob& job) {
-    const auto mount = mountToRead(job);
+    const auto mount = mountToRead(job.target);
     return beyond(job.inputs.contents.tree, mount.open());
 }
 
@@ -106,7 +99,7 @@ void tellOfStrangers(const KeyJob& job, const Reporter& reporter) {
 
 int readBack(const KeyJob& job, int workplace, Reporter& reporter) {
     reporter.stage("Reading back", job.inputs.contents.size());
-    const auto mount = mountToRead(job);
+    const auto mount = mountToRead(job.target);
     const auto top = mount.open();
     const auto& tree = job.inputs.contents.tree;
     const auto kept = job.choices.format == "never" ? beyond(tree, top) : std::vector<std::string>{};

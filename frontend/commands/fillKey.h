@@ -3,20 +3,10 @@
 #ifndef VELACREATE_FILLKEY_H
 #define VELACREATE_FILLKEY_H
 
+#include "commands/keyTarget.h"
 #include "commands/mediumJob.h"
-#include "disks/disks.h"
-
-#include <optional>
-#include <string>
 
 namespace velacreate {
-
-/// A key, or the image of one in its place.
-struct KeyTarget {
-    const Descriptor& open;   ///< the whole disk, or the image
-    std::optional<Disk> disk; ///< of a key
-    std::string imagePath;    ///< of an image
-};
 
 struct KeyJob {
     const UsbChoices& choices;

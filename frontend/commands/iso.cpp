@@ -1,9 +1,11 @@
 #include "commands/commands.h"
 
 #include "commands/burner.h"
+#include "commands/imageChecksum.h"
 #include "commands/mediumJob.h"
 #include "inputs/jobNames.h"
 #include "inputs/limits.h"
+#include "inputs/sourceDate.h"
 #include "job/libraryLogger.h"
 #include "job/output.h"
 #include "job/toolkit.h"
@@ -15,6 +17,7 @@
 
 #include <bootableiso.h>
 
+#include <filesystem>
 #include <optional>
 
 #include <fcntl.h>
@@ -26,6 +29,8 @@ namespace {
 constexpr int PLATFORM_LINUX = 1;
 constexpr int PLATFORM_PPC = 2;
 const std::string IMAGE_BELOW_WORKPLACE = ".job/image.iso";
+const std::string CHECKSUM_ENDING = ".sha256";
+const std::string CHECKSUM_BELOW_WORKPLACE = IMAGE_BELOW_WORKPLACE + CHECKSUM_ENDING;
 
 void requireWhatItStartsFrom(const ToolPackage& package, bool isPowerPc) {
     if (isPowerPc) {
@@ -48,6 +53,27 @@ void requireFileSizes(const Contents& contents) {
     }
 }
 
+/// With its checksum, which is worked out beside the reading back.
+int finishImage(const IsoChoices& choices, const Inputs& inputs, const Descriptor& workplace,
+                Reporter& reporter) {
+    std::optional<ImageChecksum> checksum;
+    if (choices.checksum) {
+        checksum.emplace(IMAGE_BELOW_WORKPLACE);
+    }
+    const auto compare = [&](const Advance& advance) {
+        const Descriptor image(open(IMAGE_BELOW_WORKPLACE.c_str(), O_RDONLY | O_CLOEXEC));
+        return compareArchive(workplace.number(), inputs.contents.tree, image, inputs.contents.added,
+                              advance);
+    };
+    const int result =
+        finish(choices.job, workplace, IMAGE_BELOW_WORKPLACE, inputs.contents.size(), compare, reporter);
+    if (checksum && result == 0) {
+        const auto name = std::filesystem::path(choices.output).filename();
+        checksum->writeTo(CHECKSUM_BELOW_WORKPLACE, name, reporter);
+    }
+    return result;
+}
+
 int make(const IsoChoices& choices, const Inputs& inputs, const Toolkit& toolkit, Reporter& reporter) {
     const bool isPowerPc = choices.platform == "ppc";
     const auto workplace = enterWorkplaceOfLibrary(choices.job.show.pauses, reporter);
@@ -61,40 +87,51 @@ int make(const IsoChoices& choices, const Inputs& inputs, const Toolkit& toolkit
     if (result != 0) {
         return withToolsWords(result, reporter);
     }
+    return finishImage(choices, inputs, workplace, reporter);
+}
 
-    const std::vector<std::string> ownFiles =
-        isPowerPc ? std::vector<std::string>{} : std::vector<std::string>{"boot.catalog"};
-    const auto compare = [&](const Advance& advance) {
-        const Descriptor image(open(IMAGE_BELOW_WORKPLACE.c_str(), O_RDONLY | O_CLOEXEC));
-        return compareArchive(workplace.number(), inputs.contents.tree, image, ownFiles, advance);
-    };
-    return finish(choices.job, workplace, IMAGE_BELOW_WORKPLACE, inputs.contents.size(), compare, reporter);
+/// What to say of a checksum that stands there from before.
+std::string noteOn(const std::string& checksum) {
+    const bool isThere = std::filesystem::exists(std::filesystem::symlink_status(checksum));
+    return isThere ? "Note: " + shown(checksum) + " is of an earlier image" : "";
 }
 
 int makeImage(const IsoChoices& choices, const Output& output, const Surroundings& surroundings) {
     const bool isPowerPc = choices.platform == "ppc";
+    const auto checksumPath = output.path() + CHECKSUM_ENDING;
+    std::optional<Output> checksum;
+    if (choices.checksum) {
+        checksum = Output::checksum(choices.output + CHECKSUM_ENDING, choices.force);
+    }
     const Toolkit toolkit(surroundings.toolkit);
     requireProgramsFor(toolkit, isPowerPc);
     const Inputs inputs(choices.job, isPowerPc ? Medium::powerPcImage : Medium::image);
     inputs.requireOther(output);
+    if (checksum) {
+        inputs.requireOther(*checksum);
+    }
     requireWhatItStartsFrom(inputs.package, isPowerPc);
     requireFileSizes(inputs.contents);
     inputs.requireRoom(output.parent(), output.parentPath(), 1, 2); // staged, and as the image
     return makeOutput({choices.job, inputs, output, "the image " + shown(output.path()),
                        IMAGE_BELOW_WORKPLACE, "Copying files to working directory", "Creating iso file",
-                       [&](Reporter& reporter) { return make(choices, inputs, toolkit, reporter); }});
+                       [&](Reporter& reporter) { return make(choices, inputs, toolkit, reporter); },
+                       checksum ? &*checksum : nullptr, CHECKSUM_BELOW_WORKPLACE,
+                       checksum ? "" : noteOn(checksumPath)});
 }
 
 } // namespace
 
 int makeIso(const IsoChoices& choices, const Surroundings& surroundings) {
+    requireSourceDate();
     std::optional<Burner> burner; // whatever speaks against it is to be known before the image is made
     if (!choices.burner.empty()) {
         burner.emplace(choices.burner, surroundings);
     }
     const auto output = Output::image(choices.output, choices.force);
     const int status = makeImage(choices, output, surroundings);
-    return status == 0 && burner ? burner->burn(output.path(), false, choices.job.show) : status;
+    return status == 0 && burner ? burner->burn(output.path(), false, choices.job.verify, choices.job.show)
+                                 : status;
 }
 
 } // namespace velacreate

@@ -2,7 +2,6 @@
 
 #include "inputs/checksum.h"
 #include "inputs/jobNames.h"
-#include "support/exitStatus.h"
 #include "support/failure.h"
 
 #include <deque>
@@ -43,27 +42,17 @@ UpdateSums readSums(const Descriptor& stock) {
     return sums;
 }
 
-Outcome takeInto(const Workplace& stock, const KeyJobs& jobs, bool withSums) {
-    const auto work = [&](Reporter& reporter) {
-        const Descriptor here(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        takeIn(jobs.inputs, here, reporter);
-        if (withSums) {
-            reporter.stage("Summing up the files");
-            writeSums(jobs.inputs.updates, here);
-        }
-        return 0;
-    };
-    return watch({{"the files", stock.directory().number(), work}}, 1, jobs.signals, jobs.console).front();
-}
-
 } // namespace
 
 std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, UpdateSums* sums) {
     Workplace stock(jobs.scratch.directory(), jobs.scratch.path());
-    auto taken = takeInto(stock, jobs, sums != nullptr);
-    if (jobs.signals.hadOne()) {
-        taken.status = EXIT_INTERRUPTED;
-    }
+    const auto taken = takeIntoStock(stock, jobs.inputs, jobs.signals, jobs.console,
+                                     [&](const Descriptor& here, Reporter& reporter) {
+                                         if (sums != nullptr) {
+                                             reporter.stage("Summing up the files");
+                                             writeSums(jobs.inputs.updates, here);
+                                         }
+                                     });
     if (taken.status != 0) {
         leave(jobs.choices.job, stock, jobs.console);
         std::vector<Outcome> none(tasks.size(), taken);

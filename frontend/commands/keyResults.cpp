@@ -14,14 +14,10 @@ namespace velacreate {
 
 namespace {
 
-const char* resultWord(const Outcome& outcome) {
-    return outcome.status == 0 ? "made" : outcome.status == EXIT_INTERRUPTED ? "interrupted" : "failed";
-}
-
 /// "11 keys made, 1 failed"
 std::string countsText(const std::map<std::string, std::size_t>& counts) {
     std::string text;
-    for (const char* word : {"made", "failed", "interrupted"}) {
+    for (const char* word : {"made", "the same", "different", "failed", "interrupted"}) {
         const auto found = counts.find(word);
         if (found != counts.end()) {
             text += (text.empty() ? std::to_string(found->second) + (found->second == 1 ? " key " : " keys ")
@@ -32,14 +28,74 @@ std::string countsText(const std::map<std::string, std::size_t>& counts) {
     return text;
 }
 
+void showFailures(const Key& key, const Outcome& outcome, Console& console) {
+    if (console.isVerbose() || outcome.status == 0 || outcome.status == EXIT_INTERRUPTED) {
+        return;
+    }
+    for (const auto& line : outcome.failures) {
+        console.showLogged(key.disk.node() + ": " + line);
+    }
+}
+
+std::string tableText(const std::vector<Key>& keys, const std::vector<KeyResult>& results, bool wasReadBack) {
+    Table table({"Key", "Port", "Model", "Serial number", "Result"});
+    for (std::size_t index = 0; index < keys.size(); ++index) {
+        const auto& [disk, about, hold, objection, isForKeys] = keys[index];
+        const auto& [outcome, addition] = results[index];
+        table.add({disk.node(), about.port, about.name(), about.serial,
+                   resultText(outcome, wasReadBack) + addition});
+    }
+    return table.text();
+}
+
+int concludeSeveral(Console& console, const std::vector<Key>& keys, const std::vector<KeyResult>& results,
+                    bool wasReadBack) {
+    std::map<std::string, std::size_t> counts;
+    std::set<std::string> nextSteps;
+    int status = 0;
+    for (std::size_t index = 0; index < keys.size(); ++index) {
+        const auto& outcome = results[index].outcome;
+        showFailures(keys[index], outcome, console);
+        ++counts[resultWord(outcome)];
+        nextSteps.insert(exitStatus(outcome.status).nextStep);
+        status = status == 0 ? exitStatus(outcome.status).status : status;
+    }
+    std::istringstream lines(tableText(keys, results, wasReadBack));
+    for (std::string line; std::getline(lines, line);) {
+        console.say(line);
+    }
+    for (const auto& step : nextSteps) {
+        if (!step.empty()) {
+            console.say(step);
+        }
+    }
+    if (counts.count("made") != 0) {
+        console.say("What was made may be pulled out.");
+    }
+    console.say(countsText(counts));
+    return status;
+}
+
 } // namespace
+
+int concludeKeys(Console& console, const std::vector<Key>& keys, const std::vector<KeyResult>& results,
+                 bool wasReadBack) {
+    if (keys.size() > 1) {
+        return concludeSeveral(console, keys, results, wasReadBack);
+    }
+    const auto& [outcome, addition] = results.front();
+    const auto& key = keys.front();
+    return conclude(console, outcome, "the key " + key.disk.node(),
+                    sizeText(key.about.size) + readBackText(wasReadBack) + addition);
+}
 
 void KeyResults::settle(std::size_t key, const Outcome& outcome) {
     keepRecord(m_keys[key], outcome);
-    m_settled[key] = Settled{outcome, powerDownText(m_keys[key], outcome)};
+    m_settled[key] = KeyResult{outcome, powerDownText(m_keys[key], outcome)};
 }
 
 int KeyResults::conclude(const std::vector<Outcome>& ofTaken) {
+    std::vector<KeyResult> results;
     auto next = ofTaken.begin();
     for (std::size_t key = 0; key < m_keys.size(); ++key) {
         const auto outcome =
@@ -47,45 +103,9 @@ int KeyResults::conclude(const std::vector<Outcome>& ofTaken) {
         if (!m_settled[key]) {
             settle(key, outcome);
         }
+        results.push_back(*m_settled[key]);
     }
-    if (m_keys.size() > 1) {
-        return concludeSeveral();
-    }
-    const auto& key = m_keys.front();
-    const auto& [outcome, addition] = *m_settled.front();
-    return velacreate::conclude(m_console, outcome, "the key " + key.disk.node(),
-                                sizeText(key.about.size) + readBackText(m_choices.job.verify) + addition);
-}
-
-int KeyResults::concludeSeveral() const {
-    Table table({"Key", "Port", "Model", "Serial number", "Result"});
-    std::map<std::string, std::size_t> counts;
-    std::set<std::string> nextSteps;
-    int status = 0;
-    for (std::size_t index = 0; index < m_keys.size(); ++index) {
-        const auto& key = m_keys[index];
-        const auto& [outcome, addition] = *m_settled[index];
-        showFailures(key, outcome);
-        table.add({key.disk.node(), key.about.port, key.about.name(), key.about.serial,
-                   resultText(outcome, m_choices.job.verify) + addition});
-        ++counts[resultWord(outcome)];
-        nextSteps.insert(exitStatus(outcome.status).nextStep);
-        status = status == 0 ? exitStatus(outcome.status).status : status;
-    }
-    std::istringstream lines(table.text());
-    for (std::string line; std::getline(lines, line);) {
-        m_console.say(line);
-    }
-    for (const auto& step : nextSteps) {
-        if (!step.empty()) {
-            m_console.say(step);
-        }
-    }
-    if (counts.count("made") != 0) {
-        m_console.say("What was made may be pulled out.");
-    }
-    m_console.say(countsText(counts));
-    return status;
+    return concludeKeys(m_console, m_keys, results, m_choices.job.verify);
 }
 
 std::string KeyResults::powerDownText(const Key& key, const Outcome& outcome) const {
@@ -106,15 +126,6 @@ void KeyResults::keepRecord(const Key& key, const Outcome& outcome) const {
         m_report.append({key.about, key.disk.node(), resultWord(outcome), reason, outcome.seconds}, sums);
     } catch (const Failure& failure) {
         m_console.complain(failure.what());
-    }
-}
-
-void KeyResults::showFailures(const Key& key, const Outcome& outcome) const {
-    if (m_console.isVerbose() || outcome.status == 0 || outcome.status == EXIT_INTERRUPTED) {
-        return;
-    }
-    for (const auto& line : outcome.failures) {
-        m_console.showLogged(key.disk.node() + ": " + line);
     }
 }
 

@@ -13,7 +13,19 @@
 
 namespace velacreate {
 
-/// The outcomes of all keys of a call, which must outlive this.
+/// What became of one key.
+struct KeyResult {
+    Outcome outcome;
+    std::string addition; ///< of its powering down, behind what is said of the key
+};
+
+/// Says it: of one key alone in a line, of several in a table.
+/// @param results  one for each key
+/// @return the exit status: 0 when all went well, else that of the first that did not
+int concludeKeys(Console& console, const std::vector<Key>& keys, const std::vector<KeyResult>& results,
+                 bool wasReadBack);
+
+/// The outcomes of all keys of a call that makes them; the keys must outlive this.
 class KeyResults {
 public:
     KeyResults(const std::vector<Key>& keys, const UsbChoices& choices, Report& report, Console& console)
@@ -25,27 +37,20 @@ public:
     /// As soon as a key's job has ended: keeps the record, and powers the key down when the user wants it.
     void settle(std::size_t key, const Outcome& outcome);
 
-    /// Settles what is left, and says it all: of one key alone in a line, of several in a table.
+    /// Settles what is left, and says it all.
     /// @param ofTaken  the outcomes of those that were begun, or were to be, in order
-    /// @return the exit status: 0 when all were made, else that of the first that was not
+    /// @return the exit status, as of concludeKeys
     int conclude(const std::vector<Outcome>& ofTaken);
 
 private:
-    struct Settled {
-        Outcome outcome;
-        std::string addition; ///< what became of the powering down, behind what is said of the key
-    };
-
-    int concludeSeveral() const;
     std::string powerDownText(const Key& key, const Outcome& outcome) const;
     void keepRecord(const Key& key, const Outcome& outcome) const;
-    void showFailures(const Key& key, const Outcome& outcome) const;
 
     const std::vector<Key>& m_keys;
     const UsbChoices& m_choices;
     Report& m_report;
     Console& m_console;
-    std::vector<std::optional<Settled>> m_settled;
+    std::vector<std::optional<KeyResult>> m_settled;
 };
 
 } // namespace velacreate

@@ -70,19 +70,6 @@ Key lookAt(const Disk& disk, const UsbChoices& choices, const Inputs& inputs) {
     return key;
 }
 
-std::vector<Disk> namedDisks(const std::vector<std::string>& paths) {
-    std::vector<Disk> disks;
-    for (const auto& path : paths) {
-        const auto disk = wholeDisk(path);
-        if (std::any_of(disks.begin(), disks.end(),
-                        [&](const Disk& other) { return other.number == disk.number; })) {
-            throw Refusal(disk.node() + " is named twice");
-        }
-        disks.push_back(disk);
-    }
-    return disks;
-}
-
 std::vector<Disk> removableMedia() {
     auto disks = removableDisks();
     disks.erase(
@@ -107,14 +94,38 @@ void leaveOutForeign(std::vector<Key>& keys) {
     }
 }
 
-/// Of several, each has its line in the table.
+} // namespace
+
+std::vector<Disk> namedDisks(const std::vector<std::string>& paths) {
+    std::vector<Disk> disks;
+    for (const auto& path : paths) {
+        const auto disk = wholeDisk(path);
+        if (std::any_of(disks.begin(), disks.end(),
+                        [&](const Disk& other) { return other.number == disk.number; })) {
+            throw Refusal(disk.node() + " is named twice");
+        }
+        disks.push_back(disk);
+    }
+    return disks;
+}
+
+std::size_t countTaken(const std::vector<Key>& keys) {
+    return static_cast<std::size_t>(std::count_if(keys.begin(), keys.end(), isTaken));
+}
+
+std::string mediaText(const std::vector<Key>& keys) {
+    if (keys.size() == 1) {
+        return "the key " + keys.front().disk.node();
+    }
+    const auto count = countTaken(keys);
+    return std::to_string(count) + (count == 1 ? " key" : " keys");
+}
+
 void requireTakenIfAlone(const std::vector<Key>& keys) {
     if (keys.size() == 1 && !isTaken(keys.front())) {
         throw Refusal(keys.front().objection);
     }
 }
-
-} // namespace
 
 std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs) {
     std::vector<Key> keys;

@@ -29,10 +29,23 @@ struct Key {
 /// when there is no removable medium for a key
 std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs);
 
+/// @return the disks that paths name
+/// @throw Refusal when one is none, or was named twice
+std::vector<Disk> namedDisks(const std::vector<std::string>& paths);
+
 /// Whether it is still to be made.
 inline bool isTaken(const Key& key) {
     return key.objection.empty();
 }
+
+std::size_t countTaken(const std::vector<Key>& keys);
+
+/// "the key /dev/sdb", or "2 keys".
+std::string mediaText(const std::vector<Key>& keys);
+
+/// Of several, each has its line in the table.
+/// @throw Refusal when there is but one, and it is not to be made
+void requireTakenIfAlone(const std::vector<Key>& keys);
 
 /// Unmounts what is mounted of those that are to be made; one with a place that is busy is not made.
 /// @throw Refusal when there is but this one

@@ -73,9 +73,9 @@ void Inputs::requireOther(const Output& output) const {
     }
 }
 
-void Inputs::announce(Console& console, const std::string& medium) const {
+void Inputs::announce(Console& console, const std::string& beginning) const {
     const auto count = updates.fileCount();
-    console.say("Making " + medium + " from " + shown(package.path()) + " and " + std::to_string(count) +
+    console.say(beginning + " " + shown(package.path()) + " and " + std::to_string(count) +
                 (count == 1 ? " update file" : " update files"));
     for (const auto& name : contents.replaced) {
         console.say("Note: the update file " + shown(name) +
@@ -98,19 +98,23 @@ void Inputs::requireRoom(const Descriptor& directory, const std::string& where, 
                      files * BLOCK + PADDING);
 }
 
+void requireOtherLog(const ShowChoices& choices, const std::string& medium) {
+    if (choices.log.empty() || medium.empty()) {
+        return;
+    }
+    std::error_code error;
+    const auto log = std::filesystem::weakly_canonical(std::filesystem::absolute(choices.log, error), error);
+    if (log == medium || log.parent_path() == medium) {
+        throw Refusal("the log file " + shown(choices.log) + " is the medium, or in it; choose another");
+    }
+}
+
 Console openConsole(const ShowChoices& choices, const std::string& medium, const Inputs* inputs) {
     struct stat about {};
     if (inputs != nullptr && !choices.log.empty() && stat(choices.log.c_str(), &about) == 0) {
         inputs->requireOther(about, "the log file " + shown(choices.log));
     }
-    if (!choices.log.empty() && !medium.empty()) {
-        std::error_code error;
-        const auto log =
-            std::filesystem::weakly_canonical(std::filesystem::absolute(choices.log, error), error);
-        if (log == medium || log.parent_path() == medium) {
-            throw Refusal("the log file " + shown(choices.log) + " is the medium, or in it; choose another");
-        }
-    }
+    requireOtherLog(choices, medium);
     return {choices.verbose, choices.log};
 }
 
@@ -129,6 +133,22 @@ void takeIn(const Inputs& inputs, const Descriptor& workplace, Reporter& reporte
     auto packageWritten = std::async(std::launch::async, [&] { inputs.package.writeTo(package, advance); });
     inputs.updates.copyTo(workplace.number(), advance);
     packageWritten.get();
+}
+
+Outcome takeIntoStock(const Workplace& stock, const Inputs& inputs, const HeldSignals& signals,
+                      Console& console,
+                      const std::function<void(const Descriptor& stock, Reporter& reporter)>& andThen) {
+    const auto work = [&](Reporter& reporter) {
+        const Descriptor here(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        takeIn(inputs, here, reporter);
+        andThen(here, reporter);
+        return 0;
+    };
+    auto taken = watch({{"the files", stock.directory().number(), work}}, 1, signals, console).front();
+    if (signals.hadOne()) {
+        taken.status = EXIT_INTERRUPTED;
+    }
+    return taken;
 }
 
 Descriptor enterWorkplaceOfLibrary(bool keepPauses, Reporter& reporter) {
@@ -189,13 +209,27 @@ void tidyUp(const JobChoices& choices, const Descriptor& workplace) {
 
 namespace {
 
+/// The checksum comes after its image: one that is there speaks of an image that is.
+void takeAll(const OutputJob& job, const Descriptor& workplace, Outcome& outcome) {
+    const auto taken = job.output.take(workplace, job.made);
+    if (job.checksum == nullptr) {
+        return;
+    }
+    try {
+        job.checksum->take(workplace, job.madeChecksum);
+    } catch (const Failure&) {
+        outcome.hasChanged = !job.output.giveBack(workplace, job.made, taken);
+        throw;
+    }
+}
+
 /// Where it fails, so does the job.
 void putInPlace(const OutputJob& job, const Workplace& workplace, Outcome& outcome) {
     if (outcome.status != 0) {
         return;
     }
     try {
-        job.output.take(workplace.directory(), job.made);
+        takeAll(job, workplace.directory(), outcome);
     } catch (const Failure& failure) {
         outcome.status = EXIT_UNFINISHED;
         outcome.reason = failure.what();
@@ -205,8 +239,11 @@ void putInPlace(const OutputJob& job, const Workplace& workplace, Outcome& outco
 } // namespace
 
 int makeOutput(const OutputJob& job) {
+    if (job.checksum != nullptr) {
+        requireOtherLog(job.choices.show, job.checksum->path());
+    }
     auto console = openConsole(job.choices.show, job.output.path(), &job.inputs);
-    job.inputs.announce(console, job.medium);
+    job.inputs.announce(console, "Making " + job.medium + " from");
     const HeldSignals signals;
     Workplace workplace(job.output.parent(), job.output.parentPath());
     const int directory = workplace.directory().number();
@@ -221,8 +258,13 @@ int makeOutput(const OutputJob& job) {
     auto outcome = watch({mediumJob}, 1, signals, console).front();
     const auto size = sizeText(sizeBelow(directory, job.made));
     putInPlace(job, workplace, outcome);
+    if (outcome.status == 0 && !job.afterword.empty()) {
+        console.say(job.afterword);
+    }
     leave(job.choices, workplace, console);
-    return conclude(console, outcome, job.medium, size + readBackText(job.choices.verify));
+    const auto sum =
+        job.checksum != nullptr ? ", its checksum in " + shown(job.checksum->path()) : std::string();
+    return conclude(console, outcome, job.medium, size + readBackText(job.choices.verify) + sum);
 }
 
 void leave(const JobChoices& choices, Workplace& workplace, Console& console) {

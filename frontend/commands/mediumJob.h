@@ -37,13 +37,17 @@ struct Inputs {
     void requireOther(const Output& output) const;
 
     /// Says what is begun, and what the user might not expect of it.
-    void announce(Console& console, const std::string& medium) const;
+    /// @param beginning  such as "Making the image '/x/i.iso' from"
+    void announce(Console& console, const std::string& beginning) const;
 
     /// Refuses a job for which there is too little free space: for what is taken in, for the package as often
     /// as it is unpacked, and for the medium itself, as often as it is written there.
     void requireRoom(const Descriptor& directory, const std::string& where, std::size_t timesUnpacked,
                      std::size_t copiesOfMedium) const;
 };
+
+/// Refuses a log file that is a medium, or in it.
+void requireOtherLog(const ShowChoices& choices, const std::string& medium);
 
 /// Opens the console; the log file is the last thing to be checked, as it is made.
 /// @param medium  the path of what is made, filled or burned, if it has one: it is not to be written to by
@@ -55,6 +59,13 @@ Console openConsole(const ShowChoices& choices, const std::string& medium, const
 /// In the job's process: copies what a medium is made from into a workplace.
 /// @throw Refusal or Failure when that is not what it was any more
 void takeIn(const Inputs& inputs, const Descriptor& workplace, Reporter& reporter);
+
+/// Does that in a job of its own, for several media.
+/// @param andThen  done last, in the same process
+/// @return interrupted, also when it had just ended by itself
+Outcome takeIntoStock(const Workplace& stock, const Inputs& inputs, const HeldSignals& signals,
+                      Console& console,
+                      const std::function<void(const Descriptor& stock, Reporter& reporter)>& andThen);
 
 /// In the job's process, which starts in its workplace: enters it, so that the library can work there. The
 /// current directory is then the launchers' folder.
@@ -89,6 +100,9 @@ struct OutputJob {
     std::string stagingStage; ///< the library's name of the stage that fills the staging directory
     std::string makingStage;  ///< and of the one that makes the output of it
     std::function<int(Reporter&)> work;
+    const Output* checksum = nullptr; ///< of a file that the work makes besides, if it does
+    std::string madeChecksum = {};    ///< where
+    std::string afterword = {};       ///< said when all is in place, if anything
 };
 
 /// Runs it, and puts what was made in place.

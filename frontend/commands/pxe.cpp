@@ -2,8 +2,10 @@
 
 #include "commands/mediumJob.h"
 #include "inputs/jobNames.h"
+#include "inputs/sourceDate.h"
 #include "job/libraryLogger.h"
 #include "job/output.h"
+#include "job/toolkit.h"
 #include "job/workplace.h"
 #include "medium/readBack.h"
 #include "support/failure.h"
@@ -19,22 +21,11 @@ namespace velacreate {
 namespace {
 
 const std::string PACKAGE_BELOW_WORKPLACE = ".job/package";
-const std::string ARCHIVE = "ks.zip";
 
-/// The files beside the archive, and what is in it.
-std::vector<std::string> differences(const Descriptor& workplace, const Contents& contents,
-                                     const Advance& advance) {
-    const auto package = openBeneath(workplace.number(), PACKAGE_BELOW_WORKPLACE, O_RDONLY | O_DIRECTORY);
-    const auto archive = openBeneath(package.number(), ARCHIVE, O_RDONLY);
-    auto lines = compareDirectory(workplace.number(), contents.loose, package, {ARCHIVE}, advance);
-    const auto inside = compareArchive(workplace.number(), contents.tree, archive, {}, advance);
-    lines.insert(lines.end(), inside.begin(), inside.end());
-    return lines;
-}
-
-int make(const JobChoices& choices, const Inputs& inputs, Reporter& reporter) {
+int make(const JobChoices& choices, const Inputs& inputs, const Toolkit& toolkit, Reporter& reporter) {
     const auto workplace = enterWorkplaceOfLibrary(choices.show.pauses, reporter);
     takeIn(inputs, workplace, reporter);
+    toolkit.copyHere();
     LibraryLogger logger(reporter);
     VelaCreation::BootableIMG builder(logger);
     auto files = inputs.updates.topLevel();
@@ -44,14 +35,17 @@ int make(const JobChoices& choices, const Inputs& inputs, Reporter& reporter) {
     }
 
     const auto compare = [&](const Advance& advance) {
-        return differences(workplace, inputs.contents, advance);
+        const auto package = openBeneath(workplace.number(), PACKAGE_BELOW_WORKPLACE, O_RDONLY | O_DIRECTORY);
+        return comparePackage(workplace.number(), inputs.contents, package, advance);
     };
     return finish(choices, workplace, PACKAGE_BELOW_WORKPLACE, inputs.contents.size(), compare, reporter);
 }
 
 } // namespace
 
-int makePxePackage(const PxeChoices& choices) {
+int makePxePackage(const PxeChoices& choices, const Surroundings& surroundings) {
+    requireSourceDate();
+    const Toolkit toolkit(surroundings.toolkit, Launchers::ofPackages);
     requirePrograms({"unzip", "zip"});
     const auto output = Output::package(choices.output, choices.force);
     const Inputs inputs(choices.job, Medium::package);
@@ -60,7 +54,7 @@ int makePxePackage(const PxeChoices& choices) {
     inputs.requireRoom(output.parent(), output.parentPath(), 1, 2); // staged, and packed
     return makeOutput({choices.job, inputs, output, "the network-boot package " + shown(output.path()),
                        PACKAGE_BELOW_WORKPLACE, "Copying files to PXE directory", "Zipping files",
-                       [&](Reporter& reporter) { return make(choices.job, inputs, reporter); }});
+                       [&](Reporter& reporter) { return make(choices.job, inputs, toolkit, reporter); }});
 }
 
 } // namespace velacreate

@@ -77,21 +77,9 @@ std::vector<KeyTask> tasksFor(const std::vector<Key>& keys, std::uint64_t expect
     return tasks;
 }
 
-std::size_t countTaken(const std::vector<Key>& keys) {
-    return static_cast<std::size_t>(std::count_if(keys.begin(), keys.end(), isTaken));
-}
-
 /// How many workplaces are full at a time.
 std::size_t countFull(const UsbChoices& choices, std::size_t keys) {
     return choices.jobs == 0 || choices.job.keep ? keys : std::min(choices.jobs, keys);
-}
-
-std::string mediaText(const std::vector<Key>& keys) {
-    if (keys.size() == 1) {
-        return "the key " + keys.front().disk.node();
-    }
-    const auto count = countTaken(keys);
-    return std::to_string(count) + (count == 1 ? " key" : " keys");
 }
 
 /// As with the log file, what is checked last is what is made.
@@ -123,7 +111,7 @@ int fillKeys(const UsbChoices& choices, const Inputs& inputs, const ScratchDirec
     }
     unmountKeys(keys);
 
-    inputs.announce(console, mediaText(keys));
+    inputs.announce(console, "Making " + mediaText(keys) + " from");
     const KeyJobs jobs{choices, inputs, scratch, signals, console, keys.size() == 1};
     return results.conclude(runKeyJobs(jobs, tasksFor(keys, inputs.contents.size(), results),
                                        choices.report.empty() ? nullptr : &results.sums));
@@ -149,7 +137,7 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const ScratchDire
     auto console = openConsole(choices.job.show, path, &inputs);
     const HeldSignals signals;
     const auto medium = "the key image " + shown(path);
-    inputs.announce(console, medium);
+    inputs.announce(console, "Making " + medium + " from");
     UsbChoices asItIs = choices;
     asItIs.format = "never";
     const auto outcome = runKeyJobs({asItIs, inputs, scratch, signals, console, true},

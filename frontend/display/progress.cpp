@@ -73,6 +73,13 @@ void Progress::ended(std::size_t medium, const std::string& text) {
     row = {row.medium, printable(text), 0, 0, row.start, false};
 }
 
+void Progress::line(std::size_t number, const std::string& text, bool isAtWork) {
+    m_rows.resize(std::max(m_rows.size(), number + 1));
+    m_rows[number].stage = printable(text);
+    m_rows[number].isAtWork = isAtWork;
+    draw();
+}
+
 void Progress::erase() {
     if (m_drawn != 0) {
         m_screen.write(STDOUT_FILENO, "\033[" + std::to_string(m_drawn) + "A\r\033[J");
@@ -111,7 +118,7 @@ std::vector<const Progress::Row*> Progress::shownRows(std::size_t height) const 
 }
 
 std::string Progress::lineFor(const Row& row, std::size_t width) const {
-    std::string line = (m_rows.size() > 1 ? row.medium + "  " : "") + row.stage;
+    std::string line = (m_rows.size() > 1 && !row.medium.empty() ? row.medium + "  " : "") + row.stage;
     for (const auto& part : figuresOf(row)) {
         if (line.size() + part.size() > width) {
             break;

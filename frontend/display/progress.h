@@ -14,7 +14,8 @@ namespace velacreate {
 
 /// On a terminal, one line for each medium, redrawn: the stage, bytes done of bytes expected, rate and time
 /// left; of more media than there are lines, only those at work, and how many there are besides. Elsewhere a
-/// plain line a stage, with the medium's name in front where there are several.
+/// plain line a stage, with the medium's name in front where there are several. What has no stages has a line
+/// of its own, on a terminal only.
 class Progress {
 public:
     Progress(const Screen& screen, std::vector<std::string> media);
@@ -28,6 +29,11 @@ public:
     void done(std::size_t medium, std::uint64_t bytes);
     /// @param text  how
     void ended(std::size_t medium, const std::string& text);
+
+    /// Shows a line that has no medium and no stages; those that are shown so are numbered from 0, beside no
+    /// others, and come in their order.
+    /// @param isAtWork  whether it is among those that are shown when there are too many
+    void line(std::size_t number, const std::string& text, bool isAtWork);
 
     /// Takes the lines off the terminal, so that others can be written.
     void erase();

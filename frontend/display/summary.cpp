@@ -10,6 +10,33 @@ namespace velacreate {
 
 namespace {
 
+/// What is said of a deed.
+struct Words {
+    const char* done;      ///< in front of the medium
+    const char* result;    ///< of the medium in a table
+    const char* finding;   ///< behind the medium, when it was done
+    const char* undone;    ///< behind the medium
+    const char* different; ///< what a difference means
+};
+
+Words wordsOf(const Outcome& outcome) {
+    switch (outcome.deed) {
+    case Deed::verifying:
+        return {"Verified ", "the same", ", no difference", "was not verified",
+                "differs from what would be made now"};
+    case Deed::comparing:
+        return {"Compared ", "the same", ", no difference", "was not compared", "differs from its image"};
+    case Deed::making:
+        break;
+    }
+    return {"Made ", "made", "", "was not made", exitStatus(EXIT_DIFFERENT).meaning};
+}
+
+/// Where the difference is no failure, but what was asked for.
+bool isFinding(const Outcome& outcome) {
+    return outcome.status == EXIT_DIFFERENT && outcome.deed != Deed::making;
+}
+
 std::string timeText(double seconds) {
     const auto whole = std::lround(seconds);
     return (whole < 60 ? "" : std::to_string(whole / 60) + " min ") + std::to_string(whole % 60) + " s";
@@ -32,9 +59,17 @@ std::string failureText(const Outcome& outcome) {
     if (outcome.status == EXIT_REFUSED) {
         return outcome.reason;
     }
-    const std::string text =
-        std::string(exitStatus(outcome.status).meaning) + " (" + std::to_string(outcome.status) + ")";
+    const char* const meaning =
+        outcome.status == EXIT_DIFFERENT ? wordsOf(outcome).different : exitStatus(outcome.status).meaning;
+    const std::string text = std::string(meaning) + " (" + std::to_string(outcome.status) + ")";
     return text + (outcome.reason.empty() ? "" : ": " + outcome.reason);
+}
+
+std::string resultWord(const Outcome& outcome) {
+    return outcome.status == 0                  ? wordsOf(outcome).result
+           : outcome.status == EXIT_INTERRUPTED ? "interrupted"
+           : isFinding(outcome)                 ? "different"
+                                                : "failed";
 }
 
 std::string resultText(const Outcome& outcome, bool wasReadBack) {
@@ -42,22 +77,23 @@ std::string resultText(const Outcome& outcome, bool wasReadBack) {
         return outcome.hasChanged ? "interrupted, now incomplete" : "interrupted, left as it was";
     }
     if (outcome.status != 0) {
-        return "failed: " + failureText(outcome);
+        return (isFinding(outcome) ? "" : "failed: ") + failureText(outcome);
     }
-    return "made, " + timeText(outcome.seconds) +
+    return resultWord(outcome) + ", " + timeText(outcome.seconds) +
            (outcome.bytesPerSecond > 0 ? ", " + rateText(outcome.bytesPerSecond) : "") +
            (wasReadBack ? ", read back" : "");
 }
 
 int conclude(Console& console, const Outcome& outcome, const std::string& medium, const std::string& made) {
     const auto& status = exitStatus(outcome.status);
-    const std::string state = outcome.hasChanged ? " is now incomplete" : " was not made";
+    const auto words = wordsOf(outcome);
+    const std::string state = outcome.hasChanged ? "is now incomplete" : words.undone;
     if (outcome.status == 0) {
-        console.say("Made " + medium + ", " + made + ", in " + timeText(outcome.seconds));
+        console.say(words.done + medium + ", " + made + words.finding + ", in " + timeText(outcome.seconds));
         return 0;
     }
     if (outcome.status == EXIT_INTERRUPTED) {
-        console.complain("interrupted; " + medium + state);
+        console.complain("interrupted; " + medium + " " + state);
         return outcome.status;
     }
     if (outcome.status == EXIT_REFUSED) {
@@ -69,7 +105,8 @@ int conclude(Console& console, const Outcome& outcome, const std::string& medium
             console.showLogged(line);
         }
     }
-    const auto line = ended(medium + state + ": " + failureText(outcome));
+    const auto what = (isFinding(outcome) ? "" : state + ": ") + failureText(outcome);
+    const auto line = ended(medium + " " + what);
     console.complain(line + (*status.nextStep != '\0' ? std::string(" ") + status.nextStep : ""));
     return status.status;
 }

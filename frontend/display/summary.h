@@ -10,6 +10,13 @@
 
 namespace velacreate {
 
+/// What a job does to its medium.
+enum class Deed {
+    making,
+    verifying, ///< compares it with what would be made now
+    comparing, ///< a disc, with its image
+};
+
 /// How a job has ended.
 struct Outcome {
     int status;
@@ -18,18 +25,22 @@ struct Outcome {
     bool hasChanged;                   ///< whether the medium was changed
     double seconds;
     double bytesPerSecond = 0; ///< written to the medium; 0 when it was not counted
+    Deed deed = Deed::making;
 };
 
-/// Why a medium was not made: what its status means, and the reason.
+/// Why a medium was not made, or what is wrong with it: what its status means, and the reason.
 std::string failureText(const Outcome& outcome);
+
+/// In a word or two: "made", "the same", "different", "failed", "interrupted".
+std::string resultWord(const Outcome& outcome);
 
 /// What became of one medium of several: "made, 52 s, 41 MB/s, read back", or "failed: " and why.
 std::string resultText(const Outcome& outcome, bool wasReadBack);
 
-/// Says it: what was made on standard output; on standard error what was not, after the library's own
-/// messages.
+/// Says it: on standard output what was done; on standard error what was not, or that there are differences,
+/// after the library's own messages.
 /// @param medium  such as "the image /x/i.iso"
-/// @param made    what to say of it besides when it was made, such as its size
+/// @param made    what to say of it besides when it was done, such as its size
 /// @return the exit status
 int conclude(Console& console, const Outcome& outcome, const std::string& medium, const std::string& made);
 

@@ -46,7 +46,7 @@ std::string hexadecimal(const unsigned char* bytes, std::size_t size) {
 
 } // namespace
 
-std::string sha256Of(const Descriptor& file) {
+std::string sha256Of(const Descriptor& file, const Advance& advance) {
     const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> sum(EVP_MD_CTX_new(), EVP_MD_CTX_free);
     require(sum && EVP_DigestInit_ex(sum.get(), EVP_sha256(), nullptr) == 1);
     std::vector<char> buffer(BUFFER_SIZE);
@@ -54,11 +54,32 @@ std::string sha256Of(const Descriptor& file) {
     while (const auto count = readAt(file, buffer, offset)) {
         require(EVP_DigestUpdate(sum.get(), buffer.data(), count) == 1);
         offset += count;
+        advance(count);
     }
     std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
     unsigned size = 0;
     require(EVP_DigestFinal_ex(sum.get(), bytes.data(), &size) == 1);
     return hexadecimal(bytes.data(), size);
+}
+
+std::string checksumLine(const std::string& sum, const std::string& name) {
+    std::string escaped;
+    for (const char character : name) {
+        switch (character) {
+        case '\\':
+            escaped += "\\\\";
+            break;
+        case '\n':
+            escaped += "\\n";
+            break;
+        case '\r':
+            escaped += "\\r";
+            break;
+        default:
+            escaped += character;
+        }
+    }
+    return (escaped == name ? "" : "\\") + sum + "  " + escaped + "\n";
 }
 
 } // namespace velacreate

@@ -23,6 +23,7 @@ namespace velacreate {
 namespace {
 
 bool mountsAreOwn = false;
+int watchersSocket = -1;
 
 /// Like fork(), with a descriptor of the process.
 pid_t cloneProcess(std::uint64_t namespaces, int& descriptor) {
@@ -52,18 +53,10 @@ void endAtOnce(int number) {
     _exit(128 + number);
 }
 
-/// Ends with the watcher. When that is gone already, nobody holds the other end of the socket any more.
-void dieWithWatcher(int socket) {
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    pollfd watcher{socket, POLLRDHUP, 0};
-    if (poll(&watcher, 1, 0) != 0) {
-        _exit(EXIT_UNFINISHED);
-    }
-}
-
 void setUpProcess(int socket, int output) {
     setpgid(0, 0);
-    dieWithWatcher(socket);
+    watchersSocket = socket;
+    dieWithWatcher();
     const Descriptor nothing(open("/dev/null", O_RDONLY | O_CLOEXEC));
     dup2(nothing.number(), STDIN_FILENO);
     dup2(output, STDOUT_FILENO);
@@ -153,6 +146,15 @@ int ChildProcess::reap() const {
 
 bool hasOwnMounts() {
     return mountsAreOwn;
+}
+
+// When the watcher is gone already, nobody holds the other end of the socket any more.
+void dieWithWatcher() {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    pollfd watcher{watchersSocket, POLLRDHUP, 0};
+    if (poll(&watcher, 1, 0) != 0) {
+        _exit(EXIT_UNFINISHED);
+    }
 }
 
 } // namespace velacreate

@@ -54,6 +54,10 @@ private:
 /// Whether this is a job's process that has mounts of its own, in which it may do as it likes.
 bool hasOwnMounts();
 
+/// Lets a job's process end with its watcher. It does so from the start, but not any more once it is another
+/// user's: then this is to be called again.
+void dieWithWatcher();
+
 } // namespace velacreate
 
 #endif

@@ -7,6 +7,7 @@
 #include <cctype>
 #include <cstdint>
 #include <fstream>
+#include <sstream>
 
 #include <sys/statvfs.h>
 
@@ -31,10 +32,12 @@ bool isFull() {
     return statvfs(".", &about) == 0 && about.f_bavail * about.f_frsize < HARDLY_ANY;
 }
 
-/// The first line that looks like a reason, and not like a warning only; else the last one.
-std::string reasonIn(std::istream& capture) {
+} // namespace
+
+std::string reasonIn(const std::string& said) {
+    std::istringstream lines(said);
     std::string last;
-    for (std::string line; std::getline(capture, line);) {
+    for (std::string line; std::getline(lines, line);) {
         line.erase(0, line.find_first_not_of(" \t\r"));
         line.erase(line.find_last_not_of(" \t\r") + 1);
         if (looksLikeFailure(line)) {
@@ -47,14 +50,13 @@ std::string reasonIn(std::istream& capture) {
     return last;
 }
 
-} // namespace
-
 int withToolsWords(int result, const Reporter& reporter) {
     // Where a file is missing, no tool has run.
     if (result != 0 && result != EXIT_UNFINISHED && result != VelaCreation::VELAERROR_FILE_OR_DIR_NOT_FOUND &&
         result != VelaCreation::VELAERROR_NO_UPDATE_FILES) {
-        std::ifstream capture("stdout.txt");
-        if (const auto reason = reasonIn(capture); !reason.empty()) {
+        std::ostringstream said;
+        said << std::ifstream("stdout.txt").rdbuf();
+        if (const auto reason = reasonIn(said.str()); !reason.empty()) {
             reporter.reason(reason);
         } else if (isFull()) {
             reporter.reason("no space is left in the workplace");

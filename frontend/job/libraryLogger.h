@@ -39,6 +39,10 @@ private:
     bool m_isTrying = false;
 };
 
+/// @return the first line of what a tool said that looks like a reason, and not like a warning only; else the
+/// last one
+std::string reasonIn(const std::string& said);
+
 /// Tells, when an operation of the library has failed, what the tool said that it ran last: the library has
 /// left its output in the current directory, where the next command would overwrite it. A veto has told its
 /// own reason.

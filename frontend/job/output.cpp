@@ -88,7 +88,20 @@ Output::Output(const std::string& path) {
     struct stat about {};
     if (fstatat(m_parent.number(), m_name.c_str(), &about, AT_SYMLINK_NOFOLLOW) == 0) {
         m_present = about;
+    } else if (errno != ENOENT) {
+        throw Refusal(withError("the output " + shown(path)));
     }
+}
+
+Output Output::file(const std::string& path, bool force, const std::string& kind) {
+    Output output(path);
+    if (output.m_present && !S_ISREG(output.m_present->st_mode)) {
+        throw Refusal(shown(path) + " is no file and cannot be replaced by " + kind);
+    }
+    if (output.m_present && !force) {
+        throw Refusal(shown(path) + " exists (--force replaces it)");
+    }
+    return output;
 }
 
 Output Output::image(const std::string& path, bool force) {
@@ -97,14 +110,11 @@ Output Output::image(const std::string& path, bool force) {
         path.compare(path.size() - ending.size(), ending.size(), ending) != 0) {
         throw Refusal("the output " + shown(path) + " does not end in .iso");
     }
-    Output output(path);
-    if (output.m_present && !S_ISREG(output.m_present->st_mode)) {
-        throw Refusal(shown(path) + " is no file and cannot be replaced by an image");
-    }
-    if (output.m_present && !force) {
-        throw Refusal(shown(path) + " exists (--force replaces it)");
-    }
-    return output;
+    return file(path, force, "an image");
+}
+
+Output Output::checksum(const std::string& path, bool force) {
+    return file(path, force, "a checksum");
 }
 
 Output Output::package(const std::string& path, bool force) {
@@ -141,7 +151,7 @@ std::string Output::path() const {
     return (m_parentPath == "/" ? "" : m_parentPath) + "/" + m_name;
 }
 
-void Output::take(const Descriptor& directory, const std::string& name) const {
+struct stat Output::take(const Descriptor& directory, const std::string& name) const {
     const auto made = openBeneath(directory.number(), name, O_RDONLY);
     if (!made.isOpen()) {
         throw Failure(withError("what was made cannot be found any more"));
@@ -158,6 +168,17 @@ void Output::take(const Descriptor& directory, const std::string& name) const {
         throw Failure(withError(shown(path()) + " cannot be put in place"));
     }
     fsync(m_parent.number());
+    return made.status();
+}
+
+bool Output::giveBack(const Descriptor& directory, const std::string& name, const struct stat& taken) const {
+    struct stat found {};
+    const bool isBack = fstatat(m_parent.number(), m_name.c_str(), &found, AT_SYMLINK_NOFOLLOW) == 0 &&
+                        isSameFile(found, taken) &&
+                        renameat2(m_parent.number(), m_name.c_str(), directory.number(), name.c_str(),
+                                  m_present ? RENAME_EXCHANGE : 0) == 0;
+    fsync(m_parent.number());
+    return isBack;
 }
 
 bool Output::isAsChecked(const Descriptor& directory, const std::string& name) const {

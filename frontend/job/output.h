@@ -19,6 +19,9 @@ public:
     /// --force.
     static Output image(const std::string& path, bool force);
 
+    /// For the checksum beside an image: the same, but for what its name ends in.
+    static Output checksum(const std::string& path, bool force);
+
     /// For a package's directory: refuses one that is not empty, unless it is a package and --force is given,
     /// and one that is a mount point.
     static Output package(const std::string& path, bool force);
@@ -43,11 +46,17 @@ public:
 
     /// Moves the finished file or directory here, with the owner and the mode of what it replaces.
     /// @param directory  where it stands, under a name; what it replaces is left there in its stead, or gone
+    /// @return what it is, for `giveBack`
     /// @throw Failure
-    void take(const Descriptor& directory, const std::string& name) const;
+    struct stat take(const Descriptor& directory, const std::string& name) const;
+
+    /// Undoes `take`, unless something else has come here, or what was replaced is gone.
+    /// @return whether all is as it was before
+    bool giveBack(const Descriptor& directory, const std::string& name, const struct stat& taken) const;
 
 private:
     explicit Output(const std::string& path);
+    static Output file(const std::string& path, bool force, const std::string& kind);
     bool isAsChecked(const Descriptor& directory, const std::string& name) const;
     bool exchange(const Descriptor& directory, const std::string& name) const;
     bool replace(const Descriptor& directory, const std::string& name) const;

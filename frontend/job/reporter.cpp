@@ -42,6 +42,10 @@ void Reporter::burning() const {
     send(Event::Kind::burning, "");
 }
 
+void Reporter::finding(const std::string& text) const {
+    send(Event::Kind::finding, text);
+}
+
 void Reporter::note(const std::string& text) const {
     send(Event::Kind::note, text);
 }

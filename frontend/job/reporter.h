@@ -19,6 +19,7 @@ struct Event {
         progress = 'p', ///< one of another level
         changing = 'c', ///< from here on, the medium is changed
         burning = 'b',  ///< from here on, an end would spoil a disc
+        finding = 'i',  ///< a difference, where it is the difference that was asked for
         note = 'n',     ///< what the user should know, though nothing is wrong
         end = 'x',      ///< there will be no further event
         reason = 'r',   ///< why the job fails, in the words of a tool or of velacreate
@@ -41,6 +42,7 @@ public:
     void message(int level, const std::string& text) const;
     void changing() const;
     void burning() const;
+    void finding(const std::string& text) const;
     void note(const std::string& text) const;
     void reason(const std::string& text) const;
 

@@ -2,7 +2,7 @@
 
 #include "support/failure.h"
 
-#include <array>
+#include <cstdlib>
 #include <filesystem>
 
 #include <fcntl.h>
@@ -14,7 +14,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::array<const char*, 2> LAUNCHERS = {"xorriso", "cdrecord"};
+constexpr const char* BURNER = "cdrecord";
+constexpr const char* ZIP = "zip";
 
 /// In a build tree beside the executable, once installed in libexec.
 fs::path ownFolder() {
@@ -22,26 +23,50 @@ fs::path ownFolder() {
     return fs::exists(home / "toolkit") ? home / "toolkit" : home / VELACREATE_LIBEXEC;
 }
 
+/// By a descriptor that every command inherits: the path might hold what parts the search path.
+void searchHereFirst() {
+    Descriptor here(open(".", O_PATH | O_DIRECTORY));
+    const auto searchPath = here.path() + ":" + SEARCH_PATH;
+    if (!here.isOpen() || setenv("PATH", searchPath.c_str(), 1) != 0) { // NOLINT(concurrency-mt-unsafe)
+        throw Failure(withError("no search path for the launcher " + shown(ZIP)));
+    }
+    here.release();
+}
+
 } // namespace
 
-Toolkit::Toolkit(const std::string& folder) : m_isOwn(folder.empty()) {
+Toolkit::Toolkit(const std::string& folder, Launchers launchers) : m_isOwn(folder.empty()) {
     const fs::path path = m_isOwn ? ownFolder() : fs::path(folder);
     m_folder = Descriptor(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    for (const char* launcher : LAUNCHERS) {
-        if (!m_folder.isOpen() || faccessat(m_folder.number(), launcher, X_OK, AT_EACCESS) != 0) {
-            throw Refusal("the launcher " + shown(path / launcher) + " is missing");
+    const bool isForDiscs = launchers == Launchers::ofDiscs;
+    for (const char* name : isForDiscs ? std::vector{"xorriso", BURNER} : std::vector{ZIP}) {
+        if (m_folder.isOpen() && faccessat(m_folder.number(), name, X_OK, AT_EACCESS) == 0) {
+            m_names.emplace_back(name);
+        } else if (isForDiscs || m_isOwn || !m_folder.isOpen()) {
+            throw Refusal("the launcher " + shown(path / name) + " is missing");
         }
     }
 }
 
+// Its interpreter opens it once more, and has not the descriptor.
+ProgramResult Toolkit::runBurner(const std::vector<std::string>& arguments) const {
+    const auto self = fs::path("/proc") / fs::read_symlink("/proc/self");
+    std::vector<std::string> command = {self / "fd" / std::to_string(m_folder.number()) / BURNER};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return runProgram(command);
+}
+
 void Toolkit::copyHere() const {
-    for (const char* launcher : LAUNCHERS) {
-        const Descriptor from(openat(m_folder.number(), launcher, O_RDONLY | O_CLOEXEC));
-        const Descriptor to(open(launcher, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRWXU));
+    for (const auto& name : m_names) {
+        const Descriptor from(openat(m_folder.number(), name.c_str(), O_RDONLY | O_CLOEXEC));
+        const Descriptor to(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRWXU));
         if (!from.isOpen() || !to.isOpen()) {
-            throw Failure(withError("the launcher " + shown(launcher)));
+            throw Failure(withError("the launcher " + shown(name)));
         }
-        copyContent(from, to, launcher, [](std::uint64_t /*bytes*/) {});
+        copyContent(from, to, name, [](std::uint64_t /*bytes*/) {});
+        if (name == ZIP) {
+            searchHereFirst();
+        }
     }
 }
 

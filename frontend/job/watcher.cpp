@@ -47,7 +47,9 @@ public:
     /// @param isAlone  whether there is no other medium, so that messages need not name this one
     Running(const MediumJob& job, std::size_t index, bool isAlone, Console& console, Progress& progress)
         : m_job(job), m_index(index), m_name(isAlone ? "" : job.medium + ": "), m_console(console),
-          m_progress(progress), m_process(job.workplace, job.work) {}
+          m_progress(progress), m_process(job.workplace, job.work) {
+        m_outcome.deed = job.deed;
+    }
 
     const ChildProcess& process() const {
         return m_process;
@@ -147,6 +149,9 @@ private:
         case Event::Kind::burning:
             m_isBurning = true;
             break;
+        case Event::Kind::finding:
+            m_console.say(m_name + event.text);
+            break;
         case Event::Kind::note:
             m_console.say("Note: " + m_name + event.text);
             break;
@@ -206,7 +211,11 @@ public:
     Watch(const std::vector<MediumJob>& jobs, std::size_t atOnce, const HeldSignals& signals,
           Console& console, Progress& progress)
         : m_jobs(jobs), m_atOnce(atOnce), m_signals(signals), m_console(console), m_progress(progress),
-          m_outcomes(jobs.size(), Outcome{EXIT_INTERRUPTED, "", {}, false, 0}) {}
+          m_outcomes(jobs.size(), Outcome{EXIT_INTERRUPTED, "", {}, false, 0}) {
+        for (std::size_t index = 0; index < jobs.size(); ++index) {
+            m_outcomes[index].deed = jobs[index].deed;
+        }
+    }
 
     std::vector<Outcome> run() {
         while (startMore(), !m_running.empty()) {
@@ -234,7 +243,8 @@ private:
                 m_running.push_back(std::make_unique<Running>(m_jobs[m_next], m_next, m_jobs.size() == 1,
                                                               m_console, m_progress));
             } catch (const Failure& failure) { // and those that run go on
-                m_outcomes.at(m_next) = {EXIT_UNFINISHED, failure.what(), {}, false, 0};
+                m_outcomes.at(m_next).status = EXIT_UNFINISHED;
+                m_outcomes.at(m_next).reason = failure.what();
             }
             ++m_next;
         }

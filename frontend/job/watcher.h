@@ -54,6 +54,7 @@ struct MediumJob {
     std::function<int(Reporter&)> work;                  ///< run in a process of its own
     std::map<std::string, Gauge> gauges = {};            ///< by the stage
     std::function<void(const Outcome&)> ended = nullptr; ///< told at once
+    Deed deed = Deed::making;
 };
 
 /// Runs jobs side by side, each in a process of its own, and shows how far they are. An interrupt ends them

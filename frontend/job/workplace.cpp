@@ -14,6 +14,7 @@
 #include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/random.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace velacreate {
@@ -91,6 +92,9 @@ Workplace::Workplace(const Descriptor& parent, const std::string& where)
         }
         flock(m_directory.number(), LOCK_EX | LOCK_NB);
         require(mkdirat(m_directory.number(), LAUNCHERS_NAME, S_IRWXU) == 0, "no folder in the workplace");
+        // The rights that the parent hands down are the output's, which grows in that folder, and not a
+        // medium's.
+        fremovexattr(m_directory.number(), "system.posix_acl_default");
     } catch (const Failure&) {
         unlinkat(m_parent, m_name.c_str(), AT_REMOVEDIR);
         throw;

@@ -188,6 +188,8 @@ Contents contentsOf(Medium medium, const ToolPackage& package, const UpdateFiles
     way.removeFrom(contents.tree);
     if (medium == Medium::package) {
         addLoose(contents, boot);
+    } else if (medium == Medium::image) {
+        contents.added = {"boot.catalog"};
     }
     return contents;
 }

@@ -29,6 +29,7 @@ using Tree = std::map<std::string, Part>;
 struct Contents {
     Tree tree;                         ///< on the medium; of a package, in its archive
     Tree loose;                        ///< of a package: the boot files beside the archive
+    std::vector<std::string> added;    ///< by the tool that makes an image, such as "boot.catalog"
     std::vector<std::string> replaced; ///< update files that stand in the place of a boot file
     std::vector<std::string> missing;  ///< of a package: boot files of the nine that the tool package lacks
 

@@ -22,6 +22,18 @@ namespace velacreate {
 std::vector<std::string> compareArchive(int workplace, const Tree& expected, const Descriptor& archive,
                                         const std::vector<std::string>& ignored, const Advance& advance);
 
+/// Compares a disc with the image that it was burned from, as far as the image goes; what lies behind is
+/// padding.
+/// @return a line that says where they part or the disc ends or cannot be read; none when they are the same
+/// @throw Failure when the image is not what it was
+std::vector<std::string> compareDisc(const Descriptor& image, const Descriptor& disc, const Advance& advance);
+
+/// Compares a network-boot package: the boot files, and what is in its archive.
+/// @param directory  the package's
+/// @return lines as above
+std::vector<std::string> comparePackage(int workplace, const Contents& contents, const Descriptor& directory,
+                                        const Advance& advance);
+
 /// Compares a directory, such as a mounted key, following no link.
 /// @param ignored  what may be there besides, such as what `beyond` has found
 /// @return lines as above, what the medium's own errors keep from being read among them

@@ -15,7 +15,8 @@ namespace {
 
 constexpr std::size_t BLOCK = 128 << 10; ///< two of them stay in a processor's own cache
 
-/// As read() does, but in one piece and again after a signal.
+} // namespace
+
 ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset) {
     std::size_t done = 0;
     while (done < size) {
@@ -31,8 +32,6 @@ ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset) {
     }
     return static_cast<ssize_t>(done);
 }
-
-} // namespace
 
 void Sources::enter(const Part& part) {
     m_name = part.source;

@@ -23,11 +23,12 @@ struct Origin {
     const char* package;
 };
 constexpr Origin ORIGINS[] = {
-    {"unzip", "unzip"},     {"zip", "zip"},
-    {"xorriso", "xorriso"}, {"genisoimage", "genisoimage"},
-    {"wodim", "wodim"},     {"mkfs.vfat", "dosfstools"},
-    {"mkfs", "util-linux"}, {"sfdisk", "fdisk"},
-    {"mount", "mount"},     {"umount", "mount"},
+    {"unzip", "unzip"},          {"zip", "zip"},
+    {"xorriso", "xorriso"},      {"genisoimage", "genisoimage"},
+    {"wodim", "wodim"},          {"mkfs.vfat", "dosfstools"},
+    {"mkfs", "util-linux"},      {"sfdisk", "fdisk"},
+    {"mount", "mount"},          {"umount", "mount"},
+    {"dnsmasq", "dnsmasq-base"},
 };
 
 bool isOnSearchPath(const std::string& name) {

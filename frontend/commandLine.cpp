@@ -1,0 +1,294 @@
+#include "commandLine.h"
+
+#include "commands/commands.h"
+#include "helpText.h"
+#include "support/exitStatus.h"
+#include "support/failure.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <functional>
+#include <initializer_list>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velacreate {
+
+namespace {
+
+void addMessageOptions(CLI::App& command, ShowChoices& show) {
+    command.add_flag("--verbose", show.verbose, "Show all messages as they come");
+    command.add_option("--log", show.log, "Append every message to this file")->type_name("FILE");
+}
+
+void addPauses(CLI::App& command, ShowChoices& show) {
+    command.add_flag("--pauses", show.pauses,
+                     "Pause for ten seconds at each stage, for who polls the status file");
+}
+
+CLI::Option* addPackage(CLI::App& command, JobChoices& job) {
+    return command.add_option("--package", job.package, "The tool package")->type_name("ZIP");
+}
+
+void addUpdates(CLI::App& command, JobChoices& job) {
+    command.add_option("--directory", job.directory, "The update files lie here")
+        ->capture_default_str()
+        ->type_name("DIR");
+    command.add_option("FILE", job.files, "Update files and directories of them, by their paths below DIR")
+        ->required();
+    command.add_flag("--keep", job.keep, "Leave the job's workplace, and name it");
+}
+
+void addJobOptions(CLI::App& command, JobChoices& job) {
+    addPackage(command, job)->required();
+    addUpdates(command, job);
+    command.add_flag("--verify,!--no-verify", job.verify,
+                     "Read the medium back and compare it, or do not (default: do)");
+    addMessageOptions(command, job.show);
+    addPauses(command, job.show);
+}
+
+void addPlatform(CLI::App& command, std::string& platform) {
+    command.add_option("--platform", platform, "What the image starts: a UEFI machine, or a PowerPC")
+        ->capture_default_str()
+        ->type_name("linux|ppc")
+        ->check(CLI::IsMember({"linux", "ppc"}).description(""));
+}
+
+void addWork(CLI::App& command, std::string& work) {
+    command.add_option("--work", work, "Make the workplace here (default: TMPDIR, or /var/tmp)")
+        ->type_name("DIR");
+}
+
+void addYes(CLI::App& command, bool& yes) {
+    command.add_flag("--yes", yes, "Do not ask");
+}
+
+void requireOneOf(const CLI::App& command, std::initializer_list<const char*> options) {
+    std::string names;
+    std::size_t chosen = 0;
+    for (const char* option : options) {
+        names += (names.empty() ? "" : ", ") + std::string(option);
+        chosen += command.count(option) != 0 ? 1 : 0;
+    }
+    if (chosen != 1) {
+        throw Refusal(command.get_name() + " takes one of " + names);
+    }
+}
+
+constexpr int MOST_JOBS = 10000; // more than there are ports
+
+/// The whole command line, and what the user has chosen on it.
+class CommandLine {
+public:
+    explicit CommandLine(const Surroundings& surroundings)
+        : m_surroundings(surroundings), m_app("Makes bootable service media.", "velacreate") {
+        m_app.formatter(std::make_shared<HelpText>());
+        m_app.require_subcommand(1);
+        m_app.set_version_flag("--version", "velacreate " VELACREATE_VERSION, "Print the version and exit");
+        m_app.set_help_flag("-h,--help", "Print this help and exit");
+        addIso();
+        addUsb();
+        addPxe();
+        addBurn();
+        addVerify();
+        addIdentify();
+        addList();
+        addHelp();
+        m_app.footer("\"velacreate help COMMAND\" tells of one.\n\nExit status:\n" + exitStatusTable());
+    }
+
+    int run(int argc, char** argv) {
+        try {
+            m_app.parse(argumentsFromTheEnd(argc, argv));
+        } catch (const CLI::Success& asked) { // for help, or the version
+            return m_app.exit(asked);
+        } catch (const CLI::ParseError& error) {
+            refuse(error);
+        }
+        return m_run();
+    }
+
+private:
+    CLI::App& add(const std::string& name, const std::string& description) {
+        return *m_app.add_subcommand(name, description);
+    }
+
+    /// When it is this command that the user names.
+    void call(CLI::App& command, const std::function<int()>& run) {
+        command.callback([this, run] { m_run = run; });
+    }
+
+    void addIso() {
+        auto& command = add("iso", "Make a bootable ISO image");
+        call(command, [this] { return makeIso(m_iso, m_surroundings); });
+        addJobOptions(command, m_iso.job);
+        command.add_option("--output", m_iso.output, "The image, a name that ends in .iso")
+            ->required()
+            ->type_name("IMAGE");
+        command.add_flag("--force", m_iso.force, "Replace an image that is there");
+        addPlatform(command, m_iso.platform);
+        command.add_flag("--checksum", m_iso.checksum, "Write IMAGE.sha256, for sha256sum -c, beside it");
+        command.add_option("--burn", m_iso.burner, "Then burn it with this drive")->type_name("DEVICE");
+    }
+
+    void addUsb() {
+        auto& command = add("usb", "Fill bootable USB keys");
+        call(command, [this, &command] {
+            requireOneOf(command, {"--device", "--all", "--image"});
+            return makeUsbKey(m_usb, m_surroundings);
+        });
+        addJobOptions(command, m_usb.job);
+        command.add_option("--device", m_usb.devices, "The key, a whole disk; may be given several times")
+            ->allow_extra_args(false)
+            ->type_name("DEVICE");
+        command.add_flag("--all", m_usb.all, "Every removable medium; a USB hard disk has to be named");
+        command.add_option("--image", m_usb.image, "An image of a key in a key's place")->type_name("FILE");
+        command
+            .add_option("--format", m_usb.format,
+                        "Whether to format; auto does so when the key does not fit, or holds other files")
+            ->capture_default_str()
+            ->type_name("always|never|auto")
+            ->check(CLI::IsMember({"always", "never", "auto"}).description(""));
+        command.add_flag("--erase", m_usb.erase, "Make a key of any stick; everything on it is lost");
+        command.add_option("--jobs", m_usb.jobs, "How many keys are made at a time (default: all)")
+            ->type_name("N")
+            ->check(CLI::Range(1, MOST_JOBS).description(""));
+        command.add_option("--report", m_usb.report, "Append a line of JSON for each key to this file")
+            ->type_name("FILE");
+        command.add_flag("--eject", m_usb.eject, "Power each key down when it is made");
+        command.add_flag("--any-disk", m_usb.anyDisk, "Accept a disk that is neither removable nor on USB");
+        addYes(command, m_usb.yes);
+        addWork(command, m_usb.work);
+    }
+
+    void addPxe() {
+        auto& command = add("pxe", "Make a network-boot package");
+        call(command, [this] { return makePxePackage(m_pxe, m_surroundings); });
+        addJobOptions(command, m_pxe.job);
+        command.add_option("--output", m_pxe.output, "The package's directory")->required()->type_name("DIR");
+        command.add_flag("--force", m_pxe.force, "Replace a package that is there");
+    }
+
+    void addBurn() {
+        auto& command = add("burn", "Burn an image to a CD or DVD");
+        call(command, [this] { return burn(m_burn, m_surroundings); });
+        command.add_option("IMAGE", m_burn.image, "The image")->required();
+        command.add_option("DEVICE", m_burn.device, "The drive")->required();
+        command.add_flag("--quiet", m_burn.quiet, "Announce no stages");
+        command.add_flag("--verify,!--no-verify", m_burn.verify,
+                         "Read the disc back and compare it, or do not (default: do)");
+        addMessageOptions(command, m_burn.show);
+        addPauses(command, m_burn.show);
+    }
+
+    void addVerify() {
+        auto& command = add("verify", "Compare a medium with what would be made now");
+        call(command, [this, &command] {
+            requireOneOf(command, {"--image", "--device", "--key-image", "--pxe", "--disc"});
+            return verify(m_verify, m_surroundings);
+        });
+        addPackage(command, m_verify.job);
+        addUpdates(command, m_verify.job);
+        command.add_option("--image", m_verify.image, "An ISO image")->type_name("IMAGE");
+        command.add_option("--device", m_verify.devices, "A key, a whole disk; may be given several times")
+            ->allow_extra_args(false)
+            ->type_name("DEVICE");
+        command.add_option("--key-image", m_verify.keyImage, "An image of a key")->type_name("FILE");
+        command.add_option("--pxe", m_verify.package, "A network-boot package")->type_name("DIR");
+        command
+            .add_option(
+                "--disc", m_verify.disc,
+                "The disc in this drive; without --package, FILE is the image that it was burned from")
+            ->type_name("DEVICE");
+        addPlatform(command, m_verify.platform);
+        addMessageOptions(command, m_verify.job.show);
+        addWork(command, m_verify.work);
+    }
+
+    void addIdentify() {
+        auto& command = add("identify", "Show vendor, model and size of a key");
+        call(command, [this] { return identify(m_device); });
+        command.add_option("DEVICE", m_device, "The key, a whole disk")->required();
+    }
+
+    void addList() {
+        auto& command = add("list", "Show the removable and the USB disks");
+        call(command, [this] { return listDisks(m_json); });
+        command.add_flag("--json", m_json, "For a program to read");
+    }
+
+    void addHelp() {
+        auto& command = add("help", "Tell of a command");
+        call(command, [this] {
+            const auto& told = m_command.empty() ? m_app : commandNamed(m_command);
+            const auto name = m_command.empty() ? "velacreate" : "velacreate " + m_command;
+            std::cout << m_app.get_formatter()->make_help(&told, name, CLI::AppFormatMode::Normal)
+                      << std::flush;
+            return 0;
+        });
+        command.add_option("COMMAND", m_command, "The command");
+    }
+
+    const CLI::App& commandNamed(const std::string& name) const {
+        try {
+            return *m_app.get_subcommand(name);
+        } catch (const CLI::OptionNotFound&) {
+            throw Refusal("there is no command " + shown(name) + "; see velacreate --help");
+        }
+    }
+
+    /// The parser would take "[x,y]" for a list of x and y.
+    static std::vector<std::string> argumentsFromTheEnd(int argc, char** argv) {
+        std::vector<std::string> arguments(argv + 1, argv + argc);
+        for (auto& argument : arguments) {
+            if (!argument.empty() && argument.front() == '[') {
+                argument.insert(0, "./");
+            }
+        }
+        std::reverse(arguments.begin(), arguments.end());
+        return arguments;
+    }
+
+    /// What nobody knows is named before what is missing, which may be but mistyped.
+    [[noreturn]] void refuse(const CLI::ParseError& error) const {
+        const auto chosen = m_app.get_subcommands();
+        const auto& command = chosen.empty() ? m_app : *chosen.front();
+        const auto see = "; see velacreate " + (chosen.empty() ? "" : command.get_name() + " ") + "--help";
+        const auto strange = command.remaining();
+        const auto option = std::find_if(strange.begin(), strange.end(), [](const std::string& argument) {
+            return argument.size() > 1 && argument.front() == '-';
+        });
+        if (option != strange.end()) {
+            throw Refusal("there is no option " + shown(option->substr(0, option->find('='))) + see);
+        }
+        if (!strange.empty()) {
+            throw Refusal((chosen.empty() ? "there is no command " : "nothing can be made of ") +
+                          shown(strange.front()) + see);
+        }
+        throw Refusal((chosen.empty() ? "a command is missing" : printable(error.what())) + see);
+    }
+
+    const Surroundings& m_surroundings;
+    CLI::App m_app;
+    std::function<int()> m_run;
+    IsoChoices m_iso;
+    UsbChoices m_usb;
+    PxeChoices m_pxe;
+    BurnChoices m_burn;
+    VerifyChoices m_verify;
+    std::string m_device;
+    bool m_json = false;
+    std::string m_command;
+};
+
+} // namespace
+
+int runCommandLine(int argc, char** argv, const Surroundings& surroundings) {
+    return CommandLine(surroundings).run(argc, argv);
+}
+
+} // namespace velacreate

@@ -1,0 +1,103 @@
+#include "disks/discDrive.h"
+
+#include "support/failure.h"
+
+#include <chrono>
+#include <climits>
+#include <optional>
+#include <thread>
+
+#include <fcntl.h>
+#include <linux/cdrom.h>
+#include <sys/ioctl.h>
+
+namespace velacreate {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+const std::string STAND_IN = "stdio:";
+
+bool isStandIn(const std::string& name) {
+    return name.rfind(STAND_IN, 0) == 0;
+}
+
+/// One that does not say, as what is no drive, has its disc in.
+int stateOf(const Descriptor& drive) {
+    const int state = ioctl(drive.number(), CDROM_DRIVE_STATUS, CDSL_CURRENT);
+    return state < 0 || state == CDS_NO_INFO ? CDS_DISC_OK : state;
+}
+
+std::string lackText(int state, const std::string& name) {
+    const std::string drive = "the drive " + shown(name);
+    switch (state) {
+    case CDS_DISC_OK:
+        return "";
+    case CDS_TRAY_OPEN:
+        return "the tray of " + drive + " is open";
+    case CDS_DRIVE_NOT_READY:
+        return drive + " is not ready";
+    default:
+        return "there is no disc in " + drive;
+    }
+}
+
+} // namespace
+
+bool DiscDrive::isNode(const std::string& name) {
+    return isStandIn(name) || name.rfind('/', 0) == 0;
+}
+
+DiscDrive::DiscDrive(const std::string& name)
+    : m_name(name), m_path(isStandIn(name) ? name.substr(STAND_IN.size()) : name),
+      m_drive(open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
+    const std::string what = "the drive " + shown(name);
+    if (!m_drive.isOpen()) {
+        throw Refusal(withError(what));
+    }
+    const auto mode = m_drive.status().st_mode;
+    if (!S_ISBLK(mode) && !(isStandIn(name) && S_ISREG(mode))) {
+        throw Refusal(what + " is no drive");
+    }
+}
+
+bool DiscDrive::isReadOnly() const {
+    constexpr int BURNS = CDC_CD_R | CDC_CD_RW | CDC_DVD_R | CDC_DVD_RAM | CDC_MRW_W | CDC_RAM;
+    const int capabilities = ioctl(m_drive.number(), CDROM_GET_CAPABILITY, 0);
+    return capabilities >= 0 && (capabilities & BURNS) == 0;
+}
+
+std::string DiscDrive::lacksDisc() const {
+    return lackText(stateOf(m_drive), m_name);
+}
+
+// A tray without a motor stays open, and a drive may call a disc missing that it has just taken in.
+std::string DiscDrive::takeDiscIn() const {
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + 60s;
+    std::optional<Clock::time_point> closed;
+    for (;; std::this_thread::sleep_for(200ms)) {
+        const int state = stateOf(m_drive);
+        bool isHopeless = Clock::now() >= end;
+        if (state != CDS_DISC_OK && state != CDS_DRIVE_NOT_READY) {
+            isHopeless = isHopeless || (closed ? Clock::now() >= *closed + 10s
+                                               : ioctl(m_drive.number(), CDROMCLOSETRAY, 0) != 0);
+            closed = closed.value_or(Clock::now());
+        }
+        if (state == CDS_DISC_OK || isHopeless) {
+            return lackText(state, m_name);
+        }
+    }
+}
+
+Descriptor DiscDrive::openDisc() const {
+    Descriptor disc(open(m_drive.path().c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC));
+    if (!disc.isOpen()) {
+        throw Failure(withError("the disc in " + shown(m_name)));
+    }
+    posix_fadvise(disc.number(), 0, 0, POSIX_FADV_DONTNEED);
+    return disc;
+}
+
+} // namespace velacreate

@@ -1,0 +1,35 @@
+#include "inputs/sourceDate.h"
+
+#include "support/failure.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+namespace velacreate {
+
+namespace {
+
+// An archive's times begin with 1980 and end with 2107; those of an image reach further.
+constexpr std::uint64_t EARLIEST = 315532800;
+constexpr std::uint64_t LATEST = 4354819198;
+
+bool isSourceDate(const std::string& text) {
+    const auto isDigit = [](char character) { return character >= '0' && character <= '9'; };
+    const bool isNumber = !text.empty() && text.size() <= std::to_string(LATEST).size() &&
+                          text.front() != '0' && std::all_of(text.begin(), text.end(), isDigit);
+    return isNumber && std::stoull(text) >= EARLIEST && std::stoull(text) <= LATEST;
+}
+
+} // namespace
+
+void requireSourceDate() {
+    const char* const date = std::getenv("SOURCE_DATE_EPOCH"); // NOLINT(concurrency-mt-unsafe): none sets it
+    if (date != nullptr && !isSourceDate(date)) {
+        throw Refusal("SOURCE_DATE_EPOCH is " + shown(date) + ", and no number of seconds from " +
+                      std::to_string(EARLIEST) + " (the year 1980) to " + std::to_string(LATEST) + " (2107)");
+    }
+}
+
+} // namespace velacreate
