@@ -95,6 +95,7 @@ public:
         addPxe();
         addBurn();
         addVerify();
+        addServe();
         addIdentify();
         addList();
         addHelp();
@@ -209,6 +210,22 @@ private:
         addWork(command, m_verify.work);
     }
 
+    void addServe() {
+        auto& command = add("serve", "Boot machines on a network from a package");
+        call(command, [this] { return serve(m_serve); });
+        command.add_option("DIR", m_serve.directory, "The network-boot package")->required();
+        command.add_option("--interface", m_serve.interface, "The network port that the machines are on")
+            ->required()
+            ->type_name("IF");
+        command
+            .add_option("--range", m_serve.range,
+                        "The addresses that are handed out (default: the upper half of the port's network)")
+            ->type_name("FIRST,LAST");
+        command.add_flag("--proxy", m_serve.proxy, "Hand out no addresses, as another server there does");
+        addYes(command, m_serve.yes);
+        addMessageOptions(command, m_serve.show);
+    }
+
     void addIdentify() {
         auto& command = add("identify", "Show vendor, model and size of a key");
         call(command, [this] { return identify(m_device); });
@@ -280,6 +297,7 @@ private:
     PxeChoices m_pxe;
     BurnChoices m_burn;
     VerifyChoices m_verify;
+    ServeChoices m_serve;
     std::string m_device;
     bool m_json = false;
     std::string m_command;

@@ -74,11 +74,21 @@ struct VerifyChoices {
     std::string work;
 };
 
+struct ServeChoices {
+    std::string directory;
+    std::string interface;
+    std::string range; ///< "FIRST,LAST"; empty for the upper half of the interface's network
+    bool proxy = false;
+    bool yes = false;
+    ShowChoices show;
+};
+
 int makeIso(const IsoChoices& choices, const Surroundings& surroundings);
 int makeUsbKey(const UsbChoices& choices, const Surroundings& surroundings);
 int makePxePackage(const PxeChoices& choices, const Surroundings& surroundings);
 int burn(const BurnChoices& choices, const Surroundings& surroundings);
 int verify(const VerifyChoices& choices, const Surroundings& surroundings);
+int serve(const ServeChoices& choices);
 int identify(const std::string& device);
 int listDisks(bool json);
 

@@ -1,0 +1,115 @@
+#include "network/bootPackage.h"
+
+#include "medium/packageFiles.h"
+#include "support/archives.h"
+#include "support/failure.h"
+
+#include <cerrno>
+#include <utility>
+
+#include <archive.h>
+#include <fcntl.h>
+
+namespace velacreate {
+
+namespace {
+
+constexpr const char* LOADER = "pxelinux.0";
+constexpr const char* ARCHIVE = "ks.zip";
+constexpr std::size_t BLOCK = 128 << 10;
+
+/// Not who asks must be able to, but everybody: that is what the server is.
+void requireReadable(const struct stat& about, mode_t rights, const std::string& what) {
+    if ((about.st_mode & rights) != rights) {
+        throw Refusal(what + " cannot be read by everybody, which the server needs; \"chmod a+" +
+                      (S_ISDIR(about.st_mode) ? "rx" : "r") + "\" makes it so");
+    }
+}
+
+/// A machine may ask for anything that is there, and a pipe would keep the server waiting for ever.
+void requireNoPipe(const Descriptor& directory, const std::string& package) {
+    forEachEntry(directory.number(), [&](const std::string& name) {
+        struct stat about {};
+        if (fstatat(directory.number(), name.c_str(), &about, AT_SYMLINK_NOFOLLOW) != 0) {
+            return; // it has gone meanwhile
+        }
+        if (S_ISFIFO(about.st_mode)) {
+            throw Refusal(shown(name) + " in " + package + " is a pipe; remove it");
+        }
+        const auto below = S_ISDIR(about.st_mode)
+                               ? openWithin(directory.number(), name, O_RDONLY | O_DIRECTORY)
+                               : Descriptor();
+        if (below.isOpen()) {
+            requireNoPipe(below, package);
+        }
+    });
+}
+
+} // namespace
+
+BootPackage::BootPackage(std::string path)
+    : m_path(std::move(path)), m_directory(::open(m_path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    if (!m_directory.isOpen()) {
+        throw Refusal(withError(shown(m_path)));
+    }
+    requireReadable(m_directory.status(), S_IROTH | S_IXOTH, text());
+    for (const std::string name : PACKAGE_BOOT_FILES) {
+        const auto file = open(name);
+        if (!file.isOpen() && name == LOADER) {
+            throw Refusal(text() + " lacks " + shown(name) + ": a machine on the network starts from it");
+        }
+        if (!file.isOpen()) {
+            m_missing.push_back(name);
+        }
+    }
+    const auto archive = open(ARCHIVE);
+    if (!archive.isOpen()) {
+        throw Refusal(text() + " lacks " + shown(ARCHIVE) + ", with the update files");
+    }
+    requireNoPipe(m_directory, text());
+    requireArchive(archive);
+}
+
+std::string BootPackage::text() const {
+    return "the network-boot package " + shown(m_path);
+}
+
+bool BootPackage::isThere() const {
+    return m_directory.status().st_nlink > 0;
+}
+
+/// @return closed when it is not there
+Descriptor BootPackage::open(const std::string& name) const {
+    const std::string what = shown(name) + " in " + text();
+    auto file = openBeneath(m_directory.number(), name, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+    if (!file.isOpen()) {
+        if (errno != ENOENT) {
+            throw Refusal(errno == ELOOP ? what + " is a link" : withError(what));
+        }
+        return file;
+    }
+    if (!S_ISREG(file.status().st_mode)) {
+        throw Refusal(what + " is not a file");
+    }
+    requireReadable(file.status(), S_IROTH, what);
+    return file;
+}
+
+void BootPackage::requireArchive(const Descriptor& file) const {
+    const auto require = [&](bool isSound, const ArchiveReader& reader) {
+        if (!isSound) {
+            throw Refusal(shown(ARCHIVE) + " in " + text() +
+                          " is damaged, or no zip archive: " + reader.problem());
+        }
+    };
+    ArchiveReader reader(file, ArchiveReader::Format::zip, BLOCK);
+    for (int status = reader.next(); status != ARCHIVE_EOF; status = reader.next()) {
+        require(status == ARCHIVE_OK, reader);
+        ArchiveReader::Block block{};
+        for (status = reader.read(block); status != ARCHIVE_EOF; status = reader.read(block)) {
+            require(status == ARCHIVE_OK, reader);
+        }
+    }
+}
+
+} // namespace velacreate

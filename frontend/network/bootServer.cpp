@@ -1,0 +1,103 @@
+#include "network/bootServer.h"
+
+#include "job/childProcess.h"
+#include "network/rights.h"
+#include "support/failure.h"
+
+#include <cstdlib>
+
+#include <linux/capability.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+constexpr const char* PROGRAM = "dnsmasq";
+constexpr mode_t FOR_EVERYBODY = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
+
+void require(bool done, const std::string& what) {
+    if (!done) {
+        throw Failure(withError(what));
+    }
+}
+
+void mountPackage() {
+    constexpr unsigned long CONFINED = MS_RDONLY | MS_NOSUID | MS_NODEV | MS_NOEXEC | MS_NOSYMFOLLOW;
+    if (!hasOwnMounts()) {
+        throw Failure("mounts of its own cannot be had for the server");
+    }
+    require(mount("tmpfs", "/mnt", "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=1m") == 0 &&
+                mkdir(SERVED_PLACE, FOR_EVERYBODY) == 0 &&
+                mount(".", SERVED_PLACE, nullptr, MS_BIND, nullptr) == 0 &&
+                mount(nullptr, SERVED_PLACE, nullptr, MS_REMOUNT | MS_BIND | CONFINED, nullptr) == 0 &&
+                chdir(SERVED_PLACE) == 0,
+            "the package cannot be mounted for the server");
+}
+
+/// Its words are read: they are to be the English ones.
+void speakPlainly() {
+    require(setenv("LC_ALL", "C", 1) == 0, "no language for the server"); // NOLINT(concurrency-mt-unsafe)
+}
+
+/// It looks whether an address is in use before it hands it out, which takes a raw socket.
+std::vector<unsigned> capabilities(bool isProxy) {
+    std::vector<unsigned> needed = {CAP_NET_BIND_SERVICE, CAP_NET_ADMIN};
+    if (!isProxy) {
+        needed.push_back(CAP_NET_RAW);
+    }
+    return needed;
+}
+
+} // namespace
+
+std::vector<std::string> serverCommand(const NetworkPort& port, const std::optional<AddressRange>& range) {
+    std::vector<std::string> command = {PROGRAM,
+                                        "--no-daemon",
+                                        "--conf-file=/dev/null",
+                                        "--no-resolv",
+                                        "--no-hosts",
+                                        "--port=0",
+                                        "--interface=" + port.name(),
+                                        "--except-interface=lo",
+                                        "--bind-interfaces",
+                                        "--leasefile-ro",
+                                        "--log-facility=-",
+                                        "--enable-tftp",
+                                        "--tftp-root=" + std::string(SERVED_PLACE),
+                                        "--tftp-max=1000"};
+    if (!range) {
+        for (const auto& network : port.networks()) {
+            command.push_back("--dhcp-range=" + addressText(network.first()) + ",proxy");
+        }
+        command.insert(command.end(), {"--no-ping", "--pxe-service=x86PC,Service medium,pxelinux"});
+        return command;
+    }
+    command.push_back("--dhcp-range=" + addressText(range->first) + "," + addressText(range->last) + "," +
+                      addressText(range->network.mask) + ",1h");
+    // One address a machine, whatever its firmware, its loader and its system call themselves. No way out to
+    // other networks is promised, as there is none.
+    command.insert(command.end(), {"--dhcp-boot=pxelinux.0", "--dhcp-lease-max=10000", "--dhcp-ignore-clid",
+                                   "--dhcp-option=option:router"});
+    return command;
+}
+
+void becomeServer(const NetworkPort& port, const std::optional<AddressRange>& range) {
+    const auto command = serverCommand(port, range);
+    std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
+    for (const auto& argument : command) {
+        arguments.push_back(const_cast<char*>(argument.c_str())); // the call wants it so, and changes nothing
+    }
+    arguments.push_back(nullptr);
+    mountPackage();
+    speakPlainly();
+    becomeNobody(capabilities(!range));
+    dieWithWatcher();
+    execvp(PROGRAM, arguments.data());
+    throw Failure(withError(std::string(PROGRAM) + " cannot be started"));
+}
+
+} // namespace velacreate

@@ -1,0 +1,122 @@
+#include "network/networkPort.h"
+
+#include "support/descriptor.h"
+#include "support/failure.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <memory>
+
+#include <ifaddrs.h>
+#include <net/if.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+namespace velacreate {
+
+namespace {
+
+constexpr std::uint16_t DHCP_PORT = 67;
+constexpr std::uint16_t TFTP_PORT = 69;
+constexpr std::uint16_t BOOT_PORT = 4011; ///< where the boot question is asked when it is asked apart
+
+struct AddressesFreer {
+    void operator()(ifaddrs* addresses) const {
+        freeifaddrs(addresses);
+    }
+};
+using Addresses = std::unique_ptr<ifaddrs, AddressesFreer>;
+
+Addresses addressesOfAll() {
+    ifaddrs* addresses = nullptr;
+    if (getifaddrs(&addresses) != 0) {
+        throw Failure(withError("the network ports cannot be listed"));
+    }
+    return Addresses(addresses);
+}
+
+Address addressIn(const sockaddr* address) {
+    return ntohl(reinterpret_cast<const sockaddr_in*>(address)->sin_addr.s_addr);
+}
+
+/// The server takes some characters for a pattern or for the end of a name.
+bool isPlain(const std::string& name) {
+    return std::all_of(name.begin(), name.end(), [](char character) {
+        const bool isLetter =
+            (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
+        return isLetter || (character >= '0' && character <= '9') ||
+               std::string("._-@+").find(character) != std::string::npos;
+    });
+}
+
+/// Only who does not mean to share it finds out whether somebody has it.
+bool isTaken(std::uint16_t number, Address address, const std::string& port) {
+    const Descriptor trial(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    sockaddr_in place{};
+    place.sin_family = AF_INET;
+    place.sin_port = htons(number);
+    place.sin_addr.s_addr = htonl(address);
+    const auto length = static_cast<socklen_t>(port.size());
+    if (!trial.isOpen() ||
+        setsockopt(trial.number(), SOL_SOCKET, SO_BINDTODEVICE, port.c_str(), length) != 0) {
+        throw Failure(withError("a socket on " + port));
+    }
+    return bind(trial.number(), reinterpret_cast<const sockaddr*>(&place), sizeof place) != 0 &&
+           errno == EADDRINUSE;
+}
+
+void requireFree(std::uint16_t number, Address address, const std::string& port) {
+    if (isTaken(number, address, port)) {
+        throw Refusal("another program of this machine serves " + port + " already (UDP port " +
+                      std::to_string(number) + "); end it first");
+    }
+}
+
+} // namespace
+
+NetworkPort::NetworkPort(const std::string& name) : m_name(name), m_index(if_nametoindex(name.c_str())) {
+    if (m_index == 0) {
+        throw Refusal("there is no network port " + shown(name));
+    }
+    if (!isPlain(name)) {
+        throw Refusal("the network port " + shown(name) + " has a name that cannot be served; rename it");
+    }
+    const auto all = addressesOfAll();
+    unsigned flags = 0;
+    for (const auto* entry = all.get(); entry != nullptr; entry = entry->ifa_next) {
+        if (name != entry->ifa_name) {
+            continue;
+        }
+        flags |= entry->ifa_flags;
+        if (entry->ifa_addr != nullptr && entry->ifa_addr->sa_family == AF_INET) {
+            m_networks.push_back({addressIn(entry->ifa_addr), addressIn(entry->ifa_netmask)});
+        }
+    }
+    if ((flags & IFF_BROADCAST) == 0) {
+        throw Refusal(name + " is no port on which machines can ask for anything");
+    }
+    if ((flags & IFF_UP) == 0) {
+        throw Refusal(name + " is not up; \"ip link set " + name + " up\" does it");
+    }
+    if (m_networks.empty()) {
+        throw Refusal(name + " has no IPv4 address; \"ip address add ADDRESS/BITS dev " + name +
+                      "\" gives it one");
+    }
+    m_isPluggedIn = (flags & IFF_RUNNING) != 0;
+}
+
+bool NetworkPort::isThere() const {
+    return if_nametoindex(m_name.c_str()) == m_index;
+}
+
+void NetworkPort::requireUnserved(bool isProxy) const {
+    requireFree(DHCP_PORT, INADDR_ANY, m_name);
+    for (const auto& network : m_networks) {
+        requireFree(TFTP_PORT, network.own, m_name);
+    }
+    if (isProxy) {
+        requireFree(BOOT_PORT, INADDR_ANY, m_name);
+    }
+}
+
+} // namespace velacreate

@@ -1,0 +1,18 @@
+/// @file
+/// What a server may do on this machine.
+#ifndef VELACREATE_RIGHTS_H
+#define VELACREATE_RIGHTS_H
+
+#include <vector>
+
+namespace velacreate {
+
+/// Lets this process be nobody from now on, and with it what it turns into: a user without rights but a few
+/// of root's, which can get no others.
+/// @param capabilities  by their numbers in <linux/capability.h>
+/// @throw Failure
+void becomeNobody(const std::vector<unsigned>& capabilities);
+
+} // namespace velacreate
+
+#endif
