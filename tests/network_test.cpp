@@ -53,10 +53,10 @@ TEST_F(NetworkTest, MachinesOfAStrangersMakingAreNotKeptForEver) {
 
 TEST_F(NetworkTest, PackageIsLookedThroughBeforeItIsServed) {
     for (const auto& row : rows("boot-packages")) {
-        prepare(
-            "mkdir served && cd served && touch grub.cfg img2a img3a pxelinux.0 ksrootfs bsb1.lss bsb.msg "
-            "unicode.pf2 splash.xpm.gz && cp ../work/tool.zip ks.zip && " +
-            row[0]);
+        prepare("mkdir served && cp work/tool.zip served/ks.zip && cd served && touch grub.cfg img2a img3a "
+                "pxelinux.0 ksrootfs bsb1.lss bsb.msg "
+                "unicode.pf2 splash.xpm.gz && " +
+                row[0]);
         SCOPED_TRACE(row[0]);
         expectText(outcomeOf([] { return "lacks " + joined(BootPackage("served").missing(), ","); }), row[1]);
         shell("rm -rf served");
