@@ -67,15 +67,41 @@ void addYes(CLI::App& command, bool& yes) {
     command.add_flag("--yes", yes, "Do not ask");
 }
 
-void requireOneOf(const CLI::App& command, std::initializer_list<const char*> options) {
+std::string listed(std::initializer_list<const char*> options) {
     std::string names;
-    std::size_t chosen = 0;
     for (const char* option : options) {
         names += (names.empty() ? "" : ", ") + std::string(option);
-        chosen += command.count(option) != 0 ? 1 : 0;
     }
+    return names;
+}
+
+void requireOneOf(const CLI::App& command, std::initializer_list<const char*> options) {
+    const auto chosen = std::count_if(options.begin(), options.end(),
+                                      [&](const char* option) { return command.count(option) != 0; });
     if (chosen != 1) {
-        throw Refusal(command.get_name() + " takes one of " + names);
+        throw Refusal(command.get_name() + " takes one of " + listed(options));
+    }
+}
+
+/// A variable of the caller's that is not set, or an option that was taken for the value of the one before.
+void requireValues(const CLI::App& command) {
+    for (const auto* option : command.get_options()) {
+        for (const auto& value : option->results()) {
+            if (option->nonpositional() && (value.empty() || value.rfind("--", 0) == 0)) {
+                throw Refusal(option->get_name() + " takes a value" +
+                              (value.empty() ? ", which is empty" : ", and " + shown(value) + " is none"));
+            }
+        }
+    }
+}
+
+/// Options that mean nothing without one of others.
+void refuseWithout(const CLI::App& command, std::initializer_list<const char*> needed,
+                   std::initializer_list<const char*> options) {
+    const auto isGiven = [&](const char* option) { return command.count(option) != 0; };
+    const auto* const idle = std::find_if(options.begin(), options.end(), isGiven);
+    if (idle != options.end() && std::none_of(needed.begin(), needed.end(), isGiven)) {
+        throw Refusal(std::string(*idle) + " goes with " + listed(needed));
     }
 }
 
@@ -120,7 +146,10 @@ private:
 
     /// When it is this command that the user names.
     void call(CLI::App& command, const std::function<int()>& run) {
-        command.callback([this, run] { m_run = run; });
+        command.callback([this, run, &command] {
+            requireValues(command);
+            m_run = run;
+        });
     }
 
     void addIso() {
@@ -190,9 +219,15 @@ private:
         auto& command = add("verify", "Compare a medium with what would be made now");
         call(command, [this, &command] {
             requireOneOf(command, {"--image", "--device", "--key-image", "--pxe", "--disc"});
+            if (command.count("--disc") == 0 && command.count("--package") == 0) {
+                throw Refusal("what would be made now takes a tool package; name it with --package");
+            }
+            refuseWithout(command, {"--package"}, {"--directory", "--keep", "--platform", "--work"});
+            refuseWithout(command, {"--image", "--disc"}, {"--platform"});
             return verify(m_verify, m_surroundings);
         });
-        addPackage(command, m_verify.job);
+        addPackage(command, m_verify.job)
+            ->description("The tool package; needed unless a --disc is compared with its image");
         addUpdates(command, m_verify.job);
         command.add_option("--image", m_verify.image, "An ISO image")->type_name("IMAGE");
         command.add_option("--device", m_verify.devices, "A key, a whole disk; may be given several times")
@@ -270,23 +305,38 @@ private:
         return arguments;
     }
 
+    /// In words of our own, where the parser's are about itself.
+    static std::string meaningOf(const CLI::ParseError& error) {
+        const std::string text = error.what();
+        if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
+            return text.substr(0, text.find(':')) +
+                   (text.find("At Most") != std::string::npos ? " may be given once only" : " takes a value");
+        }
+        return printable(text);
+    }
+
     /// What nobody knows is named before what is missing, which may be but mistyped.
     [[noreturn]] void refuse(const CLI::ParseError& error) const {
+        if (const auto early = m_app.remaining(); !early.empty() && !m_app.get_subcommands().empty()) {
+            throw Refusal("the option " + shown(early.front()) + " stands behind the command, if it has one");
+        }
         const auto chosen = m_app.get_subcommands();
         const auto& command = chosen.empty() ? m_app : *chosen.front();
         const auto see = "; see velacreate " + (chosen.empty() ? "" : command.get_name() + " ") + "--help";
-        const auto strange = command.remaining();
-        const auto option = std::find_if(strange.begin(), strange.end(), [](const std::string& argument) {
+        const auto isOption = [](const std::string& argument) {
             return argument.size() > 1 && argument.front() == '-';
-        });
-        if (option != strange.end()) {
+        };
+        const auto strange = command.remaining();
+        const auto option = std::find_if(strange.begin(), strange.end(), isOption);
+        const bool isAfterNoCommand = chosen.empty() && option != strange.begin();
+        if (option != strange.end() && !isAfterNoCommand) {
             throw Refusal("there is no option " + shown(option->substr(0, option->find('='))) + see);
         }
         if (!strange.empty()) {
             throw Refusal((chosen.empty() ? "there is no command " : "nothing can be made of ") +
                           shown(strange.front()) + see);
         }
-        throw Refusal((chosen.empty() ? "a command is missing" : printable(error.what())) + see);
+        throw Refusal((chosen.empty() ? "a command is missing" : meaningOf(error)) + see);
     }
 
     const Surroundings& m_surroundings;

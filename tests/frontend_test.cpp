@@ -98,7 +98,9 @@ TEST_F(FrontEndTest, StandsWhatDoesHarm) {
 /// An image with PowerPC boot records: the types in its partition table, and what its PReP entry points at.
 TEST_F(FrontEndTest, MakesBothBootRecordsForPowerPc) {
     enter();
-    ASSERT_EQ(runCell("cd work && output=../ppc.iso iso --platform ppc a.txt", ">/srv/out"), 0);
+    ASSERT_EQ(runCell("cd work && SOURCE_DATE_EPOCH=1700000000 output=../ppc.iso iso --platform ppc a.txt",
+                      ">/srv/out"),
+              0);
     const std::string image = contentOf("ppc.iso");
     const auto byteAt = [&image](std::size_t offset) {
         return std::size_t{static_cast<unsigned char>(image.at(offset))};

@@ -126,15 +126,18 @@ struct ReadBackTest : MediumTest {
         shell("(" + TOOLS.at(form) + ") >tool.log 2>&1");
     }
 
-    static std::string compare(const Tree& tree) {
+    static std::string compare(const std::string& form, const Tree& tree) {
         Told told;
         const Descriptor here = opened(".");
         const Descriptor medium = opened("medium");
-        const bool isDirectory = S_ISDIR(medium.status().st_mode);
-        const Lines ignored = {isDirectory ? "ignored" : "boot.catalog"};
-        const auto differences = isDirectory
-                                     ? compareDirectory(here.number(), tree, medium, ignored, told.advance)
-                                     : compareArchive(here.number(), tree, medium, ignored, told.advance);
+        Contents contents;
+        contents.medium = form == "genisoimage" ? Medium::powerPcImage : Medium::image;
+        contents.tree = tree;
+        contents.added = {"boot.catalog"};
+        const auto differences =
+            form == "directory" ? compareDirectory(here.number(), tree, medium, {"ignored"}, told.advance)
+            : form == "zip"     ? compareArchive(here.number(), tree, medium, {}, told.advance)
+                                : compareImage(here.number(), contents, medium, told.advance);
         std::uint64_t size = 0;
         for (const auto& [place, part] : tree) {
             size += part.size;
@@ -157,7 +160,7 @@ TEST_F(ReadBackTest, FindsEachDifference) {
             const auto own = std::find_if(row.begin() + 1, row.end(), [&form](const std::string& cell) {
                 return cell.compare(0, form.size() + 2, form + ": ") == 0;
             });
-            EXPECT_EQ(compare(tree), own == row.end() ? row[1] : own->substr(form.size() + 2));
+            EXPECT_EQ(compare(form, tree), own == row.end() ? row[1] : own->substr(form.size() + 2));
         }
     }
 }
@@ -169,7 +172,7 @@ TEST_F(ReadBackTest, FindsDamage) {
         const Tree tree = enter();
         make(row[0]);
         prepare(row[1]);
-        expectText(outcomeOf([&tree] { return compare(tree); }), row[2]);
+        expectText(outcomeOf([&] { return compare(row[0], tree); }), row[2]);
     }
 }
 

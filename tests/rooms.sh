@@ -28,8 +28,8 @@ deep() { # PARTS
 }
 
 # What is on disk.
-written() { # OFFSET BYTES
-    printf %b "$2" | dd of=disk bs=1 seek="$1" conv=notrunc status=none
+written() { # OFFSET BYTES [FILE]
+    printf %b "$2" | dd of="${3:-disk}" bs=1 seek="$1" conv=notrunc status=none
 }
 filled() { # COMMAND
     "$@" | head -c 1M | dd of=disk bs=1M iflag=fullblock conv=notrunc status=none
@@ -39,6 +39,11 @@ partitions() { # TABLE LINE...: a line is as sfdisk has it
 }
 fat() { # LABEL: on the partition that begins at 1 MiB
     mkfs.vfat --offset=2048 -n "$1" disk 512
+}
+
+# A byte's place in the boot catalog of an image.
+inCatalog() { # OFFSET
+    echo $(($(od -An -tu4 -j $((17 * 2048 + 71)) -N 4 medium) * 2048 + $1))
 }
 
 # Shows a disk, where nothing of the real ones is to be seen.

@@ -37,14 +37,7 @@ Descriptor openImage(const std::string& path) {
     if (!S_ISREG(image.status().st_mode)) {
         throw Refusal(shown(path) + " is not a file");
     }
-    const auto whole = isoImageSize(image);
-    if (whole == 0) {
-        throw Refusal(shown(path) + " is no ISO 9660 image");
-    }
-    if (const auto size = static_cast<std::uint64_t>(image.status().st_size); size < whole) {
-        throw Refusal(shown(path) + " is incomplete: it has " + std::to_string(size) + " bytes of " +
-                      std::to_string(whole));
-    }
+    requireWholeIsoImage(image, path);
     return image;
 }
 
@@ -151,6 +144,9 @@ Burner::Burner(std::string device, const Surroundings& surroundings)
 
 int Burner::burn(const std::string& path, bool isQuiet, bool verify, const ShowChoices& show) const {
     const auto image = openImage(path);
+    if (DiscDrive::isFile(m_device, image.status())) {
+        throw Refusal("the drive " + shown(m_device) + " is the image itself");
+    }
     const auto absolute = absolutePath(path);
     auto console = openConsole(show, absolute);
     const std::string medium = "the disc in " + m_device;

@@ -1,5 +1,5 @@
 /// @file
-/// The questions that come before something is done that cannot be undone.
+/// The question that comes before a key is changed.
 #ifndef VELACREATE_CONSENT_H
 #define VELACREATE_CONSENT_H
 
@@ -7,17 +7,9 @@
 #include "commands/keys.h"
 #include "job/watcher.h"
 
-#include <string>
 #include <vector>
 
 namespace velacreate {
-
-/// Asks for a "yes".
-/// @param unasked  what is said where nobody can be asked
-/// @param refused  what is said of any other answer
-/// @return 0, or EXIT_INTERRUPTED
-/// @throw Refusal
-int askForYes(const HeldSignals& signals, const std::string& unasked, const std::string& refused);
 
 /// Shows the keys, and asks for a "yes" unless the user has given it already.
 /// @return 0, or EXIT_INTERRUPTED

@@ -5,6 +5,7 @@
 #include "disks/guard.h"
 #include "disks/inventory.h"
 #include "display/table.h"
+#include "support/failure.h"
 #include "support/sizeText.h"
 
 #include <bootableusb.h>
@@ -100,13 +101,21 @@ std::string jsonOf(const std::vector<Listed>& disks) {
     return array.dump(INDENT, ' ', false, ordered_json::error_handler_t::replace) + "\n";
 }
 
+/// A program that reads it must not take half of it for all.
+int flushed() {
+    if (!std::cout.flush()) {
+        throw Failure("what was found could not be shown");
+    }
+    return 0;
+}
+
 } // namespace
 
 int identify(const std::string& device) {
     const auto about = askLibrary(wholeDisk(device));
     std::cout << "vendor: " << about.vendor << "\nmodel:  " << about.model << "\nsize:   " << about.size
-              << std::endl;
-    return 0;
+              << '\n';
+    return flushed();
 }
 
 int listDisks(bool json) {
@@ -115,13 +124,13 @@ int listDisks(bool json) {
         disks.emplace_back(disk);
     }
     if (json) {
-        std::cout << jsonOf(disks) << std::flush;
+        std::cout << jsonOf(disks);
     } else if (disks.empty()) {
         std::cerr << "There is no removable or USB disk." << std::endl;
     } else {
-        std::cout << tableOf(disks) << std::flush;
+        std::cout << tableOf(disks);
     }
-    return 0;
+    return flushed();
 }
 
 } // namespace velacreate

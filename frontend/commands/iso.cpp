@@ -62,8 +62,7 @@ int finishImage(const IsoChoices& choices, const Inputs& inputs, const Descripto
     }
     const auto compare = [&](const Advance& advance) {
         const Descriptor image(open(IMAGE_BELOW_WORKPLACE.c_str(), O_RDONLY | O_CLOEXEC));
-        return compareArchive(workplace.number(), inputs.contents.tree, image, inputs.contents.added,
-                              advance);
+        return compareImage(workplace.number(), inputs.contents, image, advance);
     };
     const int result =
         finish(choices.job, workplace, IMAGE_BELOW_WORKPLACE, inputs.contents.size(), compare, reporter);

@@ -57,7 +57,7 @@ int concludeSeveral(Console& console, const std::vector<Key>& keys, const std::v
         const auto& outcome = results[index].outcome;
         showFailures(keys[index], outcome, console);
         ++counts[resultWord(outcome)];
-        nextSteps.insert(exitStatus(outcome.status).nextStep);
+        nextSteps.insert(nextStep(outcome));
         status = status == 0 ? exitStatus(outcome.status).status : status;
     }
     std::istringstream lines(tableText(keys, results, wasReadBack));

@@ -1,7 +1,7 @@
 #include "commands/commands.h"
 
-#include "commands/consent.h"
 #include "commands/mediumJob.h"
+#include "commands/question.h"
 #include "commands/scratch.h"
 #include "job/childProcess.h"
 #include "network/bootPackage.h"
@@ -100,8 +100,8 @@ private:
     }
 
     std::optional<std::string> whatIsGone() const {
-        if (!m_port.isThere()) {
-            return m_port.name() + " is gone";
+        if (const auto change = m_port.change(); !change.empty()) {
+            return change;
         }
         return m_package.isThere() ? std::nullopt : std::optional<std::string>("its directory was removed");
     }

@@ -40,13 +40,15 @@ OpenMedium openDiscIn(const DiscDrive& drive) {
 
 /// The disc with the image that it was burned from.
 int verifyBurntDisc(const VerifyChoices& choices) {
-    if (choices.disc.empty()) {
-        throw Refusal("what would be made now takes a tool package; name it with --package");
-    }
     if (choices.job.files.size() != 1) {
         throw Refusal("a disc is compared with one image, or with a --package and update files");
     }
-    const auto image = openIsoImage(choices.job.files.front());
+    const auto& path = choices.job.files.front();
+    const auto image = openToCompare("the image", path, S_IFREG);
+    requireWholeIsoImage(image.file, path);
+    if (DiscDrive::isFile(choices.disc, image.file.status())) {
+        throw Refusal("the drive " + shown(choices.disc) + " is the image itself");
+    }
     const DiscDrive drive(choices.disc);
     requireOtherLog(choices.job.show, image.path);
     auto console = openConsole(choices.job.show, absolutePath(drive.path()));
@@ -60,11 +62,10 @@ int verifyBurntDisc(const VerifyChoices& choices) {
 /// An image, or a disc that was burned from one.
 int verifyImage(const VerifyChoices& choices, const ScratchDirectory& scratch, const OpenMedium& medium) {
     const Inputs inputs(choices.job, choices.platform == "ppc" ? Medium::powerPcImage : Medium::image);
-    const auto& contents = inputs.contents;
     return compareAlone(choices.job, inputs, scratch, medium,
                         [&](const Descriptor& stock, Reporter& reporter) {
-                            return compareArchive(stock.number(), contents.tree, medium.file, contents.added,
-                                                  beginReadingBack(contents.size(), reporter));
+                            return compareImage(stock.number(), inputs.contents, medium.file,
+                                                beginReadingBack(inputs.contents.size(), reporter));
                         });
 }
 

@@ -23,6 +23,10 @@ bool isStandIn(const std::string& name) {
     return name.rfind(STAND_IN, 0) == 0;
 }
 
+std::string pathOf(const std::string& name) {
+    return isStandIn(name) ? name.substr(STAND_IN.size()) : name;
+}
+
 /// One that does not say, as what is no drive, has its disc in.
 int stateOf(const Descriptor& drive) {
     const int state = ioctl(drive.number(), CDROM_DRIVE_STATUS, CDSL_CURRENT);
@@ -49,8 +53,13 @@ bool DiscDrive::isNode(const std::string& name) {
     return isStandIn(name) || name.rfind('/', 0) == 0;
 }
 
+bool DiscDrive::isFile(const std::string& name, const struct stat& file) {
+    struct stat about {};
+    return stat(pathOf(name).c_str(), &about) == 0 && isSameFile(about, file);
+}
+
 DiscDrive::DiscDrive(const std::string& name)
-    : m_name(name), m_path(isStandIn(name) ? name.substr(STAND_IN.size()) : name),
+    : m_name(name), m_path(pathOf(name)),
       m_drive(open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
     const std::string what = "the drive " + shown(name);
     if (!m_drive.isOpen()) {
@@ -94,7 +103,7 @@ std::string DiscDrive::takeDiscIn() const {
 Descriptor DiscDrive::openDisc() const {
     Descriptor disc(open(m_drive.path().c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC));
     if (!disc.isOpen()) {
-        throw Failure(withError("the disc in " + shown(m_name)));
+        throw Refusal(withError("the disc in " + shown(m_name)));
     }
     posix_fadvise(disc.number(), 0, 0, POSIX_FADV_DONTNEED);
     return disc;

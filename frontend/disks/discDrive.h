@@ -16,6 +16,9 @@ public:
     /// Whether a name is one of these, and not in a burner's own notation.
     static bool isNode(const std::string& name);
 
+    /// Whether a drive of this name would be a file that is known.
+    static bool isFile(const std::string& name, const struct stat& file);
+
     /// @throw Refusal when it cannot be opened, or is neither
     explicit DiscDrive(const std::string& name);
 
@@ -40,7 +43,7 @@ public:
     std::string takeDiscIn() const;
 
     /// Opens the disc that is in now, to read what is on it and not what is known of it.
-    /// @throw Failure
+    /// @throw Refusal
     Descriptor openDisc() const;
 
 private:

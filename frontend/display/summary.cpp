@@ -65,6 +65,13 @@ std::string failureText(const Outcome& outcome) {
     return text + (outcome.reason.empty() ? "" : ": " + outcome.reason);
 }
 
+std::string nextStep(const Outcome& outcome) {
+    if (!isFinding(outcome)) {
+        return exitStatus(outcome.status).nextStep;
+    }
+    return outcome.deed == Deed::comparing ? "Burn it again, with another disc if it recurs." : "";
+}
+
 std::string resultWord(const Outcome& outcome) {
     return outcome.status == 0                  ? wordsOf(outcome).result
            : outcome.status == EXIT_INTERRUPTED ? "interrupted"
@@ -85,7 +92,6 @@ std::string resultText(const Outcome& outcome, bool wasReadBack) {
 }
 
 int conclude(Console& console, const Outcome& outcome, const std::string& medium, const std::string& made) {
-    const auto& status = exitStatus(outcome.status);
     const auto words = wordsOf(outcome);
     const std::string state = outcome.hasChanged ? "is now incomplete" : words.undone;
     if (outcome.status == 0) {
@@ -106,9 +112,9 @@ int conclude(Console& console, const Outcome& outcome, const std::string& medium
         }
     }
     const auto what = (isFinding(outcome) ? "" : state + ": ") + failureText(outcome);
-    const auto line = ended(medium + " " + what);
-    console.complain(line + (*status.nextStep != '\0' ? std::string(" ") + status.nextStep : ""));
-    return status.status;
+    const auto step = nextStep(outcome);
+    console.complain(ended(medium + " " + what) + (step.empty() ? "" : " ") + step);
+    return exitStatus(outcome.status).status;
 }
 
 } // namespace velacreate

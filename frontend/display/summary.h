@@ -31,6 +31,9 @@ struct Outcome {
 /// Why a medium was not made, or what is wrong with it: what its status means, and the reason.
 std::string failureText(const Outcome& outcome);
 
+/// What to do about it, as a sentence; empty when there is nothing to do, or nothing to tell.
+std::string nextStep(const Outcome& outcome);
+
 /// In a word or two: "made", "the same", "different", "failed", "interrupted".
 std::string resultWord(const Outcome& outcome);
 

@@ -19,7 +19,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr mode_t ACCESS = S_IRWXU | S_IRWXG | S_IRWXO;
-constexpr const char* ARCHIVE = "ks.zip";
 
 bool isRegularFile(const Descriptor& directory, const std::string& name) {
     struct stat about {};
@@ -28,7 +27,7 @@ bool isRegularFile(const Descriptor& directory, const std::string& name) {
 }
 
 bool isPackageName(const std::string& name) {
-    return name == ARCHIVE ||
+    return name == PACKAGE_ARCHIVE ||
            std::find(PACKAGE_BOOT_FILES.begin(), PACKAGE_BOOT_FILES.end(), name) != PACKAGE_BOOT_FILES.end();
 }
 
@@ -47,7 +46,7 @@ Present lookInto(const Descriptor& directory) {
     Present present;
     forEachEntry(directory.number(), [&](const std::string& name) {
         present.isEmpty = false;
-        present.hasArchive = present.hasArchive || name == ARCHIVE;
+        present.hasArchive = present.hasArchive || name == PACKAGE_ARCHIVE;
         if (!isPackageName(name) || !isRegularFile(directory, name)) {
             present.stranger = name;
         }

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <set>
 
 #include <archive.h>
@@ -90,6 +91,11 @@ private:
     void compareEntry() {
         const std::string place = placeOf(m_reader.entry());
         if (place.empty() || place == "." || isIgnored(place)) {
+            return;
+        }
+        if (place.size() >
+            PATH_MAX) { // which nothing expected has; of as many parts, each would be remembered
+            m_beyond.insert(place);
             return;
         }
         for (const std::string& ancestor : ancestorsOf(place)) {

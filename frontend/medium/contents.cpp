@@ -175,6 +175,7 @@ Contents contentsOf(Medium medium, const ToolPackage& package, const UpdateFiles
     const Tree boot = bootTree(package);
     const Tree chosen = updateTree(updates);
     Contents contents;
+    contents.medium = medium;
     contents.tree = boot;
     if (medium == Medium::key) { // where the update files come after the removing
         requireFat(boot);

@@ -27,6 +27,7 @@ struct Part {
 using Tree = std::map<std::string, Part>;
 
 struct Contents {
+    Medium medium = Medium::image;
     Tree tree;                         ///< on the medium; of a package, in its archive
     Tree loose;                        ///< of a package: the boot files beside the archive
     std::vector<std::string> added;    ///< by the tool that makes an image, such as "boot.catalog"

@@ -1,3 +1,4 @@
+#include "medium/bootRecord.h"
 #include "medium/readBack.h"
 #include "medium/sources.h"
 
@@ -20,6 +21,14 @@ std::string atByte(std::size_t offset) {
 }
 
 } // namespace
+
+std::vector<std::string> compareImage(int workplace, const Contents& contents, const Descriptor& image,
+                                      const Advance& advance) {
+    auto lines = compareArchive(workplace, contents.tree, image, contents.added, advance);
+    const auto faults = faultsOfBootRecord(workplace, contents, image);
+    lines.insert(lines.end(), faults.begin(), faults.end());
+    return lines;
+}
 
 std::vector<std::string> compareDisc(const Descriptor& image, const Descriptor& disc,
                                      const Advance& advance) {

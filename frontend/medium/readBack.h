@@ -22,6 +22,13 @@ namespace velacreate {
 std::vector<std::string> compareArchive(int workplace, const Tree& expected, const Descriptor& archive,
                                         const std::vector<std::string>& ignored, const Advance& advance);
 
+/// Compares an ISO 9660 image, or a disc that was burned from one: its content, and how a machine starts from
+/// it.
+/// @return lines as above, those of the boot record last
+/// @throw Failure as above
+std::vector<std::string> compareImage(int workplace, const Contents& contents, const Descriptor& image,
+                                      const Advance& advance);
+
 /// Compares a disc with the image that it was burned from, as far as the image goes; what lies behind is
 /// padding.
 /// @return a line that says where they part or the disc ends or cannot be read; none when they are the same

@@ -46,9 +46,12 @@ private:
 
 enum class Finding { same, different, unreadable };
 
-/// Compares a file with the source that was gone to.
+/// Compares the source that was gone to with as many bytes of a file, from an offset on.
 /// @return unreadable, with errno set, when the file is
 /// @throw Failure when the source cannot be read
+Finding compareBytes(const Descriptor& file, std::uint64_t offset, Sources& sources, const Advance& advance);
+
+/// Compares it with a whole file, the same way.
 Finding compareFile(const Descriptor& file, Sources& sources, const Advance& advance);
 
 } // namespace velacreate

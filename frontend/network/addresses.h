@@ -32,6 +32,9 @@ struct Network {
     bool holds(Address address) const {
         return (address & mask) == first();
     }
+    bool operator==(const Network& other) const {
+        return own == other.own && mask == other.mask;
+    }
     /// Such as "10.7.0.1/24".
     std::string text() const;
 };

@@ -14,35 +14,14 @@ namespace velacreate {
 
 namespace {
 
-constexpr const char* LOADER = "pxelinux.0";
-constexpr const char* ARCHIVE = "ks.zip";
 constexpr std::size_t BLOCK = 128 << 10;
 
 /// Not who asks must be able to, but everybody: that is what the server is.
-void requireReadable(const struct stat& about, mode_t rights, const std::string& what) {
-    if ((about.st_mode & rights) != rights) {
-        throw Refusal(what + " cannot be read by everybody, which the server needs; \"chmod a+" +
-                      (S_ISDIR(about.st_mode) ? "rx" : "r") + "\" makes it so");
+void requireReadable(const struct stat& about, const std::string& what) {
+    if ((about.st_mode & S_IROTH) == 0) {
+        throw Refusal(what +
+                      " cannot be read by everybody, which the server needs; \"chmod a+r\" makes it so");
     }
-}
-
-/// A machine may ask for anything that is there, and a pipe would keep the server waiting for ever.
-void requireNoPipe(const Descriptor& directory, const std::string& package) {
-    forEachEntry(directory.number(), [&](const std::string& name) {
-        struct stat about {};
-        if (fstatat(directory.number(), name.c_str(), &about, AT_SYMLINK_NOFOLLOW) != 0) {
-            return; // it has gone meanwhile
-        }
-        if (S_ISFIFO(about.st_mode)) {
-            throw Refusal(shown(name) + " in " + package + " is a pipe; remove it");
-        }
-        const auto below = S_ISDIR(about.st_mode)
-                               ? openWithin(directory.number(), name, O_RDONLY | O_DIRECTORY)
-                               : Descriptor();
-        if (below.isOpen()) {
-            requireNoPipe(below, package);
-        }
-    });
 }
 
 } // namespace
@@ -52,21 +31,19 @@ BootPackage::BootPackage(std::string path)
     if (!m_directory.isOpen()) {
         throw Refusal(withError(shown(m_path)));
     }
-    requireReadable(m_directory.status(), S_IROTH | S_IXOTH, text());
     for (const std::string name : PACKAGE_BOOT_FILES) {
         const auto file = open(name);
-        if (!file.isOpen() && name == LOADER) {
+        if (!file.isOpen() && name == PACKAGE_LOADER) {
             throw Refusal(text() + " lacks " + shown(name) + ": a machine on the network starts from it");
         }
         if (!file.isOpen()) {
             m_missing.push_back(name);
         }
     }
-    const auto archive = open(ARCHIVE);
+    const auto archive = open(PACKAGE_ARCHIVE);
     if (!archive.isOpen()) {
-        throw Refusal(text() + " lacks " + shown(ARCHIVE) + ", with the update files");
+        throw Refusal(text() + " lacks " + shown(PACKAGE_ARCHIVE) + ", with the update files");
     }
-    requireNoPipe(m_directory, text());
     requireArchive(archive);
 }
 
@@ -91,14 +68,14 @@ Descriptor BootPackage::open(const std::string& name) const {
     if (!S_ISREG(file.status().st_mode)) {
         throw Refusal(what + " is not a file");
     }
-    requireReadable(file.status(), S_IROTH, what);
+    requireReadable(file.status(), what);
     return file;
 }
 
 void BootPackage::requireArchive(const Descriptor& file) const {
     const auto require = [&](bool isSound, const ArchiveReader& reader) {
         if (!isSound) {
-            throw Refusal(shown(ARCHIVE) + " in " + text() +
+            throw Refusal(shown(PACKAGE_ARCHIVE) + " in " + text() +
                           " is damaged, or no zip archive: " + reader.problem());
         }
     };

@@ -1,11 +1,13 @@
 #include "network/bootServer.h"
 
 #include "job/childProcess.h"
+#include "medium/packageFiles.h"
 #include "network/rights.h"
 #include "support/failure.h"
 
 #include <cstdlib>
 
+#include <fcntl.h>
 #include <linux/capability.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -24,17 +26,35 @@ void require(bool done, const std::string& what) {
     }
 }
 
-void mountPackage() {
+/// The file is what it was when it was looked at, or nothing: neither a link nor a pipe can come in its
+/// place.
+void mountFile(const Descriptor& package, const std::string& name) {
     constexpr unsigned long CONFINED = MS_RDONLY | MS_NOSUID | MS_NODEV | MS_NOEXEC | MS_NOSYMFOLLOW;
+    const auto file = openBeneath(package.number(), name, O_PATH);
+    if (!file.isOpen() || !S_ISREG(file.status().st_mode)) {
+        return;
+    }
+    const auto place = std::string(SERVED_PLACE) + "/" + name;
+    const Descriptor empty(open(place.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR));
+    require(empty.isOpen() && mount(file.path().c_str(), place.c_str(), nullptr, MS_BIND, nullptr) == 0 &&
+                mount(nullptr, place.c_str(), nullptr, MS_REMOUNT | MS_BIND | CONFINED, nullptr) == 0,
+            shown(name) + " cannot be mounted for the server");
+}
+
+/// Nothing stands there but the files of a package, whatever else is in its directory or comes there.
+void mountPackage() {
     if (!hasOwnMounts()) {
         throw Failure("mounts of its own cannot be had for the server");
     }
-    require(mount("tmpfs", "/mnt", "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=1m") == 0 &&
-                mkdir(SERVED_PLACE, FOR_EVERYBODY) == 0 &&
-                mount(".", SERVED_PLACE, nullptr, MS_BIND, nullptr) == 0 &&
-                mount(nullptr, SERVED_PLACE, nullptr, MS_REMOUNT | MS_BIND | CONFINED, nullptr) == 0 &&
-                chdir(SERVED_PLACE) == 0,
+    const Descriptor package(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    require(package.isOpen() &&
+                mount("tmpfs", "/mnt", "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=1m") == 0 &&
+                mkdir(SERVED_PLACE, FOR_EVERYBODY) == 0 && chdir(SERVED_PLACE) == 0,
             "the package cannot be mounted for the server");
+    for (const char* name : PACKAGE_BOOT_FILES) {
+        mountFile(package, name);
+    }
+    mountFile(package, PACKAGE_ARCHIVE);
 }
 
 /// Its words are read: they are to be the English ones.

@@ -1,5 +1,6 @@
 #include "network/machines.h"
 
+#include "medium/packageFiles.h"
 #include "network/addresses.h"
 #include "network/bootServer.h"
 
@@ -11,7 +12,7 @@ namespace velacreate {
 
 namespace {
 
-constexpr const char* ARCHIVE = "ks.zip";
+constexpr std::size_t LONGEST_LINE = 900;    ///< the server cuts longer ones off, where a stranger may choose
 constexpr std::size_t MOST_MACHINES = 10000; ///< a stranger may have any number of hardware addresses
 
 std::vector<std::string> wordsOf(const std::string& text) {
@@ -40,6 +41,9 @@ std::string plainName(const std::string& name) {
 } // namespace
 
 std::optional<Machines::News> Machines::take(const std::string& line) {
+    if (line.size() > LONGEST_LINE) {
+        return std::nullopt;
+    }
     std::istringstream stream(line); // "Nov 25 09:28:35 dnsmasq-dhcp[11]: DHCPACK(br0) ..."
     std::string month;
     std::string day;
@@ -95,7 +99,7 @@ std::optional<Machines::News> Machines::takeFile(const std::string& text, const 
     if (std::find(machine.files.begin(), machine.files.end(), name) == machine.files.end()) {
         machine.files.push_back(name);
     }
-    if (name == ARCHIVE) {
+    if (name == PACKAGE_ARCHIVE) {
         machine.archived = time;
         name += " at " + time;
     }
@@ -144,7 +148,8 @@ std::string Machines::text(std::size_t machine) const {
     const auto& about = m_machines.at(machine);
     std::string files;
     for (const auto& name : about.files) {
-        files += (files.empty() ? "" : ", ") + name + (name == ARCHIVE ? " at " + about.archived : "");
+        files +=
+            (files.empty() ? "" : ", ") + name + (name == PACKAGE_ARCHIVE ? " at " + about.archived : "");
     }
     if (about.isTurnedAway) {
         return nameOf(machine) + "no address is left for it";

@@ -105,8 +105,15 @@ NetworkPort::NetworkPort(const std::string& name) : m_name(name), m_index(if_nam
     m_isPluggedIn = (flags & IFF_RUNNING) != 0;
 }
 
-bool NetworkPort::isThere() const {
-    return if_nametoindex(m_name.c_str()) == m_index;
+std::string NetworkPort::change() const {
+    try {
+        const NetworkPort now(m_name);
+        return now.m_index != m_index         ? m_name + " is another network port now"
+               : now.networks() != m_networks ? m_name + " has other addresses now"
+                                              : "";
+    } catch (const Refusal& refusal) {
+        return refusal.what();
+    }
 }
 
 void NetworkPort::requireUnserved(bool isProxy) const {

@@ -26,8 +26,8 @@ public:
         return m_isPluggedIn;
     }
 
-    /// Whether it still is, and no other one by its name.
-    bool isThere() const;
+    /// @return why it can be served no longer; empty when it can
+    std::string change() const;
 
     /// Refuses a port on which another program of this machine answers already: the system would let both do
     /// so, and give each request to one of them.

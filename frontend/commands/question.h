@@ -1,0 +1,21 @@
+/// @file
+/// The question that comes before something is done that cannot be undone.
+#ifndef VELACREATE_QUESTION_H
+#define VELACREATE_QUESTION_H
+
+#include "job/watcher.h"
+
+#include <string>
+
+namespace velacreate {
+
+/// Asks for a "yes".
+/// @param unasked  what is said where nobody can be asked
+/// @param refused  what is said of any other answer
+/// @return 0, or EXIT_INTERRUPTED
+/// @throw Refusal
+int askForYes(const HeldSignals& signals, const std::string& unasked, const std::string& refused);
+
+} // namespace velacreate
+
+#endif
