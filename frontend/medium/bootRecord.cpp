@@ -59,7 +59,8 @@ public:
 
     void checkEfi() {
         const auto record = block(17);
-        if (!record.has(0, "\0CD001\1EL TORITO SPECIFICATION"sv)) {
+        if (!record.has(0, "\0CD001\1EL TORITO SPECI"
+                           "FICATION"sv)) {
             add("the boot record is missing");
             return;
         }
