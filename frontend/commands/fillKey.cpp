@@ -13,8 +13,10 @@
 
 #include <bootableusb.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/mount.h>
@@ -148,9 +150,17 @@ int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) 
     return withToolsWords(result, reporter);
 }
 
-/// Then the tools' own words may be any, even that there is no space left.
+/// Then the tools' own words may be any, even that there is no space left. They may fail a moment before the
+/// kernel has taken the disk away.
 bool isGone(const KeyJob& job) {
-    return job.target.disk && !exists(deviceDirectory(job.target.disk->number));
+    if (!job.target.disk) {
+        return false;
+    }
+    const auto directory = deviceDirectory(job.target.disk->number);
+    for (int looks = 0; looks < 10 && exists(directory); ++looks) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    return !exists(directory);
 }
 
 int fillAndReadBack(const KeyJob& job, const Descriptor& image, const Descriptor& workplace,
