@@ -1,4 +1,4 @@
-#include "commandLine.h"
+#include "commandLine/commandLine.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
 

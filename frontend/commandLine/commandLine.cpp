@@ -1,7 +1,7 @@
-#include "commandLine.h"
+#include "commandLine/commandLine.h"
 
+#include "commandLine/helpText.h"
 #include "commands/commands.h"
-#include "helpText.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
 

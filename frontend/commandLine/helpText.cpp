@@ -1,4 +1,4 @@
-#include "helpText.h"
+#include "commandLine/helpText.h"
 
 #include <sstream>
 
