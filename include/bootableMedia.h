@@ -4,6 +4,8 @@
 #ifndef VELACREATION_BOOTABLEMEDIA_H
 #define VELACREATION_BOOTABLEMEDIA_H
 
+#include "velacreationversion.h"
+
 #include <string>
 #include <vector>
 

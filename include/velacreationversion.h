@@ -1,0 +1,19 @@
+/// @file
+/// The version of these headers. Programs of the same major version go on working with the library; see
+/// CHANGELOG.md for what each number stands for.
+#ifndef VELACREATION_VELACREATIONVERSION_H
+#define VELACREATION_VELACREATIONVERSION_H
+
+#define VELACREATION_VERSION_MAJOR 1
+#define VELACREATION_VERSION_MINOR 0
+#define VELACREATION_VERSION_PATCH 0
+
+/// A version as one number, to compare with `#if`.
+#define VELACREATION_VERSION_NUMBER(major, minor, patch) ((major)*1000000 + (minor)*1000 + (patch))
+
+/// The version of these headers as one number: 1002003 for 1.2.3.
+#define VELACREATION_VERSION                                                                                 \
+    VELACREATION_VERSION_NUMBER(VELACREATION_VERSION_MAJOR, VELACREATION_VERSION_MINOR,                      \
+                                VELACREATION_VERSION_PATCH)
+
+#endif
