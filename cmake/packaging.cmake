@@ -12,7 +12,14 @@ write_basic_package_version_file(VelaCreationConfigVersion.cmake COMPATIBILITY S
 install(FILES ${PROJECT_BINARY_DIR}/VelaCreationConfigVersion.cmake
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/VelaCreation COMPONENT libvelacreation-dev)
 
-file(RELATIVE_PATH pcPrefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+# A directory may be absolute, wherever the rest goes; pkg-config finds the others from where its file lies.
+file(RELATIVE_PATH toPrefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+set(pcPrefix "\${pcfiledir}/${toPrefix}")
+if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+    set(pcPrefix ${CMAKE_INSTALL_PREFIX})
+endif()
+cmake_path(APPEND pcLibdir "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
+cmake_path(APPEND pcIncludedir "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR} velacreation)
 configure_file(cmake/velacreation.pc.in velacreation.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/velacreation.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT libvelacreation-dev)
