@@ -124,7 +124,7 @@ std::string hex(const Bytes& bytes) {
 
 TEST_F(UsbTest, FitsCloneImages) {
     for (const auto& row : rows("clone-images")) {
-        const std::int64_t capacity = std::stol(row[0]);
+        const std::int64_t capacity = std::stoll(row[0]);
         EXPECT_EQ(cloneImageFor(capacity), row[1]) << capacity;
         EXPECT_EQ(hex(lastSectorAddress(capacity, {255, 63})), row[2]) << capacity;
         EXPECT_EQ(totalSectorsOffset(capacity - 63), std::stol(row[3], nullptr, 16)) << capacity;
@@ -190,7 +190,7 @@ void makeImages() {
 
 /// A loop device of a number of sectors, under the name of the key.
 struct Key {
-    explicit Key(long sectors) {
+    explicit Key(std::int64_t sectors) {
         shell("rm -f /srv/key && truncate -s " + std::to_string(sectors * 512) +
               " /srv/disk && "
               "ln -s $(losetup -f --show /srv/disk) /srv/key");
