@@ -136,7 +136,7 @@ TEST(FatTest, BootSectorThatMakesNoSenseHoldsNothing) {
 
 TEST(FatTest, RandomBootSectorPromisesNoMoreThanItsSectors) {
     enterFreshJob();
-    std::mt19937 random(1); // NOLINT(cert-msc32-c,cert-msc51-cpp): the same ones each time
+    std::mt19937 random(1); // NOLINT(cert-msc51-cpp): the same ones each time
     int found = 0;
     for (const char* layout : {"-F 12 fat 1800", "-F 16 fat 8000", "-F 32 fat 64000"}) {
         shell(std::string("rm -f fat; mkfs.fat -s 1 -C ") + layout + " >/dev/null");
