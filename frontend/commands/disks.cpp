@@ -16,6 +16,8 @@
 #include <utility>
 #include <vector>
 
+#include <unistd.h>
+
 namespace velacreate {
 
 namespace {
@@ -112,10 +114,16 @@ int flushed() {
 } // namespace
 
 int identify(const std::string& device) {
-    const auto about = askLibrary(wholeDisk(device));
+    const auto disk = wholeDisk(device);
+    const auto about = askLibrary(disk);
     std::cout << "vendor: " << about.vendor << "\nmodel:  " << about.model << "\nsize:   " << about.size
               << '\n';
-    return flushed();
+    const int result = flushed();
+    if (access(disk.node().c_str(), R_OK) != 0) {
+        std::cerr << "velacreate: " << withError(disk.node() + " cannot be read, so not all is detected")
+                  << std::endl;
+    }
+    return result;
 }
 
 int listDisks(bool json) {
