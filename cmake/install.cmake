@@ -1,0 +1,29 @@
+# What is installed where. A component is what a distribution would put into one package.
+install(TARGETS velacreation EXPORT VelaCreation
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        COMPONENT libvelacreation1 NAMELINK_COMPONENT libvelacreation-dev)
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velacreation COMPONENT libvelacreation-dev)
+install(EXPORT VelaCreation
+    FILE VelaCreationConfig.cmake NAMESPACE VelaCreation::
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/VelaCreation COMPONENT libvelacreation-dev)
+
+include(CMakePackageConfigHelpers)
+write_basic_package_version_file(VelaCreationConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/VelaCreationConfigVersion.cmake
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/VelaCreation COMPONENT libvelacreation-dev)
+
+# A directory may be absolute, wherever the rest goes; pkg-config finds the others from where its file lies.
+file(RELATIVE_PATH toPrefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+set(pcPrefix "\${pcfiledir}/${toPrefix}")
+if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+    set(pcPrefix ${CMAKE_INSTALL_PREFIX})
+endif()
+cmake_path(APPEND pcLibdir "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
+cmake_path(APPEND pcIncludedir "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR} velacreation)
+configure_file(cmake/velacreation.pc.in velacreation.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/velacreation.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT libvelacreation-dev)
+
+install(FILES docs/man/velacreate.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT velacreate)
+install(FILES docs/man/libvelacreation.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT libvelacreation-dev)
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT libvelacreation1)
