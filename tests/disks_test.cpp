@@ -25,6 +25,8 @@ using namespace velacreate;
 
 namespace {
 
+using KernelsViewTest = JobTest;
+
 /// Whether a disk can be held, or why not.
 std::string holding(const Disk& disk) {
     return outcomeOf([&] { return KeyHold(disk).disk().name; });
@@ -217,7 +219,7 @@ TEST_F(DisksTest, ContentIsWhatStandsThereNow) {
     EXPECT_EQ(contentOf(Disk{"null", 1}), "not readable");
 }
 
-TEST_F(DisksTest, WhichDisksAreRemovable) {
+TEST_F(KernelsViewTest, WhichDisksAreRemovable) {
     std::string found;
     whileEmpty("/sys/block", [&] {
         whileEmpty("/sys/dev/block", [&] {

@@ -3,6 +3,7 @@
 #define VELACREATION_HARNESS_H
 
 #include "bootableMedia.h"
+#include "sandbox.h"
 
 #include <functional>
 #include <string>
@@ -10,6 +11,14 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+
+/// Skips a test, and tells why, where only the rights of the host's root would do.
+#define NEEDS_ROOT(what)                                                                                     \
+    do {                                                                                                     \
+        if (isWithoutRoot()) {                                                                               \
+            GTEST_SKIP() << "needs root: " << (what);                                                        \
+        }                                                                                                    \
+    } while (false)
 
 using Lines = std::vector<std::string>;
 
@@ -43,12 +52,6 @@ Lines events(const std::string& text);
 /// number of events that do not happen then. A command without that may fail without a trace. "@ NAME"
 /// includes another file.
 std::pair<Lines, int> eventsOf(const std::string& job, int failing);
-
-/// Runs a command unrecorded; the status is as of system().
-int runForReal(const std::string& command);
-
-/// Runs commands unrecorded, all of which must succeed.
-void shell(const std::string& command);
 
 std::string contentOf(const std::string& path);
 

@@ -209,16 +209,14 @@ TEST_F(InputsTest, KnowsLimits) {
     constexpr std::uint64_t LIMIT = std::uint64_t{1} << 32;
     EXPECT_NO_THROW(requireFileSize("x", LIMIT - 1, "a disc"));
     EXPECT_THROW(requireFileSize("x", LIMIT, "a disc"), Refusal);
-    whileEmpty("/mnt", [] {
-        shell("mount -o remount,size=1m /mnt");
-        const Descriptor small = opened("/mnt");
-        EXPECT_NO_THROW(requireSpace(small.number(), "/mnt", 1 << 20));
-        EXPECT_EQ(outcomeOf([&small] {
-                      requireSpace(small.number(), "/mnt", (1 << 20) + 1);
-                      return std::string();
-                  }),
-                  "refused: the job needs 1.0 MiB in '/mnt', where 1.0 MiB are free");
-    });
+    shell("mount -t tmpfs -o size=1m none /mnt");
+    EXPECT_NO_THROW(requireSpace(opened("/mnt").number(), "/mnt", 1 << 20));
+    EXPECT_EQ(outcomeOf([] {
+                  requireSpace(opened("/mnt").number(), "/mnt", (1 << 20) + 1);
+                  return std::string();
+              }),
+              "refused: the job needs 1.0 MiB in '/mnt', where 1.0 MiB are free");
+    shell("umount /mnt");
     for (const auto& row : rows("size-texts")) {
         EXPECT_EQ(sizeText(std::stoull(row[0])), row[1]);
     }

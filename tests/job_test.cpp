@@ -158,6 +158,7 @@ TEST_F(OutputTest, Refusals) {
 }
 
 TEST_F(OutputTest, TakesItsPlaceWithOwnerAndMode) {
+    NEEDS_ROOT("files of other users");
     shell(
         "cd place && mkdir new && echo 1 >new/file && mkdir dir && echo 2 >dir/ks.zip && "
         "echo 3 >old.iso && ln old.iso old && chmod 640 old.iso && chmod 750 dir && chown 12:34 old.iso dir");
@@ -229,6 +230,7 @@ TEST_F(WorkplaceTest, WhatIsMountedInsideIsNotEmptied) {
 }
 
 TEST_F(WorkplaceTest, OnlyAbandonedOnesAreRemoved) {
+    NEEDS_ROOT("files of other users");
     shell(R"(cd place
         for d in gone locked foreign shared; do mkdir -p .velacreate-$d/.job && touch .velacreate-$d/f; done
         mkdir -p .velacreate-unmarked other/.job && chown 7 .velacreate-foreign && chmod g+w .velacreate-shared

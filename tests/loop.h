@@ -68,6 +68,7 @@ private:
 /// Each with a blank disk of 16 MiB to attach, and nothing mounted below /mnt.
 struct DisksTest : JobTest {
     void SetUp() override {
+        NEEDS_ROOT("loop devices");
         if (!std::filesystem::exists("/dev/loop-control")) {
             GTEST_SKIP() << "there are no loop devices here";
         }

@@ -205,6 +205,9 @@ struct BootCheckTest : UsbTest {
         makeImages();
         usb.m_usbDevice = "/srv/key";
     }
+    void SetUp() override {
+        NEEDS_ROOT("loop devices");
+    }
 
     void expectEnd(int result, const std::string& message) {
         for (const bool before : {false, true}) {
