@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# The words that the tables of the front end's rooms are written in, besides those of frontEnd.sh.
+# The words that the tables of the front end's rooms are written in, besides those of command/words.bash.
 
 # work/p.zip: boot/ok and what is named, each file with its last name as its content.
 pack() { # ENTRY...

@@ -1,9 +1,35 @@
 # shellcheck shell=bash
-# The words that the front end's tables are written in. A row runs in a shell of its own for each of its cells: first
-# what is made before, in /srv/job, then the call, in /srv/job/work, then what must hold, in /srv/job again.
-project=$(realpath "$(dirname "${BASH_SOURCE[0]}")/..")
+# The words that the command's tests are written in. A test begins in /srv/job, where work/ has a tool package and the
+# update files; the calls run in work/.
+project=$(realpath "$(dirname "${BASH_SOURCE[0]}")/../..")
 export HOME=/srv/home TMPDIR=/srv/scratch
-[ ! -d /srv/job/kit ] || export VELACREATE_TOOLKIT=/srv/job/kit
+
+# The command is run where an ordinary user gets to, too: the build may lie where only root does.
+setup_file() {
+    mkdir -p /srv/bin
+    cp "$VELACREATE" "$LIBRARY" /srv/bin
+    cp -r "$project/toolkit" /srv/bin
+    export VELACREATE=/srv/bin/velacreate LD_LIBRARY_PATH=/srv/bin
+}
+
+# An empty job, and around it what no job must touch: the user's home, and what links of the user's lead to.
+setup() {
+    mounts=()
+    cd /srv
+    rm -rf job home host scratch /var/log/Norvane_Support/*
+    mkdir -p home host/boot host/inner scratch
+    cp -r fixture job
+    local file
+    for file in home/precious host/secret host/a.txt host/boot/grub.cfg host/inner/e.txt; do echo not yours >$file; done
+    chmod 1777 . scratch
+    cd job
+}
+
+teardown() {
+    local place
+    for place in "${mounts[@]}"; do umount -l "$place"; done
+}
+
 user() { ${run:-} setpriv --reuid=1777 --regid=1777 --clear-groups "$@"; }
 # Who may not have user namespaces: in one that allows no other below it, and without rights in it. In a chroot nobody may.
 confined() {
@@ -15,12 +41,92 @@ confined() {
     user unshare --map-user=1777 --map-group=1777 --keep-caps sh -c 'echo 0 >/proc/sys/user/max_user_namespaces &&
         exec setpriv --inh-caps=-all --ambient-caps=-all "$@"' sh "$@"
 }
+theirs() { chown -R 1777:1777 /srv/job; }
+
 velacreate() { ${as:-${run:-}} "$VELACREATE" "$@"; }
 iso() { velacreate iso --package "${package:-tool.zip}" --output "${output:-i.iso}" "$@"; }
 pxe() { velacreate pxe --package "${package:-tool.zip}" --output "${output:-../out}" "$@"; }
 verify() { velacreate verify --package "${package:-tool.zip}" "$@"; }
 made() { (cd work && "$@" >/srv/made); }
 image() { made iso a.txt && mv work/i.iso x.iso; }
+
+# A call that ends well: it says nothing on standard error, and changes nothing but what it is to make.
+makes() { # CALL...
+    changed="-path job/work/i.iso -o -path job/out -o -path job/disc" ends 0 "$@"
+    [ ! -s /srv/err ] || fails "standard error is not empty"
+}
+# A call that changes nothing; whatever its end, it leaves no workplace.
+ends() { # STATUS CALL...
+    local status=0
+    state >/srv/before
+    (
+        trap - DEBUG ERR
+        set +eET
+        [ ! -d kit ] || export VELACREATE_TOOLKIT=/srv/job/kit
+        cd work && "${@:2}"
+    ) >/srv/out 2>/srv/err </dev/null 3>&- || status=$?
+    [ "$status" = "$1" ] || fails "the exit status is $status, not $1"
+    state | diff /srv/before - || fails "that was changed"
+    ! find /srv -name '.velacreate-*' | grep . || fails "a workplace was left"
+}
+refuses() { # MESSAGE CALL...
+    ends 2 "${@:2}"
+    last "$1"
+}
+state() {
+    (
+        cd /srv
+        cat /proc/self/mounts
+        # shellcheck disable=SC2086 # a condition of find's
+        all() { find job home host \( ${changed:--false} \) -prune -o "$@"; }
+        all -type d -printf '%p %M %u\n' -o -printf '%p %M %u %s %T@ %l\n' | sort
+        all -type f -size -1G -print0 | sort -z | xargs -0 md5sum
+    )
+}
+fails() { # WHY
+    echo "$1; what was said:"
+    cat /srv/out /srv/err
+    return 1
+}
+
+# What was said: on standard output by a regular expression, on standard error by a text, and there as the last line.
+told() { grep -q -- "$1" /srv/out || fails "not told: $1"; }
+said() { grep -qF -- "$1" /srv/err || fails "not said: $1"; }
+last() { [ "$(tail -n 1 /srv/err)" = "velacreate: $1" ] || fails "not the last line: velacreate: $1"; }
+logged() { [ "velacreate: $(tail -n 1 "$1" | cut -c 23-)" = "$(tail -n 1 /srv/err)" ] || fails "not logged"; }
+not() { # WORD...: what must not hold
+    if "$@" >/srv/answer; then fails "and yet: $*"; fi
+}
+await() { # CONDITION
+    for _ in $(seq 500); do ! eval "$1" >/dev/null || return 0; sleep 0.01; done
+    return 1
+}
+
+# Parts of a call: one that a signal is sent to once a condition holds, and one after which something is put right.
+signalled() { # SIGNAL CONDITION CALL...
+    run=exec "${@:3}" &
+    await "$2"
+    kill "-$1" $!
+    wait $!
+}
+undoing() { # COMMAND CALL...
+    local status=0
+    "${@:2}" || status=$?
+    eval "$1"
+    return $status
+}
+
+# For the length of a test.
+mounts() { # ARGUMENT...: of mount, the place last
+    mount "$@"
+    mounts+=("${@: -1}")
+}
+standIn() { # PROGRAM LINE...: does that in the program's place, which is /srv/PROGRAM
+    cp "/usr/bin/$1" "/srv/$1"
+    printf '%s\n' '#!/bin/sh' "${@:2}" >"/srv/$1.instead"
+    chmod +x "/srv/$1.instead"
+    mounts --bind "/srv/$1.instead" "/usr/bin/$1"
+}
 
 # Launchers that do something, then their work; for what the second one does there is no drive but a file. It is asked
 # about that before.
@@ -66,17 +172,8 @@ day() { # HEADING...
     cd ../out
     "$project/demo/updates" updates >/dev/null
     for heading; do "$project/tests/dayCommands" "$heading"; done | sed 's#/dev/sr0#stdio:/srv/job/disc#' >day.sh
-    # shellcheck source=/dev/null
-    . ./day.sh
-}
-
-said() { grep -qF -- "$1" /srv/err; }
-told() { grep -q -- "$1" /srv/out; }
-last() { [ "$(tail -n 1 /srv/err)" = "velacreate: $1" ]; }
-logged() { [ "velacreate: $(tail -n 1 "$1" | cut -c 23-)" = "$(tail -n 1 /srv/err)" ]; }
-await() { # CONDITION
-    for _ in $(seq 500); do ! eval "$1" || return 0; sleep 0.01; done
-    return 1
+    export -f velacreate
+    bash -e day.sh
 }
 
 # Makes images while a.txt and folder turn into links and back, over and over; none must hold what these lead to.
