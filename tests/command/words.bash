@@ -93,6 +93,7 @@ fails() { # WHY
 told() { grep -q -- "$1" /srv/out || fails "not told: $1"; }
 said() { grep -qF -- "$1" /srv/err || fails "not said: $1"; }
 last() { [ "$(tail -n 1 /srv/err)" = "velacreate: $1" ] || fails "not the last line: velacreate: $1"; }
+shown() { SHOWN=$1 perl -0777 -ne 'exit !/$ENV{SHOWN}/s' /srv/out || fails "not shown: $1"; } # anywhere in all of it
 logged() { [ "velacreate: $(tail -n 1 "$1" | cut -c 23-)" = "$(tail -n 1 /srv/err)" ] || fails "not logged"; }
 not() { # WORD...: what must not hold
     if "$@" >/srv/answer; then fails "and yet: $*"; fi
@@ -114,6 +115,14 @@ undoing() { # COMMAND CALL...
     "${@:2}" || status=$?
     eval "$1"
     return $status
+}
+
+# A call on a terminal, where something is typed once a text has appeared; all that appears counts as standard output.
+onTerminal() { # WIDTH [TEXT ANSWER] -- CALL...
+    local terminal=()
+    while [ "$1" != -- ]; do terminal+=("$1"); shift; done
+    # shellcheck disable=SC2016 # for the inner shell
+    "$ON_TERMINAL" "${terminal[@]}" -- bash -c '. "$0"; run=exec; "${@:2}"' "${BASH_SOURCE[0]}" "$@"
 }
 
 # For the length of a test.

@@ -1,0 +1,185 @@
+#!/usr/bin/env bats
+# Odd environments, launchers and other programs at work on the same files: none does harm, or changes what is made.
+load words
+
+@test "CDPATH leads nowhere" {
+    mkdir -p other/ISOCreation other/boot other/folder
+    touch other/ISOCreation/x other/boot/x
+    export CDPATH=/srv/job/other
+    makes iso a.txt folder
+    makes pxe a.txt folder
+    isImage work/i.iso a.txt folder
+    isPackage out a.txt folder
+}
+
+@test "closed descriptors take nothing away" {
+    makes eval 'iso a.txt folder <&-'
+    isImage work/i.iso a.txt folder
+    makes eval 'pxe a.txt folder <&-'
+    isPackage out a.txt folder
+    rm -r work/i.iso out
+    makes eval 'iso a.txt >&-'
+    isImage work/i.iso a.txt
+    makes eval 'pxe a.txt 2>&-'
+    isPackage out a.txt
+    rm work/i.iso
+    makes eval 'iso a.txt <&- >&- 2>&-'
+    isImage work/i.iso a.txt
+}
+
+@test "closed descriptors do not hide what is refused" {
+    touch work/pxelinux.0
+    ends 2 eval 'iso pxelinux.0 <&-'
+    said 'keeps it off'
+}
+
+@test "ignored and blocked signals change nothing" {
+    makes env --ignore-signal=CHLD "$VELACREATE" iso --package tool.zip --output i.iso a.txt
+    isImage work/i.iso a.txt
+    makes env --block-signal "$VELACREATE" pxe --package tool.zip --output ../out a.txt
+    isPackage out a.txt
+}
+
+@test "a mask of all rights changes nothing" {
+    makes eval 'umask 0777; iso a.txt && pxe a.txt'
+    isImage work/i.iso a.txt
+    isPackage out a.txt
+    [ "$(stat -c %a work/i.iso)" = 644 ]
+}
+
+@test "xorriso's start-up file in the home is not read" {
+    echo -rollback_end >/srv/home/.xorrisorc
+    xorriso -as mkisofs -o out work/folder 2>/dev/null || true
+    [ ! -s out ] # else it would spoil nothing
+    makes iso a.txt
+    isImage work/i.iso a.txt
+}
+
+@test "variables that programs and shells heed do not reach them" {
+    echo 'exit 1' >/srv/host/env
+    makes eval "BASH_ENV=/srv/host/env ENV=/srv/host/env UNZIP='-x boot/grub.cfg' ZIPOPT='-x a.txt' \
+        GREP_OPTIONS=-v iso a.txt && UNZIP='-x boot/grub.cfg' ZIPOPT='-x a.txt' pxe a.txt"
+    isImage work/i.iso a.txt
+    isPackage out a.txt
+}
+
+@test "programs that come first in the path are not run" {
+    mkdir bin
+    printf '#!/bin/sh\ntouch /srv/host/ran' | tee bin/unzip >bin/cp
+    chmod +x bin/*
+    makes eval 'PATH=/srv/job/bin:$PATH iso a.txt'
+    isImage work/i.iso a.txt
+}
+
+@test "a limit on the size of files fails the job in words" {
+    ends 4 eval 'ulimit -f 4; iso a.txt'
+    said 'writing the copy of the tool package'
+}
+
+@test "links among the user's files with names of the job's lead nothing astray" {
+    ln -s /srv/host work/boot
+    ln -s /srv/host work/ISOCreation
+    local name
+    for name in stdout.txt xorriso dd; do ln -s /srv/host/secret "work/$name"; done
+    makes iso a.txt
+    isImage work/i.iso a.txt
+    makes pxe a.txt
+    isPackage out a.txt
+}
+
+@test "an update file that turns into a link on the way is not followed" {
+    kit 'mv /srv/job/work/a.txt /srv/job/aside; ln -s /srv/host/a.txt /srv/job/work/a.txt'
+    makes undoing 'mv ../aside a.txt' iso a.txt
+    isImage work/i.iso a.txt
+}
+
+@test "a directory that turns into a link on the way is not followed" {
+    kit 'mv /srv/job/work /srv/job/aside; ln -s /srv/host /srv/job/work'
+    makes undoing 'rm ../work; mv ../aside ../work' iso a.txt
+    isImage work/i.iso a.txt
+}
+
+@test "an output's directory that turns into a link on the way is not followed" {
+    mkdir out
+    kit 'mv /srv/job/out /srv/job/aside; ln -s /srv/host /srv/job/out'
+    output=../out/i.iso makes undoing 'rm ../out; mv ../aside ../out' iso a.txt
+    isImage out/i.iso a.txt
+}
+
+@test "a workplace that turns into a link on the way is not followed" {
+    mkdir out
+    kit '(cd /srv/job/work; own=$(echo .velacreate-*); mv $own /srv/job/out/gone; ln -s /srv/host $own)'
+    makes undoing 'rm .velacreate-*' iso a.txt
+    isImage work/i.iso a.txt
+    rmdir out/gone
+}
+
+@test "what has come to the output's place in the meantime is not replaced" {
+    kit 'ln -s /srv/host/secret /srv/job/work/i.iso'
+    ends 4 undoing 'rm i.iso' iso a.txt
+    said "'/srv/job/work/i.iso' cannot be put in place: File exists"
+    rm -r kit
+    kit 'cd /srv/job/work; mv i.iso /srv/job/aside; echo other >i.iso; cd - >/dev/null'
+    echo old >work/i.iso
+    ends 4 undoing 'cat i.iso; mv ../aside i.iso' iso --force a.txt
+    told '^other$'
+    said 'cannot be put in place'
+}
+
+@test "what has come to the checksum's place in the meantime is not replaced, and the image taken back" {
+    kit 'echo other >/srv/job/work/i.iso.sha256'
+    ends 4 undoing 'rm i.iso.sha256' iso --checksum a.txt
+    [ ! -e work/i.iso ]
+    echo old >work/i.iso
+    ends 4 undoing 'rm i.iso.sha256' iso --force --checksum a.txt
+    said "'/srv/job/work/i.iso' was not made"
+    said "'/srv/job/work/i.iso.sha256' cannot be put in place: File exists"
+}
+
+@test "jobs side by side do not meet" {
+    mkdir out
+    makes eval "output=../out/1.iso iso a.txt & output=../out/2.iso iso zephyn folder & output=../out/3 pxe sub/d.txt &
+        output=../out/4.iso iso 'b c.txt' & wait -n && wait -n && wait -n && wait -n"
+    isImage out/1.iso a.txt
+    isImage out/2.iso zephyn folder
+    isPackage out/3 sub/d.txt
+    isImage out/4.iso 'b c.txt'
+}
+
+@test "no image holds what links lead to that take the place of files while jobs run" {
+    cp -p work/a.txt .
+    makes underSwapping 30
+    [ -e /srv/ended ]
+}
+
+@test "start-up files among the update files are update files" {
+    printf -- '-as mkisofs -V EVIL -o /srv/host/made /srv/host\n' >work/.xorrisorc
+    echo 'APPI=EVIL' | tee work/.genisoimagerc >work/.mkisofsrc
+    makes iso .xorrisorc .genisoimagerc .mkisofsrc a.txt
+    isImage work/i.iso .xorrisorc .genisoimagerc .mkisofsrc a.txt
+    mkdir out
+    output=../out/p.iso makes iso --platform ppc .genisoimagerc .mkisofsrc a.txt
+    [ "$(dd if=out/p.iso bs=1 skip=33342 count=4 status=none)" != EVIL ]
+}
+
+@test "what is mounted in an old package is kept" {
+    mkdir -p out/img2a mounted2
+    touch out/ks.zip out/ksrootfs
+    echo kept >mounted2/precious
+    mounts --bind mounted2 out/img2a
+    ends 2 pxe --force a.txt
+    said "it holds 'img2a'"
+}
+
+@test "a directory that passes on its group takes an image" {
+    mkdir out
+    chmod 2775 out
+    output=../out/i.iso makes iso a.txt
+    isImage out/i.iso a.txt
+}
+
+@test "brackets in a name are no pattern" {
+    touch 'work/[a.txt]' work/b
+    makes iso '[a.txt]'
+    isImage work/i.iso '[a.txt]'
+}
