@@ -83,14 +83,6 @@ TEST_F(FrontEndTest, DoesWhatTheUserAsks) {
     run("front-end");
 }
 
-TEST_F(FrontEndTest, RefusesWhatIsWrong) {
-    run("front-end-refusals");
-}
-
-TEST_F(FrontEndTest, TellsWhatFailed) {
-    run("front-end-failures");
-}
-
 TEST_F(FrontEndTest, StandsWhatDoesHarm) {
     run("front-end-harm");
 }

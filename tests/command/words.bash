@@ -42,10 +42,15 @@ confined() {
         exec setpriv --inh-caps=-all --ambient-caps=-all "$@"' sh "$@"
 }
 theirs() { chown -R 1777:1777 /srv/job; }
+files() { # PATH...: old ones
+    local file
+    for file; do mkdir -p "$(dirname "$file")" && echo old >"$file"; done
+}
 
 velacreate() { ${as:-${run:-}} "$VELACREATE" "$@"; }
 iso() { velacreate iso --package "${package:-tool.zip}" --output "${output:-i.iso}" "$@"; }
 pxe() { velacreate pxe --package "${package:-tool.zip}" --output "${output:-../out}" "$@"; }
+usb() { velacreate usb --package "${package:-tool.zip}" "$@"; }
 verify() { velacreate verify --package "${package:-tool.zip}" "$@"; }
 made() { (cd work && "$@" >/srv/made); }
 image() { made iso a.txt && mv work/i.iso x.iso; }
@@ -70,8 +75,11 @@ ends() { # STATUS CALL...
     ! find /srv -name '.velacreate-*' | grep . || fails "a workplace was left"
 }
 refuses() { # MESSAGE CALL...
-    ends 2 "${@:2}"
-    last "$1"
+    endsSaying 2 "$@"
+}
+endsSaying() { # STATUS MESSAGE CALL...
+    ends "$1" "${@:3}"
+    last "$2"
 }
 state() {
     (
@@ -140,7 +148,7 @@ standIn() { # PROGRAM LINE...: does that in the program's place, which is /srv/P
 # Launchers that do something, then their work; for what the second one does there is no drive but a file. It is asked
 # about that before.
 kit() { # XORRISO-DOES [CDRECORD-DOES]
-    mkdir kit
+    mkdir -p kit
     printf '#!/bin/bash\n%s\nexec /usr/bin/xorriso "$@"' "$1" >kit/xorriso
     printf '#!/bin/bash\n[[ "$*" == *-checkdrive ]] || { :;%s\n}\nexec /usr/bin/xorriso -as cdrecord "$@"' "${2:-}" >kit/cdrecord
     chmod +x kit/*
