@@ -6,30 +6,20 @@ load words
     mkdir -p other/ISOCreation other/boot other/folder
     touch other/ISOCreation/x other/boot/x
     export CDPATH=/srv/job/other
-    makes iso a.txt folder
-    makes pxe a.txt folder
-    isImage work/i.iso a.txt folder
-    isPackage out a.txt folder
+    makesImage a.txt folder
+    makesPackage a.txt folder
 }
 
-@test "closed descriptors take nothing away" {
-    makes eval 'iso a.txt folder <&-'
-    isImage work/i.iso a.txt folder
-    makes eval 'pxe a.txt folder <&-'
-    isPackage out a.txt folder
-    rm -r work/i.iso out
-    makes eval 'iso a.txt >&-'
-    isImage work/i.iso a.txt
-    makes eval 'pxe a.txt 2>&-'
-    isPackage out a.txt
-    rm work/i.iso
-    makes eval 'iso a.txt <&- >&- 2>&-'
-    isImage work/i.iso a.txt
-}
-
-@test "closed descriptors do not hide what is refused" {
+@test "closed descriptors take nothing away and hide nothing" {
+    local closed
+    for closed in '<&-' '>&-' '2>&-' '<&- >&- 2>&-'; do
+        rm -rf work/i.iso out
+        makes eval "{ iso a.txt folder && pxe a.txt folder; } $closed"
+        isImage work/i.iso a.txt folder
+        isPackage out a.txt folder
+    done
     touch work/pxelinux.0
-    ends 2 eval 'iso pxelinux.0 <&-'
+    ends 2 eval 'iso --force pxelinux.0 <&-'
     said 'keeps it off'
 }
 
@@ -51,8 +41,7 @@ load words
     echo -rollback_end >/srv/home/.xorrisorc
     xorriso -as mkisofs -o out work/folder 2>/dev/null || true
     [ ! -s out ] # else it would spoil nothing
-    makes iso a.txt
-    isImage work/i.iso a.txt
+    makesImage a.txt
 }
 
 @test "variables that programs and shells heed do not reach them" {
@@ -81,33 +70,24 @@ load words
     ln -s /srv/host work/ISOCreation
     local name
     for name in stdout.txt xorriso dd; do ln -s /srv/host/secret "work/$name"; done
-    makes iso a.txt
-    isImage work/i.iso a.txt
-    makes pxe a.txt
-    isPackage out a.txt
+    makesImage a.txt
+    makesPackage a.txt
 }
 
-@test "an update file that turns into a link on the way is not followed" {
+@test "what turns into a link on the way is not followed: a file, its directory, the output's, the workplace" {
     kit 'mv /srv/job/work/a.txt /srv/job/aside; ln -s /srv/host/a.txt /srv/job/work/a.txt'
     makes undoing 'mv ../aside a.txt' iso a.txt
     isImage work/i.iso a.txt
-}
-
-@test "a directory that turns into a link on the way is not followed" {
+    rm -r kit work/i.iso
     kit 'mv /srv/job/work /srv/job/aside; ln -s /srv/host /srv/job/work'
     makes undoing 'rm ../work; mv ../aside ../work' iso a.txt
     isImage work/i.iso a.txt
-}
-
-@test "an output's directory that turns into a link on the way is not followed" {
+    rm -r kit work/i.iso
     mkdir out
     kit 'mv /srv/job/out /srv/job/aside; ln -s /srv/host /srv/job/out'
     output=../out/i.iso makes undoing 'rm ../out; mv ../aside ../out' iso a.txt
     isImage out/i.iso a.txt
-}
-
-@test "a workplace that turns into a link on the way is not followed" {
-    mkdir out
+    rm -r kit
     kit '(cd /srv/job/work; own=$(echo .velacreate-*); mv $own /srv/job/out/gone; ln -s /srv/host $own)'
     makes undoing 'rm .velacreate-*' iso a.txt
     isImage work/i.iso a.txt
@@ -155,8 +135,7 @@ load words
 @test "start-up files among the update files are update files" {
     printf -- '-as mkisofs -V EVIL -o /srv/host/made /srv/host\n' >work/.xorrisorc
     echo 'APPI=EVIL' | tee work/.genisoimagerc >work/.mkisofsrc
-    makes iso .xorrisorc .genisoimagerc .mkisofsrc a.txt
-    isImage work/i.iso .xorrisorc .genisoimagerc .mkisofsrc a.txt
+    makesImage .xorrisorc .genisoimagerc .mkisofsrc a.txt
     mkdir out
     output=../out/p.iso makes iso --platform ppc .genisoimagerc .mkisofsrc a.txt
     [ "$(dd if=out/p.iso bs=1 skip=33342 count=4 status=none)" != EVIL ]
@@ -180,6 +159,5 @@ load words
 
 @test "brackets in a name are no pattern" {
     touch 'work/[a.txt]' work/b
-    makes iso '[a.txt]'
-    isImage work/i.iso '[a.txt]'
+    makesImage '[a.txt]'
 }

@@ -36,5 +36,5 @@ load words
 
 @test "a tool whose reader has gone ends quietly" {
     kit 'yes | true; [ "${PIPESTATUS[0]}" = 141 ] || exit 1'
-    makes iso a.txt
+    makesImage a.txt
 }

@@ -60,6 +60,16 @@ makes() { # CALL...
     changed="-path job/work/i.iso -o -path job/out -o -path job/disc" ends 0 "$@"
     [ ! -s /srv/err ] || fails "standard error is not empty"
 }
+makesImage() { # [OPTION...] FILE...
+    makes iso "$@"
+    while [[ $1 == --* ]]; do shift; done
+    isImage "work/${output:-i.iso}" "$@"
+}
+makesPackage() { # [OPTION...] FILE...
+    makes pxe "$@"
+    while [[ $1 == --* ]]; do shift; done
+    isPackage "work/${output:-../out}" "$@"
+}
 # A call that changes nothing; whatever its end, it leaves no workplace.
 ends() { # STATUS CALL...
     local status=0
@@ -127,10 +137,10 @@ undoing() { # COMMAND CALL...
 
 # A call on a terminal, where something is typed once a text has appeared; all that appears counts as standard output.
 onTerminal() { # WIDTH [TEXT ANSWER] -- CALL...
-    local terminal=()
-    while [ "$1" != -- ]; do terminal+=("$1"); shift; done
-    # shellcheck disable=SC2016 # for the inner shell
-    "$ON_TERMINAL" "${terminal[@]}" -- bash -c '. "$0"; run=exec; "${@:2}"' "${BASH_SOURCE[0]}" "$@"
+    local width=$1 text='' answer=''
+    [ "$2" = -- ] || { text=$2 answer=$3 && shift 2; }
+    { [ -z "$text" ] || await "grep -qF '$text' /srv/out"; printf %s "$answer"; } |
+        TERM=xterm SHELL=/bin/bash script -qec "stty cols $width; . ${BASH_SOURCE[0]@Q}; run=exec; ${*:3}" /dev/null
 }
 
 # For the length of a test.
