@@ -43,7 +43,7 @@ load words
 }
 
 @test "the day has no part that no test follows" {
-    diff <(grep '^## ' "$project/docs/day.md") - <<'END'
+    diff <(grep '^## ' "${project:?}/docs/day.md") - <<'END'
 ## An image for the archive
 ## A disc
 ## Fifty keys

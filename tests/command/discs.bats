@@ -39,11 +39,11 @@ load words
 @test "an image and a package are verified, by ordinary users, too" {
     made iso a.txt folder
     made pxe a.txt folder
-    local as
-    for as in '' user confined; do
-        makes verify --image i.iso a.txt folder
+    local user
+    for user in '' user confined; do
+        as=$user makes verify --image i.iso a.txt folder
         told "^Verified the image '/srv/job/work/i.iso', .*, no difference, in "
-        makes verify --pxe ../out a.txt folder
+        as=$user makes verify --pxe ../out a.txt folder
         told "^Verified the network-boot package '/srv/job/out', .*, no difference, in "
     done
 }

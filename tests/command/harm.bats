@@ -1,5 +1,6 @@
 #!/usr/bin/env bats
 # Odd environments, launchers and other programs at work on the same files: none does harm, or changes what is made.
+# shellcheck disable=SC2016 # what is quoted is for other shells
 load words
 
 @test "CDPATH leads nowhere" {

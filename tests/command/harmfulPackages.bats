@@ -16,6 +16,7 @@ refusesPackage() { # MESSAGE
 }
 
 @test "a tilde in a name is no home" {
+    # shellcheck disable=SC2088 # no home is meant
     odd '~/x'
     makesImage a.txt
 }
@@ -43,7 +44,7 @@ refusesPackage() { # MESSAGE
     refusesEntry $'boot/a\xc2\x9bb' 'has a control character in its name'
     refusesEntry $'boot/a\xffb' 'is not in UTF-8'
     refusesEntry 'a.txt;1' "'a.txt;1' holds the character ;"
-    refusesEntry 'boot/a\b' 'holds the character \'
+    refusesEntry 'boot/a\b' "holds the character \\"
 }
 
 @test "no entry leads out of the package" {

@@ -1,5 +1,6 @@
 #!/usr/bin/env bats
 # Images as a user asks for them.
+# shellcheck disable=SC2016 # what is quoted is for other shells
 load words
 
 @test "an image holds what was named, and is read back" {

@@ -1,5 +1,6 @@
 #!/usr/bin/env bats
 # Jobs that are told to end, and readers that go away: where a job ends, and where it does not.
+# shellcheck disable=SC2016 # what is quoted is for other shells
 load words
 
 @test "a job that is told to end takes no step more, even if its tool does not care" {
@@ -28,7 +29,7 @@ load words
 }
 
 @test "a job goes on when nobody reads what it says" {
-    unread() { (sleep 0.2; run=exec velacreate "$@") 2>&1 | true; return "${PIPESTATUS[0]}"; }
+    unread() { (sleep 0.2 && velacreate "$@") 2>&1 | true; return "${PIPESTATUS[0]}"; }
     makes unread iso --package tool.zip --output i.iso --verbose a.txt
     isImage work/i.iso a.txt
     ends 2 unread iso --package gone.zip --output i.iso --force a.txt

@@ -6,7 +6,7 @@ load words
 start() { # CALL...: as process $!
     (
         trap - DEBUG ERR INT
-        cd work
+        cd work || exit
         run=exec VELACREATE_TOOLKIT=/srv/job/kit "$@"
     ) >/srv/out 2>/srv/err </dev/null 3>&- &
 }
@@ -53,7 +53,7 @@ end() { # COMMAND SIGNAL MILLISECONDS
     cp work/i.iso old.iso
     cp -r out old
     head -c 2m /dev/urandom >work/big
-    changed='-path job/work/i.iso -o -path job/out -o -path job/found -o -path job/expected -o -name .velacreate-*'
+    local -x changed='-path job/work/i.iso -o -path job/out -o -path job/found -o -path job/expected -o -name .velacreate-*'
     state >/srv/first
     local commands=(iso pxe) signals=(KILL TERM INT) here processes command signal moment
     countProcesses

@@ -48,9 +48,9 @@ refusesAllButYes() { # REFUSAL CALL...
 @test "nothing but yes lets a key be changed" {
     [ -e /dev/loop-control ] || skip "there are no loop devices here"
     truncate -s 16M key.img
-    local disk held
+    local disk
     disk=$(losetup --find --show key.img)
-    exec {held}<"$disk"
+    exec 9<"$disk"
     losetup -d "$disk" # once nobody has it open
     refusesAllButYes "the key was left as it is" \
         velacreate usb --package tool.zip --device "$disk" --any-disk --erase zephyn
