@@ -114,22 +114,25 @@ void writeScripts() {
                                             << commands().back().text << '\n';
 }
 
-double processorSeconds(int who) {
+double commandsProcessorSeconds() {
     rusage usage{};
-    getrusage(who, &usage);
+    getrusage(RUSAGE_CHILDREN, &usage);
     return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
            1e-6 * static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
 }
 
-/// Processor seconds of the library and of its commands, seconds outside the commands and in them, peak
-/// memory.
-void writeUsage(const std::string& path, double total) {
+/// Adds a line: processor seconds of the library outside its commands and those of the commands, seconds
+/// outside the commands and in them, peak memory.
+void addUsage(const std::string& path, double ownTotal, double total) {
+    double ownInCommands = 0;
     double inCommands = 0;
     for (const Command& command : commands()) {
+        ownInCommands += command.ownProcessorSeconds;
         inCommands += command.seconds;
     }
-    std::ofstream(path) << processorSeconds(RUSAGE_SELF) << ' ' << processorSeconds(RUSAGE_CHILDREN) << ' '
-                        << total - inCommands << ' ' << inCommands << ' ' << peakMemory() << '\n';
+    std::ofstream(path, std::ios::app)
+        << ownTotal - ownInCommands << ' ' << commandsProcessorSeconds() << ' ' << total - inCommands << ' '
+        << inCommands << ' ' << peakMemory() << '\n';
 }
 
 } // namespace
@@ -146,11 +149,13 @@ int main(int argc, char** argv) {
     const std::map<std::string, int (*)(const std::string&)> jobs = {
         {"iso", makeIso}, {"pxe", makePxe}, {"usb", makeUsb}, {"relay", relay}};
     const auto start = std::chrono::steady_clock::now();
+    const double usedBefore = ownProcessorSeconds();
     const int result = jobs.at(what)(SCRATCH + argv[2]);
+    const double used = ownProcessorSeconds() - usedBefore;
     const std::chrono::duration<double> total = std::chrono::steady_clock::now() - start;
     if (!commands().empty()) {
         writeScripts();
     }
-    writeUsage(SCRATCH + "usage." + argv[2], total.count());
+    addUsage(SCRATCH + "usage." + argv[2], used, total.count());
     return result;
 }
