@@ -24,6 +24,8 @@ configure_file(cmake/velacreation.pc.in velacreation.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/velacreation.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT libvelacreation-dev)
 
-install(FILES docs/man/velacreate.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT velacreate)
 install(FILES docs/man/libvelacreation.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT libvelacreation-dev)
+if(VELACREATION_FRONTEND)
+    install(FILES docs/man/velacreate.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT velacreate)
+endif()
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT libvelacreation1)
