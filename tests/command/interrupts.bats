@@ -14,6 +14,12 @@ load words
     done
 }
 
+@test "a job that is told to end while it pauses takes no step more" {
+    # The pause has ten seconds, and a job that does not end has five until it is killed.
+    ends 130 signalled TERM "told 'Copying tools' && sleep 7" iso --pauses a.txt
+    not told Extracting
+}
+
 @test "a hang-up is nothing to a job under nohup" {
     kit 'sleep 1'
     makes signalled HUP 'told Creating' env --ignore-signal=HUP "$VELACREATE" iso --package tool.zip --output i.iso a.txt
