@@ -46,7 +46,7 @@ confined() {
 theirs() { chown -R 1777:1777 /srv/job; }
 files() { # PATH...: old ones
     local file
-    for file; do mkdir -p "$(dirname "$file")" && echo old >"$file"; done
+    for file; do mkdir -p "$(dirname "$file")"; echo old >"$file"; done
 }
 
 velacreate() { ${as:-${run:-}} "$VELACREATE" "$@"; }
