@@ -84,7 +84,7 @@ public:
     void addFile(const std::string& path) {
         if (const auto device = blockDevice(path); device != 0) {
             addDevice(deviceDirectory(device));
-        } else if (auto* place = mnt_table_find_mountpoint(m_mounts.get(), path.c_str(), MNT_ITER_BACKWARD)) {
+        } else if (auto* place = mountAbove(path)) {
             addFileSystem(place);
         }
     }
@@ -100,6 +100,15 @@ public:
     }
 
 private:
+    libmnt_fs* mountAbove(fs::path path) const {
+        libmnt_fs* found = nullptr;
+        while ((found = mnt_table_find_target(m_mounts.get(), path.c_str(), MNT_ITER_BACKWARD)) == nullptr &&
+               path.has_relative_path()) {
+            path = path.parent_path();
+        }
+        return found;
+    }
+
     /// Of a file system with a number of its own, the source names only one device.
     void addMembers(const fs::path& member) {
         addDevice(member);
