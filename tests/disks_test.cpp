@@ -235,6 +235,21 @@ TEST_F(KernelsViewTest, WhichDisksAreRemovable) {
     EXPECT_EQ(found, "sd by itself, stick by itself, usb, ");
 }
 
+/// Each row: what the kernel shows of a stick, which is 1:1, besides; why it cannot be a key.
+TEST_F(KernelsViewTest, WhichDisksAreLeftAlone) {
+    for (const auto& row : rows("guard")) {
+        SCOPED_TRACE(row[0]);
+        whileEmpty("/sys/block", [&] {
+            whileEmpty("/sys/dev/block", [&] {
+                whileEmpty("/proc", [&] {
+                    prepare("asKernel 1:1 stick 9 1 0; mkdir /proc/self; >/proc/self/mountinfo\n" + row[0]);
+                    EXPECT_EQ(objection({"stick", makedev(1, 1)}, false), row[1]);
+                });
+            });
+        });
+    }
+}
+
 TEST_F(DisksTest, ObjectionsToADisk) {
     {
         const Loop loop("disk");

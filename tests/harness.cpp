@@ -10,7 +10,9 @@
 #include <sstream>
 #include <stdexcept>
 
+#include <fcntl.h>
 #include <sys/mount.h>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -34,6 +36,15 @@ class Console : public std::stringbuf {
         recording.events.push_back("# " + std::regex_replace(status, record, "$2 $1") + "|" + line);
         str("");
         return 0;
+    }
+};
+
+struct Grouping : std::numpunct<char> {
+    std::string do_grouping() const override {
+        return "\1";
+    }
+    char do_decimal_point() const override {
+        return ';';
     }
 };
 
@@ -176,6 +187,20 @@ void enterFreshJob() {
         {"echo w | sfdisk", "echo table >stdout.txt"},
         {"ls -la", "echo node >stdout.txt"},
     };
+}
+
+ForeignNumbers::ForeignNumbers() {
+    std::locale::global({std::locale::classic(), new Grouping});
+}
+
+ForeignNumbers::~ForeignNumbers() {
+    std::locale::global(m_before);
+}
+
+int nextDescriptor() {
+    const int number = open("/", O_PATH | O_CLOEXEC);
+    close(number);
+    return number;
 }
 
 void expectState(VelaCreation::BootableMedia& media) {

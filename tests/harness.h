@@ -6,6 +6,7 @@
 #include "sandbox.h"
 
 #include <functional>
+#include <locale>
 #include <string>
 #include <utility>
 #include <vector>
@@ -70,14 +71,36 @@ void whileEmpty(const std::string& directory, const std::function<void()>& use);
 /// mounted/.
 void enterFreshJob();
 
+/// The number that the next file to be opened gets.
+int nextDescriptor();
+
+/// Whatever a test opens, or has opened for it, must be closed at its end.
 struct JobTest : testing::Test {
-    JobTest() { // NOLINT(modernize-use-equals-default)
+    JobTest() {
         enterFreshJob();
     }
+    ~JobTest() override {
+        EXPECT_EQ(nextDescriptor(), m_next) << "a file was left open";
+    }
+
+private:
+    int m_next = nextDescriptor();
 };
 
 /// Checks the current directory, and that the clean-up has something to do only in a working directory.
 void expectState(VelaCreation::BootableMedia& media);
+
+/// Has the global locale write numbers in a way of its own, as a caller's may, for as long as it lives.
+class ForeignNumbers {
+public:
+    ForeignNumbers();
+    ForeignNumbers(const ForeignNumbers&) = delete;
+    ForeignNumbers& operator=(const ForeignNumbers&) = delete;
+    ~ForeignNumbers();
+
+private:
+    std::locale m_before;
+};
 
 /// Runs a job as it is, then once for each of its commands with that one failing.
 template <typename Media>

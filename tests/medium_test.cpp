@@ -82,7 +82,7 @@ struct ReadBackTest : MediumTest {
     static Tree workplace() {
         enterFreshJob();
         prepare(R"(cd work; mkdir -p boot deep/1/2/3/4/5/6/7/8/9 empty many; cp -p a.txt boot/.hidden
-            zip -qr tool.zip boot/.hidden; rm -r boot
+            zip -qr tool.zip boot/.hidden; rm -r boot; mkdir -p many/bare/inner
             printf same >same; cp same many/same; printf same >many/same3; ln many/same3 many/same4
             touch nothing many/nothing many/nothing2; head -c 300000 /dev/urandom >big; ln big many/big
             cp big deep/1/2/3/4/5/6/7/8/9/deepest; echo x >'many/ä [ü] $x; "q" .txt'; echo dot >many/.hidden

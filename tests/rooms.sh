@@ -52,3 +52,13 @@ asKernel() { # NUMBER NAME SIZE REMOVABLE TYPE
     mkdir -p "$at/device" && ln -s "$at" "/sys/dev/block/$1"
     echo "$1" >"$at/dev" && echo "$3" >"$at/size" && echo "$4" >"$at/removable" && echo "$5" >"$at/device/type"
 }
+partitioned() { # 1:2 of a disk called stick
+    mkdir -p /sys/block/stick/stick1/holders && ln -s /sys/block/stick/stick1 /sys/dev/block/1:2
+    echo 1 >/sys/block/stick/stick1/partition
+}
+inUse() { # NUMBER PLACE
+    echo "1 0 $1 / $2 rw - ext2 none rw" >>/proc/self/mountinfo
+}
+swapping() { # FILE
+    printf 'Filename\t\t\t\tType\t\tSize\t\tUsed\t\tPriority\n%s file 9 0 -2\n' "$1" >/proc/swaps
+}

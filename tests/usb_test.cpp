@@ -4,6 +4,7 @@
 #include "cloneImage.h"
 #include "keyDescription.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdlib>
@@ -43,6 +44,7 @@ struct Usb : BootableUSB {
     using BootableUSB::BootableUSB;
     using BootableUSB::m_initialized;
     using BootableUSB::m_usbDevice;
+    using BootableUSB::m_workDirEntered;
 };
 
 struct UsbTest : JobTest {
@@ -80,17 +82,30 @@ TEST_F(UsbTest, EveryCommandFails) {
 TEST_F(UsbTest, EveryCommandFailsOnASoftKey) {
     setenv("TALO_SOFT_USBKEY", "soft.img", 1);
     sweepKey("usb-soft", true);
+    setenv("TALO_SOFT_USBKEY", "", 1); // no image, but no ordinary key either
+    enterFreshJob();
+    bool initialized = false;
+    EXPECT_EQ(usb.init("work", "/srv/key", {"a.txt"}, "tool.zip", initialized), 0);
+    EXPECT_EQ(usb.CreateUSBKey(true), 0);
     unsetenv("TALO_SOFT_USBKEY");
+    for (const auto& [command, times] : {std::pair("mount  /mnt/VelaCreationUSBKey -o loop,offset=32256", 1),
+                                         {"echo w | sfdisk /srv/key", 0}}) {
+        EXPECT_EQ(std::count(recording.events.begin(), recording.events.end(),
+                             "$ " + std::string(command) + " >stdout.txt 2>&1"),
+                  times);
+    }
 }
 
 TEST_F(UsbTest, EndsAtWhatIsMissingOrRefused) {
     for (const auto& row : rows("usb-refusals")) {
         usb.m_initialized = true;
+        usb.m_workDirEntered = false;
         bool initialized = row[4] != "0"; // written only with true
         EXPECT_EQ(usb.init(row[0], row[1], words(row[2]), row[3], initialized), std::stoi(row[4]));
         EXPECT_EQ(recording.events.back(), row[5]);
         EXPECT_TRUE(initialized);
         EXPECT_EQ(usb.m_initialized, row[4] == "0");
+        EXPECT_EQ(usb.m_workDirEntered, std::filesystem::current_path() == "/srv/job/work");
     }
     logger.answer = 5;
     EXPECT_EQ(usb.CreateUSBKey(false), 5);
@@ -104,6 +119,7 @@ TEST_F(UsbTest, EndsAtWhatIsMissingOrRefused) {
 }
 
 TEST_F(UsbTest, PutsSizesAndNamesIntoWords) {
+    const ForeignNumbers numbers;
     for (const auto& row : rows("sizes")) {
         EXPECT_EQ(sizeText(static_cast<std::uint32_t>(std::stoul(row[0]))), row[1]);
     }
@@ -237,6 +253,7 @@ TEST_F(BootCheckTest, EveryCommandFails) {
 TEST_F(BootCheckTest, AdjustsTheImageAgainAndAgain) {
     bool format = false;
     const auto comparison = [&] {
+        const ForeignNumbers numbers;
         recording.events.clear();
         format = false;
         EXPECT_EQ(usb.isBootable(format), 0);
@@ -245,6 +262,7 @@ TEST_F(BootCheckTest, AdjustsTheImageAgainAndAgain) {
     };
     {
         const Key key(15633408);
+        shell("touch mounted/img1a.sys");
         EXPECT_EQ(comparison(), "2 buf[1f3](0) != buf2[1f3](22)\n");
         EXPECT_EQ(bytesOf("init8.img", 499, 4) + bytesOf("init8.img", 0x1FA, 4) +
                       bytesOf("init8.img", 0x7E20, 4),
@@ -253,6 +271,7 @@ TEST_F(BootCheckTest, AdjustsTheImageAgainAndAgain) {
         patch("/srv/disk", 0x1FE, "U");
         EXPECT_EQ(comparison(), "2 buf[1fe](55) != buf2[1fe](0)\n"); // the same key, once more
         patch("/srv/disk", 0x1FE, R"(\0)");
+        shell("rm mounted/img1a.sys");
         EXPECT_EQ(comparison(), "2 BootableUSB::unMountUsb() starts"); // only the boot file is missing
     }
     {
@@ -265,8 +284,9 @@ TEST_F(BootCheckTest, AdjustsTheImageAgainAndAgain) {
         EXPECT_EQ(bytesOf("init8.img", 499, 4), "0fa0bb3f");
     }
     const Key hundredCylinders(1606500);
+    patch("init1.img", 502, " "); // the partition at sector 32
     comparison();
-    EXPECT_EQ(bytesOf("init1.img", 499, 4) + bytesOf("init1.img", 0x4020, 4), "fe3f633f25831800");
+    EXPECT_EQ(bytesOf("init1.img", 499, 4) + bytesOf("init1.img", 0x4020, 4), "fe3f632044831800");
 }
 
 TEST_F(BootCheckTest, SaysWhatCannotBeReadOrAdjusted) {
