@@ -105,6 +105,7 @@ private:
 /// Runs a job as it is, then once for each of its commands with that one failing.
 template <typename Media>
 void sweep(const std::string& name, const std::function<int(Media&)>& job) {
+    const ForeignNumbers numbers;
     int commands = 0;
     for (int failing = 0; failing <= commands; ++failing) {
         SCOPED_TRACE(name + " with a failure of command " + std::to_string(failing));

@@ -24,6 +24,7 @@ TEST_F(IsoTest, EveryCommandFails) {
 }
 
 TEST_F(IsoTest, EndsAtWhatIsMissingOrRefused) {
+    const ForeignNumbers numbers;
     for (const auto& row : rows("iso-refusals")) {
         enterFreshJob();
         RecordingLogger logger;
