@@ -160,8 +160,8 @@ TEST_F(DisplayTest, EachResultCodeOfTheLibraryHasAMeaning) {
     EXPECT_GT(codes, 10);
 }
 
-TEST_F(DisplayTest, LogIsAppendedAndNeverOverALink) {
-    shell("echo before >log && ln -s log link && mkfifo fifo && mkdir directory");
+TEST_F(DisplayTest, LogIsAppendedToAFileOnly) {
+    shell("echo before >log && mkfifo fifo");
     EXPECT_EQ(outputOf([] {
                   Console console(false, "log");
                   console.message(0, "one\033[2J\ntwo");
@@ -173,12 +173,7 @@ TEST_F(DisplayTest, LogIsAppendedAndNeverOverALink) {
     const auto resultOf = [](const std::string& path) {
         return outcomeOf([&] { return Console(false, path), std::string("fine"); });
     };
-    const std::string what = "refused: the log file ";
-    EXPECT_EQ(resultOf("fifo"), what + "'fifo': No such device or address"); // and nobody is waited for
     const auto reader = opened("fifo", O_RDONLY | O_NONBLOCK);
-    EXPECT_EQ(resultOf("fifo"), what + "'fifo' is no file");
-    EXPECT_EQ(resultOf("link"), what + "'link' is a link");
-    EXPECT_EQ(resultOf("directory"), what + "'directory': Is a directory");
-    EXPECT_EQ(resultOf("none/log"), what + "'none/log': No such file or directory");
+    EXPECT_EQ(resultOf("fifo"), "refused: the log file 'fifo' is no file");
     EXPECT_EQ(resultOf("/dev/null"), "fine");
 }

@@ -16,7 +16,6 @@
 #include <filesystem>
 #include <fstream>
 #include <thread>
-#include <tuple>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -157,11 +156,9 @@ TEST_F(OutputTest, Refusals) {
     }
 }
 
-TEST_F(OutputTest, TakesItsPlaceWithOwnerAndMode) {
-    NEEDS_ROOT("files of other users");
-    shell(
-        "cd place && mkdir new && echo 1 >new/file && mkdir dir && echo 2 >dir/ks.zip && "
-        "echo 3 >old.iso && ln old.iso old && chmod 640 old.iso && chmod 750 dir && chown 12:34 old.iso dir");
+TEST_F(OutputTest, TakesItsPlace) {
+    shell("cd place && mkdir new && echo 1 >new/file && mkdir dir && echo 2 >dir/ks.zip && "
+          "echo 3 >old.iso && ln old.iso old");
     const auto made = opened("place/new");
     Output::image("place/fresh.iso", false).take(made, "file");
     EXPECT_EQ(contentOf("place/fresh.iso"), "1\n");
@@ -172,10 +169,6 @@ TEST_F(OutputTest, TakesItsPlaceWithOwnerAndMode) {
     Output::package("place/dir/", true).take(made, "dir");
     EXPECT_EQ(contentOf("place/old.iso") + contentOf("place/dir/ks.zip"), "new\nnew\n");
     EXPECT_EQ(contentOf("place/old"), "3\n");
-    for (const auto& [path, mode] : {std::pair("place/old.iso", 0640U), {"place/dir", 0750U}}) {
-        const auto about = opened(path).status();
-        EXPECT_EQ(std::tuple(about.st_uid, about.st_gid, about.st_mode & 07777U), std::tuple(12U, 34U, mode));
-    }
     EXPECT_EQ(resultOf([&] { Output::image("place/no.iso", false).take(made, "gone"); }),
               "failed: what was made cannot be found any more: No such file or directory");
 }
