@@ -35,8 +35,10 @@ load words
     refuses "the drive '/dev/null' is no drive" velacreate burn gone.iso /dev/null
     refuses "the drive '/dev/null' is no drive" velacreate verify --disc /dev/null ../x.iso
     refuses "the drive 'stdio:disc' is not named by its path from the root" velacreate burn gone.iso stdio:disc
-    refuses "the drive '/dev/x\$(touch y)' has a character in its name that no command can carry" \
-        velacreate burn ../x.iso "/dev/x\$(touch y)"
+    for name in '' -x /dev/x{' ',\!,\",\#,\$,\&,\',\(,\),\*,\;,\<,\>,\?,[,\\,\`,\{,\|,\},\~}y; do
+        refuses "the drive '$name' has a character in its name that no command can carry" \
+            velacreate burn ../x.iso -- "$name"
+    done
     refuses "the drive '99,0,0' cannot be used: Cannot open SCSI driver!" iso --burn 99,0,0 a.txt
     as=user refuses "burning needs the right to write to '/srv/job/drive' (root has it, and the group of the drive)" \
         velacreate burn ../x.iso /srv/job/drive
