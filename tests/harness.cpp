@@ -48,6 +48,15 @@ struct Grouping : std::numpunct<char> {
     }
 };
 
+struct BlankUnderscore : std::ctype<char> {
+    BlankUnderscore() : std::ctype<char>(kinds()) {}
+    static const mask* kinds() {
+        static std::vector<mask> all(classic_table(), classic_table() + table_size);
+        all['_'] = space;
+        return all.data();
+    }
+};
+
 struct Step {
     std::string event;
     Lines onFailure;
@@ -190,7 +199,7 @@ void enterFreshJob() {
 }
 
 ForeignNumbers::ForeignNumbers() {
-    std::locale::global({std::locale::classic(), new Grouping});
+    std::locale::global({{std::locale::classic(), new Grouping}, new BlankUnderscore});
 }
 
 ForeignNumbers::~ForeignNumbers() {

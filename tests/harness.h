@@ -90,7 +90,7 @@ private:
 /// Checks the current directory, and that the clean-up has something to do only in a working directory.
 void expectState(VelaCreation::BootableMedia& media);
 
-/// Has the global locale write numbers in a way of its own, as a caller's may, for as long as it lives.
+/// Has the global locale write numbers and part words in ways of its own, as a caller's may, while it lives.
 class ForeignNumbers {
 public:
     ForeignNumbers();

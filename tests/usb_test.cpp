@@ -150,6 +150,7 @@ TEST_F(UsbTest, FitsCloneImages) {
 TEST_F(UsbTest, FindsTheVendorInTheKernelsList) {
     std::string vendor = "old";
     std::string model = "old";
+    const ForeignNumbers numbers;
     EXPECT_EQ(usb.getVendorModel("/srv/gone", vendor, model), -1);
     EXPECT_LT(usb.getVendorModel("/srv/key4", vendor, model), 0);
     EXPECT_EQ(vendor + model, "");
@@ -174,6 +175,7 @@ TEST_F(UsbTest, DescribesAKey) {
               "0 Getting usb key name fails, and last error message is Permission denied. "
               "In BootableUSB::getUSBData()");
     EXPECT_EQ(data.vendor + data.model + data.size, "keptkeptkept");
+    const ForeignNumbers numbers;
     for (const auto& row : rows("sysfs")) {
         whileEmpty("/sys", [&] {
             shell("mkdir -p /sys/block/key4/device && cd /sys/block/key4/device && " + row[0]);
