@@ -22,7 +22,6 @@
 #include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace velacreate;
@@ -293,21 +292,6 @@ TEST_F(ChildTest, EndTakesAllThatWasStartedAlong) {
         EXPECT_TRUE(breath.comes());
         fs::remove("started");
     }
-}
-
-TEST_F(ChildTest, EndsWithItsWatcher) {
-    LastBreath breath;
-    const pid_t watcher = fork();
-    if (watcher == 0) {
-        resultOf([&] {
-            endOf({here.number(), [](Reporter&) { return runForReal("touch started; sleep 1000"); }});
-        });
-        _exit(0);
-    }
-    waitForFile("started");
-    kill(watcher, SIGKILL);
-    waitpid(watcher, nullptr, 0);
-    EXPECT_TRUE(breath.comes());
 }
 
 TEST_F(ChildTest, EventsComeInOrderAndWhole) {
