@@ -59,6 +59,7 @@ load words
     output=old.iso made iso a.txt
     refuses "the log file '/srv/job/gone/log': No such file or directory" iso --log /srv/job/gone/log a.txt
     refuses "the log file '../log' is a link" iso --log ../log a.txt
+    refuses "the log file 'sub': Is a directory" iso --log sub a.txt
     refuses "the log file 'fifo': No such device or address" iso --log fifo a.txt
     refuses "the log file 'a.txt' is one of the update files" iso --log a.txt a.txt
     refuses "the log file 'tool.zip' is the tool package" iso --log tool.zip a.txt
