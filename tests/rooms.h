@@ -12,7 +12,7 @@
 
 /// Runs a cell of a table in /srv/job, in the words of rooms.sh.
 inline void prepare(const std::string& cell) {
-    std::ofstream("/srv/cell") << "set -e; . " TESTS_DIR "/command/words.bash; . " TESTS_DIR "/rooms.sh\n"
+    std::ofstream("/srv/cell") << "set -e; . '" TESTS_DIR "/command/words.bash'; . '" TESTS_DIR "/rooms.sh'\n"
                                << cell << "\n";
     ASSERT_EQ(runForReal("bash /srv/cell"), 0) << cell;
 }
