@@ -1,12 +1,14 @@
 /// @file
-/// The version of these headers. Programs of the same major version go on working with the library; see
-/// CHANGELOG.md for what each number stands for.
+/// The version of these headers.
 #ifndef VELACREATION_VELACREATIONVERSION_H
 #define VELACREATION_VELACREATIONVERSION_H
 
-#define VELACREATION_VERSION_MAJOR 1
-#define VELACREATION_VERSION_MINOR 1
-#define VELACREATION_VERSION_PATCH 0
+/// @name The three numbers of the version
+/// @{
+#define VELACREATION_VERSION_MAJOR 1 ///< rises when programs for the version before no longer work
+#define VELACREATION_VERSION_MINOR 1 ///< rises with what is new
+#define VELACREATION_VERSION_PATCH 0 ///< rises with what is mended
+/// @}
 
 /// A version as one number, to compare with `#if`.
 #define VELACREATION_VERSION_NUMBER(major, minor, patch) ((major)*1000000 + (minor)*1000 + (patch))
