@@ -8,8 +8,8 @@ using namespace velacreate;
 
 int main(int argc, char** argv) {
     try {
-        const auto surroundings = startClean();
-        return runCommandLine(argc, argv, surroundings);
+        const auto caller = isolateFromCaller();
+        return runCommandLine(argc, argv, caller);
     } catch (const Refusal& refusal) {
         std::cerr << "velacreate: " << refusal.what() << std::endl;
         return EXIT_REFUSED;

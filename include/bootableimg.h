@@ -1,5 +1,5 @@
 /// @file
-/// The builder of PXE network-boot packages.
+/// The builder of PXE network-boot directories.
 #ifndef VELACREATION_BOOTABLEIMG_H
 #define VELACREATION_BOOTABLEIMG_H
 
@@ -7,7 +7,7 @@
 
 namespace VelaCreation {
 
-/// Builds a PXE network-boot package: nine boot files and one archive, ks.zip, in an output directory.
+/// Builds a PXE network-boot directory: nine boot files and one archive, ks.zip, in an output directory.
 class VELACREATION_EXPORT BootableIMG : public BootableMedia {
 public:
     /// @param logger  must outlive the builder

@@ -1,11 +1,11 @@
+#include "disks/diskLock.h"
 #include "disks/disks.h"
 #include "disks/fatVolume.h"
 #include "disks/guard.h"
 #include "disks/inventory.h"
-#include "disks/keyHold.h"
 #include "disks/sysfs.h"
+#include "frontend.h"
 #include "loop.h"
-#include "rooms.h"
 
 #include <array>
 #include <cstdint>
@@ -29,10 +29,10 @@ using KernelsViewTest = JobTest;
 
 /// Whether a disk can be held, or why not.
 std::string holding(const Disk& disk) {
-    return outcomeOf([&] { return KeyHold(disk).disk().name; });
+    return outcomeOf([&] { return DiskLock(disk).disk().name; });
 }
 
-std::string unmounting(const KeyHold& hold) {
+std::string unmounting(const DiskLock& hold) {
     return outcomeOf([&] {
         hold.unmount();
         return std::string("unmounted");
@@ -239,7 +239,7 @@ TEST_F(KernelsViewTest, WhichDisksAreLeftAlone) {
             whileEmpty("/sys/dev/block", [&] {
                 whileEmpty("/proc", [&] {
                     prepare("asKernel 1:1 stick 9 1 0; mkdir /proc/self; >/proc/self/mountinfo\n" + row[0]);
-                    EXPECT_EQ(objection({"stick", makedev(1, 1)}, false), row[1]);
+                    EXPECT_EQ(ineligibilityReason({"stick", makedev(1, 1)}, false), row[1]);
                 });
             });
         });
@@ -249,39 +249,40 @@ TEST_F(KernelsViewTest, WhichDisksAreLeftAlone) {
 TEST_F(DisksTest, ObjectionsToADisk) {
     {
         const Loop loop("disk");
-        EXPECT_EQ(objection(loop.disk(), false), "is neither removable nor on USB (--any-disk lets it)");
+        EXPECT_EQ(ineligibilityReason(loop.disk(), false),
+                  "is neither removable nor on USB (--any-disk lets it)");
         EXPECT_EQ(lacksPartition(loop.disk()), "has no fourth partition (/dev/" +
                                                    loop.disk().partitionName(4) +
                                                    "); --erase makes a key of any stick");
         const auto part = loop.addFourth();
-        EXPECT_EQ(objection(loop.disk(), true) + lacksPartition(loop.disk()), "");
+        EXPECT_EQ(ineligibilityReason(loop.disk(), true) + lacksPartition(loop.disk()), "");
         for (const auto& [place, words] : {std::pair("/mnt/a", ""),
                                            {"/boot", "carries '/boot' of this machine"},
                                            {"/boot/efi", "carries '/boot/efi' of this machine"}}) {
             shell("mount " + part + " " + place);
-            EXPECT_EQ(objection(loop.disk(), true), words);
+            EXPECT_EQ(ineligibilityReason(loop.disk(), true), words);
             shell("umount " + std::string(place));
         }
     }
     shell("touch empty");
-    EXPECT_EQ(objection(Loop("disk", LO_FLAGS_READ_ONLY).disk(), true), "is read-only");
-    EXPECT_EQ(objection(Loop("empty").disk(), true), "has no medium in it");
+    EXPECT_EQ(ineligibilityReason(Loop("disk", LO_FLAGS_READ_ONLY).disk(), true), "is read-only");
+    EXPECT_EQ(ineligibilityReason(Loop("empty").disk(), true), "has no medium in it");
 }
 
 TEST_F(DisksTest, FileOnADiskThatCarriesTheSystem) {
     const Loop outer("disk");
     shell("mount " + outer.addFourth() + " /mnt/a && truncate -s 4M /mnt/a/inner && mke2fs -q /mnt/a/inner");
-    const KeyHold hold(outer.disk());
+    const DiskLock hold(outer.disk());
     {
         const Loop inner("/mnt/a/inner");
         shell("mount " + inner.node() + " /boot/efi && mount --bind /boot/efi /mnt/b");
         EXPECT_EQ(placesText(mountedPlaces(outer.disk())), "/mnt/a, /boot/efi, /mnt/b");
         EXPECT_EQ(mountedPlaces(outer.disk()).back().device, inner.disk().number);
         EXPECT_EQ(placesText(mountedPlaces(inner.disk())), "/boot/efi, /mnt/b");
-        EXPECT_EQ(objection(outer.disk(), true), "carries '/boot/efi' of this machine");
+        EXPECT_EQ(ineligibilityReason(outer.disk(), true), "carries '/boot/efi' of this machine");
         EXPECT_EQ(unmounting(hold), "refused: '/mnt/a' is in use; close what is open there, or unmount it");
         EXPECT_EQ(placesText(mountedPlaces(outer.disk())), "/mnt/a");
-        EXPECT_EQ(objection(outer.disk(), true), "");
+        EXPECT_EQ(ineligibilityReason(outer.disk(), true), "");
     }
     hold.unmount();
     EXPECT_EQ(placesText(mountedPlaces(outer.disk())), "");
@@ -290,7 +291,7 @@ TEST_F(DisksTest, FileOnADiskThatCarriesTheSystem) {
 TEST_F(DisksTest, UnmountingNamesWhatIsInTheWay) {
     const Loop loop("disk");
     const auto part = loop.addFourth();
-    const KeyHold hold(loop.disk());
+    const DiskLock hold(loop.disk());
     shell("mount " + part + " /mnt/a && mount " + part + " /mnt/b");
     {
         const auto busy = opened("/mnt/b");
@@ -310,7 +311,7 @@ TEST_F(DisksTest, HoldIsForOneOnlyAndCountsTraffic) {
     const Loop loop("disk");
     const auto& disk = loop.disk();
     {
-        const KeyHold hold(disk);
+        const DiskLock hold(disk);
         EXPECT_EQ(holding(disk), "refused: another program is working on " + loop.node());
         const auto before = hold.traffic();
         shell("dd if=/dev/zero of=" + loop.node() + " bs=64k count=16 oflag=direct status=none; dd if=" +

@@ -2,7 +2,7 @@
 #include "display/progress.h"
 #include "display/summary.h"
 #include "display/table.h"
-#include "rooms.h"
+#include "frontend.h"
 #include "support/exitStatus.h"
 
 #include <algorithm>
@@ -130,11 +130,11 @@ TEST_F(DisplayTest, LastLineOfEachKindOfOutcome) {
         SCOPED_TRACE(row[0] + " " + row[3]);
         const bool isVerbose = row[3].find("verbose") != std::string::npos;
         const bool hasChanged = row[3].find("changed") != std::string::npos;
-        const Deed deed = row[3].find("verifying") != std::string::npos   ? Deed::verifying
-                          : row[3].find("comparing") != std::string::npos ? Deed::comparing
-                                                                          : Deed::making;
+        const JobKind kind = row[3].find("verifying") != std::string::npos   ? JobKind::verifying
+                             : row[3].find("comparing") != std::string::npos ? JobKind::comparing
+                                                                             : JobKind::making;
         const Outcome outcome{std::stoi(row[0]), row[1], words(row[2]), hasChanged,
-                              std::stod(row[4]), 4.2e6,  deed};
+                              std::stod(row[4]), 4.2e6,  kind};
         int status = -1;
         const auto output = outputOf([&] {
             Console console(isVerbose, "");

@@ -1,6 +1,5 @@
 // What the tests stand on: everything that the library does to the outside, in one list of events.
-#ifndef VELACREATION_HARNESS_H
-#define VELACREATION_HARNESS_H
+#pragma once
 
 #include "bootableMedia.h"
 #include "sandbox.h"
@@ -119,5 +118,3 @@ void sweep(const std::string& name, const std::function<int(Media&)>& job) {
         expectState(media);
     }
 }
-
-#endif

@@ -1,7 +1,7 @@
+#include "frontend.h"
 #include "inputs/limits.h"
 #include "inputs/toolPackage.h"
 #include "inputs/updateFiles.h"
-#include "rooms.h"
 #include "support/sizeText.h"
 #include "support/sizes.h"
 
@@ -235,7 +235,7 @@ TEST_F(InputsTest, ShowsTextsWithoutHarm) {
         EXPECT_EQ(printable(text), expected);
     }
     errno = EACCES;
-    EXPECT_EQ(withError(shown("\xff")), "'?': Permission denied");
+    EXPECT_EQ(SystemError().about(quote("\xff")), "'?': Permission denied");
 }
 
 } // namespace

@@ -1,10 +1,10 @@
+#include "frontend.h"
+#include "job/callerEnvironment.h"
 #include "job/childProcess.h"
-#include "job/cleanStart.h"
+#include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
 #include "job/output.h"
-#include "job/watcher.h"
-#include "job/workplace.h"
-#include "rooms.h"
+#include "job/supervisor.h"
 #include "support/exitStatus.h"
 #include "support/programs.h"
 
@@ -88,12 +88,12 @@ void append(const std::string& text) {
 }
 
 /// Each in a current directory of its own that is open, and with signals that are held until their jobs look.
-struct RoomTest : JobTest {
-    RoomTest() {
+struct FrontEndTest : JobTest {
+    FrontEndTest() {
         shell("mkdir place");
         place = opened("place", O_RDONLY | O_DIRECTORY);
     }
-    ~RoomTest() override {
+    ~FrontEndTest() override {
         while (signals.take() != 0) {
         }
     }
@@ -106,7 +106,7 @@ struct RoomTest : JobTest {
             jobs.push_back({"medium " + std::to_string(jobs.size()), here.number(), work});
         }
         Console console(false, "log");
-        return watch(jobs, atOnce, signals, console);
+        return supervise(jobs, atOnce, signals, console);
     }
 
     HeldSignals signals;
@@ -134,10 +134,10 @@ int waitUntilEnded(Reporter& /*reporter*/) {
     }
 }
 
-using OutputTest = RoomTest;
-using WorkplaceTest = RoomTest;
-using ChildTest = RoomTest;
-using WatchTest = RoomTest;
+using OutputTest = FrontEndTest;
+using JobDirectoryTest = FrontEndTest;
+using ChildTest = FrontEndTest;
+using WatchTest = FrontEndTest;
 
 } // namespace
 
@@ -148,8 +148,9 @@ TEST_F(OutputTest, Refusals) {
         SCOPED_TRACE(row[1] + " after " + row[2]);
         shell("umount p 2>/dev/null || true; rm -rf i.iso p q; " + row[2]);
         for (const bool force : {false, true}) {
-            const auto result = resultOf(
-                [&] { row[0] == "image" ? Output::image(row[1], force) : Output::package(row[1], force); });
+            const auto result = resultOf([&] {
+                row[0] == "image" ? Output::image(row[1], force) : Output::netbootDirectory(row[1], force);
+            });
             EXPECT_EQ(result, force && row[4] != "same" ? row[4] : row[3]);
         }
     }
@@ -165,7 +166,7 @@ TEST_F(OutputTest, TakesItsPlace) {
 
     shell("cd place/new && echo new >file && mkdir dir && echo new >dir/ks.zip");
     Output::image("place/old.iso", true).take(made, "file");
-    Output::package("place/dir/", true).take(made, "dir");
+    Output::netbootDirectory("place/dir/", true).take(made, "dir");
     EXPECT_EQ(contentOf("place/old.iso") + contentOf("place/dir/ks.zip"), "new\nnew\n");
     EXPECT_EQ(contentOf("place/old"), "3\n");
     EXPECT_EQ(resultOf([&] { Output::image("place/no.iso", false).take(made, "gone"); }),
@@ -180,7 +181,7 @@ TEST_F(OutputTest, WhatCameMeanwhileIsLeftAlone) {
         const bool isImage = row[0] == "i.iso";
         const std::string made = isImage ? "echo new >new/made" : "mkdir new/made; echo new >new/made/ks.zip";
         shell("rm -rf i.iso p q f new; mkdir new; " + made + "; " + row[1]);
-        const auto output = isImage ? Output::image(row[0], true) : Output::package(row[0], true);
+        const auto output = isImage ? Output::image(row[0], true) : Output::netbootDirectory(row[0], true);
         shell(row[2]);
         EXPECT_EQ(resultOf([&] { output.take(opened("new"), "made"); }),
                   "failed: '/srv/job/" + row[0] + "' cannot be put in place: File exists");
@@ -189,30 +190,30 @@ TEST_F(OutputTest, WhatCameMeanwhileIsLeftAlone) {
     }
 }
 
-TEST_F(WorkplaceTest, IsOnesOwnAndGoesWithAllThatIsInIt) {
+TEST_F(JobDirectoryTest, IsOnesOwnAndGoesWithAllThatIsInIt) {
     shell("mkdir outside && touch outside/file");
     {
-        const Workplace workplace(place, "place");
+        const JobDirectory jobDirectory(place, "place");
         const fs::path path = "place/" + fs::directory_iterator("place")->path().filename().string();
-        EXPECT_EQ(workplace.directory().status().st_mode & 07777U, 0700U);
+        EXPECT_EQ(jobDirectory.directory().status().st_mode & 07777U, 0700U);
         EXPECT_NE(flock(opened(path).number(), LOCK_EX | LOCK_NB), 0);
-        const Workplace other(place, "place");
+        const JobDirectory other(place, "place");
         EXPECT_TRUE(fs::exists(path / ".job"));
         shell("cd " + path.string() +
               " && mkdir -p a/b/c mode/0 && touch a/b/f mode/0/f && chmod 0 mode/0 mode " +
               "&& ln -s $OLDPWD/outside link && ln -s none broken && mkfifo fifo && printf 123 >a/n && ln "
               "a/n a/m");
-        EXPECT_EQ(sizeBelow(workplace.directory().number(), "a"), 6U);
-        EXPECT_EQ(sizeBelow(workplace.directory().number(), "none"), 0U);
+        EXPECT_EQ(sizeBelow(jobDirectory.directory().number(), "a"), 6U);
+        EXPECT_EQ(sizeBelow(jobDirectory.directory().number(), "none"), 0U);
     }
     EXPECT_TRUE(fs::is_empty("place"));
     EXPECT_TRUE(fs::exists("outside/file"));
 }
 
-TEST_F(WorkplaceTest, WhatIsMountedInsideIsNotEmptied) {
+TEST_F(JobDirectoryTest, WhatIsMountedInsideIsNotEmptied) {
     std::string path;
     {
-        const Workplace workplace(place, "place");
+        const JobDirectory jobDirectory(place, "place");
         path = fs::directory_iterator("place")->path();
         shell("cd " + path + " && mkdir -p a/m b && touch b/f && mount -t tmpfs m a/m && touch a/m/theirs");
     }
@@ -221,7 +222,7 @@ TEST_F(WorkplaceTest, WhatIsMountedInsideIsNotEmptied) {
     shell("umount " + path + "/a/m");
 }
 
-TEST_F(WorkplaceTest, OnlyAbandonedOnesAreRemoved) {
+TEST_F(JobDirectoryTest, OnlyAbandonedOnesAreRemoved) {
     NEEDS_ROOT("files of other users");
     shell(R"(cd place
         for d in gone locked foreign shared; do mkdir -p .velacreate-$d/.job && touch .velacreate-$d/f; done
@@ -231,10 +232,10 @@ TEST_F(WorkplaceTest, OnlyAbandonedOnesAreRemoved) {
     ASSERT_EQ(flock(locked.number(), LOCK_EX), 0);
     std::string kept;
     {
-        Workplace workplace(place, "place");
-        kept = workplace.keep();
+        JobDirectory jobDirectory(place, "place");
+        kept = jobDirectory.keep();
     }
-    { const Workplace next(place, "place"); }
+    { const JobDirectory next(place, "place"); }
     std::vector<std::string> left;
     for (const auto& entry : fs::directory_iterator("place")) {
         left.push_back(entry.path());
@@ -246,14 +247,14 @@ TEST_F(WorkplaceTest, OnlyAbandonedOnesAreRemoved) {
     EXPECT_TRUE(fs::exists("aim/f"));
 }
 
-TEST_F(WorkplaceTest, JobSeesNothingOfTheHostsMountPoint) {
+TEST_F(JobDirectoryTest, JobSeesNothingOfTheHostsMountPoint) {
     shell("touch /mnt/theirs && echo content >file && cp file other");
     const auto file = opened("file");
     const ChildProcess process(here.number(), [&](Reporter& reporter) {
         const auto again = openAgain(file, "file");
         const auto refused = resultOf([&] { openAgain(file, "other"); });
         fs::create_directory(".job");
-        enterWorkplace();
+        enterJobDirectory();
         placeFile(again, "file", "placed");
         reporter.note(fs::current_path().string() + " " + std::getenv("HOME") + " " + contentOf("placed") +
                       refused + (fs::exists("/mnt/theirs") ? " seen" : "") +
@@ -328,7 +329,7 @@ TEST_F(ChildTest, StartsClean) {
         umask(0);
         const int leak = dup(STDOUT_FILENO);
         close(STDIN_FILENO);
-        const auto before = startClean();
+        const auto before = isolateFromCaller();
         sigset_t now;
         sigprocmask(SIG_SETMASK, nullptr, &now);
         const std::vector<bool> facts = {before.temporaryDirectory == "/tmp/x",
@@ -444,9 +445,9 @@ TEST_F(WatchTest, ReasonIsWhatTheToolSaid) {
         std::array<int, 2> sockets{};
         ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, sockets.data()), 0);
         const Descriptor job(sockets[0]);
-        const Descriptor watcher(sockets[1]);
-        EXPECT_EQ(withToolsWords(std::stoi(row[0]), Reporter(job.number())), std::stoi(row[0]));
-        const auto event = receiveEvent(watcher.number());
+        const Descriptor supervisor(sockets[1]);
+        EXPECT_EQ(reportToolError(std::stoi(row[0]), Reporter(job.number())), std::stoi(row[0]));
+        const auto event = receiveEvent(supervisor.number());
         EXPECT_EQ(event ? event->text : "", row[2]);
     }
 }

@@ -1,10 +1,9 @@
 // Disks for tests.
-#ifndef VELACREATE_TESTS_LOOP_H
-#define VELACREATE_TESTS_LOOP_H
+#pragma once
 
 #include "disks/disks.h"
 #include "disks/sysfs.h"
-#include "rooms.h"
+#include "frontend.h"
 
 #include <cerrno>
 #include <filesystem>
@@ -55,7 +54,7 @@ private:
                 return device;
             }
             if (errno != EBUSY) { // else somebody else was faster
-                throw std::runtime_error(velacreate::withError("a loop device"));
+                throw std::runtime_error(velacreate::SystemError().about("a loop device"));
             }
         }
     }
@@ -81,5 +80,3 @@ struct DisksTest : JobTest {
         }
     }
 };
-
-#endif

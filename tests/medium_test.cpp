@@ -1,6 +1,6 @@
+#include "frontend.h"
 #include "medium/contents.h"
 #include "medium/readBack.h"
-#include "rooms.h"
 
 #include <algorithm>
 #include <array>
@@ -19,7 +19,7 @@ using MediumTest = JobTest;
 Medium mediumOf(const std::string& name) {
     const Lines names = {"image", "ppc", "key", "package"};
     const auto place = std::find(names.begin(), names.end(), name) - names.begin();
-    return std::array{Medium::image, Medium::powerPcImage, Medium::key, Medium::package}.at(
+    return std::array{Medium::image, Medium::powerPcImage, Medium::key, Medium::netbootDirectory}.at(
         static_cast<std::size_t>(place));
 }
 
@@ -46,7 +46,7 @@ std::string contentsText(Medium medium, const Lines& chosen) {
         size += part.size;
     }
     Lines loose;
-    for (const auto& [place, part] : contents.loose) {
+    for (const auto& [place, part] : contents.besideArchive) {
         EXPECT_EQ(part.source, "boot/" + place);
         loose.push_back(place);
         size += part.size;
@@ -77,9 +77,9 @@ TEST_F(MediumTest, KnowsWhatAMediumHolds) {
     }
 }
 
-/// A workplace in /srv/job with everything that an image holds, and staged/ as it should be on it.
+/// A job directory in /srv/job with everything that an image holds, and staged/ as it should be on it.
 struct ReadBackTest : MediumTest {
-    static Tree workplace() {
+    static Tree jobDirectory() {
         enterFreshJob();
         prepare(R"(cd work; mkdir -p boot deep/1/2/3/4/5/6/7/8/9 empty many; cp -p a.txt boot/.hidden
             zip -qr tool.zip boot/.hidden; rm -r boot; mkdir -p many/bare/inner
@@ -106,7 +106,7 @@ struct ReadBackTest : MediumTest {
     }
 
     static Tree enter() {
-        static const Tree TREE = workplace();
+        static const Tree TREE = jobDirectory();
         shell("cd /srv; rm -rf job; cp -a whole job");
         fs::current_path("/srv/job");
         return TREE;
@@ -165,7 +165,7 @@ TEST_F(ReadBackTest, FindsEachDifference) {
     }
 }
 
-/// Each row: a form, what is done to the medium or to the workplace afterwards, and what is found.
+/// Each row: a form, what is done to the medium or to the job directory afterwards, and what is found.
 TEST_F(ReadBackTest, FindsDamage) {
     for (const auto& row : rows("medium-damage")) {
         SCOPED_TRACE(row[0] + " | " + row[1]);
@@ -180,7 +180,7 @@ TEST_F(ReadBackTest, FindsDamage) {
 TEST_F(ReadBackTest, ComparesNamesOnAKeyWithoutCase) {
     const Tree tree = enter();
     shell("mv staged/sub staged/SUB; mkdir -p staged/other/inner staged/deep/Extra; touch staged/ks.zip");
-    EXPECT_EQ(beyond(tree, opened("staged")), (Lines{"deep/Extra", "ks.zip", "other"}));
+    EXPECT_EQ(unexpectedFiles(tree, opened("staged")), (Lines{"deep/Extra", "ks.zip", "other"}));
 }
 
 } // namespace

@@ -1,7 +1,7 @@
+#include "frontend.h"
 #include "network/addresses.h"
-#include "network/bootPackage.h"
 #include "network/machines.h"
-#include "rooms.h"
+#include "network/netbootDirectory.h"
 
 using namespace velacreate;
 
@@ -52,13 +52,14 @@ TEST_F(NetworkTest, MachinesOfAStrangersMakingAreNotKeptForEver) {
 }
 
 TEST_F(NetworkTest, PackageIsLookedThroughBeforeItIsServed) {
-    for (const auto& row : rows("boot-packages")) {
+    for (const auto& row : rows("netboot-directories")) {
         prepare("mkdir served && cp work/tool.zip served/ks.zip && cd served && touch grub.cfg img2a img3a "
                 "pxelinux.0 ksrootfs bsb1.lss bsb.msg "
                 "unicode.pf2 splash.xpm.gz && " +
                 row[0]);
         SCOPED_TRACE(row[0]);
-        expectText(outcomeOf([] { return "lacks " + joined(BootPackage("served").missing(), ","); }), row[1]);
+        expectText(outcomeOf([] { return "lacks " + joined(NetbootDirectory("served").missing(), ","); }),
+                   row[1]);
         shell("rm -rf served");
     }
 }

@@ -1,6 +1,5 @@
 // Where tests run: out of the host's reach, in mounts of their own.
-#ifndef VELACREATION_SANDBOX_H
-#define VELACREATION_SANDBOX_H
+#pragma once
 
 #include <string>
 
@@ -20,5 +19,3 @@ void enterSandbox();
 /// Whether the rights of the host's root are missing: those of a user namespace reach neither its devices nor
 /// other users.
 bool isWithoutRoot();
-
-#endif

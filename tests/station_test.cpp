@@ -1,10 +1,10 @@
 #include "commands/report.h"
 #include "disks/cloning.h"
-#include "disks/keyHold.h"
+#include "disks/diskLock.h"
 #include "disks/powerDown.h"
+#include "frontend.h"
 #include "inputs/checksum.h"
 #include "loop.h"
-#include "rooms.h"
 
 #include <chrono>
 #include <regex>
@@ -44,7 +44,7 @@ TEST_F(DisksTest, ImageTakesThePlaceOfAllThatWasThere) {
           "'label:dos\\ndisk4:start=63,size=16000\\n' | sfdisk -q image && mke2fs -qE offset=32256 image 7M");
     const Loop loop("disk");
     shell("partx -u " + loop.node()); // here and below, kernels that know no such tables are told
-    const KeyHold hold(loop.disk());
+    const DiskLock hold(loop.disk());
     auto glance = opened("/dev/" + loop.disk().partitionName(2)); // as udev's
     ASSERT_TRUE(glance.isOpen());
     Told told;
@@ -60,7 +60,7 @@ TEST_F(DisksTest, ImageTakesThePlaceOfAllThatWasThere) {
             }
             runForReal("addpart " + loop.node() + " 4 63 16000 2>/dev/null");
         });
-        EXPECT_EQ(outcomeOfCall([&] { readTableAnew(device, loop.disk(), 4); }), "done");
+        EXPECT_EQ(outcomeOfCall([&] { rereadPartitionTable(device, loop.disk(), 4); }), "done");
         EXPECT_EQ(partitionSize(loop.disk(), 4), 16000U * 512);
         end.join();
     }
@@ -76,7 +76,7 @@ TEST_F(DisksTest, WhatAnImageCannotBeWrittenTo) {
     for (const auto& row : rows("erasing")) {
         shell("rm -f disk; truncate -s " + row[0] + " disk");
         const Loop loop("disk", 0, static_cast<unsigned>(std::stoul(row[1])));
-        EXPECT_EQ(objectionToErasing(loop.disk(), "init1.img", std::stoull(row[2])), row[3]);
+        EXPECT_EQ(eraseIneligibilityReason(loop.disk(), "init1.img", std::stoull(row[2])), row[3]);
     }
 }
 

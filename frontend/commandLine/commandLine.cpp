@@ -39,7 +39,7 @@ void addUpdates(CLI::App& command, JobChoices& job) {
         ->type_name("DIR");
     command.add_option("FILE", job.files, "Update files and directories of them, by their paths below DIR")
         ->required();
-    command.add_flag("--keep", job.keep, "Leave the job's workplace, and name it");
+    command.add_flag("--keep", job.keep, "Leave the job directory, and name it");
 }
 
 void addJobOptions(CLI::App& command, JobChoices& job) {
@@ -59,7 +59,7 @@ void addPlatform(CLI::App& command, std::string& platform) {
 }
 
 void addWork(CLI::App& command, std::string& work) {
-    command.add_option("--work", work, "Make the workplace here (default: TMPDIR, or /var/tmp)")
+    command.add_option("--work", work, "Make the job directory here (default: TMPDIR, or /var/tmp)")
         ->type_name("DIR");
 }
 
@@ -89,7 +89,7 @@ void requireValues(const CLI::App& command) {
         for (const auto& value : option->results()) {
             if (option->nonpositional() && (value.empty() || value.rfind("--", 0) == 0)) {
                 throw Refusal(option->get_name() + " takes a value" +
-                              (value.empty() ? ", which is empty" : ", and " + shown(value) + " is none"));
+                              (value.empty() ? ", which is empty" : ", and " + quote(value) + " is none"));
             }
         }
     }
@@ -110,8 +110,8 @@ constexpr int MOST_JOBS = 10000; // more than there are ports
 /// The whole command line, and what the user has chosen on it.
 class CommandLine {
 public:
-    explicit CommandLine(const Surroundings& surroundings)
-        : m_surroundings(surroundings), m_app("Makes bootable service media.", "velacreate") {
+    explicit CommandLine(const CallerEnvironment& caller)
+        : m_caller(caller), m_app("Makes bootable service media.", "velacreate") {
         m_app.formatter(std::make_shared<HelpText>());
         m_app.require_subcommand(1);
         m_app.set_version_flag("--version", "velacreate " VELACREATE_VERSION, "Print the version and exit");
@@ -154,7 +154,7 @@ private:
 
     void addIso() {
         auto& command = add("iso", "Make a bootable ISO image");
-        call(command, [this] { return makeIso(m_iso, m_surroundings); });
+        call(command, [this] { return makeIso(m_iso, m_caller); });
         addJobOptions(command, m_iso.job);
         command.add_option("--output", m_iso.output, "The image, a name that ends in .iso")
             ->required()
@@ -169,7 +169,7 @@ private:
         auto& command = add("usb", "Fill bootable USB keys");
         call(command, [this, &command] {
             requireOneOf(command, {"--device", "--all", "--image"});
-            return makeUsbKey(m_usb, m_surroundings);
+            return makeUsbKey(m_usb, m_caller);
         });
         addJobOptions(command, m_usb.job);
         command.add_option("--device", m_usb.devices, "The key, a whole disk; may be given several times")
@@ -196,8 +196,8 @@ private:
     }
 
     void addPxe() {
-        auto& command = add("pxe", "Make a network-boot package");
-        call(command, [this] { return makePxePackage(m_pxe, m_surroundings); });
+        auto& command = add("pxe", "Make a network-boot directory");
+        call(command, [this] { return makeNetbootDirectory(m_pxe, m_caller); });
         addJobOptions(command, m_pxe.job);
         command.add_option("--output", m_pxe.output, "The package's directory")->required()->type_name("DIR");
         command.add_flag("--force", m_pxe.force, "Replace a package that is there");
@@ -205,7 +205,7 @@ private:
 
     void addBurn() {
         auto& command = add("burn", "Burn an image to a CD or DVD");
-        call(command, [this] { return burn(m_burn, m_surroundings); });
+        call(command, [this] { return burn(m_burn, m_caller); });
         command.add_option("IMAGE", m_burn.image, "The image")->required();
         command.add_option("DEVICE", m_burn.device, "The drive")->required();
         command.add_flag("--quiet", m_burn.quiet, "Announce no stages");
@@ -224,7 +224,7 @@ private:
             }
             refuseWithout(command, {"--package"}, {"--directory", "--keep", "--platform", "--work"});
             refuseWithout(command, {"--image", "--disc"}, {"--platform"});
-            return verify(m_verify, m_surroundings);
+            return verify(m_verify, m_caller);
         });
         addPackage(command, m_verify.job)
             ->description("The tool package; needed unless a --disc is compared with its image");
@@ -234,7 +234,7 @@ private:
             ->allow_extra_args(false)
             ->type_name("DEVICE");
         command.add_option("--key-image", m_verify.keyImage, "An image of a key")->type_name("FILE");
-        command.add_option("--pxe", m_verify.package, "A network-boot package")->type_name("DIR");
+        command.add_option("--pxe", m_verify.package, "A network-boot directory")->type_name("DIR");
         command
             .add_option(
                 "--disc", m_verify.disc,
@@ -248,7 +248,7 @@ private:
     void addServe() {
         auto& command = add("serve", "Boot machines on a network from a package");
         call(command, [this] { return serve(m_serve); });
-        command.add_option("DIR", m_serve.directory, "The network-boot package")->required();
+        command.add_option("DIR", m_serve.directory, "The network-boot directory")->required();
         command.add_option("--interface", m_serve.interface, "The network port that the machines are on")
             ->required()
             ->type_name("IF");
@@ -289,7 +289,7 @@ private:
         try {
             return *m_app.get_subcommand(name);
         } catch (const CLI::OptionNotFound&) {
-            throw Refusal("there is no command " + shown(name) + "; see velacreate --help");
+            throw Refusal("there is no command " + quote(name) + "; see velacreate --help");
         }
     }
 
@@ -318,7 +318,7 @@ private:
     /// What nobody knows is named before what is missing, which may be but mistyped.
     [[noreturn]] void refuse(const CLI::ParseError& error) const {
         if (const auto early = m_app.remaining(); !early.empty() && !m_app.get_subcommands().empty()) {
-            throw Refusal("the option " + shown(early.front()) + " stands behind the command, if it has one");
+            throw Refusal("the option " + quote(early.front()) + " stands behind the command, if it has one");
         }
         const auto chosen = m_app.get_subcommands();
         const auto& command = chosen.empty() ? m_app : *chosen.front();
@@ -330,16 +330,16 @@ private:
         const auto option = std::find_if(strange.begin(), strange.end(), isOption);
         const bool isAfterNoCommand = chosen.empty() && option != strange.begin();
         if (option != strange.end() && !isAfterNoCommand) {
-            throw Refusal("there is no option " + shown(option->substr(0, option->find('='))) + see);
+            throw Refusal("there is no option " + quote(option->substr(0, option->find('='))) + see);
         }
         if (!strange.empty()) {
             throw Refusal((chosen.empty() ? "there is no command " : "nothing can be made of ") +
-                          shown(strange.front()) + see);
+                          quote(strange.front()) + see);
         }
         throw Refusal((chosen.empty() ? "a command is missing" : meaningOf(error)) + see);
     }
 
-    const Surroundings& m_surroundings;
+    const CallerEnvironment& m_caller;
     CLI::App m_app;
     std::function<int()> m_run;
     IsoChoices m_iso;
@@ -355,8 +355,8 @@ private:
 
 } // namespace
 
-int runCommandLine(int argc, char** argv, const Surroundings& surroundings) {
-    return CommandLine(surroundings).run(argc, argv);
+int runCommandLine(int argc, char** argv, const CallerEnvironment& caller) {
+    return CommandLine(caller).run(argc, argv);
 }
 
 } // namespace velacreate

@@ -1,17 +1,14 @@
 /// @file
 /// From the arguments to a command and the user's choices for it.
-#ifndef VELACREATE_COMMANDLINE_H
-#define VELACREATE_COMMANDLINE_H
+#pragma once
 
-#include "job/cleanStart.h"
+#include "job/callerEnvironment.h"
 
 namespace velacreate {
 
 /// Runs the command that the arguments name, or shows help.
 /// @return the exit status
 /// @throw Refusal when the arguments make no sense; what the command throws
-int runCommandLine(int argc, char** argv, const Surroundings& surroundings);
+int runCommandLine(int argc, char** argv, const CallerEnvironment& caller);
 
 } // namespace velacreate
-
-#endif

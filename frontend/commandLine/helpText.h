@@ -1,7 +1,6 @@
 /// @file
 /// The look of the help that --help shows.
-#ifndef VELACREATE_HELPTEXT_H
-#define VELACREATE_HELPTEXT_H
+#pragma once
 
 #include <CLI/CLI.hpp>
 
@@ -20,5 +19,3 @@ public:
 };
 
 } // namespace velacreate
-
-#endif

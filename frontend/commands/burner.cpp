@@ -3,10 +3,10 @@
 #include "commands/comparison.h"
 #include "commands/mediumJob.h"
 #include "disks/discDrive.h"
+#include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
 #include "job/stagePauses.h"
-#include "job/watcher.h"
-#include "job/workplace.h"
+#include "job/supervisor.h"
 #include "medium/isoImage.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
@@ -28,14 +28,14 @@ const std::string IMAGE = "image.iso"; // in the launchers' folder
 
 Descriptor openImage(const std::string& path) {
     if (path.size() < 4 || path.compare(path.size() - 4, 4, ".iso") != 0) {
-        throw Refusal(shown(path) + " does not end in .iso");
+        throw Refusal(quote(path) + " does not end in .iso");
     }
     Descriptor image(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (!image.isOpen()) {
-        throw Refusal(withError(shown(path)));
+        throw Refusal(SystemError().about(quote(path)));
     }
     if (!S_ISREG(image.status().st_mode)) {
-        throw Refusal(shown(path) + " is not a file");
+        throw Refusal(quote(path) + " is not a file");
     }
     requireWholeIsoImage(image, path);
     return image;
@@ -50,7 +50,7 @@ bool isPlain(const std::string& device) {
 
 /// The name goes into a command as it is, and is taken by a program that stands elsewhere.
 void requireDevice(const std::string& device) {
-    const std::string what = "the drive " + shown(device);
+    const std::string what = "the drive " + quote(device);
     const std::string standIn = "stdio:";
     if (!isPlain(device)) {
         throw Refusal(what + " has a character in its name that no command can carry");
@@ -63,13 +63,13 @@ void requireDevice(const std::string& device) {
     }
     struct stat about {};
     if (stat(device.c_str(), &about) != 0) {
-        throw Refusal(withError(what));
+        throw Refusal(SystemError().about(what));
     }
     if (!S_ISBLK(about.st_mode)) {
         throw Refusal(what + " is no drive");
     }
     if (access(device.c_str(), R_OK | W_OK) != 0) {
-        throw Refusal("burning needs the right to write to " + shown(device) +
+        throw Refusal("burning needs the right to write to " + quote(device) +
                       " (root has it, and the group of the drive)");
     }
 }
@@ -77,7 +77,7 @@ void requireDevice(const std::string& device) {
 void requireDisc(const std::string& device) {
     const DiscDrive drive(device);
     if (drive.isReadOnly()) {
-        throw Refusal("the drive " + shown(device) + " cannot burn discs");
+        throw Refusal("the drive " + quote(device) + " cannot burn discs");
     }
     if (const auto lack = drive.lacksDisc(); !lack.empty()) {
         throw Refusal(lack);
@@ -89,7 +89,7 @@ void requireAnswer(const std::string& device, const Toolkit& toolkit) {
     const auto check = toolkit.runBurner({"dev=" + device, "-checkdrive"});
     if (check.status != 0) {
         const auto reason = reasonIn(check.output);
-        throw Refusal("the drive " + shown(device) + " cannot be used" +
+        throw Refusal("the drive " + quote(device) + " cannot be used" +
                       (reason.empty() ? "" : ": " + reason));
     }
 }
@@ -97,21 +97,21 @@ void requireAnswer(const std::string& device, const Toolkit& toolkit) {
 int makeDisc(const Descriptor& image, const std::string& path, const std::string& device, bool isQuiet,
              bool keepPauses, const Toolkit& toolkit, Reporter& reporter) {
     const auto again = openAgain(image, path);
-    enterWorkplace();
+    enterJobDirectory();
     watchStages([&reporter](const std::string& stage) { reporter.stage(stage); }, keepPauses);
     toolkit.copyHere();
     placeFile(again, path, IMAGE);
     LibraryLogger logger(reporter);
     VelaCreation::BootableISO builder(logger);
     reporter.burning();
-    return withToolsWords(builder.BurnISO(IMAGE, device, "", !isQuiet), reporter);
+    return reportToolError(builder.BurnISO(IMAGE, device, "", !isQuiet), reporter);
 }
 
 /// @return refused, when the disc is out of reach
 Outcome compareBurnt(const std::string& device, const Descriptor& image, const HeldSignals& signals,
                      Console& console) {
     if (!DiscDrive::isNode(device)) {
-        return {EXIT_REFUSED, shown(device) + " names no file that it could be read by", {}, false, 0};
+        return {EXIT_REFUSED, quote(device) + " names no file that it could be read by", {}, false, 0};
     }
     try {
         return compareWithImage(DiscDrive(device), image, signals, console);
@@ -130,8 +130,8 @@ std::string asShellWord(const std::string& text) {
 
 } // namespace
 
-Burner::Burner(std::string device, const Surroundings& surroundings)
-    : m_device(std::move(device)), m_toolkit(surroundings.toolkit), m_scratch("", surroundings) {
+Burner::Burner(std::string device, const CallerEnvironment& caller)
+    : m_device(std::move(device)), m_toolkit(caller.toolkit), m_scratch("", caller) {
     requireDevice(m_device);
     if (m_toolkit.isOwn()) {
         requirePrograms({"wodim"});
@@ -145,18 +145,19 @@ Burner::Burner(std::string device, const Surroundings& surroundings)
 int Burner::burn(const std::string& path, bool isQuiet, bool verify, const ShowChoices& show) const {
     const auto image = openImage(path);
     if (DiscDrive::isFile(m_device, image.status())) {
-        throw Refusal("the drive " + shown(m_device) + " is the image itself");
+        throw Refusal("the drive " + quote(m_device) + " is the image itself");
     }
     const auto absolute = absolutePath(path);
     auto console = openConsole(show, absolute);
     const std::string medium = "the disc in " + m_device;
-    console.say("Burning " + shown(path) + " to " + m_device);
+    console.say("Burning " + quote(path) + " to " + m_device);
     const HeldSignals signals;
-    const Workplace workplace(m_scratch.directory(), m_scratch.path());
+    const JobDirectory jobDirectory(m_scratch.directory(), m_scratch.path());
     const auto work = [&](Reporter& reporter) {
         return makeDisc(image, absolute, m_device, isQuiet, show.pauses, m_toolkit, reporter);
     };
-    const auto outcome = watch({{medium, workplace.directory().number(), work}}, 1, signals, console).front();
+    const auto outcome =
+        supervise({{medium, jobDirectory.directory().number(), work}}, 1, signals, console).front();
     const auto size = sizeText(static_cast<std::uint64_t>(image.status().st_size));
     const int status = conclude(console, outcome, medium, size);
     if (status != 0 || !verify) {
@@ -172,9 +173,8 @@ int Burner::burn(const std::string& path, bool isQuiet, bool verify, const ShowC
     return 0;
 }
 
-int burn(const BurnChoices& choices, const Surroundings& surroundings) {
-    return Burner(choices.device, surroundings)
-        .burn(choices.image, choices.quiet, choices.verify, choices.show);
+int burn(const BurnChoices& choices, const CallerEnvironment& caller) {
+    return Burner(choices.device, caller).burn(choices.image, choices.quiet, choices.verify, choices.show);
 }
 
 } // namespace velacreate

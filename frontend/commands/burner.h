@@ -1,7 +1,6 @@
 /// @file
 /// A drive that burns discs.
-#ifndef VELACREATE_BURNER_H
-#define VELACREATE_BURNER_H
+#pragma once
 
 #include "commands/commands.h"
 #include "commands/scratch.h"
@@ -16,7 +15,7 @@ public:
     /// @param device  as cdrecord's dev= takes it
     /// @throw Refusal when nothing could be burned with it, as far as that can be known beforehand: by the
     /// kernel, and by the burner
-    Burner(std::string device, const Surroundings& surroundings);
+    Burner(std::string device, const CallerEnvironment& caller);
 
     /// Burns an image.
     /// @param verify  whether the disc is read back, where the drive takes it in again; else the user is told
@@ -31,5 +30,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

@@ -1,9 +1,8 @@
 /// @file
 /// The commands of velacreate and what a user may choose for each. Every command returns the exit status.
-#ifndef VELACREATE_COMMANDS_H
-#define VELACREATE_COMMANDS_H
+#pragma once
 
-#include "job/cleanStart.h"
+#include "job/callerEnvironment.h"
 
 #include <string>
 #include <vector>
@@ -68,7 +67,7 @@ struct VerifyChoices {
     std::string image;
     std::vector<std::string> devices;
     std::string keyImage;
-    std::string package; ///< a network-boot package's directory
+    std::string package; ///< a network-boot directory
     std::string disc;
     std::string platform = "linux";
     std::string work;
@@ -83,15 +82,13 @@ struct ServeChoices {
     ShowChoices show;
 };
 
-int makeIso(const IsoChoices& choices, const Surroundings& surroundings);
-int makeUsbKey(const UsbChoices& choices, const Surroundings& surroundings);
-int makePxePackage(const PxeChoices& choices, const Surroundings& surroundings);
-int burn(const BurnChoices& choices, const Surroundings& surroundings);
-int verify(const VerifyChoices& choices, const Surroundings& surroundings);
+int makeIso(const IsoChoices& choices, const CallerEnvironment& caller);
+int makeUsbKey(const UsbChoices& choices, const CallerEnvironment& caller);
+int makeNetbootDirectory(const PxeChoices& choices, const CallerEnvironment& caller);
+int burn(const BurnChoices& choices, const CallerEnvironment& caller);
+int verify(const VerifyChoices& choices, const CallerEnvironment& caller);
 int serve(const ServeChoices& choices);
 int identify(const std::string& device);
 int listDisks(bool json);
 
 } // namespace velacreate
-
-#endif

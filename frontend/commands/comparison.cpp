@@ -38,30 +38,30 @@ int tellDifferences(const std::vector<std::string>& differences, const Reporter&
 }
 
 MediumJob comparingJob(const std::string& medium, const Descriptor& directory, const Compare& compare,
-                       Deed deed) {
+                       JobKind kind) {
     const auto work = [compare, &directory](Reporter& reporter) {
         return tellDifferences(compare(directory, reporter), reporter);
     };
-    return {medium, directory.number(), work, {}, nullptr, deed};
+    return {medium, directory.number(), work, {}, nullptr, kind};
 }
 
 } // namespace
 
 std::vector<Outcome> compareMedia(const Comparisons& all, const std::vector<ComparedMedium>& media) {
-    Workplace stock(all.scratch.directory(), all.scratch.path());
-    auto taken = takeIntoStock(stock, all.inputs, all.signals, all.console,
-                               [](const Descriptor& /*stock*/, Reporter& reporter) { unpack(reporter); });
-    taken.deed = Deed::verifying;
+    JobDirectory sharedStaging(all.scratch.directory(), all.scratch.path());
+    auto taken = stageShared(sharedStaging, all.inputs, all.signals, all.console,
+                             [](const Descriptor& /*staged*/, Reporter& reporter) { unpack(reporter); });
+    taken.kind = JobKind::verifying;
     std::vector<Outcome> outcomes(media.size(), taken);
     if (taken.status == 0) {
         std::vector<MediumJob> jobs;
         jobs.reserve(media.size());
         for (const auto& [name, compare] : media) {
-            jobs.push_back(comparingJob(name, stock.directory(), compare, Deed::verifying));
+            jobs.push_back(comparingJob(name, sharedStaging.directory(), compare, JobKind::verifying));
         }
-        outcomes = watch(jobs, jobs.size(), all.signals, all.console);
+        outcomes = supervise(jobs, jobs.size(), all.signals, all.console);
     }
-    leave(all.choices, stock, all.console);
+    leave(all.choices, sharedStaging, all.console);
     return outcomes;
 }
 
@@ -69,12 +69,12 @@ OpenMedium openToCompare(const std::string& kind, const std::string& path, mode_
     auto absolute = absolutePath(path);
     Descriptor file(open(absolute.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!file.isOpen()) {
-        throw Refusal(withError(shown(path)));
+        throw Refusal(SystemError().about(quote(path)));
     }
     if ((file.status().st_mode & S_IFMT) != type) {
-        throw Refusal(shown(path) + " is not a " + (type == S_IFDIR ? "directory" : "file"));
+        throw Refusal(quote(path) + " is not a " + (type == S_IFDIR ? "directory" : "file"));
     }
-    return {kind + " " + shown(absolute), absolute, std::move(file)};
+    return {kind + " " + quote(absolute), absolute, std::move(file)};
 }
 
 int compareAlone(const JobChoices& choices, const Inputs& inputs, const ScratchDirectory& scratch,
@@ -91,13 +91,13 @@ int compareAlone(const JobChoices& choices, const Inputs& inputs, const ScratchD
 Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const HeldSignals& signals,
                          Console& console) {
     const Descriptor anywhere(open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC)); // nothing is written
-    const auto compare = [&](const Descriptor& /*stock*/, Reporter& reporter) {
+    const auto compare = [&](const Descriptor& /*staged*/, Reporter& reporter) {
         const auto disc = takeDisc(drive, reporter);
         const auto size = static_cast<std::uint64_t>(image.status().st_size);
         return compareDisc(image, disc, beginReadingBack(size, reporter));
     };
-    const auto job = comparingJob("the disc in " + drive.name(), anywhere, compare, Deed::comparing);
-    return watch({job}, 1, signals, console).front();
+    const auto job = comparingJob("the disc in " + drive.name(), anywhere, compare, JobKind::comparing);
+    return supervise({job}, 1, signals, console).front();
 }
 
 Advance beginReadingBack(std::uint64_t size, Reporter& reporter) {

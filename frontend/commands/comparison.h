@@ -1,7 +1,6 @@
 /// @file
 /// Media that are only compared.
-#ifndef VELACREATE_COMPARISON_H
-#define VELACREATE_COMPARISON_H
+#pragma once
 
 #include "commands/commands.h"
 #include "commands/mediumJob.h"
@@ -15,10 +14,10 @@
 namespace velacreate {
 
 /// Run in a job's process.
-/// @param stock  the directory of what was taken in
+/// @param staged the directory of what was taken in
 /// @return a line for each difference
 /// @throw Refusal or Failure when the medium cannot be compared
-using Compare = std::function<std::vector<std::string>(const Descriptor& stock, Reporter& reporter)>;
+using Compare = std::function<std::vector<std::string>(const Descriptor& staged, Reporter& reporter)>;
 
 /// A medium that is compared with what would be made now.
 struct ComparedMedium {
@@ -40,7 +39,7 @@ struct Comparisons {
 /// @return their outcomes, in order; when taking in has failed, each is that
 std::vector<Outcome> compareMedia(const Comparisons& all, const std::vector<ComparedMedium>& media);
 
-/// An image, a network-boot package or the like that is compared alone.
+/// An image, a network-boot directory or the like that is compared alone.
 struct OpenMedium {
     std::string name; ///< such as "the image '/x/i.iso'"
     std::string path;
@@ -71,5 +70,3 @@ Advance beginReadingBack(std::uint64_t size, Reporter& reporter);
 Descriptor takeDisc(const DiscDrive& drive, Reporter& reporter);
 
 } // namespace velacreate
-
-#endif

@@ -17,7 +17,7 @@ std::string tableOf(const std::vector<Key>& keys) {
     for (const auto& key : keys) {
         const auto& about = key.about;
         table.add({key.disk.node(), about.port, about.name(), about.serial, sizeText(about.size),
-                   contentOf(key.disk), placesText(mountedPlaces(key.disk)), key.objection});
+                   contentOf(key.disk), placesText(mountedPlaces(key.disk)), key.ineligibility});
     }
     return table.text();
 }

@@ -1,11 +1,10 @@
 /// @file
 /// The question that comes before a key is changed.
-#ifndef VELACREATE_CONSENT_H
-#define VELACREATE_CONSENT_H
+#pragma once
 
 #include "commands/commands.h"
 #include "commands/keys.h"
-#include "job/watcher.h"
+#include "job/supervisor.h"
 
 #include <vector>
 
@@ -17,5 +16,3 @@ namespace velacreate {
 int askForConsent(const std::vector<Key>& keys, const UsbChoices& choices, const HeldSignals& signals);
 
 } // namespace velacreate
-
-#endif

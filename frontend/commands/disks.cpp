@@ -43,10 +43,10 @@ VelaCreation::_USBDATA askLibrary(const Disk& disk) {
 struct Listed {
     explicit Listed(Disk listed)
         : disk(std::move(listed)), about(describe(disk)), content(contentOf(disk)),
-          mounted(mountedPlaces(disk)), reason(objection(disk, false)),
+          mounted(mountedPlaces(disk)), reason(ineligibilityReason(disk, false)),
           needsErase(!lacksPartition(disk).empty()) {
         if (reason.empty() && needsErase) {
-            reason = objectionToErasing(disk, "", 0);
+            reason = eraseIneligibilityReason(disk, "", 0);
         }
     }
 
@@ -120,7 +120,8 @@ int identify(const std::string& device) {
               << '\n';
     const int result = flushed();
     if (access(disk.node().c_str(), R_OK) != 0) {
-        std::cerr << "velacreate: " << withError(disk.node() + " cannot be read, so not all is detected")
+        std::cerr << "velacreate: "
+                  << SystemError().about(disk.node() + " cannot be read, so not all is detected")
                   << std::endl;
     }
     return result;

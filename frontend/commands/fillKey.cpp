@@ -5,8 +5,8 @@
 #include "disks/fatVolume.h"
 #include "disks/sysfs.h"
 #include "inputs/jobNames.h"
+#include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
-#include "job/workplace.h"
 #include "medium/readBack.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
@@ -50,7 +50,7 @@ std::string deviceForLibrary(const KeyJob& job, const Descriptor& image) {
     }
     if (symlink(node.c_str(), KEY_LINK.c_str()) != 0 ||
         symlink(partition.c_str(), (KEY_LINK + "4").c_str()) != 0) {
-        throw Failure(withError("no links to the key"));
+        throw Failure(SystemError().about("no links to the key"));
     }
     return KEY_LINK;
 }
@@ -66,9 +66,9 @@ bool isKeyMounted(const KeyJob& job) {
     return isOnFat(place, device) && (disk || isLoopOver(device, job.target.open));
 }
 
-std::vector<std::string> strangersOn(const KeyJob& job) {
+std::vector<std::string> unexpectedFilesOn(const KeyJob& job) {
     const auto mount = mountToRead(job.target);
-    return beyond(job.inputs.contents.tree, mount.open());
+    return unexpectedFiles(job.inputs.contents.tree, mount.open());
 }
 
 /// Files that this job would not write could not stay on the key: another machine would take them for its
@@ -76,7 +76,7 @@ std::vector<std::string> strangersOn(const KeyJob& job) {
 int decideFormat(const KeyJob& job, BootableUSB& builder, bool& format, const Reporter& reporter) {
     const Descriptor partition(open(job.target.disk->keyPartitionNode().c_str(), O_RDONLY | O_CLOEXEC));
     if (!partition.isOpen()) {
-        throw Failure(withError(job.target.disk->keyPartitionNode()));
+        throw Failure(SystemError().about(job.target.disk->keyPartitionNode()));
     }
     if (!holdsFat(partition, 0)) {
         reporter.message(2, "The key holds no FAT file system, hence it is formatted");
@@ -84,29 +84,29 @@ int decideFormat(const KeyJob& job, BootableUSB& builder, bool& format, const Re
         return 0;
     }
     const int result = builder.isBootable(format);
-    if (result == 0 && !format && !strangersOn(job).empty()) {
+    if (result == 0 && !format && !unexpectedFilesOn(job).empty()) {
         reporter.message(2, "The key holds files that are not of this job, hence it is formatted");
         format = true;
     }
     return result;
 }
 
-void tellOfStrangers(const KeyJob& job, const Reporter& reporter) {
-    if (const auto count = strangersOn(job).size(); count != 0) {
+void noteUnexpectedFiles(const KeyJob& job, const Reporter& reporter) {
+    if (const auto count = unexpectedFilesOn(job).size(); count != 0) {
         reporter.note("the key keeps " + std::to_string(count) +
                       (count == 1 ? " file or directory that is" : " files and directories that are") +
                       " not of this job");
     }
 }
 
-int readBack(const KeyJob& job, int workplace, Reporter& reporter) {
+int readBack(const KeyJob& job, int jobDirectory, Reporter& reporter) {
     reporter.stage("Reading back", job.inputs.contents.size());
     const auto mount = mountToRead(job.target);
     const auto top = mount.open();
     const auto& tree = job.inputs.contents.tree;
-    const auto kept = job.choices.format == "never" ? beyond(tree, top) : std::vector<std::string>{};
-    const auto differences =
-        compareDirectory(workplace, tree, top, kept, [&](std::uint64_t bytes) { reporter.advance(bytes); });
+    const auto kept = job.choices.format == "never" ? unexpectedFiles(tree, top) : std::vector<std::string>{};
+    const auto differences = compareDirectory(jobDirectory, tree, top, kept,
+                                              [&](std::uint64_t bytes) { reporter.advance(bytes); });
     return judge(differences, reporter);
 }
 
@@ -115,7 +115,7 @@ void hideStatusFile(BootableUSB& builder) {
     const auto directory = std::filesystem::path(builder.getErrorMessageFilePath()).parent_path();
     if (exists(directory) &&
         mount("tmpfs", directory.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=1m") != 0) {
-        throw Failure(withError(shown(directory)));
+        throw Failure(SystemError().about(quote(directory)));
     }
 }
 
@@ -128,7 +128,7 @@ int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) 
         return EXIT_UNFINISHED;
     });
     KeyBuilder builder(logger);
-    if (!job.isOfOne) {
+    if (!job.isOnly) {
         hideStatusFile(builder);
     }
     bool isInitialized = false;
@@ -139,7 +139,7 @@ int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) 
         result = makeNewKey(*job.target.disk, job.target.open, cloneImageFor(describe(*job.target.disk).size),
                             builder, logger, reporter);
     } else if (result == 0 && job.choices.format == "never") {
-        tellOfStrangers(job, reporter);
+        noteUnexpectedFiles(job, reporter);
     } else if (result == 0 && !format) {
         result = decideFormat(job, builder, format, reporter);
     }
@@ -147,7 +147,7 @@ int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) 
         reporter.changing();
         result = builder.CreateUSBKey(format);
     }
-    return withToolsWords(result, reporter);
+    return reportToolError(result, reporter);
 }
 
 /// Then the tools' own words may be any, even that there is no space left. They may fail a moment before the
@@ -163,16 +163,16 @@ bool isGone(const KeyJob& job) {
     return !exists(directory);
 }
 
-int fillAndReadBack(const KeyJob& job, const Descriptor& image, const Descriptor& workplace,
+int fillAndReadBack(const KeyJob& job, const Descriptor& image, const Descriptor& jobDirectory,
                     Reporter& reporter) {
     if (const int result = runWorkflow(job, image, reporter); result != 0) {
         return result;
     }
     reporter.stage("Writing out");
     if (fsync(job.target.open.number()) != 0) {
-        throw Failure(withError("the key could not take all that was written"));
+        throw Failure(SystemError().about("the key could not take all that was written"));
     }
-    return job.choices.job.verify ? readBack(job, workplace.number(), reporter) : 0;
+    return job.choices.job.verify ? readBack(job, jobDirectory.number(), reporter) : 0;
 }
 
 } // namespace
@@ -182,11 +182,11 @@ int fillKey(const KeyJob& job, Reporter& reporter) {
         throw Refusal("a key needs mounts of its own, and this machine does not grant them");
     }
     const auto image = job.target.disk ? Descriptor() : openAgain(job.target.open, job.target.imagePath);
-    linkContents(job.stock, job.workplace, LAUNCHERS_NAME);
-    const auto workplace = enterWorkplaceOfLibrary(job.choices.job.show.pauses, reporter);
+    linkContents(job.staged, job.jobDirectory, LIBRARY_FOLDER);
+    const auto jobDirectory = enterLibraryFolder(job.choices.job.show.pauses, reporter);
     int result = 0;
     try {
-        result = fillAndReadBack(job, image, workplace, reporter);
+        result = fillAndReadBack(job, image, jobDirectory, reporter);
     } catch (const Failure& failure) {
         reporter.reason(failure.what());
         result = EXIT_UNFINISHED;
@@ -194,7 +194,7 @@ int fillKey(const KeyJob& job, Reporter& reporter) {
     if (result != 0 && isGone(job)) {
         reporter.reason("the key was pulled out");
     }
-    tidyUp(job.choices.job, workplace); // also of what failed: others may need the space
+    tidyUp(job.choices.job, jobDirectory); // also of what failed: others may need the space
     return result;
 }
 

@@ -32,7 +32,7 @@ void ImageChecksum::writeTo(const std::string& path, const std::string& name, Re
     if (!file.isOpen() ||
         write(file.number(), line.data(), line.size()) != static_cast<ssize_t>(line.size()) ||
         fsync(file.number()) != 0) {
-        throw Failure(withError("the checksum cannot be written"));
+        throw Failure(SystemError().about("the checksum cannot be written"));
     }
 }
 

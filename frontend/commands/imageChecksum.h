@@ -1,7 +1,6 @@
 /// @file
 /// The checksum that stands beside an image.
-#ifndef VELACREATE_IMAGECHECKSUM_H
-#define VELACREATE_IMAGECHECKSUM_H
+#pragma once
 
 #include "job/reporter.h"
 
@@ -30,5 +29,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

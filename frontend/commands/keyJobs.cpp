@@ -13,13 +13,13 @@ namespace velacreate {
 
 namespace {
 
-const std::string SUMS = std::string(LAUNCHERS_NAME) + "/sums";
+const std::string SUMS = std::string(LIBRARY_FOLDER) + "/sums";
 
-void writeSums(const UpdateFiles& updates, const Descriptor& stock) {
+void writeSums(const UpdateFiles& updates, const Descriptor& staged) {
     std::ofstream sums(SUMS);
     for (const auto& [place, entry] : updates.entries()) {
         if (!entry.isDirectory) {
-            const auto file = openBeneath(stock.number(), place, O_RDONLY);
+            const auto file = openBeneath(staged.number(), place, O_RDONLY);
             sums << sha256Of(file) << place << '\n';
         }
     }
@@ -28,10 +28,10 @@ void writeSums(const UpdateFiles& updates, const Descriptor& stock) {
     }
 }
 
-UpdateSums readSums(const Descriptor& stock) {
+UpdateSums readSums(const Descriptor& staged) {
     constexpr std::size_t LENGTH = 64; // of a sum
     UpdateSums sums;
-    const auto file = openBeneath(stock.number(), SUMS, O_RDONLY);
+    const auto file = openBeneath(staged.number(), SUMS, O_RDONLY);
     std::ifstream lines(file.path());
     if (!file.isOpen() || !lines) {
         throw Failure("the sums of the update files were not kept");
@@ -45,37 +45,37 @@ UpdateSums readSums(const Descriptor& stock) {
 } // namespace
 
 std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, UpdateSums* sums) {
-    Workplace stock(jobs.scratch.directory(), jobs.scratch.path());
-    const auto taken = takeIntoStock(stock, jobs.inputs, jobs.signals, jobs.console,
-                                     [&](const Descriptor& here, Reporter& reporter) {
-                                         if (sums != nullptr) {
-                                             reporter.stage("Summing up the files");
-                                             writeSums(jobs.inputs.updates, here);
-                                         }
-                                     });
+    JobDirectory sharedStaging(jobs.scratch.directory(), jobs.scratch.path());
+    const auto taken = stageShared(sharedStaging, jobs.inputs, jobs.signals, jobs.console,
+                                   [&](const Descriptor& here, Reporter& reporter) {
+                                       if (sums != nullptr) {
+                                           reporter.stage("Summing up the files");
+                                           writeSums(jobs.inputs.updates, here);
+                                       }
+                                   });
     if (taken.status != 0) {
-        leave(jobs.choices.job, stock, jobs.console);
+        leave(jobs.choices.job, sharedStaging, jobs.console);
         std::vector<Outcome> none(tasks.size(), taken);
         return none;
     }
     if (sums != nullptr) {
-        *sums = readSums(stock.directory());
+        *sums = readSums(sharedStaging.directory());
     }
 
-    std::deque<Workplace> workplaces;
+    std::deque<JobDirectory> jobDirectories;
     std::vector<MediumJob> mediumJobs;
     for (const auto& task : tasks) {
-        const auto& workplace = workplaces.emplace_back(jobs.scratch.directory(), jobs.scratch.path());
-        const KeyJob job{jobs.choices,          jobs.inputs, stock.directory(),
-                         workplace.directory(), task.target, jobs.isOfOne};
-        mediumJobs.push_back({task.medium, workplace.directory().number(),
+        const auto& jobDirectory = jobDirectories.emplace_back(jobs.scratch.directory(), jobs.scratch.path());
+        const KeyJob job{jobs.choices, jobs.inputs, sharedStaging.directory(), jobDirectory.directory(),
+                         task.target,  jobs.isOnly};
+        mediumJobs.push_back({task.medium, jobDirectory.directory().number(),
                               [job](Reporter& reporter) { return fillKey(job, reporter); }, task.gauges,
                               task.ended});
     }
     const auto atOnce = jobs.choices.jobs != 0 ? jobs.choices.jobs : tasks.size();
-    auto outcomes = watch(mediumJobs, atOnce, jobs.signals, jobs.console);
-    for (auto& workplace : workplaces) {
-        leave(jobs.choices.job, workplace, jobs.console); // in the order of the keys
+    auto outcomes = supervise(mediumJobs, atOnce, jobs.signals, jobs.console);
+    for (auto& jobDirectory : jobDirectories) {
+        leave(jobs.choices.job, jobDirectory, jobs.console); // in the order of the keys
     }
     return outcomes;
 }

@@ -1,7 +1,6 @@
 /// @file
 /// Keys made side by side from what is taken in once.
-#ifndef VELACREATE_KEYJOBS_H
-#define VELACREATE_KEYJOBS_H
+#pragma once
 
 #include "commands/fillKey.h"
 #include "commands/report.h"
@@ -21,7 +20,7 @@ struct KeyJobs {
     const ScratchDirectory& scratch;
     const HeldSignals& signals;
     Console& console;
-    bool isOfOne; ///< whether no other key was named in this call
+    bool isOnly; ///< whether no other key was named in this call
 };
 
 /// One of them, and what is to be shown of it.
@@ -38,5 +37,3 @@ struct KeyTask {
 std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, UpdateSums* sums);
 
 } // namespace velacreate
-
-#endif

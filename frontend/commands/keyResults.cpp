@@ -40,7 +40,7 @@ void showFailures(const Key& key, const Outcome& outcome, Console& console) {
 std::string tableText(const std::vector<Key>& keys, const std::vector<KeyResult>& results, bool wasReadBack) {
     Table table({"Key", "Port", "Model", "Serial number", "Result"});
     for (std::size_t index = 0; index < keys.size(); ++index) {
-        const auto& [disk, about, hold, objection, isForKeys] = keys[index];
+        const auto& [disk, about, lock, ineligibility, isForKeys] = keys[index];
         const auto& [outcome, addition] = results[index];
         table.add({disk.node(), about.port, about.name(), about.serial,
                    resultText(outcome, wasReadBack) + addition});
@@ -98,8 +98,9 @@ int KeyResults::conclude(const std::vector<Outcome>& ofTaken) {
     std::vector<KeyResult> results;
     auto next = ofTaken.begin();
     for (std::size_t key = 0; key < m_keys.size(); ++key) {
-        const auto outcome =
-            isTaken(m_keys[key]) ? *next++ : Outcome{EXIT_REFUSED, m_keys[key].objection, {}, false, 0};
+        const auto outcome = isSelected(m_keys[key])
+                                 ? *next++
+                                 : Outcome{EXIT_REFUSED, m_keys[key].ineligibility, {}, false, 0};
         if (!m_settled[key]) {
             settle(key, outcome);
         }

@@ -1,7 +1,6 @@
 /// @file
 /// What is kept and said of keys.
-#ifndef VELACREATE_KEYRESULTS_H
-#define VELACREATE_KEYRESULTS_H
+#pragma once
 
 #include "commands/keys.h"
 #include "commands/report.h"
@@ -54,5 +53,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

@@ -1,7 +1,7 @@
 #include "commands/keyTarget.h"
 
 #include "disks/fatVolume.h"
-#include "job/workplace.h"
+#include "job/jobDirectory.h"
 
 namespace velacreate {
 

@@ -1,7 +1,6 @@
 /// @file
 /// What a job works on that fills or reads a key.
-#ifndef VELACREATE_KEYTARGET_H
-#define VELACREATE_KEYTARGET_H
+#pragma once
 
 #include "disks/disks.h"
 #include "job/readOnlyMount.h"
@@ -19,7 +18,7 @@ struct KeyTarget {
     std::string imagePath;    ///< of an image
 };
 
-/// @name In the job's process, when it has entered its workplace
+/// @name In the job's process, when it has entered its job directory
 /// @{
 
 /// Lets the image stand where the job finds it.
@@ -32,5 +31,3 @@ ReadOnlyMount mountToRead(const KeyTarget& target);
 /// @}
 
 } // namespace velacreate
-
-#endif

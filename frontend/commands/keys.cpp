@@ -36,7 +36,7 @@ std::uint64_t capacityOf(const Disk& disk, const std::string& format) {
 void requireErasable(const Key& key, const Inputs& inputs) {
     const auto image = cloneImageFor(key.about.size);
     inputs.package.requireFile(image, "a new key of this size is made from it");
-    refuseFor(key.disk, objectionToErasing(key.disk, image, inputs.package.entries().at(image).size));
+    refuseFor(key.disk, eraseIneligibilityReason(key.disk, image, inputs.package.entries().at(image).size));
     requireFitting(inputs.contents, key.about.size - IMAGE_OFFSET, key.disk.node());
 }
 
@@ -49,16 +49,16 @@ void requireFillable(const Key& key, const std::string& format, const Inputs& in
 }
 
 void object(Key& key, const Refusal& refusal) {
-    key.objection = refusal.what();
-    key.hold.reset();
+    key.ineligibility = refusal.what();
+    key.lock.reset();
 }
 
-Key lookAt(const Disk& disk, const UsbChoices& choices, const Inputs& inputs) {
+Key examined(const Disk& disk, const UsbChoices& choices, const Inputs& inputs) {
     Key key{disk, describe(disk), std::nullopt, "", false};
     try {
-        refuseFor(disk, objection(disk, choices.anyDisk));
+        refuseFor(disk, ineligibilityReason(disk, choices.anyDisk));
         key.isForKeys = true;
-        key.hold.emplace(disk);
+        key.lock.emplace(disk);
         if (choices.erase) {
             requireErasable(key, inputs);
         } else {
@@ -84,7 +84,7 @@ std::vector<Disk> removableMedia() {
 void leaveOutForeign(std::vector<Key>& keys) {
     for (const auto& key : keys) {
         if (!key.isForKeys) {
-            std::cout << "Left out: " << printable(key.objection) << std::endl;
+            std::cout << "Left out: " << printable(key.ineligibility) << std::endl;
         }
     }
     keys.erase(std::remove_if(keys.begin(), keys.end(), [](const Key& key) { return !key.isForKeys; }),
@@ -110,7 +110,7 @@ std::vector<Disk> namedDisks(const std::vector<std::string>& paths) {
 }
 
 std::size_t countTaken(const std::vector<Key>& keys) {
-    return static_cast<std::size_t>(std::count_if(keys.begin(), keys.end(), isTaken));
+    return static_cast<std::size_t>(std::count_if(keys.begin(), keys.end(), isSelected));
 }
 
 std::string mediaText(const std::vector<Key>& keys) {
@@ -122,15 +122,15 @@ std::string mediaText(const std::vector<Key>& keys) {
 }
 
 void requireTakenIfAlone(const std::vector<Key>& keys) {
-    if (keys.size() == 1 && !isTaken(keys.front())) {
-        throw Refusal(keys.front().objection);
+    if (keys.size() == 1 && !isSelected(keys.front())) {
+        throw Refusal(keys.front().ineligibility);
     }
 }
 
 std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs) {
     std::vector<Key> keys;
     for (const auto& disk : choices.all ? removableMedia() : namedDisks(choices.devices)) {
-        keys.push_back(lookAt(disk, choices, inputs));
+        keys.push_back(examined(disk, choices, inputs));
     }
     if (choices.all) {
         leaveOutForeign(keys);
@@ -142,8 +142,8 @@ std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs) {
 void unmountKeys(std::vector<Key>& keys) {
     for (auto& key : keys) {
         try {
-            if (isTaken(key)) {
-                key.hold->unmount();
+            if (isSelected(key)) {
+                key.lock->unmount();
             }
         } catch (const Refusal& refusal) {
             object(key, refusal);

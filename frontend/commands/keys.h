@@ -1,12 +1,11 @@
 /// @file
 /// The keys that a call is about.
-#ifndef VELACREATE_KEYS_H
-#define VELACREATE_KEYS_H
+#pragma once
 
 #include "commands/commands.h"
 #include "commands/mediumJob.h"
+#include "disks/diskLock.h"
 #include "disks/disks.h"
-#include "disks/keyHold.h"
 
 #include <optional>
 #include <string>
@@ -18,9 +17,9 @@ namespace velacreate {
 struct Key {
     Disk disk;
     DiskDescription about;
-    std::optional<KeyHold> hold; ///< unless it is not to be made
-    std::string objection;       ///< a sentence that says why not; empty when it is
-    bool isForKeys;              ///< whether the guard lets it be made a key at all
+    std::optional<DiskLock> lock; ///< unless it is not to be made
+    std::string ineligibility;    ///< a sentence that says why not; empty when it is
+    bool isForKeys;               ///< whether the guard lets it be made a key at all
 };
 
 /// Those that were named, in their order, each looked at by the guard; or every removable medium that the
@@ -34,8 +33,8 @@ std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs);
 std::vector<Disk> namedDisks(const std::vector<std::string>& paths);
 
 /// Whether it is still to be made.
-inline bool isTaken(const Key& key) {
-    return key.objection.empty();
+inline bool isSelected(const Key& key) {
+    return key.ineligibility.empty();
 }
 
 std::size_t countTaken(const std::vector<Key>& keys);
@@ -59,5 +58,3 @@ void requireFitting(const Contents& contents, std::uint64_t capacity, const std:
 std::string cloneImageFor(std::uint64_t size);
 
 } // namespace velacreate
-
-#endif

@@ -2,8 +2,8 @@
 
 #include "inputs/jobNames.h"
 #include "inputs/limits.h"
+#include "job/jobDirectory.h"
 #include "job/stagePauses.h"
-#include "job/workplace.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/sizeText.h"
@@ -24,13 +24,13 @@ namespace {
 void flush(const std::string& path) {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (!file.isOpen()) {
-        throw Failure(withError(shown(path)));
+        throw Failure(SystemError().about(quote(path)));
     }
     if (S_ISDIR(file.status().st_mode)) {
         forEachEntry(file.number(), [&](const std::string& name) { flush(path + "/" + name); });
     }
     if (fsync(file.number()) != 0) {
-        throw Failure(withError("what was made cannot be written out"));
+        throw Failure(SystemError().about("what was made cannot be written out"));
     }
 }
 
@@ -54,7 +54,7 @@ void Inputs::requireOther(const struct stat& file, const std::string& what) cons
 }
 
 void Inputs::requireOther(const Output& output) const {
-    const std::string what = "the output " + shown(output.path());
+    const std::string what = "the output " + quote(output.path());
     if (updates.hold(output.parent().status())) {
         throw Refusal(what + " would lie among the update files");
     }
@@ -67,7 +67,7 @@ void Inputs::requireOther(const Output& output) const {
         forEachEntry(replaced.number(), [&](const std::string& name) {
             struct stat about {};
             if (fstatat(replaced.number(), name.c_str(), &about, AT_SYMLINK_NOFOLLOW) == 0) {
-                requireOther(about, shown(name) + " in " + what);
+                requireOther(about, quote(name) + " in " + what);
             }
         });
     }
@@ -75,14 +75,14 @@ void Inputs::requireOther(const Output& output) const {
 
 void Inputs::announce(Console& console, const std::string& beginning) const {
     const auto count = updates.fileCount();
-    console.say(beginning + " " + shown(package.path()) + " and " + std::to_string(count) +
+    console.say(beginning + " " + quote(package.path()) + " and " + std::to_string(count) +
                 (count == 1 ? " update file" : " update files"));
     for (const auto& name : contents.replaced) {
-        console.say("Note: the update file " + shown(name) +
+        console.say("Note: the update file " + quote(name) +
                     " takes the place of a boot file of the package");
     }
     for (const auto& name : contents.missing) {
-        console.say("Note: the package lacks the boot file " + shown(name));
+        console.say("Note: the package lacks the boot file " + quote(name));
     }
 }
 
@@ -105,20 +105,20 @@ void requireOtherLog(const ShowChoices& choices, const std::string& medium) {
     std::error_code error;
     const auto log = std::filesystem::weakly_canonical(std::filesystem::absolute(choices.log, error), error);
     if (log == medium || log.parent_path() == medium) {
-        throw Refusal("the log file " + shown(choices.log) + " is the medium, or in it; choose another");
+        throw Refusal("the log file " + quote(choices.log) + " is the medium, or in it; choose another");
     }
 }
 
 Console openConsole(const ShowChoices& choices, const std::string& medium, const Inputs* inputs) {
     struct stat about {};
     if (inputs != nullptr && !choices.log.empty() && stat(choices.log.c_str(), &about) == 0) {
-        inputs->requireOther(about, "the log file " + shown(choices.log));
+        inputs->requireOther(about, "the log file " + quote(choices.log));
     }
     requireOtherLog(choices, medium);
     return {choices.verbose, choices.log};
 }
 
-void takeIn(const Inputs& inputs, const Descriptor& workplace, Reporter& reporter) {
+void stage(const Inputs& inputs, const Descriptor& jobDirectory, Reporter& reporter) {
     reporter.stage("Taking in the files", inputs.package.unpackedSize() + inputs.updates.totalSize());
     std::mutex oneAtATime;
     const auto advance = [&](std::uint64_t bytes) {
@@ -126,33 +126,34 @@ void takeIn(const Inputs& inputs, const Descriptor& workplace, Reporter& reporte
         reporter.advance(bytes);
     };
     const auto package =
-        openBeneath(workplace.number(), PACKAGE_NAME, O_RDWR | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
+        openBeneath(jobDirectory.number(), PACKAGE_NAME, O_RDWR | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
     if (!package.isOpen()) {
-        throw Failure(withError("the tool package cannot be copied"));
+        throw Failure(SystemError().about("the tool package cannot be copied"));
     }
     auto packageWritten = std::async(std::launch::async, [&] { inputs.package.writeTo(package, advance); });
-    inputs.updates.copyTo(workplace.number(), advance);
+    inputs.updates.copyTo(jobDirectory.number(), advance);
     packageWritten.get();
 }
 
-Outcome takeIntoStock(const Workplace& stock, const Inputs& inputs, const HeldSignals& signals,
-                      Console& console,
-                      const std::function<void(const Descriptor& stock, Reporter& reporter)>& andThen) {
+Outcome stageShared(const JobDirectory& sharedStaging, const Inputs& inputs, const HeldSignals& signals,
+                    Console& console,
+                    const std::function<void(const Descriptor& staged, Reporter& reporter)>& andThen) {
     const auto work = [&](Reporter& reporter) {
         const Descriptor here(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        takeIn(inputs, here, reporter);
+        stage(inputs, here, reporter);
         andThen(here, reporter);
         return 0;
     };
-    auto taken = watch({{"the files", stock.directory().number(), work}}, 1, signals, console).front();
+    auto taken =
+        supervise({{"the files", sharedStaging.directory().number(), work}}, 1, signals, console).front();
     if (signals.hadOne()) {
         taken.status = EXIT_INTERRUPTED;
     }
     return taken;
 }
 
-Descriptor enterWorkplaceOfLibrary(bool keepPauses, Reporter& reporter) {
-    enterWorkplace();
+Descriptor enterLibraryFolder(bool keepPauses, Reporter& reporter) {
+    enterJobDirectory();
     watchStages([&reporter](const std::string& stage) { reporter.stage(stage); }, keepPauses);
     return Descriptor(open("..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
@@ -171,9 +172,9 @@ int judge(const std::vector<std::string>& differences, const Reporter& reporter)
 namespace {
 
 /// What the medium was made of last: the reading back needs only what was taken in.
-void dropStaged(const JobChoices& choices, const Descriptor& workplace) {
+void dropStaged(const JobChoices& choices, const Descriptor& jobDirectory) {
     const auto staged =
-        openBeneath(workplace.number(), VelaCreation::BootableMedia::ISO_DIR_NAME, O_RDONLY | O_DIRECTORY);
+        openBeneath(jobDirectory.number(), VelaCreation::BootableMedia::ISO_DIR_NAME, O_RDONLY | O_DIRECTORY);
     if (!choices.keep && staged.isOpen()) {
         removeContents(staged);
     }
@@ -181,14 +182,14 @@ void dropStaged(const JobChoices& choices, const Descriptor& workplace) {
 
 } // namespace
 
-int finish(const JobChoices& choices, const Descriptor& workplace, const std::string& path,
+int finish(const JobChoices& choices, const Descriptor& jobDirectory, const std::string& path,
            std::uint64_t size, const std::function<std::vector<std::string>(const Advance&)>& compare,
            Reporter& reporter) {
     if (access(path.c_str(), R_OK) != 0) {
         throw Failure("the tool ended without a failure, but made nothing");
     }
     auto flushed = std::async(std::launch::async, [&path] { flush(path); });
-    auto unstaged = std::async(std::launch::async, [&] { dropStaged(choices, workplace); });
+    auto unstaged = std::async(std::launch::async, [&] { dropStaged(choices, jobDirectory); });
     int result = 0;
     if (choices.verify) {
         reporter.stage("Reading back", size);
@@ -197,39 +198,39 @@ int finish(const JobChoices& choices, const Descriptor& workplace, const std::st
     reporter.stage("Writing out");
     flushed.get();
     unstaged.get();
-    tidyUp(choices, workplace);
+    tidyUp(choices, jobDirectory);
     return result;
 }
 
-void tidyUp(const JobChoices& choices, const Descriptor& workplace) {
+void tidyUp(const JobChoices& choices, const Descriptor& jobDirectory) {
     if (!choices.keep) {
-        removeContents(workplace, LAUNCHERS_NAME);
+        removeContents(jobDirectory, LIBRARY_FOLDER);
     }
 }
 
 namespace {
 
 /// The checksum comes after its image: one that is there speaks of an image that is.
-void takeAll(const OutputJob& job, const Descriptor& workplace, Outcome& outcome) {
-    const auto taken = job.output.take(workplace, job.made);
+void takeAll(const OutputJob& job, const Descriptor& jobDirectory, Outcome& outcome) {
+    const auto taken = job.output.take(jobDirectory, job.made);
     if (job.checksum == nullptr) {
         return;
     }
     try {
-        job.checksum->take(workplace, job.madeChecksum);
+        job.checksum->take(jobDirectory, job.madeChecksum);
     } catch (const Failure&) {
-        outcome.hasChanged = !job.output.giveBack(workplace, job.made, taken);
+        outcome.hasChanged = !job.output.giveBack(jobDirectory, job.made, taken);
         throw;
     }
 }
 
 /// Where it fails, so does the job.
-void putInPlace(const OutputJob& job, const Workplace& workplace, Outcome& outcome) {
+void putInPlace(const OutputJob& job, const JobDirectory& jobDirectory, Outcome& outcome) {
     if (outcome.status != 0) {
         return;
     }
     try {
-        takeAll(job, workplace.directory(), outcome);
+        takeAll(job, jobDirectory.directory(), outcome);
     } catch (const Failure& failure) {
         outcome.status = EXIT_UNFINISHED;
         outcome.reason = failure.what();
@@ -245,8 +246,8 @@ int makeOutput(const OutputJob& job) {
     auto console = openConsole(job.choices.show, job.output.path(), &job.inputs);
     job.inputs.announce(console, "Making " + job.medium + " from");
     const HeldSignals signals;
-    Workplace workplace(job.output.parent(), job.output.parentPath());
-    const int directory = workplace.directory().number();
+    JobDirectory jobDirectory(job.output.parent(), job.output.parentPath());
+    const int directory = jobDirectory.directory().number();
     const auto gauge = [&](const std::string& path) {
         return Gauge{job.inputs.contents.size(), [directory, path] { return sizeBelow(directory, path); }};
     };
@@ -255,21 +256,21 @@ int makeOutput(const OutputJob& job) {
                               job.work,
                               {{job.stagingStage, gauge(VelaCreation::BootableMedia::ISO_DIR_NAME)},
                                {job.makingStage, gauge(job.made)}}};
-    auto outcome = watch({mediumJob}, 1, signals, console).front();
+    auto outcome = supervise({mediumJob}, 1, signals, console).front();
     const auto size = sizeText(sizeBelow(directory, job.made));
-    putInPlace(job, workplace, outcome);
+    putInPlace(job, jobDirectory, outcome);
     if (outcome.status == 0 && !job.afterword.empty()) {
         console.say(job.afterword);
     }
-    leave(job.choices, workplace, console);
+    leave(job.choices, jobDirectory, console);
     const auto sum =
-        job.checksum != nullptr ? ", its checksum in " + shown(job.checksum->path()) : std::string();
+        job.checksum != nullptr ? ", its checksum in " + quote(job.checksum->path()) : std::string();
     return conclude(console, outcome, job.medium, size + readBackText(job.choices.verify) + sum);
 }
 
-void leave(const JobChoices& choices, Workplace& workplace, Console& console) {
+void leave(const JobChoices& choices, JobDirectory& jobDirectory, Console& console) {
     if (choices.keep) {
-        console.say("The workplace was left: " + workplace.keep());
+        console.say("The job directory was left: " + jobDirectory.keep());
     }
 }
 

@@ -1,16 +1,15 @@
 /// @file
 /// What the making of an image, a key and a package begin and end with.
-#ifndef VELACREATE_MEDIUMJOB_H
-#define VELACREATE_MEDIUMJOB_H
+#pragma once
 
 #include "commands/commands.h"
 #include "display/console.h"
 #include "inputs/toolPackage.h"
 #include "inputs/updateFiles.h"
+#include "job/jobDirectory.h"
 #include "job/output.h"
 #include "job/reporter.h"
-#include "job/watcher.h"
-#include "job/workplace.h"
+#include "job/supervisor.h"
 #include "medium/contents.h"
 
 #include <functional>
@@ -56,21 +55,21 @@ void requireOtherLog(const ShowChoices& choices, const std::string& medium);
 /// @throw Refusal
 Console openConsole(const ShowChoices& choices, const std::string& medium, const Inputs* inputs = nullptr);
 
-/// In the job's process: copies what a medium is made from into a workplace.
+/// In the job's process: copies what a medium is made from into a job directory.
 /// @throw Refusal or Failure when that is not what it was any more
-void takeIn(const Inputs& inputs, const Descriptor& workplace, Reporter& reporter);
+void stage(const Inputs& inputs, const Descriptor& jobDirectory, Reporter& reporter);
 
 /// Does that in a job of its own, for several media.
 /// @param andThen  done last, in the same process
 /// @return interrupted, also when it had just ended by itself
-Outcome takeIntoStock(const Workplace& stock, const Inputs& inputs, const HeldSignals& signals,
-                      Console& console,
-                      const std::function<void(const Descriptor& stock, Reporter& reporter)>& andThen);
+Outcome stageShared(const JobDirectory& sharedStaging, const Inputs& inputs, const HeldSignals& signals,
+                    Console& console,
+                    const std::function<void(const Descriptor& staged, Reporter& reporter)>& andThen);
 
-/// In the job's process, which starts in its workplace: enters it, so that the library can work there. The
-/// current directory is then the launchers' folder.
-/// @return the workplace
-Descriptor enterWorkplaceOfLibrary(bool keepPauses, Reporter& reporter);
+/// In the job's process, which starts in its job directory: enters it, so that the library can work there.
+/// The current directory is then the launchers' folder.
+/// @return the job directory
+Descriptor enterLibraryFolder(bool keepPauses, Reporter& reporter);
 
 /// In the job's process: tells of each difference.
 /// @return EXIT_DIFFERENT, or 0 when there is none
@@ -82,21 +81,21 @@ int judge(const std::vector<std::string>& differences, const Reporter& reporter)
 /// @param compare  finds the differences
 /// @return as of `judge`
 /// @throw Failure
-int finish(const JobChoices& choices, const Descriptor& workplace, const std::string& path,
+int finish(const JobChoices& choices, const Descriptor& jobDirectory, const std::string& path,
            std::uint64_t size, const std::function<std::vector<std::string>(const Advance&)>& compare,
            Reporter& reporter);
 
-/// In the job's process: removes what it has in the workplace but the output, so that the watcher has not to,
-/// with other media to look after.
-void tidyUp(const JobChoices& choices, const Descriptor& workplace);
+/// In the job's process: removes what it has in the job directory but the output, so that the supervisor has
+/// not to, with other media to look after.
+void tidyUp(const JobChoices& choices, const Descriptor& jobDirectory);
 
-/// The job of an image or of a network-boot package.
+/// The job of an image or of a network-boot directory.
 struct OutputJob {
     const JobChoices& choices;
     const Inputs& inputs;
     const Output& output;
     std::string medium;       ///< such as "the image '/x/i.iso'"
-    std::string made;         ///< where it grows, below the workplace
+    std::string made;         ///< where it grows, below the job directory
     std::string stagingStage; ///< the library's name of the stage that fills the staging directory
     std::string makingStage;  ///< and of the one that makes the output of it
     std::function<int(Reporter&)> work;
@@ -109,12 +108,10 @@ struct OutputJob {
 /// @return the exit status
 int makeOutput(const OutputJob& job);
 
-/// Keeps the workplace and names it, when the user wants it.
-void leave(const JobChoices& choices, Workplace& workplace, Console& console);
+/// Keeps the job directory and names it, when the user wants it.
+void leave(const JobChoices& choices, JobDirectory& jobDirectory, Console& console);
 
 /// ", read back", where it was.
 std::string readBackText(bool wasReadBack);
 
 } // namespace velacreate
-
-#endif

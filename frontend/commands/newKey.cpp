@@ -15,7 +15,7 @@ void requireGeometry(const Descriptor& image, const std::string& name) {
     constexpr off_t SECTORS_PER_TRACK = 500;
     unsigned char sectors = 0;
     if (pread(image.number(), &sectors, 1, SECTORS_PER_TRACK) != 1 || (sectors & 0x3fU) == 0) {
-        throw Failure("the clone image " + shown(name) + " of the package has no fourth partition");
+        throw Failure("the clone image " + quote(name) + " of the package has no fourth partition");
     }
 }
 
@@ -34,7 +34,7 @@ void wipePartition(const Disk& disk) {
     const auto node = disk.keyPartitionNode();
     const Descriptor partition(open(node.c_str(), O_RDWR | O_CLOEXEC));
     if (!partition.isOpen()) {
-        throw Failure(withError(node));
+        throw Failure(SystemError().about(node));
     }
     wipeSignatures(partition);
 }
@@ -45,7 +45,7 @@ int makeNewKey(const Disk& disk, const Descriptor& held, const std::string& clon
                LibraryLogger& logger, Reporter& reporter) {
     const Descriptor image(open(cloneImage.c_str(), O_RDONLY | O_CLOEXEC));
     if (!image.isOpen()) {
-        throw Failure(withError(shown(cloneImage)));
+        throw Failure(SystemError().about(quote(cloneImage)));
     }
     requireGeometry(image, cloneImage);
     const auto device = openToWrite(held);
@@ -60,7 +60,7 @@ int makeNewKey(const Disk& disk, const Descriptor& held, const std::string& clon
     }
     reporter.stage("Writing the clone image", static_cast<std::uint64_t>(image.status().st_size));
     cloneTo(device, image, [&](std::uint64_t bytes) { reporter.advance(bytes); });
-    readTableAnew(device, disk, KEY_PARTITION);
+    rereadPartitionTable(device, disk, KEY_PARTITION);
     wipePartition(disk);
     return 0;
 }

@@ -1,7 +1,6 @@
 /// @file
 /// What makes a key of any stick.
-#ifndef VELACREATE_NEWKEY_H
-#define VELACREATE_NEWKEY_H
+#pragma once
 
 #include "disks/disks.h"
 #include "job/libraryLogger.h"
@@ -35,5 +34,3 @@ int makeNewKey(const Disk& disk, const Descriptor& held, const std::string& clon
                LibraryLogger& logger, Reporter& reporter);
 
 } // namespace velacreate
-
-#endif

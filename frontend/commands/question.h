@@ -1,9 +1,8 @@
 /// @file
 /// The question that comes before something is done that cannot be undone.
-#ifndef VELACREATE_QUESTION_H
-#define VELACREATE_QUESTION_H
+#pragma once
 
-#include "job/watcher.h"
+#include "job/supervisor.h"
 
 #include <string>
 
@@ -17,5 +16,3 @@ namespace velacreate {
 int askForYes(const HeldSignals& signals, const std::string& unasked, const std::string& refused);
 
 } // namespace velacreate
-
-#endif

@@ -63,7 +63,7 @@ void Report::append(const KeyRecord& key, const UpdateSums& updates) {
     } else if (count >= 0 && isFlushed(m_file)) {
         return;
     }
-    const auto reason = withError("the report is incomplete from here on");
+    const auto reason = SystemError().about("the report is incomplete from here on");
     m_file = Descriptor();
     throw Failure(reason);
 }

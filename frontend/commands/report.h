@@ -1,7 +1,6 @@
 /// @file
 /// The record that a workshop keeps of its keys.
-#ifndef VELACREATE_REPORT_H
-#define VELACREATE_REPORT_H
+#pragma once
 
 #include "disks/disks.h"
 #include "support/descriptor.h"
@@ -39,5 +38,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

@@ -1,9 +1,8 @@
 /// @file
-/// Where the workplace of a job lies that leaves nothing on a disk of this machine.
-#ifndef VELACREATE_SCRATCH_H
-#define VELACREATE_SCRATCH_H
+/// Where the job directory of a job lies that leaves nothing on a disk of this machine.
+#pragma once
 
-#include "job/cleanStart.h"
+#include "job/callerEnvironment.h"
 #include "support/descriptor.h"
 
 #include <string>
@@ -14,7 +13,7 @@ namespace velacreate {
 class ScratchDirectory {
 public:
     /// @throw Refusal when it cannot be written to
-    ScratchDirectory(const std::string& chosen, const Surroundings& surroundings);
+    ScratchDirectory(const std::string& chosen, const CallerEnvironment& caller);
 
     const Descriptor& directory() const {
         return m_directory;
@@ -33,5 +32,3 @@ private:
 std::string absolutePath(const std::string& path);
 
 } // namespace velacreate
-
-#endif

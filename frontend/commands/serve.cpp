@@ -4,9 +4,9 @@
 #include "commands/question.h"
 #include "commands/scratch.h"
 #include "job/childProcess.h"
-#include "network/bootPackage.h"
 #include "network/bootServer.h"
 #include "network/machines.h"
+#include "network/netbootDirectory.h"
 #include "network/networkPort.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
@@ -31,8 +31,8 @@ constexpr std::size_t LONGEST_LINE = 4096;
 /// The server as it runs, and what it tells.
 class Serving {
 public:
-    Serving(const BootPackage& package, const NetworkPort& port, const std::optional<AddressRange>& range,
-            const HeldSignals& signals, Console& console)
+    Serving(const NetbootDirectory& package, const NetworkPort& port,
+            const std::optional<AddressRange>& range, const HeldSignals& signals, Console& console)
         : m_package(package), m_port(port), m_signals(signals), m_console(console),
           m_progress(console.beginProgress({})),
           m_process(package.directory().number(),
@@ -50,7 +50,7 @@ public:
             problem = sources[1].revents != 0 ? lastWords() : whatIsGone();
         }
         if (!problem) {
-            m_console.screen().hurry();
+            m_console.screen().stopWaiting();
         }
         m_process.reap();
         listen();
@@ -114,7 +114,7 @@ private:
         return m_lastWords.empty() ? "dnsmasq ended" : m_lastWords;
     }
 
-    const BootPackage& m_package;
+    const NetbootDirectory& m_package;
     const NetworkPort& m_port;
     const HeldSignals& m_signals;
     Console& m_console;
@@ -125,7 +125,7 @@ private:
     std::string m_lastWords;
 };
 
-void requireSense(const ServeChoices& choices) {
+void validateOptions(const ServeChoices& choices) {
     if (geteuid() != 0) {
         throw Refusal("machines are served by a program that takes root's rights; run this with sudo");
     }
@@ -153,10 +153,10 @@ int askToHandOut(const AddressRange& range, const ServeChoices& choices, const H
                                    "nothing was served");
 }
 
-void announce(const BootPackage& package, const NetworkPort& port, const std::optional<AddressRange>& range,
-              Console& console) {
+void announce(const NetbootDirectory& package, const NetworkPort& port,
+              const std::optional<AddressRange>& range, Console& console) {
     for (const auto& name : package.missing()) {
-        console.say("Note: the package lacks the boot file " + shown(name));
+        console.say("Note: the package lacks the boot file " + quote(name));
     }
     if (!port.isPluggedIn()) {
         console.say("Note: nothing is connected to " + port.name() + " yet");
@@ -169,10 +169,10 @@ void announce(const BootPackage& package, const NetworkPort& port, const std::op
 } // namespace
 
 int serve(const ServeChoices& choices) {
-    requireSense(choices);
+    validateOptions(choices);
     requirePrograms({"dnsmasq"});
     const auto path = absolutePath(choices.directory);
-    const BootPackage package(path);
+    const NetbootDirectory package(path);
     const NetworkPort port(choices.interface);
     const auto range = rangeFor(choices, port);
     port.requireUnserved(choices.proxy);
@@ -183,7 +183,7 @@ int serve(const ServeChoices& choices) {
         return EXIT_INTERRUPTED;
     }
     announce(package, port, range, console);
-    console.heed(signals.descriptor().number());
+    console.watchInterrupts(signals.descriptor().number());
     Serving serving(package, port, range, signals, console);
     const auto problem = serving.run();
     serving.conclude();

@@ -28,7 +28,7 @@ void requireRoot() {
     }
 }
 
-void requireSense(const UsbChoices& choices) {
+void validateOptions(const UsbChoices& choices) {
     if (choices.erase && choices.format == "never") {
         throw Refusal("what is erased is formatted; leave out --format never");
     }
@@ -56,7 +56,7 @@ void requireProgramsFor(const UsbChoices& choices) {
 }
 
 /// By the kernel's own count, which also shows the flushing that would otherwise look like a standstill.
-std::map<std::string, Gauge> gaugesOf(const KeyHold& hold, std::uint64_t expected) {
+std::map<std::string, Gauge> gaugesOf(const DiskLock& hold, std::uint64_t expected) {
     const Gauge written{expected, [&hold] { return hold.traffic().written * SECTOR; }};
     return {{"Copying files to working directory", written},
             {"Copying files to USB key", written},
@@ -67,17 +67,17 @@ std::vector<KeyTask> tasksFor(const std::vector<Key>& keys, std::uint64_t expect
     std::vector<KeyTask> tasks;
     for (std::size_t index = 0; index < keys.size(); ++index) {
         const auto& key = keys[index];
-        if (isTaken(key)) {
+        if (isSelected(key)) {
             tasks.push_back({key.disk.node(),
-                             {key.hold->descriptor(), key.disk, ""},
-                             gaugesOf(*key.hold, expected),
+                             {key.lock->descriptor(), key.disk, ""},
+                             gaugesOf(*key.lock, expected),
                              [&results, index](const Outcome& outcome) { results.settle(index, outcome); }});
         }
     }
     return tasks;
 }
 
-/// How many workplaces are full at a time.
+/// How many job directories are full at a time.
 std::size_t countFull(const UsbChoices& choices, std::size_t keys) {
     return choices.jobs == 0 || choices.job.keep ? keys : std::min(choices.jobs, keys);
 }
@@ -87,9 +87,9 @@ Report openReport(const std::string& path, const std::string& log, const Inputs&
     struct stat about {};
     struct stat logs {};
     if (!path.empty() && stat(path.c_str(), &about) == 0) {
-        inputs.requireOther(about, "the report " + shown(path));
+        inputs.requireOther(about, "the report " + quote(path));
         if (!log.empty() && stat(log.c_str(), &logs) == 0 && isSameFile(about, logs)) {
-            throw Refusal("the report " + shown(path) + " is the log file");
+            throw Refusal("the report " + quote(path) + " is the log file");
         }
     }
     return Report(path);
@@ -121,22 +121,22 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const ScratchDire
     const auto path = absolutePath(choices.image);
     const Descriptor image(open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
     if (!image.isOpen()) {
-        throw Refusal(withError(shown(path)));
+        throw Refusal(SystemError().about(quote(path)));
     }
     const auto about = image.status();
     if (!S_ISREG(about.st_mode)) {
-        throw Refusal(shown(path) + " is not a file");
+        throw Refusal(quote(path) + " is not a file");
     }
-    inputs.requireOther(about, "the image " + shown(path));
+    inputs.requireOther(about, "the image " + quote(path));
     requireFitting(inputs.contents, fatCapacity(image, IMAGE_OFFSET),
-                   shown(path) + ", at byte " + std::to_string(IMAGE_OFFSET) + ",");
+                   quote(path) + ", at byte " + std::to_string(IMAGE_OFFSET) + ",");
     if (flock(image.number(), LOCK_EX | LOCK_NB) != 0) {
-        throw Refusal("another program is working on " + shown(path));
+        throw Refusal("another program is working on " + quote(path));
     }
     inputs.requireRoom(scratch.directory(), scratch.path(), 1, 0);
     auto console = openConsole(choices.job.show, path, &inputs);
     const HeldSignals signals;
-    const auto medium = "the key image " + shown(path);
+    const auto medium = "the key image " + quote(path);
     inputs.announce(console, "Making " + medium + " from");
     UsbChoices asItIs = choices;
     asItIs.format = "never";
@@ -149,11 +149,11 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const ScratchDire
 
 } // namespace
 
-int makeUsbKey(const UsbChoices& choices, const Surroundings& surroundings) {
+int makeUsbKey(const UsbChoices& choices, const CallerEnvironment& caller) {
     requireRoot();
-    requireSense(choices);
+    validateOptions(choices);
     requireProgramsFor(choices);
-    const ScratchDirectory scratch(choices.work, surroundings);
+    const ScratchDirectory scratch(choices.work, caller);
     const Inputs inputs(choices.job, Medium::key);
     return choices.image.empty() ? fillKeys(choices, inputs, scratch) : fillImage(choices, inputs, scratch);
 }

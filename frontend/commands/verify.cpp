@@ -26,7 +26,7 @@ void requireMounting() {
 OpenMedium openIsoImage(const std::string& path) {
     auto image = openToCompare("the image", path, S_IFREG);
     if (isoImageSize(image.file) == 0) {
-        throw Refusal(shown(path) + " is no ISO 9660 image");
+        throw Refusal(quote(path) + " is no ISO 9660 image");
     }
     return image;
 }
@@ -47,7 +47,7 @@ int verifyBurntDisc(const VerifyChoices& choices) {
     const auto image = openToCompare("the image", path, S_IFREG);
     requireWholeIsoImage(image.file, path);
     if (DiscDrive::isFile(choices.disc, image.file.status())) {
-        throw Refusal("the drive " + shown(choices.disc) + " is the image itself");
+        throw Refusal("the drive " + quote(choices.disc) + " is the image itself");
     }
     const DiscDrive drive(choices.disc);
     requireOtherLog(choices.job.show, image.path);
@@ -63,25 +63,25 @@ int verifyBurntDisc(const VerifyChoices& choices) {
 int verifyImage(const VerifyChoices& choices, const ScratchDirectory& scratch, const OpenMedium& medium) {
     const Inputs inputs(choices.job, choices.platform == "ppc" ? Medium::powerPcImage : Medium::image);
     return compareAlone(choices.job, inputs, scratch, medium,
-                        [&](const Descriptor& stock, Reporter& reporter) {
-                            return compareImage(stock.number(), inputs.contents, medium.file,
+                        [&](const Descriptor& staged, Reporter& reporter) {
+                            return compareImage(staged.number(), inputs.contents, medium.file,
                                                 beginReadingBack(inputs.contents.size(), reporter));
                         });
 }
 
 int verifyPackage(const VerifyChoices& choices, const ScratchDirectory& scratch) {
-    const auto medium = openToCompare("the network-boot package", choices.package, S_IFDIR);
-    const Inputs inputs(choices.job, Medium::package);
-    return compareAlone(choices.job, inputs, scratch, medium,
-                        [&](const Descriptor& stock, Reporter& reporter) {
-                            return comparePackage(stock.number(), inputs.contents, medium.file,
-                                                  beginReadingBack(inputs.contents.size(), reporter));
-                        });
+    const auto medium = openToCompare("the network-boot directory", choices.package, S_IFDIR);
+    const Inputs inputs(choices.job, Medium::netbootDirectory);
+    return compareAlone(
+        choices.job, inputs, scratch, medium, [&](const Descriptor& staged, Reporter& reporter) {
+            return compareNetbootDirectory(staged.number(), inputs.contents, medium.file,
+                                           beginReadingBack(inputs.contents.size(), reporter));
+        });
 }
 
 } // namespace
 
-int verify(const VerifyChoices& choices, const Surroundings& surroundings) {
+int verify(const VerifyChoices& choices, const CallerEnvironment& caller) {
     const bool isOfKey = !choices.devices.empty() || !choices.keyImage.empty();
     if (choices.job.package.empty()) {
         return verifyBurntDisc(choices);
@@ -90,7 +90,7 @@ int verify(const VerifyChoices& choices, const Surroundings& surroundings) {
         requireMounting();
     }
     requirePrograms({"unzip"});
-    const ScratchDirectory scratch(choices.work, surroundings);
+    const ScratchDirectory scratch(choices.work, caller);
     if (isOfKey) {
         return choices.keyImage.empty() ? verifyKeys(choices, scratch) : verifyKeyImage(choices, scratch);
     }

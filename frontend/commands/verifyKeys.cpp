@@ -24,7 +24,7 @@ void requireNotWritten(const Disk& disk) {
         struct statvfs about {};
         const bool isReadOnly = statvfs(place.c_str(), &about) == 0 && (about.f_flag & ST_RDONLY) != 0;
         if (device == partitionNumber(disk, KEY_PARTITION) && !isReadOnly) {
-            throw Refusal(disk.node() + " is mounted on " + shown(place) + "; unmount it first");
+            throw Refusal(disk.node() + " is mounted on " + quote(place) + "; unmount it first");
         }
     }
 }
@@ -35,40 +35,40 @@ void requireKey(const Disk& disk) {
     }
     const Descriptor partition(open(disk.keyPartitionNode().c_str(), O_RDONLY | O_CLOEXEC));
     if (!partition.isOpen()) {
-        throw Refusal(withError(disk.keyPartitionNode()));
+        throw Refusal(SystemError().about(disk.keyPartitionNode()));
     }
     if (!holdsFat(partition, 0)) {
         throw Refusal("partition 4 of " + disk.node() + " holds no FAT file system");
     }
 }
 
-Key lookAt(const Disk& disk) {
+Key examined(const Disk& disk) {
     Key key{disk, describe(disk), std::nullopt, "", true};
     try {
-        key.hold.emplace(disk);
+        key.lock.emplace(disk);
         requireKey(disk);
         requireNotWritten(disk);
     } catch (const Refusal& refusal) {
-        key.objection = refusal.what();
-        key.hold.reset();
+        key.ineligibility = refusal.what();
+        key.lock.reset();
     }
     return key;
 }
 
 /// In the job's process.
 std::vector<std::string> compareKey(const KeyTarget& target, const Contents& contents,
-                                    const Descriptor& stock, Reporter& reporter) {
+                                    const Descriptor& staged, Reporter& reporter) {
     if (!hasOwnMounts()) {
         throw Refusal("a key needs mounts of its own, and this machine does not grant them");
     }
     const auto image = target.disk ? Descriptor() : openAgain(target.open, target.imagePath);
-    enterWorkplace();
+    enterJobDirectory();
     if (image.isOpen()) {
         placeImage(target, image);
     }
     const auto advance = beginReadingBack(contents.size(), reporter);
     const auto mount = mountToRead(target);
-    return compareDirectory(stock.number(), contents.tree, mount.open(), contents.added, advance);
+    return compareDirectory(staged.number(), contents.tree, mount.open(), contents.added, advance);
 }
 
 /// Of those that were compared, in order.
@@ -76,8 +76,8 @@ std::vector<KeyResult> resultsOf(const std::vector<Key>& keys, const std::vector
     std::vector<KeyResult> results;
     auto next = ofTaken.begin();
     for (const auto& key : keys) {
-        auto outcome = isTaken(key) ? *next++ : Outcome{EXIT_REFUSED, key.objection, {}, false, 0};
-        outcome.deed = Deed::verifying;
+        auto outcome = isSelected(key) ? *next++ : Outcome{EXIT_REFUSED, key.ineligibility, {}, false, 0};
+        outcome.kind = JobKind::verifying;
         results.push_back({outcome, ""});
     }
     return results;
@@ -89,7 +89,7 @@ int verifyKeys(const VerifyChoices& choices, const ScratchDirectory& scratch) {
     const Inputs inputs(choices.job, Medium::key);
     std::vector<Key> keys;
     for (const auto& disk : namedDisks(choices.devices)) {
-        keys.push_back(lookAt(disk));
+        keys.push_back(examined(disk));
     }
     requireTakenIfAlone(keys);
     inputs.requireRoom(scratch.directory(), scratch.path(), 1, 0);
@@ -101,10 +101,10 @@ int verifyKeys(const VerifyChoices& choices, const ScratchDirectory& scratch) {
     inputs.announce(console, "Comparing " + mediaText(keys) + " with");
     std::vector<ComparedMedium> media;
     for (const auto& key : keys) {
-        if (isTaken(key)) {
-            media.push_back({key.disk.node(), [&](const Descriptor& stock, Reporter& reporter) {
-                                 return compareKey({key.hold->descriptor(), key.disk, ""}, inputs.contents,
-                                                   stock, reporter);
+        if (isSelected(key)) {
+            media.push_back({key.disk.node(), [&](const Descriptor& staged, Reporter& reporter) {
+                                 return compareKey({key.lock->descriptor(), key.disk, ""}, inputs.contents,
+                                                   staged, reporter);
                              }});
         }
     }
@@ -122,8 +122,8 @@ int verifyKeyImage(const VerifyChoices& choices, const ScratchDirectory& scratch
     }
     const Inputs inputs(choices.job, Medium::key);
     return compareAlone(
-        choices.job, inputs, scratch, medium, [&](const Descriptor& stock, Reporter& reporter) {
-            return compareKey({medium.file, std::nullopt, medium.path}, inputs.contents, stock, reporter);
+        choices.job, inputs, scratch, medium, [&](const Descriptor& staged, Reporter& reporter) {
+            return compareKey({medium.file, std::nullopt, medium.path}, inputs.contents, staged, reporter);
         });
 }
 

@@ -1,7 +1,6 @@
 /// @file
 /// Keys made earlier, compared with what would be made now.
-#ifndef VELACREATE_VERIFYKEYS_H
-#define VELACREATE_VERIFYKEYS_H
+#pragma once
 
 #include "commands/commands.h"
 #include "commands/scratch.h"
@@ -16,5 +15,3 @@ int verifyKeys(const VerifyChoices& choices, const ScratchDirectory& scratch);
 int verifyKeyImage(const VerifyChoices& choices, const ScratchDirectory& scratch);
 
 } // namespace velacreate
-
-#endif

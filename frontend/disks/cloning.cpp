@@ -39,7 +39,7 @@ Probe probeOf(const Descriptor& device) {
         blkid_probe_set_superblocks_flags(probe.get(), BLKID_SUBLKS_MAGIC | BLKID_SUBLKS_BADCSUM) != 0 ||
         blkid_probe_enable_partitions(probe.get(), 1) != 0 ||
         blkid_probe_set_partitions_flags(probe.get(), BLKID_PARTS_MAGIC | BLKID_PARTS_FORCE_GPT) != 0) {
-        throw Failure(withError("looking for what is on the disk"));
+        throw Failure(SystemError().about("looking for what is on the disk"));
     }
     return probe;
 }
@@ -58,10 +58,11 @@ bool becomesTrue(std::chrono::seconds time, const std::function<bool()>& conditi
 
 } // namespace
 
-std::string objectionToErasing(const Disk& disk, const std::string& cloneImage, std::uint64_t imageSize) {
+std::string eraseIneligibilityReason(const Disk& disk, const std::string& cloneImage,
+                                     std::uint64_t imageSize) {
     const auto size = describe(disk).size;
     if (size < imageSize) {
-        return "is smaller than " + shown(cloneImage) + " of the package (" + sizeText(imageSize) + ")";
+        return "is smaller than " + quote(cloneImage) + " of the package (" + sizeText(imageSize) + ")";
     }
     if (size > LARGEST_KEY) {
         return "is too large: a key has less than 2 TiB";
@@ -74,7 +75,7 @@ std::string objectionToErasing(const Disk& disk, const std::string& cloneImage, 
 Descriptor openToWrite(const Descriptor& disk) {
     Descriptor device(open(disk.path().c_str(), O_RDWR | O_EXCL | O_CLOEXEC));
     if (!device.isOpen()) {
-        throw Failure(withError("the disk cannot be opened for writing"));
+        throw Failure(SystemError().about("the disk cannot be opened for writing"));
     }
     return device;
 }
@@ -87,10 +88,10 @@ void wipeSignatures(const Descriptor& device) {
             return;
         }
         if (result != 0) {
-            throw Failure(withError("looking for what is on the disk"));
+            throw Failure(SystemError().about("looking for what is on the disk"));
         }
         if (blkid_do_wipe(probe.get(), 0) != 0) {
-            throw Failure(withError("what is on the disk cannot be wiped"));
+            throw Failure(SystemError().about("what is on the disk cannot be wiped"));
         }
     }
     throw Failure("what is on the disk is still there after it was wiped");
@@ -98,7 +99,7 @@ void wipeSignatures(const Descriptor& device) {
 
 void cloneTo(const Descriptor& device, const Descriptor& image, const Advance& advance) {
     if (lseek(device.number(), 0, SEEK_SET) != 0) { // it may have been read from
-        throw Failure(withError("the beginning of the disk"));
+        throw Failure(SystemError().about("the beginning of the disk"));
     }
     // Flushed piece by piece, so that what is told has been done.
     const auto flushAndTell = [&](std::uint64_t bytes) {
@@ -107,11 +108,11 @@ void cloneTo(const Descriptor& device, const Descriptor& image, const Advance& a
     };
     copyContent(image, device, "the clone image", flushAndTell);
     if (fsync(device.number()) != 0) {
-        throw Failure(withError("the disk could not take all that was written"));
+        throw Failure(SystemError().about("the disk could not take all that was written"));
     }
 }
 
-void readTableAnew(const Descriptor& device, const Disk& disk, int partition) {
+void rereadPartitionTable(const Descriptor& device, const Disk& disk, int partition) {
     int error = 0;
     // Who looks at a partition in this instant, as udev may, keeps the kernel from taking it away.
     becomesTrue(5s, [&] {
@@ -120,7 +121,7 @@ void readTableAnew(const Descriptor& device, const Disk& disk, int partition) {
     });
     if (error != 0) {
         errno = error;
-        throw Failure(withError("the new partition table of " + disk.node() + " cannot be read"));
+        throw Failure(SystemError().about("the new partition table of " + disk.node() + " cannot be read"));
     }
     const auto node = "/dev/" + disk.partitionName(partition);
     const bool isThere = becomesTrue(10s, [&] {

@@ -1,7 +1,6 @@
 /// @file
 /// What makes a key of any stick: an image that is written over whatever stood there.
-#ifndef VELACREATE_CLONING_H
-#define VELACREATE_CLONING_H
+#pragma once
 
 #include "disks/disks.h"
 #include "support/descriptor.h"
@@ -17,7 +16,8 @@ namespace velacreate {
 /// - "is smaller than 'init1.img' of the package (64.0 MiB)"
 /// - "is too large: a key has less than 2 TiB"
 /// - "has sectors of 4096 bytes, which a key cannot have"
-std::string objectionToErasing(const Disk& disk, const std::string& cloneImage, std::uint64_t imageSize);
+std::string eraseIneligibilityReason(const Disk& disk, const std::string& cloneImage,
+                                     std::uint64_t imageSize);
 
 /// Opens for writing the very device that is open already, whatever its name stands for by now. As long as it
 /// is open, nothing of it can be mounted.
@@ -37,8 +37,6 @@ void cloneTo(const Descriptor& device, const Descriptor& image, const Advance& a
 
 /// Lets the kernel read the partition table, and waits until a partition and its node are there.
 /// @throw Failure
-void readTableAnew(const Descriptor& device, const Disk& disk, int partition);
+void rereadPartitionTable(const Descriptor& device, const Disk& disk, int partition);
 
 } // namespace velacreate
-
-#endif

@@ -34,7 +34,7 @@ int stateOf(const Descriptor& drive) {
 }
 
 std::string lackText(int state, const std::string& name) {
-    const std::string drive = "the drive " + shown(name);
+    const std::string drive = "the drive " + quote(name);
     switch (state) {
     case CDS_DISC_OK:
         return "";
@@ -61,9 +61,9 @@ bool DiscDrive::isFile(const std::string& name, const struct stat& file) {
 DiscDrive::DiscDrive(const std::string& name)
     : m_name(name), m_path(pathOf(name)),
       m_drive(open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
-    const std::string what = "the drive " + shown(name);
+    const std::string what = "the drive " + quote(name);
     if (!m_drive.isOpen()) {
-        throw Refusal(withError(what));
+        throw Refusal(SystemError().about(what));
     }
     const auto mode = m_drive.status().st_mode;
     if (!S_ISBLK(mode) && !(isStandIn(name) && S_ISREG(mode))) {
@@ -103,7 +103,7 @@ std::string DiscDrive::takeDiscIn() const {
 Descriptor DiscDrive::openDisc() const {
     Descriptor disc(open(m_drive.path().c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC));
     if (!disc.isOpen()) {
-        throw Refusal(withError("the disc in " + shown(m_name)));
+        throw Refusal(SystemError().about("the disc in " + quote(m_name)));
     }
     posix_fadvise(disc.number(), 0, 0, POSIX_FADV_DONTNEED);
     return disc;

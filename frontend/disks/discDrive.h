@@ -1,7 +1,6 @@
 /// @file
 /// An optical drive, as the kernel sees it.
-#ifndef VELACREATE_DISCDRIVE_H
-#define VELACREATE_DISCDRIVE_H
+#pragma once
 
 #include "support/descriptor.h"
 
@@ -53,5 +52,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

@@ -78,19 +78,19 @@ std::string DiskDescription::name() const {
 Disk wholeDisk(const std::string& path) {
     struct stat about {};
     if (stat(path.c_str(), &about) != 0) {
-        throw Refusal(withError(shown(path)));
+        throw Refusal(SystemError().about(quote(path)));
     }
     const auto number = blockDevice(path);
     if (number == 0) {
-        throw Refusal(shown(path) + " is not a block device");
+        throw Refusal(quote(path) + " is not a block device");
     }
     const auto directory = deviceDirectory(number);
     if (!fs::exists(directory / "size") || fs::exists(directory / "partition")) {
-        throw Refusal(shown(path) + " is not a whole disk");
+        throw Refusal(quote(path) + " is not a whole disk");
     }
     Disk disk{directory.filename(), number};
     if (!isPlainWord(disk.name) || blockDevice(disk.node()) != number) {
-        throw Refusal(shown(path) + " has no node of its own right below '/dev'");
+        throw Refusal(quote(path) + " has no node of its own right below '/dev'");
     }
     return disk;
 }

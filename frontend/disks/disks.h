@@ -1,7 +1,6 @@
 /// @file
 /// The disks of this machine.
-#ifndef VELACREATE_DISKS_H
-#define VELACREATE_DISKS_H
+#pragma once
 
 #include <cstdint>
 #include <string>
@@ -70,5 +69,3 @@ std::vector<MountedPlace> mountedPlaces(const Disk& disk);
 std::string placesText(const std::vector<MountedPlace>& places);
 
 } // namespace velacreate
-
-#endif

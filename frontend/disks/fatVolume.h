@@ -1,7 +1,6 @@
 /// @file
 /// The FAT file system of a key, on its fourth partition or in an image of a key.
-#ifndef VELACREATE_FATVOLUME_H
-#define VELACREATE_FATVOLUME_H
+#pragma once
 
 #include "support/descriptor.h"
 
@@ -27,5 +26,3 @@ bool isOnFat(const Descriptor& file, dev_t device);
 bool isLoopOver(dev_t device, const Descriptor& file);
 
 } // namespace velacreate
-
-#endif

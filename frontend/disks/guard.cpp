@@ -48,7 +48,7 @@ std::string holder(const std::filesystem::path& directory) {
 std::string usedBySystem(const Disk& disk) {
     for (const auto& mounted : mountsInUse()) {
         if (mounted.disks.count(disk.name) != 0 && isOfSystem(mounted.place)) {
-            return "carries " + shown(mounted.place) + " of this machine";
+            return "carries " + quote(mounted.place) + " of this machine";
         }
     }
     for (const auto& swap : swapInUse()) {
@@ -61,7 +61,7 @@ std::string usedBySystem(const Disk& disk) {
 
 } // namespace
 
-std::string objection(const Disk& disk, bool anyDisk) {
+std::string ineligibilityReason(const Disk& disk, bool anyDisk) {
     const auto directory = deviceDirectory(disk.number);
     if (describe(disk).size == 0) {
         return "has no medium in it";

@@ -1,7 +1,6 @@
 /// @file
 /// Which disks may be made a service key.
-#ifndef VELACREATE_GUARD_H
-#define VELACREATE_GUARD_H
+#pragma once
 
 #include "disks/disks.h"
 
@@ -19,12 +18,10 @@ namespace velacreate {
 /// - "carries '/home' of this machine", "carries swap space of this machine"
 /// - "is part of dm-0 (LVM, RAID or encryption)"
 /// - "is read-only"
-std::string objection(const Disk& disk, bool anyDisk);
+std::string ineligibilityReason(const Disk& disk, bool anyDisk);
 
 /// @return why the disk cannot be filled as it is; empty when it can. "has no fourth partition (/dev/sdb4);
 /// --erase makes a key of any stick"
 std::string lacksPartition(const Disk& disk);
 
 } // namespace velacreate
-
-#endif

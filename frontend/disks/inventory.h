@@ -1,7 +1,6 @@
 /// @file
 /// What stands on a disk, for people.
-#ifndef VELACREATE_INVENTORY_H
-#define VELACREATE_INVENTORY_H
+#pragma once
 
 #include "disks/disks.h"
 
@@ -18,5 +17,3 @@ namespace velacreate {
 std::string contentOf(const Disk& disk);
 
 } // namespace velacreate
-
-#endif

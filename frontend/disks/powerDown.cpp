@@ -28,7 +28,7 @@ void powerDown(const Disk& disk) {
     }
     const Descriptor remove(open((usb / "remove").c_str(), O_WRONLY | O_CLOEXEC));
     if (!remove.isOpen() || write(remove.number(), "1", 1) != 1) {
-        throw Failure(withError("its USB port cannot be turned off"));
+        throw Failure(SystemError().about("its USB port cannot be turned off"));
     }
 }
 

@@ -1,7 +1,6 @@
 /// @file
 /// The end of a key that was made: it can be pulled out.
-#ifndef VELACREATE_POWERDOWN_H
-#define VELACREATE_POWERDOWN_H
+#pragma once
 
 #include "disks/disks.h"
 
@@ -13,5 +12,3 @@ namespace velacreate {
 void powerDown(const Disk& disk);
 
 } // namespace velacreate
-
-#endif

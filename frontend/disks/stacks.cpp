@@ -26,7 +26,7 @@ using Table = std::unique_ptr<libmnt_table, decltype(&mnt_unref_table)>;
 Table readMounts() {
     Table mounts(mnt_new_table_from_file(MOUNTS), mnt_unref_table);
     if (!mounts) {
-        throw Refusal(withError(MOUNTS));
+        throw Refusal(SystemError().about(MOUNTS));
     }
     return mounts;
 }
@@ -37,7 +37,7 @@ Table readSwaps() {
     const int result = swaps ? mnt_table_parse_swaps(swaps.get(), SWAPS) : -ENOMEM;
     if (result != 0 && result != -ENOENT) {
         errno = -result;
-        throw Refusal(withError(SWAPS));
+        throw Refusal(SystemError().about(SWAPS));
     }
     return swaps;
 }

@@ -1,7 +1,6 @@
 /// @file
 /// What this machine works on, and the disks that it stands on.
-#ifndef VELACREATE_STACKS_H
-#define VELACREATE_STACKS_H
+#pragma once
 
 #include <set>
 #include <string>
@@ -28,5 +27,3 @@ std::vector<InUse> mountsInUse();
 std::vector<InUse> swapInUse();
 
 } // namespace velacreate
-
-#endif

@@ -1,7 +1,6 @@
 /// @file
 /// Block devices as the kernel shows them below "/sys".
-#ifndef VELACREATE_SYSFS_H
-#define VELACREATE_SYSFS_H
+#pragma once
 
 #include <filesystem>
 #include <string>
@@ -32,5 +31,3 @@ std::vector<std::filesystem::path> entriesOf(const std::filesystem::path& direct
 dev_t blockDevice(const std::string& path);
 
 } // namespace velacreate
-
-#endif

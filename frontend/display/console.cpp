@@ -58,7 +58,7 @@ void Console::log(int level, const std::string& text) {
     line << std::put_time(&local, "%F %T") << ' ' << level << ' ' << printable(text) << '\n';
     const auto bytes = line.str();
     if (write(m_log.number(), bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
-        const auto reason = withError("the log file is incomplete from here on");
+        const auto reason = SystemError().about("the log file is incomplete from here on");
         m_log = Descriptor();
         complain(reason);
     }

@@ -1,7 +1,6 @@
 /// @file
 /// The one place through which everything is shown and logged. What would upset a terminal is shown as "?".
-#ifndef VELACREATE_CONSOLE_H
-#define VELACREATE_CONSOLE_H
+#pragma once
 
 #include "display/progress.h"
 #include "display/screen.h"
@@ -24,8 +23,8 @@ public:
         return m_screen;
     }
     /// See Screen::heed.
-    void heed(int interrupts) {
-        m_screen.heed(interrupts);
+    void watchInterrupts(int interrupts) {
+        m_screen.watchInterrupts(interrupts);
     }
 
     /// Shows how far media are, from now on until `endProgress`.
@@ -63,5 +62,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

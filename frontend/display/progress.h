@@ -1,7 +1,6 @@
 /// @file
 /// How far each medium is.
-#ifndef VELACREATE_PROGRESS_H
-#define VELACREATE_PROGRESS_H
+#pragma once
 
 #include "display/screen.h"
 
@@ -64,5 +63,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

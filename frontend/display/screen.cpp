@@ -35,8 +35,8 @@ void Screen::write(int descriptor, const std::string& text) const {
 bool Screen::canWrite(int descriptor) const {
     for (;;) {
         std::array<pollfd, 2> sources = {
-            {{descriptor, POLLOUT, 0}, {m_isHurried ? -1 : m_interrupts, POLLIN, 0}}};
-        const int ready = poll(sources.data(), sources.size(), m_isHurried ? HARDLY_MS : FOR_EVER);
+            {{descriptor, POLLOUT, 0}, {m_hasStopped ? -1 : m_interrupts, POLLIN, 0}}};
+        const int ready = poll(sources.data(), sources.size(), m_hasStopped ? HARDLY_MS : FOR_EVER);
         if (ready < 0 && errno != EINTR) {
             return false;
         }
@@ -46,7 +46,7 @@ bool Screen::canWrite(int descriptor) const {
         if (ready == 0) {
             return false;
         }
-        m_isHurried = m_isHurried || sources[1].revents != 0;
+        m_hasStopped = m_hasStopped || sources[1].revents != 0;
     }
 }
 

@@ -1,7 +1,6 @@
 /// @file
 /// Standard output and standard error.
-#ifndef VELACREATE_SCREEN_H
-#define VELACREATE_SCREEN_H
+#pragma once
 
 #include <string>
 
@@ -12,12 +11,12 @@ namespace velacreate {
 class Screen {
 public:
     /// From now on, a readable descriptor stands for an interrupt.
-    void heed(int interrupts) {
+    void watchInterrupts(int interrupts) {
         m_interrupts = interrupts;
     }
     /// There was one.
-    void hurry() const {
-        m_isHurried = true;
+    void stopWaiting() const {
+        m_hasStopped = true;
     }
 
     void write(int descriptor, const std::string& text) const;
@@ -26,9 +25,7 @@ private:
     bool canWrite(int descriptor) const;
 
     int m_interrupts = -1;
-    mutable bool m_isHurried = false;
+    mutable bool m_hasStopped = false;
 };
 
 } // namespace velacreate
-
-#endif

@@ -10,7 +10,7 @@ namespace velacreate {
 
 namespace {
 
-/// What is said of a deed.
+/// What is said of a kind.
 struct Words {
     const char* done;      ///< in front of the medium
     const char* result;    ///< of the medium in a table
@@ -20,13 +20,13 @@ struct Words {
 };
 
 Words wordsOf(const Outcome& outcome) {
-    switch (outcome.deed) {
-    case Deed::verifying:
+    switch (outcome.kind) {
+    case JobKind::verifying:
         return {"Verified ", "the same", ", no difference", "was not verified",
                 "differs from what would be made now"};
-    case Deed::comparing:
+    case JobKind::comparing:
         return {"Compared ", "the same", ", no difference", "was not compared", "differs from its image"};
-    case Deed::making:
+    case JobKind::making:
         break;
     }
     return {"Made ", "made", "", "was not made", exitStatus(EXIT_DIFFERENT).meaning};
@@ -34,7 +34,7 @@ Words wordsOf(const Outcome& outcome) {
 
 /// Where the difference is no failure, but what was asked for.
 bool isFinding(const Outcome& outcome) {
-    return outcome.status == EXIT_DIFFERENT && outcome.deed != Deed::making;
+    return outcome.status == EXIT_DIFFERENT && outcome.kind != JobKind::making;
 }
 
 std::string timeText(double seconds) {
@@ -69,7 +69,7 @@ std::string nextStep(const Outcome& outcome) {
     if (!isFinding(outcome)) {
         return exitStatus(outcome.status).nextStep;
     }
-    return outcome.deed == Deed::comparing ? "Burn it again, with another disc if it recurs." : "";
+    return outcome.kind == JobKind::comparing ? "Burn it again, with another disc if it recurs." : "";
 }
 
 std::string resultWord(const Outcome& outcome) {

@@ -1,7 +1,6 @@
 /// @file
 /// The last line of a job.
-#ifndef VELACREATE_SUMMARY_H
-#define VELACREATE_SUMMARY_H
+#pragma once
 
 #include "display/console.h"
 
@@ -11,7 +10,7 @@
 namespace velacreate {
 
 /// What a job does to its medium.
-enum class Deed {
+enum class JobKind {
     making,
     verifying, ///< compares it with what would be made now
     comparing, ///< a disc, with its image
@@ -25,7 +24,7 @@ struct Outcome {
     bool hasChanged;                   ///< whether the medium was changed
     double seconds;
     double bytesPerSecond = 0; ///< written to the medium; 0 when it was not counted
-    Deed deed = Deed::making;
+    JobKind kind = JobKind::making;
 };
 
 /// Why a medium was not made, or what is wrong with it: what its status means, and the reason.
@@ -48,5 +47,3 @@ std::string resultText(const Outcome& outcome, bool wasReadBack);
 int conclude(Console& console, const Outcome& outcome, const std::string& medium, const std::string& made);
 
 } // namespace velacreate
-
-#endif

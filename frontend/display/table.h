@@ -1,7 +1,6 @@
 /// @file
 /// Rows of text in columns.
-#ifndef VELACREATE_TABLE_H
-#define VELACREATE_TABLE_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -27,5 +26,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

@@ -29,7 +29,7 @@ std::size_t readAt(const Descriptor& file, std::vector<char>& buffer, std::uint6
         count = pread(file.number(), buffer.data(), buffer.size(), static_cast<off_t>(offset));
     } while (count < 0 && errno == EINTR);
     if (count < 0) {
-        throw Failure(withError("reading a file for its sum"));
+        throw Failure(SystemError().about("reading a file for its sum"));
     }
     return static_cast<std::size_t>(count);
 }

@@ -1,7 +1,6 @@
 /// @file
 /// Sums by which a file is recognised.
-#ifndef VELACREATE_CHECKSUM_H
-#define VELACREATE_CHECKSUM_H
+#pragma once
 
 #include "support/descriptor.h"
 
@@ -18,5 +17,3 @@ std::string sha256Of(
 std::string checksumLine(const std::string& sum, const std::string& name);
 
 } // namespace velacreate
-
-#endif

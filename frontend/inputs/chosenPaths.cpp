@@ -44,16 +44,16 @@ ChosenPaths::ChosenPaths(const std::string& directory, const Descriptor& open)
       m_asItIs(significantParts(fs::read_symlink(open.path()))) {}
 
 std::string ChosenPaths::below(const std::string& path) const {
-    const std::string text = "update file " + shown(path);
+    const std::string text = "update file " + quote(path);
     if (path.empty()) {
         throw Refusal("an update file has no name");
     }
     std::vector<std::string> parts = significantParts(path);
     if (std::find(parts.begin(), parts.end(), "..") != parts.end()) {
-        throw Refusal(text + " is not named by a path below " + shown(m_directory));
+        throw Refusal(text + " is not named by a path below " + quote(m_directory));
     }
     if (path.front() == '/' && !removeStart(parts, m_asNamed) && !removeStart(parts, m_asItIs)) {
-        throw Refusal(text + " is not below " + shown(m_directory));
+        throw Refusal(text + " is not below " + quote(m_directory));
     }
     if (parts.empty()) {
         throw Refusal(text + " is the directory of the update files itself");

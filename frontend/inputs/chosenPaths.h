@@ -1,7 +1,6 @@
 /// @file
 /// The paths by which a user names update files.
-#ifndef VELACREATE_CHOSENPATHS_H
-#define VELACREATE_CHOSENPATHS_H
+#pragma once
 
 #include "support/descriptor.h"
 
@@ -27,5 +26,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

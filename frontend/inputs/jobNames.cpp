@@ -22,7 +22,7 @@ bool isJobName(const std::string& name) {
     // The library drops its tools' names from every list of update files, and removes the files when it
     // cleans up.
     static const std::array<std::string, 15> OTHERS = {PACKAGE_NAME,
-                                                       LAUNCHERS_NAME,
+                                                       LIBRARY_FOLDER,
                                                        "stdout.txt",
                                                        BootableMedia::BOOT_FILE,
                                                        BootableMedia::ISO_DIR_NAME,

@@ -55,12 +55,12 @@ void requireFatNames(const std::vector<std::string>& places) {
                 continue;
             }
             if (const std::string objection = objectionTo(part); !objection.empty()) {
-                throw Refusal(shown(place) + " " + objection + ", which a FAT file system cannot carry");
+                throw Refusal(quote(place) + " " + objection + ", which a FAT file system cannot carry");
             }
         }
         const auto [other, isNew] = known.try_emplace(withoutCase(decoded(place).value()), &place);
         if (!isNew && *other->second != place) {
-            throw Refusal(shown(*other->second) + " and " + shown(place) +
+            throw Refusal(quote(*other->second) + " and " + quote(place) +
                           " differ only in upper and lower case, which are the same to a FAT file system");
         }
     }
@@ -68,7 +68,7 @@ void requireFatNames(const std::vector<std::string>& places) {
 
 void requireFileSize(const std::string& place, std::uint64_t size, const std::string& medium) {
     if (size > LARGEST_FILE) {
-        throw Refusal(shown(place) + " has " + sizeText(size) + "; " + medium +
+        throw Refusal(quote(place) + " has " + sizeText(size) + "; " + medium +
                       " holds files of less than 4 GiB");
     }
 }
@@ -76,11 +76,11 @@ void requireFileSize(const std::string& place, std::uint64_t size, const std::st
 void requireSpace(int directory, const std::string& where, std::uint64_t bytes) {
     struct statvfs space {};
     if (fstatvfs(directory, &space) != 0) {
-        throw Failure(withError("the free space in " + shown(where)));
+        throw Failure(SystemError().about("the free space in " + quote(where)));
     }
     const std::uint64_t free = space.f_bavail * space.f_frsize;
     if (free < bytes) {
-        throw Refusal("the job needs " + sizeText(bytes) + " in " + shown(where) + ", where " +
+        throw Refusal("the job needs " + sizeText(bytes) + " in " + quote(where) + ", where " +
                       sizeText(free) + " are free");
     }
 }

@@ -1,7 +1,6 @@
 /// @file
 /// What a medium cannot hold, found before it is begun.
-#ifndef VELACREATE_LIMITS_H
-#define VELACREATE_LIMITS_H
+#pragma once
 
 #include <cstdint>
 #include <string>
@@ -25,5 +24,3 @@ void requireFileSize(const std::string& place, std::uint64_t size, const std::st
 void requireSpace(int directory, const std::string& where, std::uint64_t bytes);
 
 } // namespace velacreate
-
-#endif

@@ -1,7 +1,6 @@
 /// @file
 /// The parts of names on a medium.
-#ifndef VELACREATE_NAMES_H
-#define VELACREATE_NAMES_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -24,5 +23,3 @@ std::string inCapitals(std::string text);
 bool holdsControlCharacter(const std::string& text);
 
 } // namespace velacreate
-
-#endif

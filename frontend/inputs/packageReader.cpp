@@ -66,7 +66,7 @@ std::string objectionToParts(const std::string& name) {
 } // namespace
 
 std::string packageText(const std::string& path) {
-    return "the tool package " + shown(path);
+    return "the tool package " + quote(path);
 }
 
 PackageReader::PackageReader(const Descriptor& file, std::string path, std::size_t blockSize)
@@ -152,7 +152,7 @@ void PackageReader::read(const UseBlock& use) {
 }
 
 void PackageReader::refuse(const std::string& objection) const {
-    throw Refusal(packageText(m_path) + ": " + shown(m_name) + " " + objection);
+    throw Refusal(packageText(m_path) + ": " + quote(m_name) + " " + objection);
 }
 
 } // namespace velacreate

@@ -1,7 +1,6 @@
 /// @file
 /// A tool package, entry by entry.
-#ifndef VELACREATE_PACKAGEREADER_H
-#define VELACREATE_PACKAGEREADER_H
+#pragma once
 
 #include "support/archives.h"
 
@@ -56,5 +55,3 @@ private:
 std::string packageText(const std::string& path);
 
 } // namespace velacreate
-
-#endif

@@ -27,7 +27,7 @@ bool isSourceDate(const std::string& text) {
 void requireSourceDate() {
     const char* const date = std::getenv("SOURCE_DATE_EPOCH"); // NOLINT(concurrency-mt-unsafe): none sets it
     if (date != nullptr && !isSourceDate(date)) {
-        throw Refusal("SOURCE_DATE_EPOCH is " + shown(date) + ", and no number of seconds from " +
+        throw Refusal("SOURCE_DATE_EPOCH is " + quote(date) + ", and no number of seconds from " +
                       std::to_string(EARLIEST) + " (the year 1980) to " + std::to_string(LATEST) + " (2107)");
     }
 }

@@ -1,7 +1,6 @@
 /// @file
 /// The time that an image or a package bears when it is to be the same from the same files.
-#ifndef VELACREATE_SOURCEDATE_H
-#define VELACREATE_SOURCEDATE_H
+#pragma once
 
 namespace velacreate {
 
@@ -9,5 +8,3 @@ namespace velacreate {
 void requireSourceDate();
 
 } // namespace velacreate
-
-#endif

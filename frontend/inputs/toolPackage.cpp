@@ -28,7 +28,7 @@ using Entries = std::map<std::string, ToolPackage::Entry>;
 Descriptor openedFile(const std::string& path) {
     Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!file.isOpen()) {
-        throw Refusal(withError(packageText(path)));
+        throw Refusal(SystemError().about(packageText(path)));
     }
     if (!S_ISREG(file.status().st_mode)) {
         throw Refusal(packageText(path) + " is no file");
@@ -112,7 +112,7 @@ void requireBoot(const Listing& listing, const Entries& wanted, const std::strin
         return;
     }
     if (const std::string wrapper = listing.wrapper(); !wrapper.empty()) {
-        throw Refusal(packageText(path) + " is wrapped in the folder " + shown(wrapper) +
+        throw Refusal(packageText(path) + " is wrapped in the folder " + quote(wrapper) +
                       "; pack what is inside it");
     }
     throw Refusal(packageText(path) + (wanted.count(BOOT) > 0 ? " has nothing in boot/" : " has no boot/"));
@@ -180,7 +180,7 @@ const std::map<std::string, ToolPackage::Entry>& ToolPackage::entries() const {
 void ToolPackage::requireFile(const std::string& name, const std::string& purpose) const {
     const auto found = m_entries.find(name);
     if (found == m_entries.end() || found->second.isDirectory) {
-        throw Refusal(packageText(m_path) + " lacks " + shown(name) + "; " + purpose);
+        throw Refusal(packageText(m_path) + " lacks " + quote(name) + "; " + purpose);
     }
 }
 

@@ -1,7 +1,6 @@
 /// @file
 /// The tool package that a medium is made from.
-#ifndef VELACREATE_TOOLPACKAGE_H
-#define VELACREATE_TOOLPACKAGE_H
+#pragma once
 
 #include "support/descriptor.h"
 
@@ -74,5 +73,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

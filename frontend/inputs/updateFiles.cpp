@@ -21,13 +21,13 @@ namespace {
 constexpr int TO_READ = O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY;
 
 std::string named(const std::string& source) {
-    return "update file " + shown(source);
+    return "update file " + quote(source);
 }
 
 Descriptor openedDirectory(const std::string& path) {
     Descriptor directory(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!directory.isOpen()) {
-        throw Refusal(withError("the directory " + shown(path)));
+        throw Refusal(SystemError().about("the directory " + quote(path)));
     }
     return directory;
 }
@@ -99,7 +99,7 @@ private:
             throw Refusal(named(source) + " lies behind a link");
         }
         const bool isMissing = errno == ENOENT || errno == ENOTDIR;
-        throw Refusal(withError(named(source) + (isMissing ? " is not in " + shown(m_where) : "")));
+        throw Refusal(SystemError().about(named(source) + (isMissing ? " is not in " + quote(m_where) : "")));
     }
 
     /// The directories on the way to a file that was named by its path.
@@ -109,7 +109,7 @@ private:
             if (known == m_entries.end()) {
                 m_entries[ancestor] = {ancestor, 0, true, kindOf(ancestor)};
             } else if (!known->second.isDirectory) {
-                throw Refusal(named(known->second.source) + " stands where " + shown(source) +
+                throw Refusal(named(known->second.source) + " stands where " + quote(source) +
                               " needs a directory");
             }
         }
@@ -133,7 +133,7 @@ private:
 
     static void requireTheSame(const UpdateFiles::Entry& known, const std::string& source, bool isDirectory) {
         if (known.isDirectory != isDirectory || (!isDirectory && known.source != source)) {
-            throw Refusal("the update files " + shown(known.source) + " and " + shown(source) +
+            throw Refusal("the update files " + quote(known.source) + " and " + quote(source) +
                           " have one place on the medium");
         }
     }
@@ -141,7 +141,7 @@ private:
     void requireReadable(const std::string& source, const struct stat& found) {
         const Descriptor file = m_tree.open(source, TO_READ);
         if (!file.isOpen()) {
-            throw Refusal(withError(named(source) + " cannot be read"));
+            throw Refusal(SystemError().about(named(source) + " cannot be read"));
         }
         if (!isUnchanged(found, file.status())) {
             throw Refusal(named(source) + " is being changed");
@@ -151,7 +151,7 @@ private:
     void addContent(const std::string& source, const std::string& place) {
         const Descriptor directory = openBeneath(m_directory, source, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
         if (!directory.isOpen()) {
-            throw Refusal(withError(named(source) + " cannot be read"));
+            throw Refusal(SystemError().about(named(source) + " cannot be read"));
         }
         forEachEntry(directory.number(), [&](const std::string& name) {
             const std::string inner = source + "/" + name;
@@ -224,7 +224,7 @@ void copyFile(Beneath& from, Beneath& to, const std::string& place, const Update
               const Advance& advance) {
     const Descriptor source = from.open(entry.source, TO_READ);
     if (!source.isOpen()) {
-        throw Failure(withError(named(entry.source) + " cannot be read any more"));
+        throw Failure(SystemError().about(named(entry.source) + " cannot be read any more"));
     }
     const auto requireUnchanged = [&] {
         if (!isUnchanged(entry.found, source.status())) {
@@ -235,13 +235,13 @@ void copyFile(Beneath& from, Beneath& to, const std::string& place, const Update
     const bool isProgram = (entry.found.st_mode & S_IXUSR) != 0;
     const Descriptor copy = to.open(place, O_WRONLY | O_CREAT | O_EXCL, isProgram ? 0755 : 0644);
     if (!copy.isOpen()) {
-        throw Failure(withError("the copy of " + named(entry.source)));
+        throw Failure(SystemError().about("the copy of " + named(entry.source)));
     }
     copyContent(source, copy, entry.source, advance);
     requireUnchanged();
     const struct timespec times[] = {entry.found.st_mtim, entry.found.st_mtim};
     if (futimens(copy.number(), times) != 0) {
-        throw Failure(withError("the time of " + named(entry.source)));
+        throw Failure(SystemError().about("the time of " + named(entry.source)));
     }
 }
 
@@ -254,7 +254,7 @@ void UpdateFiles::copyTo(int directory, const Advance& advance) const {
         if (!entry.isDirectory) {
             copyFile(from, to, place, entry, advance);
         } else if (!to.makeDirectory(place, 0755)) {
-            throw Failure(withError("the copy of " + named(entry.source)));
+            throw Failure(SystemError().about("the copy of " + named(entry.source)));
         }
     }
 }

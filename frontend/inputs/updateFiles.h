@@ -1,7 +1,6 @@
 /// @file
 /// The update files that a user has chosen.
-#ifndef VELACREATE_UPDATEFILES_H
-#define VELACREATE_UPDATEFILES_H
+#pragma once
 
 #include "support/descriptor.h"
 
@@ -68,5 +67,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

@@ -23,7 +23,7 @@ namespace velacreate {
 namespace {
 
 bool mountsAreOwn = false;
-int watchersSocket = -1;
+int supervisorSocket = -1;
 
 /// Like fork(), with a descriptor of the process.
 pid_t cloneProcess(std::uint64_t namespaces, int& descriptor) {
@@ -41,7 +41,7 @@ bool write(const char* path, const std::string& text) {
 }
 
 /// A user is nobody in a new user namespace until told who it is there: the same as before.
-bool stayOneself(uid_t user, gid_t group) {
+bool mapOwnIds(uid_t user, gid_t group) {
     const auto same = [](unsigned number) {
         return std::to_string(number) + " " + std::to_string(number) + " 1";
     };
@@ -55,8 +55,8 @@ void endAtOnce(int number) {
 
 void setUpProcess(int socket, int output) {
     setpgid(0, 0);
-    watchersSocket = socket;
-    dieWithWatcher();
+    supervisorSocket = socket;
+    dieWithSupervisor();
     const Descriptor nothing(open("/dev/null", O_RDONLY | O_CLOEXEC));
     dup2(nothing.number(), STDIN_FILENO);
     dup2(output, STDOUT_FILENO);
@@ -88,12 +88,12 @@ ChildProcess::ChildProcess(int directory, const std::function<int(Reporter&)>& w
     std::array<int, 2> events{};
     std::array<int, 2> output{};
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, events.data()) != 0) {
-        throw Failure(withError("no socket for the job"));
+        throw Failure(SystemError().about("no socket for the job"));
     }
     m_events = Descriptor(events[0]);
     const Descriptor jobsEvents(events[1]);
     if (pipe2(output.data(), O_CLOEXEC) != 0) {
-        throw Failure(withError("no pipe for the job"));
+        throw Failure(SystemError().about("no pipe for the job"));
     }
     m_output = Descriptor(output[0]);
     const Descriptor jobsOutput(output[1]);
@@ -105,7 +105,7 @@ ChildProcess::ChildProcess(int directory, const std::function<int(Reporter&)>& w
     // Where the process starts is the one place that is carried over into its mounts.
     const Descriptor here(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (fchdir(directory) != 0) {
-        throw Failure(withError("the workplace cannot be entered"));
+        throw Failure(SystemError().about("the job directory cannot be entered"));
     }
     const std::uint64_t own = CLONE_NEWPID | CLONE_NEWNS | (user == 0 ? 0 : CLONE_NEWUSER);
     int process = -1;
@@ -116,14 +116,14 @@ ChildProcess::ChildProcess(int directory, const std::function<int(Reporter&)>& w
         m_number = cloneProcess(0, process);
     }
     if (m_number < 0) {
-        throw Failure(withError("no process for the job"));
+        throw Failure(SystemError().about("no process for the job"));
     }
     if (m_number == 0) {
         m_events = Descriptor();
         m_output = Descriptor();
         setUpProcess(jobsEvents.number(), jobsOutput.number());
         // What the user unmounts outside must not live on in here, unflushed.
-        mountsAreOwn = isApart && (user == 0 || stayOneself(user, group)) &&
+        mountsAreOwn = isApart && (user == 0 || mapOwnIds(user, group)) &&
                        mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr) == 0;
         _exit(run(work, jobsEvents.number()));
     }
@@ -148,11 +148,11 @@ bool hasOwnMounts() {
     return mountsAreOwn;
 }
 
-// When the watcher is gone already, nobody holds the other end of the socket any more.
-void dieWithWatcher() {
+// When the supervisor is gone already, nobody holds the other end of the socket any more.
+void dieWithSupervisor() {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    pollfd watcher{watchersSocket, POLLRDHUP, 0};
-    if (poll(&watcher, 1, 0) != 0) {
+    pollfd supervisor{supervisorSocket, POLLRDHUP, 0};
+    if (poll(&supervisor, 1, 0) != 0) {
         _exit(EXIT_UNFINISHED);
     }
 }

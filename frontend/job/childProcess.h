@@ -1,7 +1,6 @@
 /// @file
 /// The process in which a job runs, with all that it starts.
-#ifndef VELACREATE_CHILDPROCESS_H
-#define VELACREATE_CHILDPROCESS_H
+#pragma once
 
 #include "job/reporter.h"
 #include "support/descriptor.h"
@@ -15,7 +14,7 @@ namespace velacreate {
 
 /// A process in a group of its own, without input. Where the rights allow (root, or a user who may have user
 /// namespaces) it also has process numbers and mounts of its own: then the kernel ends all that it has
-/// started with it, and unmounts what it has mounted, even when its watcher is killed.
+/// started with it, and unmounts what it has mounted, even when its supervisor is killed.
 class ChildProcess {
 public:
     /// Starts a function, in a directory. What it returns becomes the exit status; a Refusal becomes
@@ -54,10 +53,8 @@ private:
 /// Whether this is a job's process that has mounts of its own, in which it may do as it likes.
 bool hasOwnMounts();
 
-/// Lets a job's process end with its watcher. It does so from the start, but not any more once it is another
-/// user's: then this is to be called again.
-void dieWithWatcher();
+/// Lets a job's process end with its supervisor. It does so from the start, but not any more once it is
+/// another user's: then this is to be called again.
+void dieWithSupervisor();
 
 } // namespace velacreate
-
-#endif

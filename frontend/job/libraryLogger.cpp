@@ -50,7 +50,7 @@ std::string reasonIn(const std::string& said) {
     return last;
 }
 
-int withToolsWords(int result, const Reporter& reporter) {
+int reportToolError(int result, const Reporter& reporter) {
     // Where a file is missing, no tool has run.
     if (result != 0 && result != EXIT_UNFINISHED && result != VelaCreation::VELAERROR_FILE_OR_DIR_NOT_FOUND &&
         result != VelaCreation::VELAERROR_NO_UPDATE_FILES) {
@@ -59,7 +59,7 @@ int withToolsWords(int result, const Reporter& reporter) {
         if (const auto reason = reasonIn(said.str()); !reason.empty()) {
             reporter.reason(reason);
         } else if (isFull()) {
-            reporter.reason("no space is left in the workplace");
+            reporter.reason("no space is left in the job directory");
         }
     }
     return result;

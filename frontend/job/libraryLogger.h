@@ -1,7 +1,6 @@
 /// @file
 /// The library's logger in a job's process.
-#ifndef VELACREATE_LIBRARYLOGGER_H
-#define VELACREATE_LIBRARYLOGGER_H
+#pragma once
 
 #include "job/reporter.h"
 
@@ -14,7 +13,7 @@
 
 namespace velacreate {
 
-/// Hands messages on to the watcher, and asks a function at the checkpoint.
+/// Hands messages on to the supervisor, and asks a function at the checkpoint.
 class LibraryLogger : public VelaLoggerIfc {
 public:
     explicit LibraryLogger(Reporter& reporter, std::function<int()> checkpoint = nullptr)
@@ -47,8 +46,6 @@ std::string reasonIn(const std::string& said);
 /// left its output in the current directory, where the next command would overwrite it. A veto has told its
 /// own reason.
 /// @return the operation's result
-int withToolsWords(int result, const Reporter& reporter);
+int reportToolError(int result, const Reporter& reporter);
 
 } // namespace velacreate
-
-#endif

@@ -1,6 +1,6 @@
 #include "job/output.h"
 
-#include "medium/packageFiles.h"
+#include "medium/netbootFiles.h"
 #include "support/failure.h"
 
 #include <algorithm>
@@ -26,9 +26,9 @@ bool isRegularFile(const Descriptor& directory, const std::string& name) {
            S_ISREG(about.st_mode);
 }
 
-bool isPackageName(const std::string& name) {
-    return name == PACKAGE_ARCHIVE ||
-           std::find(PACKAGE_BOOT_FILES.begin(), PACKAGE_BOOT_FILES.end(), name) != PACKAGE_BOOT_FILES.end();
+bool isNetbootName(const std::string& name) {
+    return name == NETBOOT_ARCHIVE ||
+           std::find(NETBOOT_BOOT_FILES.begin(), NETBOOT_BOOT_FILES.end(), name) != NETBOOT_BOOT_FILES.end();
 }
 
 /// What a directory holds that is to be replaced by a package.
@@ -46,8 +46,8 @@ Present lookInto(const Descriptor& directory) {
     Present present;
     forEachEntry(directory.number(), [&](const std::string& name) {
         present.isEmpty = false;
-        present.hasArchive = present.hasArchive || name == PACKAGE_ARCHIVE;
-        if (!isPackageName(name) || !isRegularFile(directory, name)) {
+        present.hasArchive = present.hasArchive || name == NETBOOT_ARCHIVE;
+        if (!isNetbootName(name) || !isRegularFile(directory, name)) {
             present.stranger = name;
         }
     });
@@ -70,7 +70,7 @@ Output::Output(const std::string& path) {
     const auto absolute = fs::path(path).has_filename() ? fs::path(path) : fs::path(path).parent_path();
     m_name = absolute.filename();
     if (m_name.empty() || m_name == "." || m_name == "..") {
-        throw Refusal("the output " + shown(path) + " has no name of its own");
+        throw Refusal("the output " + quote(path) + " has no name of its own");
     }
     std::error_code error;
     m_parentPath = fs::canonical(absolute.has_parent_path() ? absolute.parent_path() : ".", error);
@@ -79,26 +79,26 @@ Output::Output(const std::string& path) {
         error.assign(m_parent.isOpen() ? 0 : errno, std::generic_category());
     }
     if (error) {
-        throw Refusal("the directory of the output " + shown(path) + ": " + error.message());
+        throw Refusal("the directory of the output " + quote(path) + ": " + error.message());
     }
     if (faccessat(m_parent.number(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
-        throw Refusal(withError("nothing can be written to " + shown(m_parentPath)));
+        throw Refusal(SystemError().about("nothing can be written to " + quote(m_parentPath)));
     }
     struct stat about {};
     if (fstatat(m_parent.number(), m_name.c_str(), &about, AT_SYMLINK_NOFOLLOW) == 0) {
         m_present = about;
     } else if (errno != ENOENT) {
-        throw Refusal(withError("the output " + shown(path)));
+        throw Refusal(SystemError().about("the output " + quote(path)));
     }
 }
 
 Output Output::file(const std::string& path, bool force, const std::string& kind) {
     Output output(path);
     if (output.m_present && !S_ISREG(output.m_present->st_mode)) {
-        throw Refusal(shown(path) + " is no file and cannot be replaced by " + kind);
+        throw Refusal(quote(path) + " is no file and cannot be replaced by " + kind);
     }
     if (output.m_present && !force) {
-        throw Refusal(shown(path) + " exists (--force replaces it)");
+        throw Refusal(quote(path) + " exists (--force replaces it)");
     }
     return output;
 }
@@ -107,7 +107,7 @@ Output Output::image(const std::string& path, bool force) {
     const std::string ending = ".iso";
     if (path.size() < ending.size() ||
         path.compare(path.size() - ending.size(), ending.size(), ending) != 0) {
-        throw Refusal("the output " + shown(path) + " does not end in .iso");
+        throw Refusal("the output " + quote(path) + " does not end in .iso");
     }
     return file(path, force, "an image");
 }
@@ -116,24 +116,24 @@ Output Output::checksum(const std::string& path, bool force) {
     return file(path, force, "a checksum");
 }
 
-Output Output::package(const std::string& path, bool force) {
+Output Output::netbootDirectory(const std::string& path, bool force) {
     Output output(path);
     if (!output.m_present) {
         return output;
     }
     if (!S_ISDIR(output.m_present->st_mode)) {
-        throw Refusal(shown(path) + " is no directory and cannot be replaced by a package");
+        throw Refusal(quote(path) + " is no directory and cannot be replaced by a package");
     }
     if (output.m_present->st_dev != output.m_parent.status().st_dev) {
-        throw Refusal(shown(path) + " is a mount point; choose a directory below it");
+        throw Refusal(quote(path) + " is a mount point; choose a directory below it");
     }
     const auto present = lookInto(output.openPresent());
     if (!present.isReplaceable()) {
-        throw Refusal(shown(path) + " is not empty, and no network-boot package" +
-                      (present.stranger.empty() ? "" : ": it holds " + shown(present.stranger)));
+        throw Refusal(quote(path) + " is not empty, and no network-boot directory" +
+                      (present.stranger.empty() ? "" : ": it holds " + quote(present.stranger)));
     }
     if (!present.isEmpty && !force) {
-        throw Refusal(shown(path) + " holds a network-boot package (--force replaces it)");
+        throw Refusal(quote(path) + " holds a network-boot directory (--force replaces it)");
     }
     return output;
 }
@@ -141,7 +141,7 @@ Output Output::package(const std::string& path, bool force) {
 Descriptor Output::openPresent() const {
     auto present = openBeneath(m_parent.number(), m_name, O_RDONLY);
     if (!present.isOpen()) {
-        throw Refusal(withError(shown(path())));
+        throw Refusal(SystemError().about(quote(path())));
     }
     return present;
 }
@@ -153,7 +153,7 @@ std::string Output::path() const {
 struct stat Output::take(const Descriptor& directory, const std::string& name) const {
     const auto made = openBeneath(directory.number(), name, O_RDONLY);
     if (!made.isOpen()) {
-        throw Failure(withError("what was made cannot be found any more"));
+        throw Failure(SystemError().about("what was made cannot be found any more"));
     }
     if (m_present) {
         [[maybe_unused]] const int owned = fchown(made.number(), m_present->st_uid, m_present->st_gid);
@@ -164,7 +164,7 @@ struct stat Output::take(const Descriptor& directory, const std::string& name) c
                              : rename(directory, name, m_parent.number(), m_name, RENAME_NOREPLACE) ||
                                    (lacksFlags() && rename(directory, name, m_parent.number(), m_name, 0));
     if (!isThere) {
-        throw Failure(withError(shown(path()) + " cannot be put in place"));
+        throw Failure(SystemError().about(quote(path()) + " cannot be put in place"));
     }
     fsync(m_parent.number());
     return made.status();

@@ -1,7 +1,6 @@
 /// @file
 /// The place of a finished image or package.
-#ifndef VELACREATE_OUTPUT_H
-#define VELACREATE_OUTPUT_H
+#pragma once
 
 #include "support/descriptor.h"
 
@@ -24,9 +23,9 @@ public:
 
     /// For a package's directory: refuses one that is not empty, unless it is a package and --force is given,
     /// and one that is a mount point.
-    static Output package(const std::string& path, bool force);
+    static Output netbootDirectory(const std::string& path, bool force);
 
-    /// The directory that the output lies in, where its workplace is made.
+    /// The directory that the output lies in, where its job directory is made.
     const Descriptor& parent() const {
         return m_parent;
     }
@@ -68,5 +67,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

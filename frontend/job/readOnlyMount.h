@@ -1,7 +1,6 @@
 /// @file
 /// A key that is only to be read.
-#ifndef VELACREATE_READONLYMOUNT_H
-#define VELACREATE_READONLYMOUNT_H
+#pragma once
 
 #include "support/descriptor.h"
 
@@ -25,5 +24,3 @@ public:
 };
 
 } // namespace velacreate
-
-#endif

@@ -1,7 +1,6 @@
 /// @file
-/// What a job tells its watcher.
-#ifndef VELACREATE_REPORTER_H
-#define VELACREATE_REPORTER_H
+/// What a job tells its supervisor.
+#pragma once
 
 #include <chrono>
 #include <cstdint>
@@ -54,10 +53,8 @@ private:
     std::chrono::steady_clock::time_point m_told;
 };
 
-/// The watcher's side.
+/// The supervisor's side.
 /// @return nothing when there is no event at the moment
 std::optional<Event> receiveEvent(int socket);
 
 } // namespace velacreate
-
-#endif

@@ -1,8 +1,7 @@
 /// @file
 /// The pause that the library makes after each stage line, for those who poll the status file. Whoever
 /// watches a job here is shown its stages at once, so it does not wait. The library's other pauses are real.
-#ifndef VELACREATE_STAGEPAUSES_H
-#define VELACREATE_STAGEPAUSES_H
+#pragma once
 
 #include <functional>
 #include <string>
@@ -15,5 +14,3 @@ namespace velacreate {
 void watchStages(const std::function<void(const std::string& stage)>& announce, bool keepPauses);
 
 } // namespace velacreate
-
-#endif

@@ -28,7 +28,7 @@ void searchHereFirst() {
     Descriptor here(open(".", O_PATH | O_DIRECTORY));
     const auto searchPath = here.path() + ":" + SEARCH_PATH;
     if (!here.isOpen() || setenv("PATH", searchPath.c_str(), 1) != 0) { // NOLINT(concurrency-mt-unsafe)
-        throw Failure(withError("no search path for the launcher " + shown(ZIP)));
+        throw Failure(SystemError().about("no search path for the launcher " + quote(ZIP)));
     }
     here.release();
 }
@@ -43,7 +43,7 @@ Toolkit::Toolkit(const std::string& folder, Launchers launchers) : m_isOwn(folde
         if (m_folder.isOpen() && faccessat(m_folder.number(), name, X_OK, AT_EACCESS) == 0) {
             m_names.emplace_back(name);
         } else if (isForDiscs || m_isOwn || !m_folder.isOpen()) {
-            throw Refusal("the launcher " + shown(path / name) + " is missing");
+            throw Refusal("the launcher " + quote(path / name) + " is missing");
         }
     }
 }
@@ -61,7 +61,7 @@ void Toolkit::copyHere() const {
         const Descriptor from(openat(m_folder.number(), name.c_str(), O_RDONLY | O_CLOEXEC));
         const Descriptor to(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRWXU));
         if (!from.isOpen() || !to.isOpen()) {
-            throw Failure(withError("the launcher " + shown(name)));
+            throw Failure(SystemError().about("the launcher " + quote(name)));
         }
         copyContent(from, to, name, [](std::uint64_t /*bytes*/) {});
         if (name == ZIP) {

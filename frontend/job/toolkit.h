@@ -1,7 +1,6 @@
 /// @file
 /// The launchers, through which the library runs the ISO tool, the burner and zip.
-#ifndef VELACREATE_TOOLKIT_H
-#define VELACREATE_TOOLKIT_H
+#pragma once
 
 #include "support/descriptor.h"
 #include "support/programs.h"
@@ -12,8 +11,8 @@
 namespace velacreate {
 
 enum class Launchers {
-    ofDiscs,   ///< xorriso and cdrecord, which the library copies from the current directory
-    ofPackages ///< zip, which it finds on the search path; only velacreate's own folder must have it
+    ofDiscs,  ///< xorriso and cdrecord, which the library copies from the current directory
+    ofNetboot ///< zip, which it finds on the search path; only velacreate's own folder must have it
 };
 
 class Toolkit {
@@ -41,5 +40,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

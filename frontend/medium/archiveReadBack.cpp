@@ -42,17 +42,17 @@ std::string placeOf(archive_entry* entry) {
 
 class ArchiveComparison {
 public:
-    ArchiveComparison(int workplace, const Tree& expected, const Descriptor& archive,
+    ArchiveComparison(int jobDirectory, const Tree& expected, const Descriptor& archive,
                       const std::vector<std::string>& ignored, const Advance& advance)
-        : m_workplace(workplace), m_expected(expected), m_ignored(ignored), m_advance(advance),
-          m_sources(workplace), m_reader(archive, formatOf(archive), BLOCK) {}
+        : m_workplace(jobDirectory), m_expected(expected), m_ignored(ignored), m_advance(advance),
+          m_sources(jobDirectory), m_reader(archive, formatOf(archive), BLOCK) {}
 
     std::vector<std::string> run() {
         while (goOn()) {
             compareEntry();
         }
         compareLinked();
-        addBeyond();
+        addUnexpected();
         if (m_end.empty()) {
             addMissing();
             return m_differences.lines();
@@ -95,7 +95,7 @@ private:
         }
         if (place.size() >
             PATH_MAX) { // which nothing expected has; of as many parts, each would be remembered
-            m_beyond.insert(place);
+            m_unexpected.insert(place);
             return;
         }
         for (const std::string& ancestor : ancestorsOf(place)) {
@@ -104,7 +104,7 @@ private:
         if (!m_seen.insert(place).second) {
             m_differences.addTwice(place);
         } else if (const auto part = m_expected.find(place); part == m_expected.end()) {
-            m_beyond.insert(place);
+            m_unexpected.insert(place);
         } else {
             comparePart(place, part->second);
         }
@@ -167,7 +167,7 @@ private:
             others.enter(m_expected.at(stored));
             const Finding finding = compareFile(others.current(), m_sources, m_advance);
             if (finding == Finding::unreadable) {
-                throw Failure(withError("reading the source " + shown(stored)));
+                throw Failure(SystemError().about("reading the source " + quote(stored)));
             }
             if (finding == Finding::different) {
                 m_differences.addDiffering(place, part);
@@ -175,9 +175,9 @@ private:
         }
     }
 
-    void addBeyond() {
-        for (const std::string& place : m_beyond) {
-            m_differences.addBeyond(place);
+    void addUnexpected() {
+        for (const std::string& place : m_unexpected) {
+            m_differences.addUnexpected(place);
         }
     }
 
@@ -207,7 +207,7 @@ private:
     std::set<std::string> m_seen;
     std::set<std::string> m_implied; ///< directories on the way to others
     std::set<std::string> m_same;
-    std::set<std::string> m_beyond;
+    std::set<std::string> m_unexpected;
     std::vector<Linked> m_linked;
     std::string m_end; ///< why it cannot be read any further
     Differences m_differences;
@@ -215,9 +215,9 @@ private:
 
 } // namespace
 
-std::vector<std::string> compareArchive(int workplace, const Tree& expected, const Descriptor& archive,
+std::vector<std::string> compareArchive(int jobDirectory, const Tree& expected, const Descriptor& archive,
                                         const std::vector<std::string>& ignored, const Advance& advance) {
-    return ArchiveComparison(workplace, expected, archive, ignored, advance).run();
+    return ArchiveComparison(jobDirectory, expected, archive, ignored, advance).run();
 }
 
 } // namespace velacreate

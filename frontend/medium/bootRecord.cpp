@@ -54,8 +54,8 @@ std::optional<Extent> partitionOfType(const ImageBlock& table, std::uint64_t typ
 
 class BootRecordCheck {
 public:
-    BootRecordCheck(int workplace, const Tree& expected, const Descriptor& image)
-        : m_expected(expected), m_image(image), m_sources(workplace) {}
+    BootRecordCheck(int jobDirectory, const Tree& expected, const Descriptor& image)
+        : m_expected(expected), m_image(image), m_sources(jobDirectory) {}
 
     void checkEfi() {
         const auto record = block(17);
@@ -107,7 +107,7 @@ private:
     void checkExtent(const std::string& record, const Extent& extent, const std::string& place) {
         const auto part = m_expected.find(place);
         if (part == m_expected.end() || part->second.isDirectory) {
-            add("there is no file " + shown(place) + " to start from");
+            add("there is no file " + quote(place) + " to start from");
             return;
         }
         m_sources.enter(part->second);
@@ -116,14 +116,14 @@ private:
             failReading();
         }
         if (finding == Finding::different) {
-            add(record + " does not point to the bytes of " + shown(place));
+            add(record + " does not point to the bytes of " + quote(place));
         } else if (extent.size < part->second.size) {
-            add(record + " covers only a part of " + shown(place));
+            add(record + " covers only a part of " + quote(place));
         }
     }
 
     [[noreturn]] static void failReading() {
-        throw Failure(withError("reading back what a machine starts from"));
+        throw Failure(SystemError().about("reading back what a machine starts from"));
     }
 
     void add(const std::string& fault) {
@@ -138,9 +138,9 @@ private:
 
 } // namespace
 
-std::vector<std::string> faultsOfBootRecord(int workplace, const Contents& contents,
+std::vector<std::string> faultsOfBootRecord(int jobDirectory, const Contents& contents,
                                             const Descriptor& image) {
-    BootRecordCheck check(workplace, contents.tree, image);
+    BootRecordCheck check(jobDirectory, contents.tree, image);
     if (contents.medium == Medium::powerPcImage) {
         check.checkPowerPc();
     } else {

@@ -1,7 +1,6 @@
 /// @file
 /// What a machine reads of an ISO 9660 image before any file, to start from it.
-#ifndef VELACREATE_BOOTRECORD_H
-#define VELACREATE_BOOTRECORD_H
+#pragma once
 
 #include "medium/contents.h"
 #include "support/descriptor.h"
@@ -16,8 +15,7 @@ namespace velacreate {
 /// @return a line for each fault: "the boot record is missing", "the boot record does not point to the bytes
 /// of 'efibootimg'"
 /// @throw Failure when the file's source is not what it was, or the image cannot be read
-std::vector<std::string> faultsOfBootRecord(int workplace, const Contents& contents, const Descriptor& image);
+std::vector<std::string> faultsOfBootRecord(int jobDirectory, const Contents& contents,
+                                            const Descriptor& image);
 
 } // namespace velacreate
-
-#endif

@@ -2,7 +2,7 @@
 
 #include "inputs/limits.h"
 #include "inputs/names.h"
-#include "medium/packageFiles.h"
+#include "medium/netbootFiles.h"
 #include "support/failure.h"
 #include "support/sizes.h"
 
@@ -35,7 +35,7 @@ Removals removalsOf(Medium medium) {
                 {"pxelinux.0", Form::file},
                 {"boot.catalog", Form::file},
                 {"isolinux.bin", Form::file}};
-    case Medium::package:
+    case Medium::netbootDirectory:
         break;
     }
     return {{"pxelinux.cfg", Form::any},   {"img2a", Form::file},        {"img3a", Form::file},
@@ -53,7 +53,7 @@ public:
     /// Whether what stands at a place is removed again, or never gets there.
     bool loses(const Tree& tree, const std::string& place) const {
         const std::string top = topOf(place);
-        if (m_medium == Medium::package && top.front() == '.') { // which "*" leaves out
+        if (m_medium == Medium::netbootDirectory && top.front() == '.') { // which "*" leaves out
             return true;
         }
         const bool isDirectory = tree.at(top).isDirectory;
@@ -113,7 +113,7 @@ void overlay(Contents& contents, const Tree& updates) {
             continue;
         }
         if (known->second.isDirectory != part.isDirectory) {
-            throw Refusal(std::string("the update ") + kindText(part) + " " + shown(place) +
+            throw Refusal(std::string("the update ") + kindText(part) + " " + quote(place) +
                           " stands where the tool package has a " + kindText(known->second));
         }
         if (!part.isDirectory) {
@@ -127,7 +127,7 @@ void requireArrival(const Way& way, const Tree& updates) {
     for (const auto& [place, part] : updates) {
         if (way.loses(updates, place)) {
             const bool isHidden = topOf(place).front() == '.';
-            throw Refusal("update file " + shown(place) +
+            throw Refusal("update file " + quote(place) +
                           (isHidden
                                ? " begins with a dot, which leaves it out of a package; rename it"
                                : " has the name of a boot file, which keeps it off this medium; rename it"));
@@ -144,16 +144,16 @@ void requireFat(const Tree& tree) {
 }
 
 /// The boot files that a machine fetches one by one.
-void addLoose(Contents& contents, const Tree& boot) {
-    for (const char* name : PACKAGE_BOOT_FILES) {
+void addBesideArchive(Contents& contents, const Tree& boot) {
+    for (const char* name : NETBOOT_BOOT_FILES) {
         if (boot.count(name) == 0) {
             contents.missing.emplace_back(name);
         }
     }
     for (const auto& [place, part] : boot) {
-        if (std::find(PACKAGE_BOOT_FILES.begin(), PACKAGE_BOOT_FILES.end(), topOf(place)) !=
-            PACKAGE_BOOT_FILES.end()) {
-            contents.loose.emplace(place, part);
+        if (std::find(NETBOOT_BOOT_FILES.begin(), NETBOOT_BOOT_FILES.end(), topOf(place)) !=
+            NETBOOT_BOOT_FILES.end()) {
+            contents.besideArchive.emplace(place, part);
         }
     }
 }
@@ -162,7 +162,7 @@ void addLoose(Contents& contents, const Tree& boot) {
 
 std::uint64_t Contents::size() const {
     std::uint64_t total = 0;
-    for (const Tree* part : {&tree, &loose}) {
+    for (const Tree* part : {&tree, &besideArchive}) {
         for (const auto& [place, file] : *part) {
             total = sumOf(total, file.size);
         }
@@ -187,8 +187,8 @@ Contents contentsOf(Medium medium, const ToolPackage& package, const UpdateFiles
     requireArrival(way, chosen);
     overlay(contents, chosen);
     way.removeFrom(contents.tree);
-    if (medium == Medium::package) {
-        addLoose(contents, boot);
+    if (medium == Medium::netbootDirectory) {
+        addBesideArchive(contents, boot);
     } else if (medium == Medium::image) {
         contents.added = {"boot.catalog"};
     }

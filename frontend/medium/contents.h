@@ -1,7 +1,6 @@
 /// @file
 /// What must be on a medium.
-#ifndef VELACREATE_CONTENTS_H
-#define VELACREATE_CONTENTS_H
+#pragma once
 
 #include "inputs/toolPackage.h"
 #include "inputs/updateFiles.h"
@@ -13,12 +12,12 @@
 
 namespace velacreate {
 
-enum class Medium { image, powerPcImage, key, package };
+enum class Medium { image, powerPcImage, key, netbootDirectory };
 
 /// One file or directory that must be on a medium.
 struct Part {
     std::string
-        source; ///< where its bytes are, relative to the workplace: "boot/grub.cfg", or an update's place
+        source; ///< where its bytes are, relative to the job directory: "boot/grub.cfg", or an update's place
     std::uint64_t size;
     bool isDirectory;
 };
@@ -29,7 +28,7 @@ using Tree = std::map<std::string, Part>;
 struct Contents {
     Medium medium = Medium::image;
     Tree tree;                         ///< on the medium; of a package, in its archive
-    Tree loose;                        ///< of a package: the boot files beside the archive
+    Tree besideArchive;                ///< of a package: the boot files beside the archive
     std::vector<std::string> added;    ///< by the tool that makes an image, such as "boot.catalog"
     std::vector<std::string> replaced; ///< update files that stand in the place of a boot file
     std::vector<std::string> missing;  ///< of a package: boot files of the nine that the tool package lacks
@@ -45,5 +44,3 @@ struct Contents {
 Contents contentsOf(Medium medium, const ToolPackage& package, const UpdateFiles& updates);
 
 } // namespace velacreate
-
-#endif

@@ -11,7 +11,7 @@ namespace {
 
 std::string named(const std::string& place, const Part& part) {
     const std::string origin = topOf(part.source) == "boot" ? "boot " : "update ";
-    return origin + (part.isDirectory ? "directory " : "file ") + shown(place);
+    return origin + (part.isDirectory ? "directory " : "file ") + quote(place);
 }
 
 } // namespace
@@ -29,11 +29,11 @@ void Differences::addUnreadable(const std::string& place, const Part& part, cons
 }
 
 void Differences::addTwice(const std::string& place) {
-    addWhole(place, shown(place) + " is there twice");
+    addWhole(place, quote(place) + " is there twice");
 }
 
-void Differences::addBeyond(const std::string& place) {
-    addWhole(place, shown(place) + " is there, but should not be");
+void Differences::addUnexpected(const std::string& place) {
+    addWhole(place, quote(place) + " is there, but should not be");
 }
 
 void Differences::addWhole(const std::string& place, const std::string& line) {

@@ -1,7 +1,6 @@
 /// @file
 /// What the reading back of a medium finds.
-#ifndef VELACREATE_DIFFERENCES_H
-#define VELACREATE_DIFFERENCES_H
+#pragma once
 
 #include "medium/contents.h"
 
@@ -20,7 +19,7 @@ public:
     void addDiffering(const std::string& place, const Part& part);
     void addUnreadable(const std::string& place, const Part& part, const std::string& problem);
     void addTwice(const std::string& place);
-    void addBeyond(const std::string& place);
+    void addUnexpected(const std::string& place);
 
     /// @return in the order of the places
     std::vector<std::string> lines() const;
@@ -33,5 +32,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

@@ -19,8 +19,8 @@ namespace {
 
 class DirectoryComparison {
 public:
-    DirectoryComparison(int workplace, const Descriptor& directory, const Advance& advance)
-        : m_sources(workplace), m_medium(directory.number()), m_advance(advance) {}
+    DirectoryComparison(int jobDirectory, const Descriptor& directory, const Advance& advance)
+        : m_sources(jobDirectory), m_medium(directory.number()), m_advance(advance) {}
 
     void compare(const std::string& place, const Part& part) {
         const int flags = part.isDirectory ? O_PATH | O_DIRECTORY : O_RDONLY | O_NONBLOCK | O_NOCTTY;
@@ -68,9 +68,9 @@ private:
 };
 
 /// Goes through a directory, but not into what is not expected.
-class BeyondSearch {
+class UnexpectedFiles {
 public:
-    BeyondSearch(const Tree& expected, const Descriptor& directory) : m_directory(directory) {
+    UnexpectedFiles(const Tree& expected, const Descriptor& directory) : m_directory(directory) {
         for (const auto& [place, part] : expected) {
             m_expected[inCapitals(place)] = part.isDirectory;
         }
@@ -83,8 +83,8 @@ public:
             m_pending.pop_back();
             look(place);
         }
-        std::sort(m_beyond.begin(), m_beyond.end());
-        return m_beyond;
+        std::sort(m_unexpected.begin(), m_unexpected.end());
+        return m_unexpected;
     }
 
 private:
@@ -95,13 +95,13 @@ private:
             if (errno == ENOTDIR || errno == ELOOP) { // no directory after all, and nothing in it
                 return;
             }
-            throw Failure(withError("the directory " + shown(place)));
+            throw Failure(SystemError().about("the directory " + quote(place)));
         }
         forEachEntry(directory.number(), [&](const std::string& name) {
             const std::string inner = place.empty() ? name : place + "/" + name;
             const auto known = m_expected.find(inCapitals(inner));
             if (known == m_expected.end()) {
-                m_beyond.push_back(inner);
+                m_unexpected.push_back(inner);
             } else if (known->second) {
                 m_pending.push_back(inner);
             }
@@ -111,7 +111,7 @@ private:
     const Descriptor& m_directory;
     std::map<std::string, bool> m_expected; ///< and whether it is a directory
     std::vector<std::string> m_pending;
-    std::vector<std::string> m_beyond;
+    std::vector<std::string> m_unexpected;
 };
 
 bool isIgnored(const std::vector<std::string>& ignored, const std::string& place) {
@@ -121,22 +121,22 @@ bool isIgnored(const std::vector<std::string>& ignored, const std::string& place
 
 } // namespace
 
-std::vector<std::string> compareDirectory(int workplace, const Tree& expected, const Descriptor& directory,
+std::vector<std::string> compareDirectory(int jobDirectory, const Tree& expected, const Descriptor& directory,
                                           const std::vector<std::string>& ignored, const Advance& advance) {
-    DirectoryComparison comparison(workplace, directory, advance);
+    DirectoryComparison comparison(jobDirectory, directory, advance);
     for (const auto& [place, part] : expected) {
         comparison.compare(place, part);
     }
-    for (const std::string& place : beyond(expected, directory)) {
+    for (const std::string& place : unexpectedFiles(expected, directory)) {
         if (!isIgnored(ignored, place)) {
-            comparison.differences().addBeyond(place);
+            comparison.differences().addUnexpected(place);
         }
     }
     return comparison.differences().lines();
 }
 
-std::vector<std::string> beyond(const Tree& expected, const Descriptor& directory) {
-    return BeyondSearch(expected, directory).run();
+std::vector<std::string> unexpectedFiles(const Tree& expected, const Descriptor& directory) {
+    return UnexpectedFiles(expected, directory).run();
 }
 
 } // namespace velacreate

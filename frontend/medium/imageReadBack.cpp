@@ -22,10 +22,10 @@ std::string atByte(std::size_t offset) {
 
 } // namespace
 
-std::vector<std::string> compareImage(int workplace, const Contents& contents, const Descriptor& image,
+std::vector<std::string> compareImage(int jobDirectory, const Contents& contents, const Descriptor& image,
                                       const Advance& advance) {
-    auto lines = compareArchive(workplace, contents.tree, image, contents.added, advance);
-    const auto faults = faultsOfBootRecord(workplace, contents, image);
+    auto lines = compareArchive(jobDirectory, contents.tree, image, contents.added, advance);
+    const auto faults = faultsOfBootRecord(jobDirectory, contents, image);
     lines.insert(lines.end(), faults.begin(), faults.end());
     return lines;
 }
@@ -42,7 +42,7 @@ std::vector<std::string> compareDisc(const Descriptor& image, const Descriptor& 
             continue;
         }
         if (count < 0) {
-            return {withError("it cannot be read" + atByte(done))};
+            return {SystemError().about("it cannot be read" + atByte(done))};
         }
         if (count == 0) {
             return {"it ends" + atByte(done) + ", and its image has " + std::to_string(size)};

@@ -52,10 +52,10 @@ std::uint64_t isoImageSize(const Descriptor& file) {
 void requireWholeIsoImage(const Descriptor& file, const std::string& path) {
     const auto whole = isoImageSize(file);
     if (whole == 0) {
-        throw Refusal(shown(path) + " is no ISO 9660 image");
+        throw Refusal(quote(path) + " is no ISO 9660 image");
     }
     if (const auto size = static_cast<std::uint64_t>(file.status().st_size); size < whole) {
-        throw Refusal(shown(path) + " is incomplete: it has " + std::to_string(size) + " bytes of " +
+        throw Refusal(quote(path) + " is incomplete: it has " + std::to_string(size) + " bytes of " +
                       std::to_string(whole));
     }
 }

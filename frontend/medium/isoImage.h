@@ -1,7 +1,6 @@
 /// @file
 /// ISO 9660 images, by what they say of themselves.
-#ifndef VELACREATE_ISOIMAGE_H
-#define VELACREATE_ISOIMAGE_H
+#pragma once
 
 #include "support/descriptor.h"
 
@@ -37,5 +36,3 @@ std::uint64_t isoImageSize(const Descriptor& file);
 void requireWholeIsoImage(const Descriptor& file, const std::string& path);
 
 } // namespace velacreate
-
-#endif

@@ -1,7 +1,6 @@
 /// @file
 /// The comparison of a whole medium, byte for byte, with what was to be put on it.
-#ifndef VELACREATE_READBACK_H
-#define VELACREATE_READBACK_H
+#pragma once
 
 #include "medium/contents.h"
 
@@ -11,7 +10,7 @@
 namespace velacreate {
 
 /// Compares the content of an ISO 9660 image or a zip archive, streaming, through libarchive.
-/// @param workplace  where the parts' sources are
+/// @param job directory  where the parts' sources are
 /// @param expected   all that must be there
 /// @param ignored    top-level names that may be there besides, such as "boot.catalog"
 /// @return a line for each difference: "boot file 'grub.cfg' is missing", "update file 'a/b' differs",
@@ -19,14 +18,14 @@ namespace velacreate {
 /// or too much as a whole, what is in it has none. The last one is "it cannot be read to its end: ..." when
 /// the archive is damaged such that what comes behind stays unknown.
 /// @throw Failure when a source is not what it was, or the file that the archive is in cannot be read
-std::vector<std::string> compareArchive(int workplace, const Tree& expected, const Descriptor& archive,
+std::vector<std::string> compareArchive(int jobDirectory, const Tree& expected, const Descriptor& archive,
                                         const std::vector<std::string>& ignored, const Advance& advance);
 
 /// Compares an ISO 9660 image, or a disc that was burned from one: its content, and how a machine starts from
 /// it.
 /// @return lines as above, those of the boot record last
 /// @throw Failure as above
-std::vector<std::string> compareImage(int workplace, const Contents& contents, const Descriptor& image,
+std::vector<std::string> compareImage(int jobDirectory, const Contents& contents, const Descriptor& image,
                                       const Advance& advance);
 
 /// Compares a disc with the image that it was burned from, as far as the image goes; what lies behind is
@@ -35,23 +34,21 @@ std::vector<std::string> compareImage(int workplace, const Contents& contents, c
 /// @throw Failure when the image is not what it was
 std::vector<std::string> compareDisc(const Descriptor& image, const Descriptor& disc, const Advance& advance);
 
-/// Compares a network-boot package: the boot files, and what is in its archive.
+/// Compares a network-boot directory: the boot files, and what is in its archive.
 /// @param directory  the package's
 /// @return lines as above
-std::vector<std::string> comparePackage(int workplace, const Contents& contents, const Descriptor& directory,
-                                        const Advance& advance);
+std::vector<std::string> compareNetbootDirectory(int jobDirectory, const Contents& contents,
+                                                 const Descriptor& directory, const Advance& advance);
 
 /// Compares a directory, such as a mounted key, following no link.
 /// @param ignored  what may be there besides, such as what `beyond` has found
 /// @return lines as above, what the medium's own errors keep from being read among them
-std::vector<std::string> compareDirectory(int workplace, const Tree& expected, const Descriptor& directory,
+std::vector<std::string> compareDirectory(int jobDirectory, const Tree& expected, const Descriptor& directory,
                                           const std::vector<std::string>& ignored, const Advance& advance);
 
 /// @return the files and directories below a directory that are not expected; where a directory is not, only
 /// it is named and not what is in it. Names are compared as FAT does, without regard to the case of ASCII
 /// letters.
-std::vector<std::string> beyond(const Tree& expected, const Descriptor& directory);
+std::vector<std::string> unexpectedFiles(const Tree& expected, const Descriptor& directory);
 
 } // namespace velacreate
-
-#endif

@@ -37,11 +37,11 @@ void Sources::enter(const Part& part) {
     m_name = part.source;
     m_file = m_workplace.open(part.source, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     if (!m_file.isOpen()) {
-        throw Failure(withError("the source " + shown(m_name)));
+        throw Failure(SystemError().about("the source " + quote(m_name)));
     }
     const struct stat found = m_file.status();
     if (!S_ISREG(found.st_mode) || static_cast<std::uint64_t>(found.st_size) != part.size) {
-        throw Failure("the source " + shown(m_name) + " is no longer what it was");
+        throw Failure("the source " + quote(m_name) + " is no longer what it was");
     }
 }
 
@@ -51,7 +51,7 @@ bool Sources::hold(std::uint64_t offset, const void* data, std::size_t size) {
         const std::size_t wanted = std::min(size - done, BLOCK);
         const ssize_t count = readAt(m_file.number(), m_buffer.data(), wanted, offset + done);
         if (count < 0) {
-            throw Failure(withError("reading the source " + shown(m_name)));
+            throw Failure(SystemError().about("reading the source " + quote(m_name)));
         }
         if (static_cast<std::size_t>(count) < wanted ||
             std::memcmp(m_buffer.data(), static_cast<const char*>(data) + done, wanted) != 0) {

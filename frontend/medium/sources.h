@@ -1,7 +1,6 @@
 /// @file
 /// The bytes that should be on a medium.
-#ifndef VELACREATE_SOURCES_H
-#define VELACREATE_SOURCES_H
+#pragma once
 
 #include "medium/contents.h"
 #include "support/beneath.h"
@@ -19,10 +18,10 @@ namespace velacreate {
 /// As pread() does, but in one piece and again after a signal: less than the size is the end.
 ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset);
 
-/// The sources of a medium's parts in a workplace, one at a time.
+/// The sources of a medium's parts in a job directory, one at a time.
 class Sources {
 public:
-    explicit Sources(int workplace) : m_workplace(workplace) {}
+    explicit Sources(int jobDirectory) : m_workplace(jobDirectory) {}
 
     /// Goes to the source of a part.
     /// @throw Failure when it is not there, or not of the part's size
@@ -55,5 +54,3 @@ Finding compareBytes(const Descriptor& file, std::uint64_t offset, Sources& sour
 Finding compareFile(const Descriptor& file, Sources& sources, const Advance& advance);
 
 } // namespace velacreate
-
-#endif

@@ -71,16 +71,16 @@ AddressRange readRange(const std::string& text, const std::vector<Network>& netw
     const auto first = readAddress(text.substr(0, comma));
     const auto last = comma < text.size() ? readAddress(text.substr(comma + 1)) : std::nullopt;
     if (!first || !last) {
-        throw Refusal("the range " + shown(text) + " is not two IPv4 addresses with a comma between them");
+        throw Refusal("the range " + quote(text) + " is not two IPv4 addresses with a comma between them");
     }
     if (*first > *last) {
-        throw Refusal("the range " + shown(text) + " ends before it begins");
+        throw Refusal("the range " + quote(text) + " ends before it begins");
     }
     const auto network = std::find_if(networks.begin(), networks.end(), [&](const Network& candidate) {
         return candidate.holds(*first) && candidate.holds(*last);
     });
     if (network == networks.end()) {
-        throw Refusal("the range " + shown(text) + " is not in the port's network, " +
+        throw Refusal("the range " + quote(text) + " is not in the port's network, " +
                       networks.front().text());
     }
     return checked({*network, *first, *last});

@@ -1,7 +1,6 @@
 /// @file
 /// IPv4 addresses, and those that are handed out.
-#ifndef VELACREATE_ADDRESSES_H
-#define VELACREATE_ADDRESSES_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -58,5 +57,3 @@ AddressRange upperHalf(const Network& network);
 AddressRange readRange(const std::string& text, const std::vector<Network>& networks);
 
 } // namespace velacreate
-
-#endif

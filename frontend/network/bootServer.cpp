@@ -1,8 +1,8 @@
 #include "network/bootServer.h"
 
 #include "job/childProcess.h"
-#include "medium/packageFiles.h"
-#include "network/rights.h"
+#include "medium/netbootFiles.h"
+#include "network/privileges.h"
 #include "support/failure.h"
 
 #include <cstdlib>
@@ -20,12 +20,6 @@ namespace {
 constexpr const char* PROGRAM = "dnsmasq";
 constexpr mode_t FOR_EVERYBODY = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
 
-void require(bool done, const std::string& what) {
-    if (!done) {
-        throw Failure(withError(what));
-    }
-}
-
 /// The file is what it was when it was looked at, or nothing: neither a link nor a pipe can come in its
 /// place.
 void mountFile(const Descriptor& package, const std::string& name) {
@@ -36,30 +30,31 @@ void mountFile(const Descriptor& package, const std::string& name) {
     }
     const auto place = std::string(SERVED_PLACE) + "/" + name;
     const Descriptor empty(open(place.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR));
-    require(empty.isOpen() && mount(file.path().c_str(), place.c_str(), nullptr, MS_BIND, nullptr) == 0 &&
-                mount(nullptr, place.c_str(), nullptr, MS_REMOUNT | MS_BIND | CONFINED, nullptr) == 0,
-            shown(name) + " cannot be mounted for the server");
+    check(empty.isOpen() && mount(file.path().c_str(), place.c_str(), nullptr, MS_BIND, nullptr) == 0 &&
+          mount(nullptr, place.c_str(), nullptr, MS_REMOUNT | MS_BIND | CONFINED, nullptr) == 0)
+        .orFail(quote(name) + " cannot be mounted for the server");
 }
 
 /// Nothing stands there but the files of a package, whatever else is in its directory or comes there.
-void mountPackage() {
+void mountNetbootDirectory() {
     if (!hasOwnMounts()) {
         throw Failure("mounts of its own cannot be had for the server");
     }
     const Descriptor package(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    require(package.isOpen() &&
-                mount("tmpfs", "/mnt", "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=1m") == 0 &&
-                mkdir(SERVED_PLACE, FOR_EVERYBODY) == 0 && chdir(SERVED_PLACE) == 0,
-            "the package cannot be mounted for the server");
-    for (const char* name : PACKAGE_BOOT_FILES) {
+    check(package.isOpen() &&
+          mount("tmpfs", "/mnt", "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=1m") == 0 &&
+          mkdir(SERVED_PLACE, FOR_EVERYBODY) == 0 && chdir(SERVED_PLACE) == 0)
+        .orFail("the package cannot be mounted for the server");
+    for (const char* name : NETBOOT_BOOT_FILES) {
         mountFile(package, name);
     }
-    mountFile(package, PACKAGE_ARCHIVE);
+    mountFile(package, NETBOOT_ARCHIVE);
 }
 
 /// Its words are read: they are to be the English ones.
-void speakPlainly() {
-    require(setenv("LC_ALL", "C", 1) == 0, "no language for the server"); // NOLINT(concurrency-mt-unsafe)
+void useCLocale() {
+    check(setenv("LC_ALL", "C", 1) == 0)
+        .orFail("no language for the server"); // NOLINT(concurrency-mt-unsafe)
 }
 
 /// It looks whether an address is in use before it hands it out, which takes a raw socket.
@@ -112,12 +107,12 @@ void becomeServer(const NetworkPort& port, const std::optional<AddressRange>& ra
         arguments.push_back(const_cast<char*>(argument.c_str())); // the call wants it so, and changes nothing
     }
     arguments.push_back(nullptr);
-    mountPackage();
-    speakPlainly();
+    mountNetbootDirectory();
+    useCLocale();
     becomeNobody(capabilities(!range));
-    dieWithWatcher();
+    dieWithSupervisor();
     execvp(PROGRAM, arguments.data());
-    throw Failure(withError(std::string(PROGRAM) + " cannot be started"));
+    throw Failure(SystemError().about(std::string(PROGRAM) + " cannot be started"));
 }
 
 } // namespace velacreate

@@ -1,7 +1,6 @@
 /// @file
 /// The program that answers machines on a network.
-#ifndef VELACREATE_BOOTSERVER_H
-#define VELACREATE_BOOTSERVER_H
+#pragma once
 
 #include "network/addresses.h"
 #include "network/networkPort.h"
@@ -24,5 +23,3 @@ std::vector<std::string> serverCommand(const NetworkPort& port, const std::optio
 [[noreturn]] void becomeServer(const NetworkPort& port, const std::optional<AddressRange>& range);
 
 } // namespace velacreate
-
-#endif

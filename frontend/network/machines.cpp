@@ -1,6 +1,6 @@
 #include "network/machines.h"
 
-#include "medium/packageFiles.h"
+#include "medium/netbootFiles.h"
 #include "network/addresses.h"
 #include "network/bootServer.h"
 
@@ -99,7 +99,7 @@ std::optional<Machines::News> Machines::takeFile(const std::string& text, const 
     if (std::find(machine.files.begin(), machine.files.end(), name) == machine.files.end()) {
         machine.files.push_back(name);
     }
-    if (name == PACKAGE_ARCHIVE) {
+    if (name == NETBOOT_ARCHIVE) {
         machine.archived = time;
         name += " at " + time;
     }
@@ -149,7 +149,7 @@ std::string Machines::text(std::size_t machine) const {
     std::string files;
     for (const auto& name : about.files) {
         files +=
-            (files.empty() ? "" : ", ") + name + (name == PACKAGE_ARCHIVE ? " at " + about.archived : "");
+            (files.empty() ? "" : ", ") + name + (name == NETBOOT_ARCHIVE ? " at " + about.archived : "");
     }
     if (about.isTurnedAway) {
         return nameOf(machine) + "no address is left for it";

@@ -1,7 +1,6 @@
 /// @file
 /// The machines on a network, as far as the server tells of them.
-#ifndef VELACREATE_MACHINES_H
-#define VELACREATE_MACHINES_H
+#pragma once
 
 #include <cstddef>
 #include <map>
@@ -61,5 +60,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

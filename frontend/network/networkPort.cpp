@@ -30,7 +30,7 @@ using Addresses = std::unique_ptr<ifaddrs, AddressesFreer>;
 Addresses addressesOfAll() {
     ifaddrs* addresses = nullptr;
     if (getifaddrs(&addresses) != 0) {
-        throw Failure(withError("the network ports cannot be listed"));
+        throw Failure(SystemError().about("the network ports cannot be listed"));
     }
     return Addresses(addresses);
 }
@@ -50,7 +50,7 @@ bool isPlain(const std::string& name) {
 }
 
 /// Only who does not mean to share it finds out whether somebody has it.
-bool isTaken(std::uint16_t number, Address address, const std::string& port) {
+bool isInUse(std::uint16_t number, Address address, const std::string& port) {
     const Descriptor trial(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     sockaddr_in place{};
     place.sin_family = AF_INET;
@@ -59,14 +59,14 @@ bool isTaken(std::uint16_t number, Address address, const std::string& port) {
     const auto length = static_cast<socklen_t>(port.size());
     if (!trial.isOpen() ||
         setsockopt(trial.number(), SOL_SOCKET, SO_BINDTODEVICE, port.c_str(), length) != 0) {
-        throw Failure(withError("a socket on " + port));
+        throw Failure(SystemError().about("a socket on " + port));
     }
     return bind(trial.number(), reinterpret_cast<const sockaddr*>(&place), sizeof place) != 0 &&
            errno == EADDRINUSE;
 }
 
 void requireFree(std::uint16_t number, Address address, const std::string& port) {
-    if (isTaken(number, address, port)) {
+    if (isInUse(number, address, port)) {
         throw Refusal("another program of this machine serves " + port + " already (UDP port " +
                       std::to_string(number) + "); end it first");
     }
@@ -76,10 +76,10 @@ void requireFree(std::uint16_t number, Address address, const std::string& port)
 
 NetworkPort::NetworkPort(const std::string& name) : m_name(name), m_index(if_nametoindex(name.c_str())) {
     if (m_index == 0) {
-        throw Refusal("there is no network port " + shown(name));
+        throw Refusal("there is no network port " + quote(name));
     }
     if (!isPlain(name)) {
-        throw Refusal("the network port " + shown(name) + " has a name that cannot be served; rename it");
+        throw Refusal("the network port " + quote(name) + " has a name that cannot be served; rename it");
     }
     const auto all = addressesOfAll();
     unsigned flags = 0;

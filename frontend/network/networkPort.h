@@ -1,7 +1,6 @@
 /// @file
 /// The network port that machines are served on.
-#ifndef VELACREATE_NETWORKPORT_H
-#define VELACREATE_NETWORKPORT_H
+#pragma once
 
 #include "network/addresses.h"
 
@@ -42,5 +41,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

@@ -45,7 +45,7 @@ Archive beginZip(const Descriptor& output) {
 ArchiveReader::ArchiveReader(const Descriptor& file, Format format, std::size_t blockSize)
     : m_file(open(file.path().c_str(), O_RDONLY | O_CLOEXEC)), m_archive(archive_read_new()) {
     if (!m_file.isOpen()) {
-        throw Failure(withError("opening an archive again"));
+        throw Failure(SystemError().about("opening an archive again"));
     }
     if (format == Format::zip) {
         archive_read_support_format_zip_seekable(m_archive.get());

@@ -1,7 +1,6 @@
 /// @file
 /// Archives, as libarchive reads and writes them.
-#ifndef VELACREATE_ARCHIVES_H
-#define VELACREATE_ARCHIVES_H
+#pragma once
 
 #include "support/descriptor.h"
 
@@ -65,5 +64,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

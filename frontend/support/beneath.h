@@ -1,7 +1,6 @@
 /// @file
 /// Many files of one tree, opened one after another.
-#ifndef VELACREATE_BENEATH_H
-#define VELACREATE_BENEATH_H
+#pragma once
 
 #include "support/descriptor.h"
 
@@ -32,5 +31,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

@@ -53,7 +53,7 @@ void writeAll(int to, const char* data, std::size_t size, const std::string& nam
             continue;
         }
         if (count < 0) {
-            throw Failure(withError("writing " + shown(name)));
+            throw Failure(SystemError().about("writing " + quote(name)));
         }
         data += count;
         size -= static_cast<std::size_t>(count);
@@ -70,7 +70,7 @@ struct Copy {
 
     void advanceBy(ssize_t count) {
         if (count == 0) {
-            throw Failure(shown(name) + " became shorter while it was copied");
+            throw Failure(quote(name) + " became shorter while it was copied");
         }
         left -= static_cast<std::uint64_t>(count);
         advance(static_cast<std::uint64_t>(count));
@@ -86,7 +86,7 @@ void copyByBuffer(Copy& copy) {
             continue;
         }
         if (count < 0) {
-            throw Failure(withError("reading " + shown(copy.name)));
+            throw Failure(SystemError().about("reading " + quote(copy.name)));
         }
         writeAll(copy.to, buffer.data(), static_cast<std::size_t>(count), copy.name);
         copy.advanceBy(count);
@@ -105,7 +105,7 @@ void copyByKernel(Copy& copy) {
             return;
         }
         if (count < 0) {
-            throw Failure(withError("copying " + shown(copy.name)));
+            throw Failure(SystemError().about("copying " + quote(copy.name)));
         }
         copy.advanceBy(count);
     }
@@ -133,7 +133,7 @@ int Descriptor::release() {
 struct stat Descriptor::status() const {
     struct stat result {};
     if (fstat(m_number, &result) != 0) {
-        throw Failure(withError("an open file"));
+        throw Failure(SystemError().about("an open file"));
     }
     return result;
 }
@@ -189,7 +189,7 @@ void forEachEntry(int directory, const std::function<void(const std::string& nam
     Descriptor again = openBeneath(directory, ".", O_RDONLY | O_DIRECTORY);
     const std::unique_ptr<DIR, DirectoryCloser> entries(again.isOpen() ? fdopendir(again.number()) : nullptr);
     if (!entries) {
-        throw Failure(withError("reading a directory"));
+        throw Failure(SystemError().about("reading a directory"));
     }
     again.release();
     for (;;) {
@@ -204,7 +204,7 @@ void forEachEntry(int directory, const std::function<void(const std::string& nam
         }
     }
     if (errno != 0) {
-        throw Failure(withError("reading a directory"));
+        throw Failure(SystemError().about("reading a directory"));
     }
 }
 

@@ -1,7 +1,6 @@
 /// @file
 /// Open files, and how files of a stranger's are opened.
-#ifndef VELACREATE_DESCRIPTOR_H
-#define VELACREATE_DESCRIPTOR_H
+#pragma once
 
 #include <cstdint>
 #include <functional>
@@ -68,5 +67,3 @@ void copyContent(const Descriptor& from, const Descriptor& to, const std::string
                  const Advance& advance);
 
 } // namespace velacreate
-
-#endif

@@ -1,7 +1,6 @@
 /// @file
 /// How velacreate ends: with 0, with the library's result code, or with a status of its own.
-#ifndef VELACREATE_EXITSTATUS_H
-#define VELACREATE_EXITSTATUS_H
+#pragma once
 
 #include <string>
 
@@ -25,5 +24,3 @@ const ExitStatus& exitStatus(int status);
 std::string exitStatusTable();
 
 } // namespace velacreate
-
-#endif

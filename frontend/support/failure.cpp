@@ -7,12 +7,19 @@
 
 namespace velacreate {
 
-std::string withError(const std::string& what) {
-    return what + ": " + std::generic_category().message(errno);
+SystemError::SystemError() : m_number(errno) {}
+
+std::string SystemError::about(const std::string& what) const {
+    return what + ": " + std::generic_category().message(m_number);
+}
+
+void Checked::orFail(const std::string& what) const {
+    if (!m_isDone) {
+        throw Failure(m_error.about(what));
+    }
 }
 
 std::string printable(const std::string& text) {
-    const int error = errno; // for withError(), whose text names something as a rule
     std::string result;
     for (std::size_t at = 0; at < text.size();) {
         wchar_t character = 0;
@@ -24,11 +31,10 @@ std::string printable(const std::string& text) {
         }
         at += length == 0 ? 1 : length;
     }
-    errno = error;
     return result;
 }
 
-std::string shown(const std::string& text) {
+std::string quote(const std::string& text) {
     return "'" + printable(text) + "'";
 }
 

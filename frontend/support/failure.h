@@ -1,7 +1,6 @@
 /// @file
 /// The two ways in which a job does not come about for a reason of velacreate's own.
-#ifndef VELACREATE_FAILURE_H
-#define VELACREATE_FAILURE_H
+#pragma once
 
 #include <stdexcept>
 #include <string>
@@ -20,16 +19,41 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// @return a text for "WHAT: the system's text for the current errno"
-std::string withError(const std::string& what);
+/// The system's reason for a call that has just failed. It is taken here and now: errno may change while the
+/// text of a message is built.
+class SystemError {
+public:
+    SystemError();
+
+    /// @return "WHAT: the system's text for the reason"
+    std::string about(const std::string& what) const;
+
+private:
+    int m_number;
+};
+
+/// Whether a system call was successful.
+class Checked {
+public:
+    explicit Checked(bool isDone) : m_isDone(isDone) {}
+
+    /// @throw Failure "WHAT: the system's text for the reason", unless it was
+    void orFail(const std::string& what) const;
+
+private:
+    bool m_isDone;
+    SystemError m_error;
+};
+
+inline Checked check(bool isDone) {
+    return Checked(isDone);
+}
 
 /// @return the text for a message; what would upset a terminal (control characters, also those beyond ASCII,
 /// and bytes that are not UTF-8) is shown as "?"
 std::string printable(const std::string& text);
 
 /// @return the same between single quotes, for a name
-std::string shown(const std::string& text);
+std::string quote(const std::string& text);
 
 } // namespace velacreate
-
-#endif

@@ -1,7 +1,6 @@
 /// @file
 /// Files of the user's own that grow with every call.
-#ifndef VELACREATE_KEPTFILE_H
-#define VELACREATE_KEPTFILE_H
+#pragma once
 
 #include "support/descriptor.h"
 
@@ -16,5 +15,3 @@ namespace velacreate {
 Descriptor openToAdd(const std::string& kind, const std::string& path);
 
 } // namespace velacreate
-
-#endif

@@ -93,7 +93,7 @@ int statusOf(pid_t process) {
     int status = 0;
     while (waitpid(process, &status, 0) < 0) {
         if (errno != EINTR) {
-            throw Failure(withError("waiting for a program"));
+            throw Failure(SystemError().about("waiting for a program"));
         }
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
@@ -106,7 +106,7 @@ std::string contentOf(const Descriptor& file) {
         const ssize_t count =
             pread(file.number(), buffer.data(), buffer.size(), static_cast<off_t>(content.size()));
         if (count < 0) {
-            throw Failure(withError("reading a program's output"));
+            throw Failure(SystemError().about("reading a program's output"));
         }
         if (count == 0) {
             return content;
@@ -122,7 +122,7 @@ std::string contentOf(const Descriptor& file) {
 ProgramResult runProgram(const std::vector<std::string>& command) {
     const Descriptor output(memfd_create("output", MFD_CLOEXEC));
     if (!output.isOpen()) {
-        throw Failure(withError("a file for a program's output"));
+        throw Failure(SystemError().about("a file for a program's output"));
     }
     const pid_t process = start(command, output.number());
     if (process == 0) {

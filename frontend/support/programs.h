@@ -1,7 +1,6 @@
 /// @file
 /// The programs that velacreate itself needs, run without a shell.
-#ifndef VELACREATE_PROGRAMS_H
-#define VELACREATE_PROGRAMS_H
+#pragma once
 
 #include <initializer_list>
 #include <string>
@@ -23,5 +22,3 @@ ProgramResult runProgram(const std::vector<std::string>& command);
 void requirePrograms(std::initializer_list<const char*> names);
 
 } // namespace velacreate
-
-#endif

@@ -1,7 +1,6 @@
 /// @file
 /// Sizes for people.
-#ifndef VELACREATE_SIZETEXT_H
-#define VELACREATE_SIZETEXT_H
+#pragma once
 
 #include <cstdint>
 #include <string>
@@ -12,5 +11,3 @@ namespace velacreate {
 std::string sizeText(std::uint64_t bytes);
 
 } // namespace velacreate
-
-#endif

@@ -1,7 +1,6 @@
 /// @file
 /// Sums of sizes that strangers tell.
-#ifndef VELACREATE_SIZES_H
-#define VELACREATE_SIZES_H
+#pragma once
 
 #include <algorithm>
 #include <cstdint>
@@ -17,5 +16,3 @@ constexpr std::uint64_t sumOf(std::uint64_t one, std::uint64_t other) {
 }
 
 } // namespace velacreate
-
-#endif

@@ -13,7 +13,7 @@ namespace {
 locale_t utf8() {
     static const locale_t LOCALE = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     if (LOCALE == nullptr) {
-        throw Failure(withError("the locale C.UTF-8"));
+        throw Failure(SystemError().about("the locale C.UTF-8"));
     }
     return LOCALE;
 }

@@ -1,7 +1,6 @@
 /// @file
 /// Names as UTF-8, whatever the user's language is.
-#ifndef VELACREATE_UTF8_H
-#define VELACREATE_UTF8_H
+#pragma once
 
 #include <cstddef>
 #include <optional>
@@ -40,5 +39,3 @@ std::optional<std::wstring> decoded(const std::string& text);
 std::wstring withoutCase(std::wstring text);
 
 } // namespace velacreate
-
-#endif

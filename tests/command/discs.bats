@@ -44,7 +44,7 @@ load words
         as=$user makes verify --image i.iso a.txt folder
         told "^Verified the image '/srv/job/work/i.iso', .*, no difference, in "
         as=$user makes verify --pxe ../out a.txt folder
-        told "^Verified the network-boot package '/srv/job/out', .*, no difference, in "
+        told "^Verified the network-boot directory '/srv/job/out', .*, no difference, in "
     done
 }
 

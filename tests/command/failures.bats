@@ -71,7 +71,7 @@ finds() { # DIFFERENCE[; DIFFERENCE]... LAUNCHER-DOES CALL...
     endsSaying 109 "$imaging: xorriso : FAILURE : no ink. $advice" iso --force a.txt
     standIn unzip 'echo unzipping fails; exit 1'
     ends 102 iso --force a.txt
-    last "$image: the tool package cannot be unpacked (102): unzipping fails. Check the free space of the workplace."
+    last "$image: the tool package cannot be unpacked (102): unzipping fails. Check the free space of the job directory."
 }
 
 @test "a program that says nothing when it fails, is killed or makes nothing is no success" {
@@ -92,7 +92,7 @@ finds() { # DIFFERENCE[; DIFFERENCE]... LAUNCHER-DOES CALL...
     kit 'head -c 2m /dev/zero >/srv/job/out/filler'
     files out/i.iso
     output=../out/i.iso ends 109 undoing 'rm -f ../out/filler' iso --force a.txt
-    said "was not made: the image cannot be made (109): no space is left in the workplace. $advice"
+    said "was not made: the image cannot be made (109): no space is left in the job directory. $advice"
 }
 
 @test "a disc that cannot be burned is no success" {
@@ -121,7 +121,7 @@ finds() { # DIFFERENCE[; DIFFERENCE]... LAUNCHER-DOES CALL...
         signalled INT isWarned velacreate burn /srv/job/x.iso stdio:/srv/job/disc
 }
 
-@test "a workplace that no command can name is refused where mounts cannot be had" {
+@test "a job directory that no command can name is refused where mounts cannot be had" {
     local odd="o \"\$z\`"
     mkdir "$odd"
     theirs

@@ -75,7 +75,7 @@ load words
     makesPackage a.txt
 }
 
-@test "what turns into a link on the way is not followed: a file, its directory, the output's, the workplace" {
+@test "what turns into a link on the way is not followed: a file, its directory, the output's, the job directory" {
     kit 'mv /srv/job/work/a.txt /srv/job/aside; ln -s /srv/host/a.txt /srv/job/work/a.txt'
     makes undoing 'mv ../aside a.txt' iso a.txt
     isImage work/i.iso a.txt

@@ -67,11 +67,11 @@ load words
     told '^BootableISO::CreateISO() ends successfully$'
 }
 
-@test "--keep leaves the workplace and says where" {
+@test "--keep leaves the job directory and says where" {
     mkdir out
     output=../out/i.iso makes iso --keep a.txt
     cmp out/velacreate-*/ISOCreation/a.txt work/a.txt
-    told "The workplace was left: /srv/job/$(echo out/velacreate-*)"
+    told "The job directory was left: /srv/job/$(echo out/velacreate-*)"
 }
 
 @test "--no-verify reads nothing back" {

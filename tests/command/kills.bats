@@ -35,7 +35,7 @@ end() { # COMMAND SIGNAL MILLISECONDS
     await areAllGone || fails "processes are left: $(ps -e)"
     [[ $status =~ ^(0|130|$((128 + $(kill -l "$2"))))$ ]] || fails "the exit status is $status"
     if [ $status = 0 ] || ! isOld "$1"; then isNew "$1"; fi
-    [ "$2" = KILL ] || [ -z "$(find . -name '.velacreate-*')" ] || fails "a workplace was left"
+    [ "$2" = KILL ] || [ -z "$(find . -name '.velacreate-*')" ] || fails "a job directory was left"
     rm /srv/hangs
     state | diff /srv/first - || fails "that was changed"
     start "$1" --force big folder

@@ -39,10 +39,10 @@ load words
 }
 
 @test "a package replaces a package only, and only with --force" {
-    local other="is not empty, and no network-boot package: it holds"
+    local other="is not empty, and no network-boot directory: it holds"
     files out/ks.zip programs/ls programs/cp mine/ks.zip mine/mine
     ln -s /srv/host link
-    refuses "'../out' holds a network-boot package (--force replaces it)" pxe a.txt
+    refuses "'../out' holds a network-boot directory (--force replaces it)" pxe a.txt
     output=../link refuses "'../link' is no directory and cannot be replaced by a package" pxe --force a.txt
     output=../mine refuses "'../mine' $other 'mine'" pxe --force a.txt
     for place in ../programs ../work; do

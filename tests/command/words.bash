@@ -72,7 +72,7 @@ makesPackage() { # [OPTION...] FILE...
     while [[ $1 == --* ]]; do shift; done
     isPackage "work/${output:-../out}" "$@"
 }
-# A call that changes nothing; whatever its end, it leaves no workplace.
+# A call that changes nothing; whatever its end, it leaves no job directory.
 ends() { # STATUS CALL...
     local status=0
     state >/srv/before
@@ -84,7 +84,7 @@ ends() { # STATUS CALL...
     ) >/srv/out 2>/srv/err </dev/null 3>&- || status=$?
     [ "$status" = "$1" ] || fails "the exit status is $status, not $1"
     state | diff /srv/before - || fails "that was changed"
-    ! find /srv -name '.velacreate-*' | grep . || fails "a workplace was left"
+    ! find /srv -name '.velacreate-*' | grep . || fails "a job directory was left"
 }
 refuses() { # MESSAGE CALL...
     endsSaying 2 "$@"

@@ -1,7 +1,6 @@
 /// @file
 /// A key, from the question to the user until its job has ended.
-#ifndef VELACREATE_KEYHOLD_H
-#define VELACREATE_KEYHOLD_H
+#pragma once
 
 #include "disks/disks.h"
 #include "support/descriptor.h"
@@ -11,11 +10,11 @@ namespace velacreate {
 /// Keeps a whole disk open: as long as it is, the kernel gives its name to no other disk, so that a stick
 /// that is swapped shows as a failure and not as another victim. The disk is locked (flock), which keeps
 /// udev, and with it automounters, off a disk that is being changed, and a second job away.
-class KeyHold {
+class DiskLock {
 public:
     /// @throw Refusal when it cannot be opened, is not the disk it was, or "another program is working on
     /// /dev/sdb"
-    explicit KeyHold(const Disk& disk);
+    explicit DiskLock(const Disk& disk);
 
     const Disk& disk() const {
         return m_disk;
@@ -43,5 +42,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif

@@ -1,6 +1,6 @@
-#include "network/bootPackage.h"
+#include "network/netbootDirectory.h"
 
-#include "medium/packageFiles.h"
+#include "medium/netbootFiles.h"
 #include "support/archives.h"
 #include "support/failure.h"
 
@@ -26,42 +26,42 @@ void requireReadable(const struct stat& about, const std::string& what) {
 
 } // namespace
 
-BootPackage::BootPackage(std::string path)
+NetbootDirectory::NetbootDirectory(std::string path)
     : m_path(std::move(path)), m_directory(::open(m_path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
     if (!m_directory.isOpen()) {
-        throw Refusal(withError(shown(m_path)));
+        throw Refusal(SystemError().about(quote(m_path)));
     }
-    for (const std::string name : PACKAGE_BOOT_FILES) {
+    for (const std::string name : NETBOOT_BOOT_FILES) {
         const auto file = open(name);
-        if (!file.isOpen() && name == PACKAGE_LOADER) {
-            throw Refusal(text() + " lacks " + shown(name) + ": a machine on the network starts from it");
+        if (!file.isOpen() && name == NETBOOT_LOADER) {
+            throw Refusal(text() + " lacks " + quote(name) + ": a machine on the network starts from it");
         }
         if (!file.isOpen()) {
             m_missing.push_back(name);
         }
     }
-    const auto archive = open(PACKAGE_ARCHIVE);
+    const auto archive = open(NETBOOT_ARCHIVE);
     if (!archive.isOpen()) {
-        throw Refusal(text() + " lacks " + shown(PACKAGE_ARCHIVE) + ", with the update files");
+        throw Refusal(text() + " lacks " + quote(NETBOOT_ARCHIVE) + ", with the update files");
     }
     requireArchive(archive);
 }
 
-std::string BootPackage::text() const {
-    return "the network-boot package " + shown(m_path);
+std::string NetbootDirectory::text() const {
+    return "the network-boot directory " + quote(m_path);
 }
 
-bool BootPackage::isThere() const {
+bool NetbootDirectory::isThere() const {
     return m_directory.status().st_nlink > 0;
 }
 
 /// @return closed when it is not there
-Descriptor BootPackage::open(const std::string& name) const {
-    const std::string what = shown(name) + " in " + text();
+Descriptor NetbootDirectory::open(const std::string& name) const {
+    const std::string what = quote(name) + " in " + text();
     auto file = openBeneath(m_directory.number(), name, O_RDONLY | O_NONBLOCK | O_NOCTTY);
     if (!file.isOpen()) {
         if (errno != ENOENT) {
-            throw Refusal(errno == ELOOP ? what + " is a link" : withError(what));
+            throw Refusal(errno == ELOOP ? what + " is a link" : SystemError().about(what));
         }
         return file;
     }
@@ -72,10 +72,10 @@ Descriptor BootPackage::open(const std::string& name) const {
     return file;
 }
 
-void BootPackage::requireArchive(const Descriptor& file) const {
+void NetbootDirectory::requireArchive(const Descriptor& file) const {
     const auto require = [&](bool isSound, const ArchiveReader& reader) {
         if (!isSound) {
-            throw Refusal(shown(PACKAGE_ARCHIVE) + " in " + text() +
+            throw Refusal(quote(NETBOOT_ARCHIVE) + " in " + text() +
                           " is damaged, or no zip archive: " + reader.problem());
         }
     };

@@ -1,4 +1,4 @@
-#include "disks/keyHold.h"
+#include "disks/diskLock.h"
 
 #include "disks/sysfs.h"
 #include "support/failure.h"
@@ -29,7 +29,7 @@ void lock(const Descriptor& descriptor, const std::string& node) {
     const auto end = std::chrono::steady_clock::now() + 2s;
     while (flock(descriptor.number(), LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR) {
-            throw Refusal(withError(node));
+            throw Refusal(SystemError().about(node));
         }
         if (std::chrono::steady_clock::now() > end) {
             throw Refusal("another program is working on " + node);
@@ -47,22 +47,22 @@ bool isCovered(const MountedPlace& mounted) {
 
 void unmountPlace(const MountedPlace& mounted) {
     if (isCovered(mounted)) {
-        throw Refusal(shown(mounted.place) + " has another file system mounted over it; unmount both");
+        throw Refusal(quote(mounted.place) + " has another file system mounted over it; unmount both");
     }
     if (umount2(mounted.place.c_str(), UMOUNT_NOFOLLOW) == 0) {
         return;
     }
     if (errno == EBUSY) {
-        throw Refusal(shown(mounted.place) + " is in use; close what is open there, or unmount it");
+        throw Refusal(quote(mounted.place) + " is in use; close what is open there, or unmount it");
     }
-    throw Refusal(withError(shown(mounted.place) + " cannot be unmounted"));
+    throw Refusal(SystemError().about(quote(mounted.place) + " cannot be unmounted"));
 }
 
 } // namespace
 
-KeyHold::KeyHold(const Disk& disk) : m_disk(disk), m_descriptor(openDisk(disk.node(), 0)) {
+DiskLock::DiskLock(const Disk& disk) : m_disk(disk), m_descriptor(openDisk(disk.node(), 0)) {
     if (!m_descriptor.isOpen()) {
-        throw Refusal(withError(disk.node()));
+        throw Refusal(SystemError().about(disk.node()));
     }
     if (m_descriptor.status().st_rdev != disk.number) {
         throw Refusal(disk.node() + " is not the disk any more that it was");
@@ -70,7 +70,7 @@ KeyHold::KeyHold(const Disk& disk) : m_disk(disk), m_descriptor(openDisk(disk.no
     lock(m_descriptor, disk.node());
 }
 
-void KeyHold::unmount() const {
+void DiskLock::unmount() const {
     // What was mounted last may stand on the others. To unmount one may take more with it: mounts are shared.
     for (auto places = mountedPlaces(m_disk); !places.empty(); places = mountedPlaces(m_disk)) {
         unmountPlace(places.back());
@@ -82,10 +82,10 @@ void KeyHold::unmount() const {
     if (errno == EBUSY) {
         throw Refusal(m_disk.node() + " is still in use, though not mounted here; a container may have it");
     }
-    throw Refusal(withError(m_disk.node()));
+    throw Refusal(SystemError().about(m_disk.node()));
 }
 
-KeyHold::Traffic KeyHold::traffic() const {
+DiskLock::Traffic DiskLock::traffic() const {
     std::istringstream counts(attribute(deviceDirectory(m_disk.number) / "stat"));
     std::uint64_t other = 0;
     Traffic traffic{};

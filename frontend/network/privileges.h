@@ -1,7 +1,6 @@
 /// @file
 /// What a server may do on this machine.
-#ifndef VELACREATE_RIGHTS_H
-#define VELACREATE_RIGHTS_H
+#pragma once
 
 #include <vector>
 
@@ -14,5 +13,3 @@ namespace velacreate {
 void becomeNobody(const std::vector<unsigned>& capabilities);
 
 } // namespace velacreate
-
-#endif

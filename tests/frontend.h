@@ -1,6 +1,5 @@
 // What the tests of the front end's rooms stand on.
-#ifndef VELACREATE_TESTS_ROOMS_H
-#define VELACREATE_TESTS_ROOMS_H
+#pragma once
 
 #include "harness.h"
 #include "support/descriptor.h"
@@ -10,9 +9,10 @@
 
 #include <fcntl.h>
 
-/// Runs a cell of a table in /srv/job, in the words of rooms.sh.
+/// Runs a cell of a table in /srv/job, in the words of frontend.sh.
 inline void prepare(const std::string& cell) {
-    std::ofstream("/srv/cell") << "set -e; . '" TESTS_DIR "/command/words.bash'; . '" TESTS_DIR "/rooms.sh'\n"
+    std::ofstream("/srv/cell") << "set -e; . '" TESTS_DIR "/command/words.bash'; . '" TESTS_DIR
+                                  "/frontend.sh'\n"
                                << cell << "\n";
     ASSERT_EQ(runForReal("bash /srv/cell"), 0) << cell;
 }
@@ -59,5 +59,3 @@ struct Told {
     std::uint64_t bytes = 0;
     velacreate::Advance advance = [this](std::uint64_t more) { bytes += more; };
 };
-
-#endif

@@ -1,7 +1,6 @@
 /// @file
 /// The watching of jobs, from outside.
-#ifndef VELACREATE_WATCHER_H
-#define VELACREATE_WATCHER_H
+#pragma once
 
 #include "display/console.h"
 #include "display/summary.h"
@@ -50,20 +49,18 @@ struct Gauge {
 /// The job of one medium.
 struct MediumJob {
     std::string medium;                                  ///< for messages, such as "the key /dev/sdb"
-    int workplace;                                       ///< the directory that it starts in
+    int jobDirectory;                                    ///< the directory that it starts in
     std::function<int(Reporter&)> work;                  ///< run in a process of its own
     std::map<std::string, Gauge> gauges = {};            ///< by the stage
     std::function<void(const Outcome&)> ended = nullptr; ///< told at once
-    Deed deed = Deed::making;
+    JobKind kind = JobKind::making;
 };
 
 /// Runs jobs side by side, each in a process of its own, and shows how far they are. An interrupt ends them
 /// all: at once, or, while a disc is burned, at the second one.
 /// @param atOnce  how many run at a time
 /// @return their outcomes, in order
-std::vector<Outcome> watch(const std::vector<MediumJob>& jobs, std::size_t atOnce, const HeldSignals& signals,
-                           Console& console);
+std::vector<Outcome> supervise(const std::vector<MediumJob>& jobs, std::size_t atOnce,
+                               const HeldSignals& signals, Console& console);
 
 } // namespace velacreate
-
-#endif

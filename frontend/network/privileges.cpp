@@ -1,4 +1,4 @@
-#include "network/rights.h"
+#include "network/privileges.h"
 
 #include "support/failure.h"
 
@@ -17,17 +17,12 @@ namespace {
 
 constexpr uid_t NOBODY = 65534;
 constexpr gid_t NO_GROUP = 65534;
+constexpr const char* PROBLEM = "the server's rights cannot be taken away";
 
-void require(bool done) {
-    if (!done) {
-        throw Failure(withError("the server's rights cannot be taken away"));
-    }
-}
-
-void forgetOthers(const std::vector<unsigned>& capabilities) {
+void dropBoundingSet(const std::vector<unsigned>& capabilities) {
     for (unsigned number = 0; prctl(PR_CAPBSET_READ, number) >= 0; ++number) {
         if (std::find(capabilities.begin(), capabilities.end(), number) == capabilities.end()) {
-            require(prctl(PR_CAPBSET_DROP, number) == 0);
+            check(prctl(PR_CAPBSET_DROP, number) == 0).orFail(PROBLEM);
         }
     }
 }
@@ -40,20 +35,21 @@ void hold(const std::vector<unsigned>& capabilities) {
         part.effective |= CAP_TO_MASK(number);
         part.permitted = part.inheritable = part.effective;
     }
-    require(syscall(SYS_capset, &header, held.data()) == 0);
+    check(syscall(SYS_capset, &header, held.data()) == 0).orFail(PROBLEM);
     for (const unsigned number : capabilities) {
-        require(prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_RAISE, number, 0, 0) == 0);
+        check(prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_RAISE, number, 0, 0) == 0).orFail(PROBLEM);
     }
 }
 
 } // namespace
 
 void becomeNobody(const std::vector<unsigned>& capabilities) {
-    forgetOthers(capabilities);
-    require(prctl(PR_SET_KEEPCAPS, 1) == 0 && setgroups(0, nullptr) == 0 &&
-            setresgid(NO_GROUP, NO_GROUP, NO_GROUP) == 0 && setresuid(NOBODY, NOBODY, NOBODY) == 0);
+    dropBoundingSet(capabilities);
+    check(prctl(PR_SET_KEEPCAPS, 1) == 0 && setgroups(0, nullptr) == 0 &&
+          setresgid(NO_GROUP, NO_GROUP, NO_GROUP) == 0 && setresuid(NOBODY, NOBODY, NOBODY) == 0)
+        .orFail(PROBLEM);
     hold(capabilities);
-    require(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0);
+    check(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0).orFail(PROBLEM);
 }
 
 } // namespace velacreate

@@ -1,4 +1,4 @@
-#include "job/workplace.h"
+#include "job/jobDirectory.h"
 
 #include "inputs/jobNames.h"
 #include "job/childProcess.h"
@@ -27,7 +27,7 @@ constexpr const char* PREFIX = ".velacreate-";
 std::string freshName() {
     std::array<unsigned char, 8> bytes{};
     if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-        throw Failure(withError("no name for the workplace"));
+        throw Failure(SystemError().about("no name for the job directory"));
     }
     std::string name = PREFIX;
     for (const unsigned char byte : bytes) {
@@ -49,7 +49,7 @@ bool isEmpty(const Descriptor& directory) {
     return isEmpty;
 }
 
-void removeWorkplace(int parent, const std::string& name, const Descriptor& directory) {
+void removeJobDirectory(int parent, const std::string& name, const Descriptor& directory) {
     try {
         removeContents(directory);
     } catch (const Failure&) {
@@ -58,7 +58,7 @@ void removeWorkplace(int parent, const std::string& name, const Descriptor& dire
     unlinkat(parent, name.c_str(), AT_REMOVEDIR);
 }
 
-/// Only what bears the mark of a workplace within is taken for one: anybody may give a name.
+/// Only what bears the mark of a job directory within is taken for one: anybody may give a name.
 void removeAbandoned(const Descriptor& parent) {
     forEachEntry(parent.number(), [&](const std::string& name) {
         if (name.rfind(PREFIX, 0) != 0) {
@@ -66,32 +66,28 @@ void removeAbandoned(const Descriptor& parent) {
         }
         const auto directory = openBeneath(parent.number(), name, O_RDONLY | O_DIRECTORY);
         if (directory.isOpen() && isOurs(directory) &&
-            faccessat(directory.number(), LAUNCHERS_NAME, F_OK, AT_SYMLINK_NOFOLLOW) == 0 &&
+            faccessat(directory.number(), LIBRARY_FOLDER, F_OK, AT_SYMLINK_NOFOLLOW) == 0 &&
             flock(directory.number(), LOCK_EX | LOCK_NB) == 0) {
-            removeWorkplace(parent.number(), name, directory);
+            removeJobDirectory(parent.number(), name, directory);
         }
     });
 }
 
-void require(bool done, const std::string& what) {
-    if (!done) {
-        throw Failure(withError(what));
-    }
-}
-
 } // namespace
 
-Workplace::Workplace(const Descriptor& parent, const std::string& where)
+JobDirectory::JobDirectory(const Descriptor& parent, const std::string& where)
     : m_parent(parent.number()), m_where(where == "/" ? "" : where), m_name(freshName()) {
     removeAbandoned(parent);
-    require(mkdirat(m_parent, m_name.c_str(), S_IRWXU) == 0, "no workplace can be made in " + shown(where));
+    check(mkdirat(m_parent, m_name.c_str(), S_IRWXU) == 0)
+        .orFail("no job directory can be made in " + quote(where));
     try {
         m_directory = openBeneath(m_parent, m_name, O_RDONLY | O_DIRECTORY);
         if (!m_directory.isOpen() || !isOurs(m_directory) || !isEmpty(m_directory)) {
-            throw Failure("the workplace made in " + shown(where) + " is not one's own");
+            throw Failure("the job directory made in " + quote(where) + " is not one's own");
         }
         flock(m_directory.number(), LOCK_EX | LOCK_NB);
-        require(mkdirat(m_directory.number(), LAUNCHERS_NAME, S_IRWXU) == 0, "no folder in the workplace");
+        check(mkdirat(m_directory.number(), LIBRARY_FOLDER, S_IRWXU) == 0)
+            .orFail("no folder in the job directory");
         // The rights that the parent hands down are the output's, which grows in that folder, and not a
         // medium's.
         fremovexattr(m_directory.number(), "system.posix_acl_default");
@@ -101,17 +97,17 @@ Workplace::Workplace(const Descriptor& parent, const std::string& where)
     }
 }
 
-Workplace::~Workplace() {
+JobDirectory::~JobDirectory() {
     if (!m_name.empty()) {
-        removeWorkplace(m_parent, m_name, m_directory);
+        removeJobDirectory(m_parent, m_name, m_directory);
     }
 }
 
-std::string Workplace::keep() {
+std::string JobDirectory::keep() {
     const auto name = std::exchange(m_name, "");
     const auto visible = name.substr(1);
-    renameat(m_directory.number(), LAUNCHERS_NAME, m_directory.number(),
-             LAUNCHERS_NAME + 1); // no longer marked
+    renameat(m_directory.number(), LIBRARY_FOLDER, m_directory.number(),
+             LIBRARY_FOLDER + 1); // no longer marked
     const bool isRenamed = renameat(m_parent, name.c_str(), m_parent, visible.c_str()) == 0;
     return m_where + "/" + (isRenamed ? visible : name);
 }
@@ -135,10 +131,10 @@ void linkFile(const Descriptor& from, const Descriptor& to, const std::string& n
     if (linkat(from.number(), name.c_str(), to.number(), name.c_str(), 0) == 0) {
         return;
     }
-    require(errno == EPERM || errno == EOPNOTSUPP || errno == EMLINK || errno == EXDEV, shown(name));
+    check(errno == EPERM || errno == EOPNOTSUPP || errno == EMLINK || errno == EXDEV).orFail(quote(name));
     const auto original = openWithin(from.number(), name, O_RDONLY);
     const auto copy = openWithin(to.number(), name, O_WRONLY | O_CREAT | O_EXCL, S_IRWXU);
-    require(original.isOpen() && copy.isOpen(), shown(name));
+    check(original.isOpen() && copy.isOpen()).orFail(quote(name));
     copyContent(original, copy, name, [](std::uint64_t /*bytes*/) {});
 }
 
@@ -154,7 +150,7 @@ void linkContents(const Descriptor& from, const Descriptor& to, const std::strin
             linkFile(from, to, name);
             return;
         }
-        require(mkdirat(to.number(), name.c_str(), S_IRWXU) == 0, shown(name));
+        check(mkdirat(to.number(), name.c_str(), S_IRWXU) == 0).orFail(quote(name));
         linkContents(below, openWithin(to.number(), name, O_RDONLY | O_DIRECTORY));
     });
 }
@@ -175,43 +171,44 @@ std::uint64_t sizeBelow(int directory, const std::string& path) {
     return size;
 }
 
-void enterWorkplace() {
+void enterJobDirectory() {
     if (hasOwnMounts()) {
         // A mount below it keeps "/mnt" from being unmounted by the library.
-        require(mount("tmpfs", "/mnt", "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=16m") == 0 &&
-                    mkdir(OWN_PLACE, S_IRWXU) == 0 && mount(".", OWN_PLACE, nullptr, MS_BIND, nullptr) == 0 &&
-                    chdir(OWN_PLACE) == 0,
-                "no mounts for the job");
+        check(mount("tmpfs", "/mnt", "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=16m") == 0 &&
+              mkdir(OWN_PLACE, S_IRWXU) == 0 && mount(".", OWN_PLACE, nullptr, MS_BIND, nullptr) == 0 &&
+              chdir(OWN_PLACE) == 0)
+            .orFail("no mounts for the job");
     }
     std::error_code error;
     const std::string here = std::filesystem::current_path(error).string();
     if (error || here.find_first_of("\"$`\\\n") != std::string::npos) {
-        throw Refusal("the workplace " + shown(here) +
+        throw Refusal("the job directory " + quote(here) +
                       " has a character in its path that no command can carry, and "
                       "mounts of its own cannot be had; choose another place");
     }
-    require(chdir(LAUNCHERS_NAME) == 0, "the workplace cannot be entered");
-    // Not the workplace itself, where an update file could pass for a tool's start-up file.
-    const auto home = here + "/" + LAUNCHERS_NAME;
-    require(setenv("HOME", home.c_str(), 1) == 0, "no home for the job"); // NOLINT(concurrency-mt-unsafe)
+    check(chdir(LIBRARY_FOLDER) == 0).orFail("the job directory cannot be entered");
+    // Not the job directory itself, where an update file could pass for a tool's start-up file.
+    const auto home = here + "/" + LIBRARY_FOLDER;
+    check(setenv("HOME", home.c_str(), 1) == 0)
+        .orFail("no home for the job"); // NOLINT(concurrency-mt-unsafe)
 }
 
 Descriptor openAgain(const Descriptor& file, const std::string& path) {
     Descriptor again(open(path.c_str(), O_PATH | O_CLOEXEC));
     if (!again.isOpen() || !isSameFile(again.status(), file.status())) {
-        throw Failure(shown(path) + " is no longer the file that it was");
+        throw Failure(quote(path) + " is no longer the file that it was");
     }
     return again;
 }
 
 void placeFile(const Descriptor& file, const std::string& path, const std::string& name) {
     if (!hasOwnMounts()) {
-        require(symlink(path.c_str(), name.c_str()) == 0, shown(name));
+        check(symlink(path.c_str(), name.c_str()) == 0).orFail(quote(name));
         return;
     }
     const Descriptor place(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR));
-    require(place.isOpen() && mount(file.path().c_str(), name.c_str(), nullptr, MS_BIND, nullptr) == 0,
-            shown(path) + " cannot be mounted for the job");
+    check(place.isOpen() && mount(file.path().c_str(), name.c_str(), nullptr, MS_BIND, nullptr) == 0)
+        .orFail(quote(path) + " cannot be mounted for the job");
 }
 
 } // namespace velacreate

@@ -1,7 +1,6 @@
 /// @file
 /// The directory in which a job lives.
-#ifndef VELACREATE_WORKPLACE_H
-#define VELACREATE_WORKPLACE_H
+#pragma once
 
 #include "support/descriptor.h"
 
@@ -9,20 +8,20 @@
 
 namespace velacreate {
 
-/// A fresh directory that nobody else may enter, made by the watcher and removed by it whatever happens to
+/// A fresh directory that nobody else may enter, made by the supervisor and removed by it whatever happens to
 /// the job. It holds the update files as they will stand on the medium, the tool package as "tool.zip", and
 /// the launchers' folder. It is worked on through its descriptor only: whoever owns the directory that it
-/// lies in may rename it. It is locked; one without a lock has lost its watcher, and goes when the next one
-/// is made beside it.
-class Workplace {
+/// lies in may rename it. It is locked; one without a lock has lost its supervisor, and goes when the next
+/// one is made beside it.
+class JobDirectory {
 public:
     /// @param parent  an open directory, which must outlive this
     /// @param where   its path, for messages
     /// @throw Failure
-    Workplace(const Descriptor& parent, const std::string& where);
-    ~Workplace();
-    Workplace(const Workplace&) = delete;
-    Workplace& operator=(const Workplace&) = delete;
+    JobDirectory(const Descriptor& parent, const std::string& where);
+    ~JobDirectory();
+    JobDirectory(const JobDirectory&) = delete;
+    JobDirectory& operator=(const JobDirectory&) = delete;
 
     const Descriptor& directory() const {
         return m_directory;
@@ -53,16 +52,18 @@ void linkContents(const Descriptor& from, const Descriptor& to, const std::strin
 /// there
 std::uint64_t sizeBelow(int directory, const std::string& path);
 
-/// @name In the job's process, which starts in its workplace
+/// @name In the job's process, which starts in its job directory
 /// @{
 
-/// Enters the launchers' folder of the workplace. With mounts of its own, the workplace then stands at a path
-/// that every command can carry and no one else can change, and "/mnt" holds nothing but what the job mounts.
-/// @throw Refusal when there are no such mounts and a command could not carry the workplace's path; Failure
-void enterWorkplace();
+/// Enters the launchers' folder of the job directory. With mounts of its own, the job directory then stands
+/// at a path that every command can carry and no one else can change, and "/mnt" holds nothing but what the
+/// job mounts.
+/// @throw Refusal when there are no such mounts and a command could not carry the job directory's path;
+/// Failure
+void enterJobDirectory();
 
-/// Opens a file of the user's again before the workplace is entered, in the mounts of this process: what was
-/// opened before they were its own could not be mounted.
+/// Opens a file of the user's again before the job directory is entered, in the mounts of this process: what
+/// was opened before they were its own could not be mounted.
 /// @throw Failure when it is another file now
 Descriptor openAgain(const Descriptor& file, const std::string& path);
 
@@ -71,5 +72,3 @@ void placeFile(const Descriptor& file, const std::string& path, const std::strin
 /// @}
 
 } // namespace velacreate
-
-#endif

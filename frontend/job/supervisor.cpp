@@ -1,4 +1,4 @@
-#include "job/watcher.h"
+#include "job/supervisor.h"
 
 #include "support/exitStatus.h"
 #include "support/failure.h"
@@ -21,7 +21,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr auto REDRAWN_EVERY = std::chrono::milliseconds(200);
-constexpr auto MERCY = std::chrono::seconds(5);
+constexpr auto KILL_GRACE_PERIOD = std::chrono::seconds(5);
 constexpr int GAUGE_SHARE = 100; // a look at a gauge may take one part in so many of the time
 
 sigset_t endingSignals() {
@@ -47,8 +47,8 @@ public:
     /// @param isAlone  whether there is no other medium, so that messages need not name this one
     Running(const MediumJob& job, std::size_t index, bool isAlone, Console& console, Progress& progress)
         : m_job(job), m_index(index), m_name(isAlone ? "" : job.medium + ": "), m_console(console),
-          m_progress(progress), m_process(job.workplace, job.work) {
-        m_outcome.deed = job.deed;
+          m_progress(progress), m_process(job.jobDirectory, job.work) {
+        m_outcome.kind = job.kind;
     }
 
     const ChildProcess& process() const {
@@ -206,14 +206,14 @@ private:
 };
 
 /// All jobs of one call.
-class Watch {
+class Supervision {
 public:
-    Watch(const std::vector<MediumJob>& jobs, std::size_t atOnce, const HeldSignals& signals,
-          Console& console, Progress& progress)
+    Supervision(const std::vector<MediumJob>& jobs, std::size_t atOnce, const HeldSignals& signals,
+                Console& console, Progress& progress)
         : m_jobs(jobs), m_atOnce(atOnce), m_signals(signals), m_console(console), m_progress(progress),
           m_outcomes(jobs.size(), Outcome{EXIT_INTERRUPTED, "", {}, false, 0}) {
         for (std::size_t index = 0; index < jobs.size(); ++index) {
-            m_outcomes[index].deed = jobs[index].deed;
+            m_outcomes[index].kind = jobs[index].kind;
         }
     }
 
@@ -225,7 +225,7 @@ public:
             if (const int number = m_signals.take(); number != 0) {
                 interrupt(number);
             }
-            if (m_mercyEnds && Clock::now() >= *m_mercyEnds) {
+            if (m_killTime && Clock::now() >= *m_killTime) {
                 signalAll(SIGKILL);
             }
             removeEnded();
@@ -238,7 +238,7 @@ public:
 
 private:
     void startMore() {
-        while (!m_mercyEnds && m_next < m_jobs.size() && m_running.size() < m_atOnce) {
+        while (!m_killTime && m_next < m_jobs.size() && m_running.size() < m_atOnce) {
             try {
                 m_running.push_back(std::make_unique<Running>(m_jobs[m_next], m_next, m_jobs.size() == 1,
                                                               m_console, m_progress));
@@ -258,7 +258,7 @@ private:
                 sources.push_back({descriptor, POLLIN, 0});
             }
         }
-        const bool isTimed = m_progress.isLive() || m_mercyEnds;
+        const bool isTimed = m_progress.isLive() || m_killTime;
         poll(sources.data(), sources.size(), isTimed ? static_cast<int>(REDRAWN_EVERY.count()) : -1);
         std::vector<Running*> telling;
         auto source = sources.begin() + 1;
@@ -280,9 +280,9 @@ private:
             m_console.complain("this would spoil the disc; press Ctrl-C once more to end nevertheless");
             return;
         }
-        m_console.screen().hurry();
-        signalAll(m_mercyEnds ? SIGKILL : SIGTERM);
-        m_mercyEnds = m_mercyEnds.value_or(Clock::now() + MERCY);
+        m_console.screen().stopWaiting();
+        signalAll(m_killTime ? SIGKILL : SIGTERM);
+        m_killTime = m_killTime.value_or(Clock::now() + KILL_GRACE_PERIOD);
     }
 
     void signalAll(int number) const {
@@ -299,7 +299,7 @@ private:
                 continue;
             }
             Outcome& outcome = m_outcomes.at((*job)->index());
-            outcome = (*job)->end(m_mercyEnds.has_value());
+            outcome = (*job)->end(m_killTime.has_value());
             job = m_running.erase(job);
         }
     }
@@ -322,7 +322,7 @@ private:
     std::vector<Outcome> m_outcomes;
     std::vector<std::unique_ptr<Running>> m_running;
     std::size_t m_next = 0;
-    std::optional<Clock::time_point> m_mercyEnds; ///< when jobs that were told to end are killed
+    std::optional<Clock::time_point> m_killTime; ///< when jobs that were told to end are killed
     bool m_hasWarned = false;
     Clock::time_point m_drawn;
 };
@@ -334,7 +334,7 @@ HeldSignals::HeldSignals() {
     sigprocmask(SIG_BLOCK, &signals, nullptr);
     m_descriptor = Descriptor(signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC));
     if (!m_descriptor.isOpen()) {
-        throw Failure(withError("no descriptor for signals"));
+        throw Failure(SystemError().about("no descriptor for signals"));
     }
 }
 
@@ -345,16 +345,16 @@ int HeldSignals::take() const {
     return isThere ? static_cast<int>(signal.ssi_signo) : 0;
 }
 
-std::vector<Outcome> watch(const std::vector<MediumJob>& jobs, std::size_t atOnce, const HeldSignals& signals,
-                           Console& console) {
+std::vector<Outcome> supervise(const std::vector<MediumJob>& jobs, std::size_t atOnce,
+                               const HeldSignals& signals, Console& console) {
     std::vector<std::string> media;
     media.reserve(jobs.size());
     for (const auto& job : jobs) {
         media.push_back(job.medium);
     }
-    console.heed(signals.descriptor().number());
+    console.watchInterrupts(signals.descriptor().number());
     Progress& progress = console.beginProgress(media);
-    auto outcomes = Watch(jobs, atOnce, signals, console, progress).run();
+    auto outcomes = Supervision(jobs, atOnce, signals, console, progress).run();
     console.endProgress();
     return outcomes;
 }

@@ -1,10 +1,10 @@
 #!/usr/bin/env bats
-# Network-boot packages as a user asks for them.
+# Network-boot directorys as a user asks for them.
 load words
 
 @test "a package holds what was named, and is read back" {
     makesPackage a.txt folder
-    told '^Made the network-boot package ./srv/job/out., .* KiB, read back, in'
+    told '^Made the network-boot directory ./srv/job/out., .* KiB, read back, in'
 }
 
 @test "a package goes into an empty directory" {

@@ -1,4 +1,4 @@
-#include "job/cleanStart.h"
+#include "job/callerEnvironment.h"
 
 #include "support/programs.h"
 
@@ -85,14 +85,14 @@ void openStandardDescriptors() {
 
 } // namespace
 
-Surroundings startClean() {
+CallerEnvironment isolateFromCaller() {
     openStandardDescriptors();
     resetSignals();
     umask(S_IWGRP | S_IWOTH);
     allowDescriptors();
-    Surroundings surroundings{variable("VELACREATE_TOOLKIT"), variable("TMPDIR")};
+    CallerEnvironment caller{variable("VELACREATE_TOOLKIT"), variable("TMPDIR")};
     reduceEnvironment();
-    return surroundings;
+    return caller;
 }
 
 } // namespace velacreate

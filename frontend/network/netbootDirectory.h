@@ -1,7 +1,6 @@
 /// @file
-/// The network-boot package that is served.
-#ifndef VELACREATE_BOOTPACKAGE_H
-#define VELACREATE_BOOTPACKAGE_H
+/// The network-boot directory that is served.
+#pragma once
 
 #include "support/descriptor.h"
 
@@ -10,12 +9,12 @@
 
 namespace velacreate {
 
-class BootPackage {
+class NetbootDirectory {
 public:
     /// Reads its archive to the end, sums included.
     /// @param path  for messages, too
     /// @throw Refusal when no machine could boot from it, or the server, who has no rights, could not read it
-    explicit BootPackage(std::string path);
+    explicit NetbootDirectory(std::string path);
 
     const Descriptor& directory() const {
         return m_directory;
@@ -24,7 +23,7 @@ public:
     const std::vector<std::string>& missing() const {
         return m_missing;
     }
-    /// Such as "the network-boot package '/x'".
+    /// Such as "the network-boot directory '/x'".
     std::string text() const;
 
     /// Whether its directory still is somewhere.
@@ -40,5 +39,3 @@ private:
 };
 
 } // namespace velacreate
-
-#endif
