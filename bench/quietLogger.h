@@ -6,13 +6,9 @@
 /// Counts what it is told and keeps nothing.
 class QuietLogger : public VelaLoggerIfc {
 public:
-    void logMessage(int /*level*/, const std::string& message) override {
-        bytes += message.size();
-    }
+    void logMessage(int /*level*/, const std::string& message) override { bytes += message.size(); }
 
-    int checkpoint(int /*level*/, const std::string& /*message*/) override {
-        return 0;
-    }
+    int checkpoint(int /*level*/, const std::string& /*message*/) override { return 0; }
 
     std::size_t bytes = 0;
 };

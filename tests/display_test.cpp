@@ -30,9 +30,7 @@ public:
     }
     Redirected(const Redirected&) = delete;
     Redirected& operator=(const Redirected&) = delete;
-    ~Redirected() {
-        dup2(m_before.number(), m_number);
-    }
+    ~Redirected() { dup2(m_before.number(), m_number); }
 
 private:
     int m_number;

@@ -40,12 +40,8 @@ class Console : public std::stringbuf {
 };
 
 struct Grouping : std::numpunct<char> {
-    std::string do_grouping() const override {
-        return "\1";
-    }
-    char do_decimal_point() const override {
-        return ';';
-    }
+    std::string do_grouping() const override { return "\1"; }
+    char do_decimal_point() const override { return ';'; }
 };
 
 struct BlankUnderscore : std::ctype<char> {

@@ -75,12 +75,8 @@ int nextDescriptor();
 
 /// Whatever a test opens, or has opened for it, must be closed at its end.
 struct JobTest : testing::Test {
-    JobTest() {
-        enterFreshJob();
-    }
-    ~JobTest() override {
-        EXPECT_EQ(nextDescriptor(), m_next) << "a file was left open";
-    }
+    JobTest() { enterFreshJob(); }
+    ~JobTest() override { EXPECT_EQ(nextDescriptor(), m_next) << "a file was left open"; }
 
 private:
     int m_next = nextDescriptor();

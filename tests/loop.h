@@ -21,15 +21,9 @@ public:
           m_disk{velacreate::deviceDirectory(m_device.status().st_rdev).filename(),
                  m_device.status().st_rdev} {}
 
-    const velacreate::Disk& disk() const {
-        return m_disk;
-    }
-    std::string node() const {
-        return m_disk.node();
-    }
-    const velacreate::Descriptor& file() const {
-        return m_file;
-    }
+    const velacreate::Disk& disk() const { return m_disk; }
+    std::string node() const { return m_disk.node(); }
+    const velacreate::Descriptor& file() const { return m_file; }
 
     /// Makes the partition that a key has, with a file system of its own, and nothing else on it.
     std::string addFourth() const {

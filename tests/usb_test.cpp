@@ -48,9 +48,7 @@ struct Usb : BootableUSB {
 };
 
 struct UsbTest : JobTest {
-    UsbTest() {
-        shell("rm -f /srv/key && rm -f /srv/key4 && truncate -s 1M /srv/key4");
-    }
+    UsbTest() { shell("rm -f /srv/key && rm -f /srv/key4 && truncate -s 1M /srv/key4"); }
 
     RecordingLogger logger;
     Usb usb{logger};
@@ -213,9 +211,7 @@ struct Key {
               " /srv/disk && "
               "ln -s $(losetup -f --show /srv/disk) /srv/key");
     }
-    ~Key() {
-        shell("losetup -d $(readlink /srv/key) && rm /srv/disk");
-    }
+    ~Key() { shell("losetup -d $(readlink /srv/key) && rm /srv/disk"); }
 };
 
 struct BootCheckTest : UsbTest {
@@ -223,9 +219,7 @@ struct BootCheckTest : UsbTest {
         makeImages();
         usb.m_usbDevice = "/srv/key";
     }
-    void SetUp() override {
-        NEEDS_ROOT("loop devices");
-    }
+    void SetUp() override { NEEDS_ROOT("loop devices"); }
 
     void expectEnd(int result, const std::string& message) {
         for (const bool before : {false, true}) {

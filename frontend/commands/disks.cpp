@@ -28,9 +28,7 @@ struct Complaints : VelaLoggerIfc {
             std::cerr << message << std::endl;
         }
     }
-    int checkpoint(int /*level*/, const std::string& /*message*/) override {
-        return 0;
-    }
+    int checkpoint(int /*level*/, const std::string& /*message*/) override { return 0; }
 };
 
 VelaCreation::_USBDATA askLibrary(const Disk& disk) {

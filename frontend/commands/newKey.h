@@ -18,9 +18,7 @@ class KeyBuilder : public VelaCreation::BootableUSB {
 public:
     using BootableUSB::BootableUSB;
 
-    const std::string& cloneImage() const {
-        return m_cloneFile;
-    }
+    const std::string& cloneImage() const { return m_cloneFile; }
 };
 
 /// In the job's process: writes the clone image, fitted to the stick, over whatever is there. What is left is

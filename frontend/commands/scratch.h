@@ -15,12 +15,8 @@ public:
     /// @throw Refusal when it cannot be written to
     ScratchDirectory(const std::string& chosen, const CallerEnvironment& caller);
 
-    const Descriptor& directory() const {
-        return m_directory;
-    }
-    const std::string& path() const {
-        return m_path;
-    }
+    const Descriptor& directory() const { return m_directory; }
+    const std::string& path() const { return m_path; }
 
 private:
     std::string m_path;

@@ -22,13 +22,9 @@ public:
     explicit DiscDrive(const std::string& name);
 
     /// For messages.
-    const std::string& name() const {
-        return m_name;
-    }
+    const std::string& name() const { return m_name; }
     /// The path of its node, or of the file in its place.
-    const std::string& path() const {
-        return m_path;
-    }
+    const std::string& path() const { return m_path; }
 
     /// Whether the kernel knows that it burns nothing.
     bool isReadOnly() const;

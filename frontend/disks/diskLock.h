@@ -16,12 +16,8 @@ public:
     /// /dev/sdb"
     explicit DiskLock(const Disk& disk);
 
-    const Disk& disk() const {
-        return m_disk;
-    }
-    const Descriptor& descriptor() const {
-        return m_descriptor;
-    }
+    const Disk& disk() const { return m_disk; }
+    const Descriptor& descriptor() const { return m_descriptor; }
 
     /// Unmounts all that is mounted of it.
     /// @throw Refusal when a place is busy or covered by another mount, naming it; or when something out of

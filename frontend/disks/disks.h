@@ -15,9 +15,7 @@ struct Disk {
     std::string name; ///< the kernel's, such as "sdb"; a single shell word
     dev_t number;
 
-    std::string node() const {
-        return "/dev/" + name;
-    }
+    std::string node() const { return "/dev/" + name; }
     /// The number of a partition: "sdb4" for 4, or "mmcblk0p4".
     std::string partitionName(int partition) const;
 

@@ -60,9 +60,7 @@ class Stack {
 public:
     explicit Stack(const Table& mounts) : m_mounts(mounts) {}
 
-    const Names& names() const {
-        return m_names;
-    }
+    const Names& names() const { return m_names; }
 
     void addDevice(const fs::path& directory) {
         if (fs::exists(directory / "partition")) {

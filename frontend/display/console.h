@@ -19,13 +19,9 @@ public:
     /// @throw Refusal when it cannot be opened, or is neither a file nor a device
     Console(bool verbose, const std::string& logFile);
 
-    const Screen& screen() const {
-        return m_screen;
-    }
+    const Screen& screen() const { return m_screen; }
     /// See Screen::heed.
-    void watchInterrupts(int interrupts) {
-        m_screen.watchInterrupts(interrupts);
-    }
+    void watchInterrupts(int interrupts) { m_screen.watchInterrupts(interrupts); }
 
     /// Shows how far media are, from now on until `endProgress`.
     Progress& beginProgress(const std::vector<std::string>& media);
@@ -46,9 +42,7 @@ public:
     /// To the log only.
     void log(int level, const std::string& text);
 
-    bool isVerbose() const {
-        return m_verbose;
-    }
+    bool isVerbose() const { return m_verbose; }
 
 private:
     void show(int descriptor, const std::string& text);

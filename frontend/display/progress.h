@@ -38,9 +38,7 @@ public:
     void erase();
     void draw();
 
-    bool isLive() const {
-        return m_isLive;
-    }
+    bool isLive() const { return m_isLive; }
 
 private:
     struct Row {

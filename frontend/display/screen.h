@@ -11,13 +11,9 @@ namespace velacreate {
 class Screen {
 public:
     /// From now on, a readable descriptor stands for an interrupt.
-    void watchInterrupts(int interrupts) {
-        m_interrupts = interrupts;
-    }
+    void watchInterrupts(int interrupts) { m_interrupts = interrupts; }
     /// There was one.
-    void stopWaiting() const {
-        m_hasStopped = true;
-    }
+    void stopWaiting() const { m_hasStopped = true; }
 
     void write(int descriptor, const std::string& text) const;
 

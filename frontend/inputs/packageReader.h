@@ -25,14 +25,10 @@ public:
     bool next();
 
     /// Its name, without "./" in front and without a slash at the end.
-    const std::string& name() const {
-        return m_name;
-    }
+    const std::string& name() const { return m_name; }
     bool isDirectory() const;
     std::uint64_t size() const;
-    archive_entry* header() const {
-        return m_reader.entry();
-    }
+    archive_entry* header() const { return m_reader.entry(); }
 
     using UseBlock = std::function<void(const void* data, std::size_t size)>;
     /// Reads the current file whole.

@@ -138,9 +138,7 @@ public:
         require(archive_write_data(m_archive.get(), data, size) == static_cast<la_ssize_t>(size));
     }
 
-    void end() {
-        require(archive_write_close(m_archive.get()) == ARCHIVE_OK);
-    }
+    void end() { require(archive_write_close(m_archive.get()) == ARCHIVE_OK); }
 
 private:
     /// As the package has them, but such that the owner can do with the file what has to be done.

@@ -24,17 +24,11 @@ public:
     ChildProcess(int directory, const std::function<int(Reporter&)>& work);
 
     /// Readable when the process has ended.
-    int ending() const {
-        return m_process.number();
-    }
+    int ending() const { return m_process.number(); }
     /// Readable when there are events.
-    int events() const {
-        return m_events.number();
-    }
+    int events() const { return m_events.number(); }
     /// Readable when it, or a program without a capture file, has said something.
-    int output() const {
-        return m_output.number();
-    }
+    int output() const { return m_output.number(); }
 
     /// Sends a signal to all of the group.
     void signal(int number) const;

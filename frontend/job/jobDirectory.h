@@ -23,9 +23,7 @@ public:
     JobDirectory(const JobDirectory&) = delete;
     JobDirectory& operator=(const JobDirectory&) = delete;
 
-    const Descriptor& directory() const {
-        return m_directory;
-    }
+    const Descriptor& directory() const { return m_directory; }
 
     /// Leaves it for the user to look at.
     /// @return its path from now on

@@ -28,9 +28,7 @@ public:
     }
 
     /// While something is tried that may fail, failures are no more than other messages.
-    void setTrying(bool isTrying) {
-        m_isTrying = isTrying;
-    }
+    void setTrying(bool isTrying) { m_isTrying = isTrying; }
 
 private:
     Reporter& m_reporter;

@@ -37,9 +37,7 @@ struct Present {
     bool hasArchive = false;
     std::string stranger; ///< what is not of a package, if anything
 
-    bool isReplaceable() const {
-        return isEmpty || (hasArchive && stranger.empty());
-    }
+    bool isReplaceable() const { return isEmpty || (hasArchive && stranger.empty()); }
 };
 
 Present lookInto(const Descriptor& directory) {

@@ -26,19 +26,13 @@ public:
     static Output netbootDirectory(const std::string& path, bool force);
 
     /// The directory that the output lies in, where its job directory is made.
-    const Descriptor& parent() const {
-        return m_parent;
-    }
-    const std::string& parentPath() const {
-        return m_parentPath;
-    }
+    const Descriptor& parent() const { return m_parent; }
+    const std::string& parentPath() const { return m_parentPath; }
     /// For messages.
     std::string path() const;
 
     /// What stands there now, if anything.
-    const std::optional<struct stat>& present() const {
-        return m_present;
-    }
+    const std::optional<struct stat>& present() const { return m_present; }
     /// Opens it.
     /// @throw Refusal
     Descriptor openPresent() const;

@@ -51,15 +51,9 @@ public:
         m_outcome.kind = job.kind;
     }
 
-    const ChildProcess& process() const {
-        return m_process;
-    }
-    std::size_t index() const {
-        return m_index;
-    }
-    bool isBurning() const {
-        return m_isBurning;
-    }
+    const ChildProcess& process() const { return m_process; }
+    std::size_t index() const { return m_index; }
+    bool isBurning() const { return m_isBurning; }
 
     /// What may become readable.
     std::vector<int> sources() const {

@@ -23,16 +23,12 @@ public:
     HeldSignals& operator=(const HeldSignals&) = delete;
 
     /// Readable when there is one.
-    const Descriptor& descriptor() const {
-        return m_descriptor;
-    }
+    const Descriptor& descriptor() const { return m_descriptor; }
     /// @return the signal's number; 0 when there is none
     int take() const;
 
     /// Whether there has been one so far, also if what it was to end had just ended by itself.
-    bool hadOne() const {
-        return m_hadOne;
-    }
+    bool hadOne() const { return m_hadOne; }
 
 private:
     Descriptor m_descriptor;

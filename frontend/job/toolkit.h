@@ -22,9 +22,7 @@ public:
     explicit Toolkit(const std::string& folder, Launchers launchers = Launchers::ofDiscs);
 
     /// Whether they are velacreate's own: what another folder's run is up to them.
-    bool isOwn() const {
-        return m_isOwn;
-    }
+    bool isOwn() const { return m_isOwn; }
 
     /// Runs the burner's, from where it is.
     ProgramResult runBurner(const std::vector<std::string>& arguments) const;

@@ -91,9 +91,7 @@ public:
         }
     }
 
-    const std::vector<std::string>& faults() const {
-        return m_faults;
-    }
+    const std::vector<std::string>& faults() const { return m_faults; }
 
 private:
     ImageBlock block(std::uint64_t place) const {
@@ -126,9 +124,7 @@ private:
         throw Failure(SystemError().about("reading back what a machine starts from"));
     }
 
-    void add(const std::string& fault) {
-        m_faults.push_back(fault);
-    }
+    void add(const std::string& fault) { m_faults.push_back(fault); }
 
     const Tree& m_expected;
     const Descriptor& m_image;

@@ -32,9 +32,7 @@ public:
         }
     }
 
-    Differences& differences() {
-        return m_differences;
-    }
+    Differences& differences() { return m_differences; }
 
 private:
     void addClosed(const std::string& place, const Part& part) {

@@ -28,9 +28,7 @@ public:
     void enter(const Part& part);
 
     /// The one that was gone to.
-    const Descriptor& current() const {
-        return m_file;
-    }
+    const Descriptor& current() const { return m_file; }
 
     /// Whether it has these bytes at an offset, and does not end before their end.
     /// @throw Failure when it cannot be read

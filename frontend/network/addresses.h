@@ -22,18 +22,10 @@ struct Network {
     Address own;
     Address mask;
 
-    Address first() const {
-        return own & mask;
-    }
-    Address last() const {
-        return own | ~mask;
-    }
-    bool holds(Address address) const {
-        return (address & mask) == first();
-    }
-    bool operator==(const Network& other) const {
-        return own == other.own && mask == other.mask;
-    }
+    Address first() const { return own & mask; }
+    Address last() const { return own | ~mask; }
+    bool holds(Address address) const { return (address & mask) == first(); }
+    bool operator==(const Network& other) const { return own == other.own && mask == other.mask; }
     /// Such as "10.7.0.1/24".
     std::string text() const;
 };

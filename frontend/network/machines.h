@@ -23,17 +23,13 @@ public:
     /// @return nothing when it has no news
     std::optional<News> take(const std::string& line);
 
-    std::size_t count() const {
-        return m_machines.size();
-    }
+    std::size_t count() const { return m_machines.size(); }
 
     /// A line with all that is known of one.
     std::string text(std::size_t machine) const;
 
     /// Whether it has had the archive, which is all that it wants.
-    bool isServed(std::size_t machine) const {
-        return !m_machines.at(machine).archived.empty();
-    }
+    bool isServed(std::size_t machine) const { return !m_machines.at(machine).archived.empty(); }
 
     /// Such as "4 machines were served, 4 had the archive".
     std::string total() const;

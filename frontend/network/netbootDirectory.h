@@ -16,13 +16,9 @@ public:
     /// @throw Refusal when no machine could boot from it, or the server, who has no rights, could not read it
     explicit NetbootDirectory(std::string path);
 
-    const Descriptor& directory() const {
-        return m_directory;
-    }
+    const Descriptor& directory() const { return m_directory; }
     /// Boot files that it lacks, though the loader starts without them.
-    const std::vector<std::string>& missing() const {
-        return m_missing;
-    }
+    const std::vector<std::string>& missing() const { return m_missing; }
     /// Such as "the network-boot directory '/x'".
     std::string text() const;
 

@@ -21,9 +21,7 @@ constexpr std::uint16_t TFTP_PORT = 69;
 constexpr std::uint16_t BOOT_PORT = 4011; ///< where the boot question is asked when it is asked apart
 
 struct AddressesFreer {
-    void operator()(ifaddrs* addresses) const {
-        freeifaddrs(addresses);
-    }
+    void operator()(ifaddrs* addresses) const { freeifaddrs(addresses); }
 };
 using Addresses = std::unique_ptr<ifaddrs, AddressesFreer>;
 

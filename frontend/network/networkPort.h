@@ -14,16 +14,10 @@ public:
     /// @throw Refusal unless it is there, up, and has an address
     explicit NetworkPort(const std::string& name);
 
-    const std::string& name() const {
-        return m_name;
-    }
+    const std::string& name() const { return m_name; }
     /// One for each of its addresses; there is one at least.
-    const std::vector<Network>& networks() const {
-        return m_networks;
-    }
-    bool isPluggedIn() const {
-        return m_isPluggedIn;
-    }
+    const std::vector<Network>& networks() const { return m_networks; }
+    bool isPluggedIn() const { return m_isPluggedIn; }
 
     /// @return why it can be served no longer; empty when it can
     std::string change() const;

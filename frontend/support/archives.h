@@ -41,9 +41,7 @@ public:
     /// marks as UTF-8 are so, whatever the locale is.
     int next();
 
-    archive_entry* entry() const {
-        return m_entry;
-    }
+    archive_entry* entry() const { return m_entry; }
 
     struct Block {
         const void* data;

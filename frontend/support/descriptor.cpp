@@ -32,9 +32,7 @@ bool isSameTime(const timespec& one, const timespec& other) {
 }
 
 struct DirectoryCloser {
-    void operator()(DIR* directory) const {
-        closedir(directory);
-    }
+    void operator()(DIR* directory) const { closedir(directory); }
 };
 
 bool isInterrupted(ssize_t count) {

@@ -23,12 +23,8 @@ public:
     Descriptor& operator=(const Descriptor&) = delete;
     ~Descriptor();
 
-    int number() const {
-        return m_number;
-    }
-    bool isOpen() const {
-        return m_number >= 0;
-    }
+    int number() const { return m_number; }
+    bool isOpen() const { return m_number >= 0; }
     /// Gives the number away: whoever takes it closes it.
     int release();
     /// @throw Failure

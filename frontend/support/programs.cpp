@@ -61,13 +61,9 @@ public:
     }
     Streams(const Streams&) = delete;
     Streams& operator=(const Streams&) = delete;
-    ~Streams() {
-        posix_spawn_file_actions_destroy(&m_actions);
-    }
+    ~Streams() { posix_spawn_file_actions_destroy(&m_actions); }
 
-    const posix_spawn_file_actions_t* actions() const {
-        return &m_actions;
-    }
+    const posix_spawn_file_actions_t* actions() const { return &m_actions; }
 
 private:
     posix_spawn_file_actions_t m_actions{};

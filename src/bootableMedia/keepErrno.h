@@ -12,9 +12,7 @@ public:
     KeepErrno() = default;
     KeepErrno(const KeepErrno&) = delete;
     KeepErrno& operator=(const KeepErrno&) = delete;
-    ~KeepErrno() {
-        errno = m_errno;
-    }
+    ~KeepErrno() { errno = m_errno; }
 
 private:
     int m_errno = errno;

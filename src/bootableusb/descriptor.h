@@ -23,12 +23,8 @@ public:
         }
     }
 
-    [[nodiscard]] bool isOpen() const {
-        return m_number >= 0;
-    }
-    [[nodiscard]] int number() const {
-        return m_number;
-    }
+    [[nodiscard]] bool isOpen() const { return m_number >= 0; }
+    [[nodiscard]] int number() const { return m_number; }
 
 private:
     int m_number;

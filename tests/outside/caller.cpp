@@ -6,9 +6,7 @@ class Logger : public VelaLoggerIfc {
     void logMessage(int level, const std::string& message) override {
         std::cerr << level << ' ' << message << '\n';
     }
-    int checkpoint(int /*level*/, const std::string& /*message*/) override {
-        return 0;
-    }
+    int checkpoint(int /*level*/, const std::string& /*message*/) override { return 0; }
 };
 
 int main() {

@@ -6,12 +6,8 @@
 namespace {
 
 struct Printer : VelaLoggerIfc {
-    void logMessage(int /*level*/, const std::string& message) override {
-        std::cout << message << std::endl;
-    }
-    int checkpoint(int /*level*/, const std::string& /*message*/) override {
-        return 0;
-    }
+    void logMessage(int /*level*/, const std::string& message) override { std::cout << message << std::endl; }
+    int checkpoint(int /*level*/, const std::string& /*message*/) override { return 0; }
 };
 
 } // namespace
