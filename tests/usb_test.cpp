@@ -3,6 +3,7 @@
 #include "bootableusb.h"
 #include "cloneImage.h"
 #include "keyDescription.h"
+#include "mediaRules.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,5 +1,6 @@
 #include "bootableMedia.h"
 
+#include "mediaRules.h"
 #include "operation.h"
 #include "shell.h"
 
@@ -21,9 +22,7 @@ void BootableMedia::removeTempFilesAndDirs() {
     }
     run("rm -rf " + BOOT_FILE);
     run("rm -rf " + ISO_DIR_NAME);
-    for (const std::string& name : {MINIUNZ_TOOL_NAME, IMAGE_1, IMAGE_2, IMAGE_4, IMAGE_8, TEMP_FILE,
-                                    MKISOFS_TOOL_NAME, CDRECORD_NAME, CYGWINZ_DLL_NAME, CYGWIN1_DLL_NAME,
-                                    CYGICONV_DLL_NAME, CYGGCC_DLL_NAME, CLONE_TOOL_NAME, ZIP_TOOL_NAME}) {
+    for (const std::string& name : removedWorkingFiles()) {
         runCaptured("rm -f " + name);
     }
     run(std::string("rm -f ") + CAPTURE_FILE);

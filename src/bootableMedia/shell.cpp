@@ -1,5 +1,7 @@
 #include "shell.h"
 
+#include "mediaRules.h"
+
 #include <cstdlib>
 
 namespace VelaCreation {
@@ -14,6 +16,10 @@ std::string captured(const std::string& command) {
 
 bool runCaptured(const std::string& command) {
     return run(captured(command));
+}
+
+std::string removalCommand(const Removal& removal, const std::string& directory) {
+    return (removal.isRecursive ? "rm -rf " : "rm -f ") + directory + "/" + removal.name;
 }
 
 std::string inQuotes(const std::string& path) {

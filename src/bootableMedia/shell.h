@@ -6,7 +6,7 @@
 
 namespace VelaCreation {
 
-constexpr const char* CAPTURE_FILE = "stdout.txt";
+struct Removal;
 
 /// Runs a command as it stands; true when it succeeds.
 bool run(const std::string& command);
@@ -16,6 +16,9 @@ std::string captured(const std::string& command);
 
 /// Runs a command with its output sent to the capture file; true when it succeeds.
 bool runCaptured(const std::string& command);
+
+/// The command that removes a name from a directory.
+std::string removalCommand(const Removal& removal, const std::string& directory);
 
 /// The path between double quotes.
 std::string inQuotes(const std::string& path);

@@ -1,5 +1,6 @@
 #include "bootableimg.h"
 
+#include "mediaRules.h"
 #include "stage.h"
 
 namespace VelaCreation {
@@ -9,7 +10,7 @@ BootableIMG::BootableIMG(VelaLoggerIfc& logger) : BootableMedia(logger) {}
 BootableIMG::~BootableIMG() = default;
 
 int BootableIMG::prepare() {
-    announce(*this, {1, "Copying tools for bootable PXE creation"});
+    announce(*this, {1, STAGE_PXE_TOOLS});
     return VELAERROR_SUCCESS;
 }
 

@@ -1,5 +1,6 @@
 #include "bootableimg.h"
 
+#include "mediaRules.h"
 #include "operation.h"
 #include "shell.h"
 #include "stage.h"
@@ -12,26 +13,6 @@
 namespace VelaCreation {
 
 namespace {
-
-// Each is followed by the quoted output directory, hence the blank at the end.
-constexpr const char* BOOT_FILES[] = {
-    "boot/grub.cfg ", "boot/img2a ",   "boot/img3a ",       "boot/pxelinux.0 ",    "boot/ksrootfs ",
-    "boot/bsb1.lss ", "boot/bsb.msg ", "boot/unicode.pf2 ", "boot/splash.xpm.gz ",
-};
-
-// What the archive goes without. Not the reverse of the list above: grub.cfg stays, and so do directories
-// that are removed without -r.
-struct Removal {
-    const char* command;
-    const char* path;
-};
-constexpr Removal REMOVALS[] = {
-    {"rm -rf ", "/pxelinux.cfg"}, {"rm -f ", "/img2a"},        {"rm -f ", "/img3a"},
-    {"rm -f ", "/pxelinux.0"},    {"rm -f ", "/isolinux.bin"}, {"rm -f ", "/img1a.cfg"},
-    {"rm -f ", "/ksrootfs"},      {"rm -f ", "/bsb1.lss"},     {"rm -f ", "/bsb.msg"},
-    {"rm -f ", "/splash.xpm.gz"}, {"rm -f ", "/unicode.pf2"},  {"rm -f ", "/efibootimg"},
-    {"rm -f ", "/boot"},          {"rm -f ", "/EFI"},
-};
 
 int unpack(BootableIMG& builder, const Operation& operation, const std::string& toolPackage) {
     if (!runCaptured("chmod +x *")) {
@@ -54,7 +35,7 @@ int packArchive(BootableIMG& builder, const Operation& operation, const std::str
                                 " -r " + inQuotes(pxeDir + "/ks") + " * >../" + CAPTURE_FILE +
                                 " 2>&1 && cd ..";
     operation.progress(command);
-    announce(builder, {5, "Zipping files"});
+    announce(builder, {5, STAGE_ZIPPING});
     const bool zipped = run(command);
     builder.writeFileToLog(CAPTURE_FILE);
     if (!zipped) {
@@ -77,7 +58,7 @@ int BootableIMG::CreateIMG(std::string workDir, std::string pxeDir, std::vector<
     m_workDir = workDir;
     prepare();
 
-    announce(*this, {2, "Extracting files to working directory"});
+    announce(*this, {2, STAGE_EXTRACTING});
     if (chdir(m_workDir.c_str()) != 0) {
         return operation.failed(VELAERROR_FILE_OR_DIR_NOT_FOUND, "Changing working directory fails");
     }
@@ -94,7 +75,7 @@ int BootableIMG::CreateIMG(std::string workDir, std::string pxeDir, std::vector<
         return veto;
     }
 
-    announce(*this, {3, "Copying files to PXE directory"});
+    announce(*this, {3, STAGE_COPYING_PXE});
     if (const int result = copyFiles(BOOT_FILE, ISO_DIR_NAME, {}); result != VELAERROR_SUCCESS) {
         return operation.failed(result, "Copying BOOT_FILE directory fails");
     }
@@ -104,13 +85,13 @@ int BootableIMG::CreateIMG(std::string workDir, std::string pxeDir, std::vector<
     if (!createDirectory(pxeDir)) {
         return operation.failed(VELAERROR_FILE_OR_DIR_CREATE_ERROR, "Creating pxeDir directory fails");
     }
-    for (const char* bootFile : BOOT_FILES) {
-        runCaptured(std::string("cp -rf ") + bootFile + inQuotes(pxeDir));
+    for (const char* bootFile : NETBOOT_FILES) {
+        runCaptured("cp -rf " + BOOT_FILE + "/" + bootFile + " " + inQuotes(pxeDir));
     }
 
-    announce(*this, {4, "Removing temporary files"});
-    for (const Removal& removal : REMOVALS) {
-        runCaptured(removal.command + ISO_DIR_NAME + removal.path);
+    announce(*this, {4, STAGE_REMOVING});
+    for (const Removal& removal : ARCHIVE_REMOVALS) {
+        runCaptured(removalCommand(removal, ISO_DIR_NAME));
     }
     return packArchive(*this, operation, pxeDir);
 }

@@ -1,6 +1,6 @@
 #include "bootableiso.h"
 
-#include "isoName.h"
+#include "mediaRules.h"
 #include "operation.h"
 #include "shell.h"
 #include "stage.h"
@@ -45,7 +45,7 @@ int BootableISO::BurnISO(const std::string& isoFile, const std::string& device, 
     }
 
     if (reportProgress) {
-        announce(*this, {6, "Blanking the CD/DVD media"});
+        announce(*this, {6, STAGE_BLANKING});
     }
     const std::string blankCommand = captured("./" + CDRECORD_NAME + " dev=" + device + " blank=fast");
     operation.progress(blankCommand);
@@ -56,7 +56,7 @@ int BootableISO::BurnISO(const std::string& isoFile, const std::string& device, 
     }
 
     if (reportProgress) {
-        announce(*this, {7, "Burning the CD/DVD media"});
+        announce(*this, {7, STAGE_BURNING});
     }
     const std::string writeCommand =
         captured("echo | ./" + CDRECORD_NAME + " -v -eject dev=" + device + " " + isoFile);

@@ -1,6 +1,6 @@
 #include "bootableiso.h"
 
-#include "isoName.h"
+#include "mediaRules.h"
 #include "operation.h"
 #include "shell.h"
 #include "stage.h"
@@ -14,9 +14,6 @@ namespace VelaCreation {
 
 namespace {
 
-constexpr int PLATFORM_LINUX = 1;
-constexpr int PLATFORM_PPC = 2;
-
 std::string isoCommand(int platform, const std::string& quotedIsoFile) {
     const std::string tool = "./" + BootableMedia::MKISOFS_TOOL_NAME;
     const std::string& stagingDir = BootableMedia::ISO_DIR_NAME;
@@ -28,7 +25,7 @@ std::string isoCommand(int platform, const std::string& quotedIsoFile) {
 }
 
 int unpack(BootableISO& builder, const Operation& operation, const std::string& toolPackage) {
-    announce(builder, {2, "Extracting files to working directory"});
+    announce(builder, {2, STAGE_EXTRACTING});
     if (!runCaptured(BootableMedia::MINIUNZ_TOOL_NAME + " -xo " + toolPackage)) {
         return operation.failed(VELAERROR_UNZIP_ERROR, "Unzipping fails");
     }
@@ -40,7 +37,7 @@ int unpack(BootableISO& builder, const Operation& operation, const std::string& 
 }
 
 int stageFiles(BootableISO& builder, const Operation& operation, std::vector<std::string>& updateFiles) {
-    announce(builder, {3, "Copying files to working directory"});
+    announce(builder, {3, STAGE_COPYING});
     const std::string& stagingDir = BootableMedia::ISO_DIR_NAME;
     if (const int result = builder.copyFiles(BootableMedia::BOOT_FILE, stagingDir, {});
         result != VELAERROR_SUCCESS) {
@@ -62,7 +59,7 @@ int stageFiles(BootableISO& builder, const Operation& operation, std::vector<std
 }
 
 int makeImage(BootableISO& builder, const Operation& operation, const std::string& command) {
-    announce(builder, {5, "Creating iso file"});
+    announce(builder, {5, STAGE_MAKING_ISO});
     operation.progress(command);
     if (!run(command)) {
         const int code = operation.failed(VELAERROR_MAKE_ISO_ERROR, "Making iso file fails");
@@ -79,7 +76,7 @@ int BootableISO::CreateISO(std::string workDir, std::string isoFile, std::vector
     m_platform = platform;
     const Operation operation(*m_logger, "BootableISO::CreateISO()");
 
-    announce(*this, {1, "Copying tools for bootable iso creation", "Copying tools for iso creation"});
+    announce(*this, {1, STAGE_ISO_TOOLS, STAGE_ISO_TOOLS_ON_CONSOLE});
     if (!endsWithIso(isoFile)) {
         return operation.failed(VELAERROR_ISO_EXTENSION_ERROR, "Iso file does not end with iso extension");
     }
@@ -124,9 +121,10 @@ int BootableISO::CreateISO(std::string workDir, std::string isoFile, std::vector
         return operation.failed(VELAERROR_CHANGE_MODE_ERROR, "Changing mode fails, after copying operation");
     }
 
-    announce(*this, {4, "Removing temporary files"});
-    run("rm -rf " + ISO_DIR_NAME + "/pxelinux.cfg");
-    run("rm -f " + ISO_DIR_NAME + "/pxelinux.0");
+    announce(*this, {4, STAGE_REMOVING});
+    for (const Removal& removal : IMAGE_REMOVALS) {
+        run(removalCommand(removal, ISO_DIR_NAME));
+    }
     return makeImage(*this, operation, isoCommand(platform, quotedIsoFile));
 }
 

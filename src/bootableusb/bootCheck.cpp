@@ -3,6 +3,7 @@
 #include "cloneImage.h"
 #include "descriptor.h"
 #include "keyDescription.h"
+#include "mediaRules.h"
 #include "operation.h"
 
 #include <algorithm>

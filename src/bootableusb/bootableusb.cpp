@@ -1,5 +1,6 @@
 #include "bootableusb.h"
 
+#include "mediaRules.h"
 #include "operation.h"
 #include "shell.h"
 #include "stage.h"
@@ -19,7 +20,7 @@ int BootableUSB::init(std::string sourceDir, std::string usbDevice, std::vector<
     const Operation operation(*m_logger, "BootableUSB::init()");
     m_initialized = false;
 
-    announce(*this, {1, "Copying tools for bootable USB key creation"});
+    announce(*this, {1, STAGE_USB_TOOLS});
     if (sourceDir.empty() || usbDevice.empty()) {
         return operation.failed(VELAERROR_FILE_OR_DIR_NOT_FOUND, "Be lack of source directory or usb volume");
     }
@@ -44,7 +45,7 @@ int BootableUSB::init(std::string sourceDir, std::string usbDevice, std::vector<
         return operation.failed(VELAERROR_FILE_OR_DIR_NOT_FOUND, "There is no tool.zip file");
     }
 
-    announce(*this, {2, "Extracting files to working directory"});
+    announce(*this, {2, STAGE_EXTRACTING});
     if (!runCaptured(MINIUNZ_TOOL_NAME + " -xo " + toolPackage)) {
         return operation.failed(VELAERROR_UNZIP_ERROR, "Unzipping fails");
     }

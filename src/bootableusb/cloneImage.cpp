@@ -1,12 +1,10 @@
 #include "cloneImage.h"
 
-#include "bootableMedia.h"
+#include "mediaRules.h"
 
 namespace VelaCreation {
 
 namespace {
-
-constexpr std::int64_t GIB_SECTORS = 0x200000;
 
 // The boot sector of a partition that starts at sector 32, or 63; the field is at 0x20 in it.
 constexpr std::int64_t TOTAL_SECTORS_AFTER_32 = 0x4020;
@@ -22,34 +20,21 @@ std::int64_t dividedUp(std::int64_t dividend, std::int64_t divisor) {
 
 } // namespace
 
-std::string cloneImageFor(std::int64_t capacity) {
-    if (capacity <= GIB_SECTORS) {
-        return BootableMedia::IMAGE_1;
-    }
-    if (capacity <= 2 * GIB_SECTORS) {
-        return BootableMedia::IMAGE_2;
-    }
-    if (capacity <= 4 * GIB_SECTORS) {
-        return BootableMedia::IMAGE_4;
-    }
-    return BootableMedia::IMAGE_8;
-}
-
 Geometry geometryOf(const EndAddress& end) {
-    return {end[0] + 1U, end[1] & 0x3FU};
+    return {end[0] + 1U, sectorsPerTrack(end[1])};
 }
 
 EndAddress lastSectorAddress(std::int64_t capacity, const Geometry& geometry) {
-    const std::int64_t sectorsPerTrack = geometry.sectorsPerTrack;
-    const std::int64_t sectorsPerCylinder = sectorsPerTrack * geometry.heads;
+    const std::int64_t trackSectors = geometry.sectorsPerTrack;
+    const std::int64_t sectorsPerCylinder = trackSectors * geometry.heads;
     const auto cylinder = static_cast<std::uint32_t>(dividedUp(capacity, sectorsPerCylinder) - 1);
     const std::int64_t partialCylinder = capacity % sectorsPerCylinder;
 
     std::int64_t head = geometry.heads - 1;
-    std::int64_t sector = sectorsPerTrack;
+    std::int64_t sector = trackSectors;
     if (partialCylinder != 0) {
-        head = dividedUp(partialCylinder, sectorsPerTrack) - 1;
-        sector = partialCylinder % sectorsPerTrack != 0 ? partialCylinder % sectorsPerTrack : sectorsPerTrack;
+        head = dividedUp(partialCylinder, trackSectors) - 1;
+        sector = partialCylinder % trackSectors != 0 ? partialCylinder % trackSectors : trackSectors;
     }
     const std::uint32_t sectorAndCylinder =
         ((cylinder & 0xFF00) >> 2) | ((cylinder & 0xFF) << 8) | static_cast<std::uint32_t>(sector);
@@ -58,7 +43,7 @@ EndAddress lastSectorAddress(std::int64_t capacity, const Geometry& geometry) {
 }
 
 std::int64_t totalSectorsOffset(std::int64_t partitionLength) {
-    return partitionLength <= 2 * GIB_SECTORS ? TOTAL_SECTORS_AFTER_32 : TOTAL_SECTORS_AFTER_63;
+    return partitionLength <= 2 * SECTORS_PER_GIB ? TOTAL_SECTORS_AFTER_32 : TOTAL_SECTORS_AFTER_63;
 }
 
 std::array<std::uint8_t, 4> littleEndian(std::int64_t number) {

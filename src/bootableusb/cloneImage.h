@@ -1,17 +1,12 @@
-// The arithmetic of a clone image: which image fits a key, and where and how its master boot record and FAT
+// The arithmetic of a clone image: where and how its master boot record and FAT
 // boot sector hold the key's capacity. No I/O.
 #ifndef VELACREATION_CLONEIMAGE_H
 #define VELACREATION_CLONEIMAGE_H
 
 #include <array>
 #include <cstdint>
-#include <string>
 
 namespace VelaCreation {
-
-// Offsets in the image's master boot record, all in the entry of the fourth partition.
-constexpr std::int64_t END_ADDRESS_OFFSET = 499; ///< head, then sector and cylinder; the first sector follows
-constexpr std::int64_t LENGTH_OFFSET = 0x1FA;
 
 /// The geometry that the addresses of an image are written in.
 struct Geometry {
@@ -21,9 +16,6 @@ struct Geometry {
 
 /// The ending head, sector and cylinder of a partition, as the three bytes of its entry.
 using EndAddress = std::array<std::uint8_t, 3>;
-
-/// The image for a key of this capacity in sectors.
-std::string cloneImageFor(std::int64_t capacity);
 
 /// The geometry that an end address at the very end of a cylinder implies.
 Geometry geometryOf(const EndAddress& end);

@@ -1,5 +1,6 @@
 #include "bootableusb.h"
 
+#include "mediaRules.h"
 #include "operation.h"
 #include "shell.h"
 #include "softKey.h"
@@ -16,7 +17,7 @@ int BootableUSB::CreateUSBKey(bool format) {
         return operation.failed(VELAERROR_NOT_INITIALIZED, "It is not initialized");
     }
     if (format) {
-        announce(*this, {3, "Formatting USB key"});
+        announce(*this, {3, STAGE_FORMATTING});
         if (const int result = doDD(); result != VELAERROR_SUCCESS) {
             return operation.failedWithError(result, errno, "Doing dd function fails");
         }
@@ -25,8 +26,8 @@ int BootableUSB::CreateUSBKey(bool format) {
     unMountUsb();
     bool mounted = mountUsb() == VELAERROR_SUCCESS;
     if (const char* image = softKeyImage(); image != nullptr) {
-        const std::string command =
-            captured("mount " + std::string(image) + " " + MOUNT_POINT + " -o loop,offset=32256");
+        const std::string command = captured("mount " + std::string(image) + " " + MOUNT_POINT +
+                                             " -o loop,offset=" + std::to_string(KEY_IMAGE_OFFSET));
         mounted = run(command);
         operation.progress("BootableUSB::CreateUSBKey:TALO_SOFT_USBKEY, cmd=" + command);
     }
@@ -39,16 +40,15 @@ int BootableUSB::CreateUSBKey(bool format) {
         return veto;
     }
 
-    announce(*this, {4, "Copying files to working directory"});
+    announce(*this, {4, STAGE_COPYING});
     if (const int result = copyFiles(BOOT_FILE, MOUNT_POINT, {}); result != VELAERROR_SUCCESS) {
         return operation.failedWithError(result, errno, "Copying BOOT_FILE directory fails");
     }
-    run("rm -rf " + MOUNT_POINT + "/pxelinux.cfg");
-    run("rm -f " + MOUNT_POINT + "/pxelinux.0");
-    run("rm -f " + MOUNT_POINT + "/boot.catalog");
-    run("rm -f " + MOUNT_POINT + "/isolinux.bin");
+    for (const Removal& removal : KEY_REMOVALS) {
+        run(removalCommand(removal, MOUNT_POINT));
+    }
 
-    announce(*this, {5, "Copying files to USB key"});
+    announce(*this, {5, STAGE_COPYING_UPDATES});
     if (const int result = copyFiles("", MOUNT_POINT, m_updateFiles); result != VELAERROR_SUCCESS) {
         return operation.failedWithError(result, errno, "Copying source file list fails");
     }

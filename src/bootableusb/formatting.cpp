@@ -1,5 +1,6 @@
 #include "bootableusb.h"
 
+#include "mediaRules.h"
 #include "operation.h"
 #include "shell.h"
 #include "softKey.h"
