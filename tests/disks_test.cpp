@@ -7,6 +7,8 @@
 #include "frontend.h"
 #include "loop.h"
 
+#include <mediaRules.h>
+
 #include <array>
 #include <cstdint>
 #include <fstream>
@@ -101,8 +103,8 @@ TEST(FatTest, IsFoundWhereItStartsAndNowhereElse) {
     enterFreshJob();
     shell("mkfs.fat -C fat 4000 >/dev/null && dd if=fat of=key bs=32256 seek=1 status=none");
     const auto key = opened("key");
-    EXPECT_TRUE(holdsFat(key, IMAGE_OFFSET));
-    EXPECT_EQ(fatCapacity(key, IMAGE_OFFSET), freeByFsck("fat"));
+    EXPECT_TRUE(holdsFat(key, VelaCreation::KEY_IMAGE_OFFSET));
+    EXPECT_EQ(fatCapacity(key, VelaCreation::KEY_IMAGE_OFFSET), freeByFsck("fat"));
     shell("head -c 100 fat >short && >empty && yes text | head -c 9999 >text && truncate -s 9M ext && mke2fs "
           "-q ext");
     for (const char* file : {"key", "short", "empty", "text", "ext"}) {

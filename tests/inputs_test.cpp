@@ -210,9 +210,9 @@ TEST_F(InputsTest, KnowsLimits) {
     EXPECT_NO_THROW(requireFileSize("x", LIMIT - 1, "a disc"));
     EXPECT_THROW(requireFileSize("x", LIMIT, "a disc"), Refusal);
     shell("mount -t tmpfs -o size=1m none /mnt");
-    EXPECT_NO_THROW(requireSpace(opened("/mnt").number(), "/mnt", 1 << 20));
+    EXPECT_NO_THROW(requireSpace({"/mnt", opened("/mnt")}, 1 << 20));
     EXPECT_EQ(outcomeOf([] {
-                  requireSpace(opened("/mnt").number(), "/mnt", (1 << 20) + 1);
+                  requireSpace({"/mnt", opened("/mnt")}, (1 << 20) + 1);
                   return std::string();
               }),
               "refused: the job needs 1.0 MiB in '/mnt', where 1.0 MiB are free");

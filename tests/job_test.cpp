@@ -91,7 +91,7 @@ void append(const std::string& text) {
 struct FrontEndTest : JobTest {
     FrontEndTest() {
         shell("mkdir place");
-        place = opened("place", O_RDONLY | O_DIRECTORY);
+        place = {"place", opened("place", O_RDONLY | O_DIRECTORY)};
     }
     ~FrontEndTest() override {
         while (signals.take() != 0) {
@@ -111,7 +111,7 @@ struct FrontEndTest : JobTest {
 
     HeldSignals signals;
     Descriptor here = opened(".", O_RDONLY | O_DIRECTORY);
-    Descriptor place;
+    NamedDirectory place;
 };
 
 std::vector<int> statusesOf(const std::vector<Outcome>& outcomes) {
@@ -193,11 +193,11 @@ TEST_F(OutputTest, WhatCameMeanwhileIsLeftAlone) {
 TEST_F(JobDirectoryTest, IsOnesOwnAndGoesWithAllThatIsInIt) {
     shell("mkdir outside && touch outside/file");
     {
-        const JobDirectory jobDirectory(place, "place");
+        const JobDirectory jobDirectory(place);
         const fs::path path = "place/" + fs::directory_iterator("place")->path().filename().string();
         EXPECT_EQ(jobDirectory.directory().status().st_mode & 07777U, 0700U);
         EXPECT_NE(flock(opened(path).number(), LOCK_EX | LOCK_NB), 0);
-        const JobDirectory other(place, "place");
+        const JobDirectory other(place);
         EXPECT_TRUE(fs::exists(path / ".job"));
         shell("cd " + path.string() +
               " && mkdir -p a/b/c mode/0 && touch a/b/f mode/0/f && chmod 0 mode/0 mode " +
@@ -213,7 +213,7 @@ TEST_F(JobDirectoryTest, IsOnesOwnAndGoesWithAllThatIsInIt) {
 TEST_F(JobDirectoryTest, WhatIsMountedInsideIsNotEmptied) {
     std::string path;
     {
-        const JobDirectory jobDirectory(place, "place");
+        const JobDirectory jobDirectory(place);
         path = fs::directory_iterator("place")->path();
         shell("cd " + path + " && mkdir -p a/m b && touch b/f && mount -t tmpfs m a/m && touch a/m/theirs");
     }
@@ -232,10 +232,10 @@ TEST_F(JobDirectoryTest, OnlyAbandonedOnesAreRemoved) {
     ASSERT_EQ(flock(locked.number(), LOCK_EX), 0);
     std::string kept;
     {
-        JobDirectory jobDirectory(place, "place");
+        JobDirectory jobDirectory(place);
         kept = jobDirectory.keep();
     }
-    { const JobDirectory next(place, "place"); }
+    { const JobDirectory next(place); }
     std::vector<std::string> left;
     for (const auto& entry : fs::directory_iterator("place")) {
         left.push_back(entry.path());

@@ -16,16 +16,17 @@ namespace {
 
 using MediumTest = JobTest;
 
-Medium mediumOf(const std::string& name) {
+MediumKind mediumOf(const std::string& name) {
     const Lines names = {"image", "ppc", "key", "package"};
     const auto place = std::find(names.begin(), names.end(), name) - names.begin();
-    return std::array{Medium::image, Medium::powerPcImage, Medium::key, Medium::netbootDirectory}.at(
-        static_cast<std::size_t>(place));
+    return std::array{MediumKind::image, MediumKind::powerPcImage, MediumKind::key,
+                      MediumKind::netbootDirectory}
+        .at(static_cast<std::size_t>(place));
 }
 
 /// What is not on the medium though it is in the package's boot directory or was chosen, what takes the place
 /// of something, and what a package's own directory has and lacks.
-std::string contentsText(Medium medium, const Lines& chosen) {
+std::string contentsText(MediumKind medium, const Lines& chosen) {
     const ToolPackage package("work/tool.zip", CloneImages::wanted);
     const UpdateFiles updates("work", chosen);
     const Contents contents = contentsOf(medium, package, updates);
@@ -93,7 +94,7 @@ struct ReadBackTest : MediumTest {
                                   {"a.txt", "sub/d.txt", "deep", "empty", "many", "same", "nothing", "big"});
         updates.copyTo(opened(".").number(), [](std::uint64_t) {});
         shell("unzip -q work/tool.zip 'boot/*'; mkdir staged");
-        Tree tree = contentsOf(Medium::image, package, updates).tree;
+        Tree tree = contentsOf(MediumKind::image, package, updates).tree;
         for (const auto& [place, part] : tree) {
             if (part.isDirectory) {
                 fs::create_directories("staged/" + place);
@@ -131,13 +132,13 @@ struct ReadBackTest : MediumTest {
         const Descriptor here = opened(".");
         const Descriptor medium = opened("medium");
         Contents contents;
-        contents.medium = form == "genisoimage" ? Medium::powerPcImage : Medium::image;
         contents.tree = tree;
         contents.added = {"boot.catalog"};
         const auto differences =
-            form == "directory" ? compareDirectory(here.number(), tree, medium, {"ignored"}, told.advance)
-            : form == "zip"     ? compareArchive(here.number(), tree, medium, {}, told.advance)
-                                : compareImage(here.number(), contents, medium, told.advance);
+            form == "directory"     ? compareDirectory(here.number(), tree, medium, {"ignored"}, told.advance)
+            : form == "zip"         ? compareArchive(here.number(), tree, medium, {}, told.advance)
+            : form == "genisoimage" ? comparePowerPcImage(here.number(), contents, medium, told.advance)
+                                    : compareEfiImage(here.number(), contents, medium, told.advance);
         std::uint64_t size = 0;
         for (const auto& [place, part] : tree) {
             size += part.size;

@@ -1,9 +1,9 @@
-#include "commands/report.h"
 #include "disks/cloning.h"
 #include "disks/diskLock.h"
 #include "disks/powerDown.h"
 #include "frontend.h"
 #include "inputs/checksum.h"
+#include "keys/report.h"
 #include "loop.h"
 
 #include <chrono>

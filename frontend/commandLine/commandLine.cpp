@@ -234,7 +234,7 @@ private:
             ->allow_extra_args(false)
             ->type_name("DEVICE");
         command.add_option("--key-image", m_verify.keyImage, "An image of a key")->type_name("FILE");
-        command.add_option("--pxe", m_verify.package, "A network-boot directory")->type_name("DIR");
+        command.add_option("--pxe", m_verify.netbootDirectory, "A network-boot directory")->type_name("DIR");
         command
             .add_option(
                 "--disc", m_verify.disc,

@@ -1,86 +1,13 @@
 /// @file
-/// The commands of velacreate and what a user may choose for each. Every command returns the exit status.
+/// The commands of velacreate. Each returns the exit status.
 #pragma once
 
+#include "choices.h"
 #include "job/callerEnvironment.h"
 
 #include <string>
-#include <vector>
 
 namespace velacreate {
-
-struct ShowChoices {
-    bool verbose = false;
-    std::string log;
-    bool pauses = false;
-};
-
-struct JobChoices {
-    std::string package;
-    std::string directory = ".";
-    std::vector<std::string> files;
-    bool keep = false;
-    bool verify = true;
-    ShowChoices show;
-};
-
-struct IsoChoices {
-    JobChoices job;
-    std::string output;
-    bool force = false;
-    std::string platform = "linux";
-    bool checksum = false;
-    std::string burner;
-};
-
-struct UsbChoices {
-    JobChoices job;
-    std::vector<std::string> devices;
-    bool all = false;
-    std::string image;
-    bool erase = false;
-    std::string format = "auto";
-    std::size_t jobs = 0; ///< at a time; 0 for all
-    std::string report;
-    bool eject = false;
-    bool anyDisk = false;
-    bool yes = false;
-    std::string work;
-};
-
-struct PxeChoices {
-    JobChoices job;
-    std::string output;
-    bool force = false;
-};
-
-struct BurnChoices {
-    std::string image;
-    std::string device;
-    bool quiet = false;
-    bool verify = true;
-    ShowChoices show;
-};
-
-struct VerifyChoices {
-    JobChoices job; ///< the package may be empty, where a disc is compared with its image
-    std::string image;
-    std::vector<std::string> devices;
-    std::string keyImage;
-    std::string package; ///< a network-boot directory
-    std::string disc;
-    std::string platform = "linux";
-    std::string work;
-};
-
-struct ServeChoices {
-    std::string directory;
-    std::string interface;
-    std::string range; ///< "FIRST,LAST"; empty for the upper half of the interface's network
-    bool proxy = false;
-    bool yes = false;
-    ShowChoices show;
-};
 
 int makeIso(const IsoChoices& choices, const CallerEnvironment& caller);
 int makeUsbKey(const UsbChoices& choices, const CallerEnvironment& caller);

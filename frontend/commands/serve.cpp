@@ -1,9 +1,8 @@
 #include "commands/commands.h"
 
-#include "commands/mediumJob.h"
-#include "commands/question.h"
-#include "commands/scratch.h"
+#include "display/question.h"
 #include "job/childProcess.h"
+#include "medium/jobInputs.h"
 #include "network/bootServer.h"
 #include "network/machines.h"
 #include "network/netbootDirectory.h"
@@ -126,9 +125,7 @@ private:
 };
 
 void validateOptions(const ServeChoices& choices) {
-    if (geteuid() != 0) {
-        throw Refusal("machines are served by a program that takes root's rights; run this with sudo");
-    }
+    requireRoot("machines are served by a program that");
     if (choices.proxy && !choices.range.empty()) {
         throw Refusal("with --proxy no addresses are handed out; leave out --range");
     }

@@ -1,14 +1,15 @@
 #include "commands/commands.h"
 
-#include "commands/consent.h"
-#include "commands/keyJobs.h"
-#include "commands/keyResults.h"
-#include "commands/keys.h"
-#include "commands/scratch.h"
 #include "disks/fatVolume.h"
+#include "keys/consent.h"
+#include "keys/keyJobs.h"
+#include "keys/keyResults.h"
+#include "keys/keys.h"
 #include "support/failure.h"
 #include "support/programs.h"
 #include "support/sizeText.h"
+
+#include <mediaRules.h>
 
 #include <algorithm>
 
@@ -18,15 +19,11 @@
 
 namespace velacreate {
 
+using VelaCreation::KEY_IMAGE_OFFSET;
+
 namespace {
 
 constexpr std::uint64_t SECTOR = 512;
-
-void requireRoot() {
-    if (geteuid() != 0) {
-        throw Refusal("a key is mounted and formatted, which takes root's rights; run this with sudo");
-    }
-}
 
 void validateOptions(const UsbChoices& choices) {
     if (choices.erase && choices.format == "never") {
@@ -49,18 +46,20 @@ void validateOptions(const UsbChoices& choices) {
 }
 
 void requireProgramsFor(const UsbChoices& choices) {
-    requirePrograms({"unzip", "mount", "umount"});
+    requirePrograms(kindOf(MediumKind::key).programs);
     if (choices.image.empty() && choices.format != "never") {
         requirePrograms({"mkfs", "mkfs.vfat", "sfdisk"});
     }
 }
 
 /// By the kernel's own count, which also shows the flushing that would otherwise look like a standstill.
-std::map<std::string, Gauge> gaugesOf(const DiskLock& hold, std::uint64_t expected) {
-    const Gauge written{expected, [&hold] { return hold.traffic().written * SECTOR; }};
-    return {{"Copying files to working directory", written},
-            {"Copying files to USB key", written},
-            {"Writing out", written}};
+std::map<std::string, Gauge> gaugesOf(const DiskLock& lock, std::uint64_t expected) {
+    const Gauge written{expected, [&lock] { return lock.traffic().written * SECTOR; }};
+    std::map<std::string, Gauge> gauges;
+    for (const auto& stage : kindOf(MediumKind::key).stages) {
+        gauges[stage.text] = written;
+    }
+    return gauges;
 }
 
 std::vector<KeyTask> tasksFor(const std::vector<Key>& keys, std::uint64_t expected, KeyResults& results) {
@@ -95,13 +94,13 @@ Report openReport(const std::string& path, const std::string& log, const Inputs&
     return Report(path);
 }
 
-int fillKeys(const UsbChoices& choices, const Inputs& inputs, const ScratchDirectory& scratch) {
+int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch) {
     auto keys = chooseKeys(choices, inputs);
-    inputs.requireRoom(scratch.directory(), scratch.path(), countFull(choices, countTaken(keys)), 0);
+    inputs.requireRoom(scratch, 1 + countFull(choices, countSelected(keys)), 0);
     auto console = openConsole(choices.job.show, "", &inputs);
     auto report = openReport(choices.report, choices.job.show.log, inputs);
     KeyResults results(keys, choices, report, console);
-    if (countTaken(keys) == 0) {
+    if (countSelected(keys) == 0) {
         return results.conclude({});
     }
     const HeldSignals signals;
@@ -112,12 +111,13 @@ int fillKeys(const UsbChoices& choices, const Inputs& inputs, const ScratchDirec
     unmountKeys(keys);
 
     inputs.announce(console, "Making " + mediaText(keys) + " from");
-    const KeyJobs jobs{choices, inputs, scratch, signals, console, keys.size() == 1};
-    return results.conclude(runKeyJobs(jobs, tasksFor(keys, inputs.contents.size(), results),
+    const Call call{choices.job, inputs, scratch, signals, console};
+    return results.conclude(runKeyJobs({call, choices, keys.size() == 1},
+                                       tasksFor(keys, inputs.contents.size(), results),
                                        choices.report.empty() ? nullptr : &results.sums));
 }
 
-int fillImage(const UsbChoices& choices, const Inputs& inputs, const ScratchDirectory& scratch) {
+int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch) {
     const auto path = absolutePath(choices.image);
     const Descriptor image(open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
     if (!image.isOpen()) {
@@ -128,21 +128,22 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const ScratchDire
         throw Refusal(quote(path) + " is not a file");
     }
     inputs.requireOther(about, "the image " + quote(path));
-    requireFitting(inputs.contents, fatCapacity(image, IMAGE_OFFSET),
-                   quote(path) + ", at byte " + std::to_string(IMAGE_OFFSET) + ",");
+    requireFitting(inputs.contents, fatCapacity(image, KEY_IMAGE_OFFSET),
+                   quote(path) + ", at byte " + std::to_string(KEY_IMAGE_OFFSET) + ",");
     if (flock(image.number(), LOCK_EX | LOCK_NB) != 0) {
         throw Refusal("another program is working on " + quote(path));
     }
-    inputs.requireRoom(scratch.directory(), scratch.path(), 1, 0);
+    inputs.requireRoom(scratch, 2, 0); // packed and unpacked
     auto console = openConsole(choices.job.show, path, &inputs);
     const HeldSignals signals;
     const auto medium = "the key image " + quote(path);
     inputs.announce(console, "Making " + medium + " from");
     UsbChoices asItIs = choices;
     asItIs.format = "never";
-    const auto outcome = runKeyJobs({asItIs, inputs, scratch, signals, console, true},
-                                    {{medium, {image, std::nullopt, path}, {}, nullptr}}, nullptr)
-                             .front();
+    const Call call{choices.job, inputs, scratch, signals, console};
+    const auto outcome =
+        runKeyJobs({call, asItIs, true}, {{medium, {image, std::nullopt, path}, {}, nullptr}}, nullptr)
+            .front();
     return conclude(console, outcome, medium,
                     sizeText(static_cast<std::uint64_t>(about.st_size)) + readBackText(choices.job.verify));
 }
@@ -150,11 +151,11 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const ScratchDire
 } // namespace
 
 int makeUsbKey(const UsbChoices& choices, const CallerEnvironment& caller) {
-    requireRoot();
+    requireRoot("a key is mounted and formatted, which");
     validateOptions(choices);
     requireProgramsFor(choices);
-    const ScratchDirectory scratch(choices.work, caller);
-    const Inputs inputs(choices.job, Medium::key);
+    const auto scratch = scratchDirectory(choices.work, caller);
+    const Inputs inputs(choices.job, MediumKind::key);
     return choices.image.empty() ? fillKeys(choices, inputs, scratch) : fillImage(choices, inputs, scratch);
 }
 

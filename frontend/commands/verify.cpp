@@ -1,27 +1,16 @@
 #include "commands/commands.h"
 
-#include "commands/comparison.h"
-#include "commands/scratch.h"
-#include "commands/verifyKeys.h"
 #include "disks/discDrive.h"
+#include "keys/verifyKeys.h"
+#include "medium/comparison.h"
 #include "medium/isoImage.h"
-#include "medium/readBack.h"
 #include "support/failure.h"
 #include "support/programs.h"
 #include "support/sizeText.h"
 
-#include <unistd.h>
-
 namespace velacreate {
 
 namespace {
-
-void requireMounting() {
-    if (geteuid() != 0) {
-        throw Refusal("a key is mounted to be read, which takes root's rights; run this with sudo");
-    }
-    requirePrograms({"mount"});
-}
 
 OpenMedium openIsoImage(const std::string& path) {
     auto image = openToCompare("the image", path, S_IFREG);
@@ -32,13 +21,11 @@ OpenMedium openIsoImage(const std::string& path) {
 }
 
 OpenMedium openDiscIn(const DiscDrive& drive) {
-    if (const auto lack = drive.takeDiscIn(); !lack.empty()) {
-        throw Refusal(lack);
-    }
-    return {"the disc in " + drive.name(), absolutePath(drive.path()), drive.openDisc()};
+    auto disc = takeDisc(drive);
+    return {"the disc in " + drive.name(), absolutePath(drive.path()), std::move(disc)};
 }
 
-/// The disc with the image that it was burned from.
+/// Compares a disc with the image that it was burned from.
 int verifyBurntDisc(const VerifyChoices& choices) {
     if (choices.job.files.size() != 1) {
         throw Refusal("a disc is compared with one image, or with a --package and update files");
@@ -59,48 +46,38 @@ int verifyBurntDisc(const VerifyChoices& choices) {
                     sizeText(static_cast<std::uint64_t>(image.file.status().st_size)));
 }
 
-/// An image, or a disc that was burned from one.
-int verifyImage(const VerifyChoices& choices, const ScratchDirectory& scratch, const OpenMedium& medium) {
-    const Inputs inputs(choices.job, choices.platform == "ppc" ? Medium::powerPcImage : Medium::image);
-    return compareAlone(choices.job, inputs, scratch, medium,
-                        [&](const Descriptor& staged, Reporter& reporter) {
-                            return compareImage(staged.number(), inputs.contents, medium.file,
-                                                beginReadingBack(inputs.contents.size(), reporter));
-                        });
-}
-
-int verifyPackage(const VerifyChoices& choices, const ScratchDirectory& scratch) {
-    const auto medium = openToCompare("the network-boot directory", choices.package, S_IFDIR);
-    const Inputs inputs(choices.job, Medium::netbootDirectory);
-    return compareAlone(
-        choices.job, inputs, scratch, medium, [&](const Descriptor& staged, Reporter& reporter) {
-            return compareNetbootDirectory(staged.number(), inputs.contents, medium.file,
-                                           beginReadingBack(inputs.contents.size(), reporter));
-        });
+int verifyAlone(const VerifyChoices& choices, MediumKind kind, const NamedDirectory& scratch,
+                const OpenMedium& medium) {
+    const Inputs inputs(choices.job, kind);
+    const auto compare = [&](const Descriptor& staged, Reporter& reporter) {
+        return inputs.kind.compare(staged.number(), inputs.contents, medium.file,
+                                   beginReadingBack(inputs.contents.size(), reporter));
+    };
+    return compareAlone(choices.job, inputs, scratch, medium, compare);
 }
 
 } // namespace
 
 int verify(const VerifyChoices& choices, const CallerEnvironment& caller) {
-    const bool isOfKey = !choices.devices.empty() || !choices.keyImage.empty();
     if (choices.job.package.empty()) {
         return verifyBurntDisc(choices);
     }
+    const bool isOfKey = !choices.devices.empty() || !choices.keyImage.empty();
     if (isOfKey) {
-        requireMounting();
+        requireRoot("a key is mounted to be read, which");
+        requirePrograms({"mount"});
     }
-    requirePrograms({"unzip"});
-    const ScratchDirectory scratch(choices.work, caller);
+    const auto scratch = scratchDirectory(choices.work, caller);
     if (isOfKey) {
         return choices.keyImage.empty() ? verifyKeys(choices, scratch) : verifyKeyImage(choices, scratch);
     }
-    if (!choices.package.empty()) {
-        return verifyPackage(choices, scratch);
+    if (!choices.netbootDirectory.empty()) {
+        return verifyAlone(choices, MediumKind::netbootDirectory, scratch,
+                           openToCompare("the network-boot directory", choices.netbootDirectory, S_IFDIR));
     }
-    if (!choices.image.empty()) {
-        return verifyImage(choices, scratch, openIsoImage(choices.image));
-    }
-    return verifyImage(choices, scratch, openDiscIn(DiscDrive(choices.disc)));
+    return verifyAlone(
+        choices, choices.platform == "ppc" ? MediumKind::powerPcImage : MediumKind::image, scratch,
+        choices.image.empty() ? openDiscIn(DiscDrive(choices.disc)) : openIsoImage(choices.image));
 }
 
 } // namespace velacreate

@@ -1,5 +1,6 @@
 #include "disks/cloning.h"
 
+#include "disks/probe.h"
 #include "disks/sysfs.h"
 #include "support/failure.h"
 #include "support/sizeText.h"
@@ -7,10 +8,8 @@
 #include <cerrno>
 #include <chrono>
 #include <functional>
-#include <memory>
 #include <thread>
 
-#include <blkid/blkid.h>
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
@@ -29,13 +28,10 @@ constexpr const char* SECTOR_SIZE = "512"; // that its table counts in
 /// No disk has so many signatures, but one that ignores what is written to it would show its own for ever.
 constexpr int MOST_SIGNATURES = 1000;
 
-using Probe = std::unique_ptr<blkid_struct_probe, decltype(&blkid_free_probe)>;
-
 /// Finds all at once that wipefs would find.
-Probe probeOf(const Descriptor& device) {
-    Probe probe(blkid_new_probe(), blkid_free_probe);
-    if (!probe || blkid_probe_set_device(probe.get(), device.number(), 0, 0) != 0 ||
-        blkid_probe_enable_superblocks(probe.get(), 1) != 0 ||
+Probe signatureProbe(const Descriptor& device) {
+    Probe probe = probeOf(device);
+    if (!probe || blkid_probe_enable_superblocks(probe.get(), 1) != 0 ||
         blkid_probe_set_superblocks_flags(probe.get(), BLKID_SUBLKS_MAGIC | BLKID_SUBLKS_BADCSUM) != 0 ||
         blkid_probe_enable_partitions(probe.get(), 1) != 0 ||
         blkid_probe_set_partitions_flags(probe.get(), BLKID_PARTS_MAGIC | BLKID_PARTS_FORCE_GPT) != 0) {
@@ -81,7 +77,7 @@ Descriptor openToWrite(const Descriptor& disk) {
 }
 
 void wipeSignatures(const Descriptor& device) {
-    const auto probe = probeOf(device);
+    const auto probe = signatureProbe(device);
     for (int found = 0; found < MOST_SIGNATURES; ++found) {
         const int result = blkid_do_probe(probe.get());
         if (result == 1) {

@@ -1,12 +1,10 @@
 #include "disks/fatVolume.h"
 
+#include "disks/probe.h"
 #include "disks/sysfs.h"
 
 #include <algorithm>
 #include <array>
-#include <memory>
-
-#include <blkid/blkid.h>
 #include <fcntl.h>
 #include <linux/loop.h>
 #include <linux/magic.h>
@@ -62,13 +60,10 @@ std::uint64_t capacity(const Sector& sector) {
 } // namespace
 
 bool holdsFat(const Descriptor& disk, std::uint64_t offset) {
-    const std::unique_ptr<blkid_struct_probe, decltype(&blkid_free_probe)> probe(blkid_new_probe(),
-                                                                                 blkid_free_probe);
+    const auto probe = probeOf(disk, offset);
     std::string type = "vfat";
     std::array<char*, 2> types = {type.data(), nullptr};
-    return probe &&
-           blkid_probe_set_device(probe.get(), disk.number(), static_cast<blkid_loff_t>(offset), 0) == 0 &&
-           blkid_probe_filter_superblocks_type(probe.get(), BLKID_FLTR_ONLYIN, types.data()) == 0 &&
+    return probe && blkid_probe_filter_superblocks_type(probe.get(), BLKID_FLTR_ONLYIN, types.data()) == 0 &&
            blkid_do_safeprobe(probe.get()) == 0;
 }
 

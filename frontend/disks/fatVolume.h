@@ -9,9 +9,6 @@
 
 namespace velacreate {
 
-/// Where the file system starts in an image of a key, in bytes.
-constexpr std::uint64_t IMAGE_OFFSET = 32256;
-
 /// Whether libblkid finds a FAT file system at an offset.
 bool holdsFat(const Descriptor& disk, std::uint64_t offset);
 

@@ -1,13 +1,11 @@
 #include "disks/inventory.h"
 
-#include "support/descriptor.h"
+#include "disks/probe.h"
 #include "support/failure.h"
 #include "support/utf8.h"
 
 #include <cerrno>
-#include <memory>
 
-#include <blkid/blkid.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -17,19 +15,7 @@ namespace {
 
 constexpr int MOST_PARTITIONS = 6; // that are named
 constexpr std::size_t LONGEST_LABEL = 32;
-constexpr blkid_loff_t SECTOR = 512; // libblkid's, whatever the disk's own is
-
-using Probe = std::unique_ptr<blkid_struct_probe, decltype(&blkid_free_probe)>;
-
-/// @param size  0 for all from the offset on
-/// @return none when there is no such part of the disk
-Probe probeOf(const Descriptor& disk, blkid_loff_t offset, blkid_loff_t size) {
-    Probe probe(blkid_new_probe(), blkid_free_probe);
-    if (probe && blkid_probe_set_device(probe.get(), disk.number(), offset, size) != 0) {
-        probe.reset();
-    }
-    return probe;
-}
+constexpr std::uint64_t SECTOR = 512; // libblkid's, whatever the disk's own is
 
 std::string valueOf(const Probe& probe, const char* name) {
     const char* value = nullptr;
@@ -62,8 +48,9 @@ std::string fileSystem(const Probe& probe) {
 }
 
 std::string partitionText(const Descriptor& disk, blkid_partition partition) {
-    const auto text = fileSystem(probeOf(disk, blkid_partition_get_start(partition) * SECTOR,
-                                         blkid_partition_get_size(partition) * SECTOR));
+    const auto text =
+        fileSystem(probeOf(disk, static_cast<std::uint64_t>(blkid_partition_get_start(partition)) * SECTOR,
+                           static_cast<std::uint64_t>(blkid_partition_get_size(partition)) * SECTOR));
     return text.empty() ? "no file system" : text;
 }
 
@@ -92,12 +79,12 @@ std::string tableName(const std::string& type) {
 }
 
 std::string fileSystemOf(const Descriptor& disk) {
-    return fileSystem(probeOf(disk, 0, 0));
+    return fileSystem(probeOf(disk));
 }
 
 /// @return empty when there is no partition table
 std::string partitioned(const Descriptor& disk) {
-    const auto probe = probeOf(disk, 0, 0);
+    const auto probe = probeOf(disk);
     auto* partitions = probe ? blkid_probe_get_partitions(probe.get()) : nullptr;
     auto* table = partitions == nullptr ? nullptr : blkid_partlist_get_table(partitions);
     if (table == nullptr) {

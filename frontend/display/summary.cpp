@@ -79,6 +79,10 @@ std::string resultWord(const Outcome& outcome) {
                                                 : "failed";
 }
 
+std::string readBackText(bool wasReadBack) {
+    return wasReadBack ? ", read back" : "";
+}
+
 std::string resultText(const Outcome& outcome, bool wasReadBack) {
     if (outcome.status == EXIT_INTERRUPTED) {
         return outcome.hasChanged ? "interrupted, now incomplete" : "interrupted, left as it was";
@@ -88,7 +92,7 @@ std::string resultText(const Outcome& outcome, bool wasReadBack) {
     }
     return resultWord(outcome) + ", " + timeText(outcome.seconds) +
            (outcome.bytesPerSecond > 0 ? ", " + rateText(outcome.bytesPerSecond) : "") +
-           (wasReadBack ? ", read back" : "");
+           readBackText(wasReadBack);
 }
 
 int conclude(Console& console, const Outcome& outcome, const std::string& medium, const std::string& made) {

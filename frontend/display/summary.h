@@ -39,6 +39,9 @@ std::string resultWord(const Outcome& outcome);
 /// What became of one medium of several: "made, 52 s, 41 MB/s, read back", or "failed: " and why.
 std::string resultText(const Outcome& outcome, bool wasReadBack);
 
+/// ", read back" for a medium that was.
+std::string readBackText(bool wasReadBack);
+
 /// Says it: on standard output what was done; on standard error what was not, or that there are differences,
 /// after the library's own messages.
 /// @param medium  such as "the image /x/i.iso"

@@ -3,35 +3,18 @@
 #include "support/failure.h"
 
 #include <array>
-#include <cerrno>
 #include <memory>
 #include <vector>
 
 #include <openssl/evp.h>
-#include <unistd.h>
-
 namespace velacreate {
 
 namespace {
-
-constexpr std::size_t BUFFER_SIZE = 128 << 10;
 
 void require(bool done) {
     if (!done) {
         throw Failure("a SHA-256 sum cannot be worked out here");
     }
-}
-
-/// @return how many bytes there are; 0 at the end
-std::size_t readAt(const Descriptor& file, std::vector<char>& buffer, std::uint64_t offset) {
-    ssize_t count = -1;
-    do {
-        count = pread(file.number(), buffer.data(), buffer.size(), static_cast<off_t>(offset));
-    } while (count < 0 && errno == EINTR);
-    if (count < 0) {
-        throw Failure(SystemError().about("reading a file for its sum"));
-    }
-    return static_cast<std::size_t>(count);
 }
 
 std::string hexadecimal(const unsigned char* bytes, std::size_t size) {
@@ -49,12 +32,18 @@ std::string hexadecimal(const unsigned char* bytes, std::size_t size) {
 std::string sha256Of(const Descriptor& file, const Advance& advance) {
     const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> sum(EVP_MD_CTX_new(), EVP_MD_CTX_free);
     require(sum && EVP_DigestInit_ex(sum.get(), EVP_sha256(), nullptr) == 1);
-    std::vector<char> buffer(BUFFER_SIZE);
+    std::vector<char> buffer(BLOCK_SIZE);
     std::uint64_t offset = 0;
-    while (const auto count = readAt(file, buffer, offset)) {
-        require(EVP_DigestUpdate(sum.get(), buffer.data(), count) == 1);
-        offset += count;
-        advance(count);
+    for (;;) {
+        const auto count = readAt(file.number(), buffer.data(), buffer.size(), offset);
+        check(count >= 0).orFail("reading a file for its sum");
+        if (count == 0) {
+            break;
+        }
+        const auto size = static_cast<std::size_t>(count);
+        require(EVP_DigestUpdate(sum.get(), buffer.data(), size) == 1);
+        offset += size;
+        advance(size);
     }
     std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
     unsigned size = 0;

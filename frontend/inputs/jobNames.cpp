@@ -1,6 +1,6 @@
 #include "inputs/jobNames.h"
 
-#include <bootableMedia.h>
+#include <mediaRules.h>
 
 #include <algorithm>
 #include <array>
@@ -19,24 +19,11 @@ bool contains(const Names& names, const std::string& name) {
 } // namespace
 
 bool isJobName(const std::string& name) {
-    // The library drops its tools' names from every list of update files, and removes the files when it
-    // cleans up.
-    static const std::array<std::string, 15> OTHERS = {PACKAGE_NAME,
-                                                       LIBRARY_FOLDER,
-                                                       "stdout.txt",
-                                                       BootableMedia::BOOT_FILE,
-                                                       BootableMedia::ISO_DIR_NAME,
-                                                       BootableMedia::TEMP_FILE,
-                                                       BootableMedia::MINIUNZ_TOOL_NAME,
-                                                       BootableMedia::ZIP_TOOL_NAME,
-                                                       BootableMedia::CLONE_TOOL_NAME,
-                                                       BootableMedia::MKISOFS_TOOL_NAME,
-                                                       BootableMedia::CDRECORD_NAME,
-                                                       BootableMedia::CYGWINZ_DLL_NAME,
-                                                       BootableMedia::CYGWIN1_DLL_NAME,
-                                                       BootableMedia::CYGICONV_DLL_NAME,
-                                                       BootableMedia::CYGGCC_DLL_NAME};
-    return isCloneImage(name) || contains(OTHERS, name);
+    static const std::array<std::string, 5> JOB_NAMES = {PACKAGE_NAME, LIBRARY_FOLDER,
+                                                         VelaCreation::CAPTURE_FILE, BootableMedia::BOOT_FILE,
+                                                         BootableMedia::ISO_DIR_NAME};
+    static const auto WORKING_FILES = VelaCreation::removedWorkingFiles();
+    return contains(JOB_NAMES, name) || contains(WORKING_FILES, name);
 }
 
 bool isCloneImage(const std::string& name) {

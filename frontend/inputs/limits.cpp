@@ -73,14 +73,14 @@ void requireFileSize(const std::string& place, std::uint64_t size, const std::st
     }
 }
 
-void requireSpace(int directory, const std::string& where, std::uint64_t bytes) {
+void requireSpace(const NamedDirectory& directory, std::uint64_t bytes) {
     struct statvfs space {};
-    if (fstatvfs(directory, &space) != 0) {
-        throw Failure(SystemError().about("the free space in " + quote(where)));
+    if (fstatvfs(directory.number(), &space) != 0) {
+        throw Failure(SystemError().about("the free space in " + quote(directory.path)));
     }
     const std::uint64_t free = space.f_bavail * space.f_frsize;
     if (free < bytes) {
-        throw Refusal("the job needs " + sizeText(bytes) + " in " + quote(where) + ", where " +
+        throw Refusal("the job needs " + sizeText(bytes) + " in " + quote(directory.path) + ", where " +
                       sizeText(free) + " are free");
     }
 }

@@ -2,6 +2,8 @@
 /// What a medium cannot hold, found before it is begun.
 #pragma once
 
+#include "support/descriptor.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -19,8 +21,7 @@ void requireFatNames(const std::vector<std::string>& places);
 void requireFileSize(const std::string& place, std::uint64_t size, const std::string& medium);
 
 /// Refuses a job for which there is not enough free space.
-/// @param directory  an open directory of the file system
-/// @param where      for the message
-void requireSpace(int directory, const std::string& where, std::uint64_t bytes);
+/// @param directory  a directory of the file system
+void requireSpace(const NamedDirectory& directory, std::uint64_t bytes);
 
 } // namespace velacreate

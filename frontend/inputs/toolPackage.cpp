@@ -3,6 +3,7 @@
 #include "inputs/jobNames.h"
 #include "inputs/names.h"
 #include "inputs/packageReader.h"
+#include "support/beneath.h"
 #include "support/failure.h"
 #include "support/sizes.h"
 
@@ -21,7 +22,6 @@ constexpr const char* BOOT = "boot";
 
 /// Small where entries are skipped, as each skip is followed by a whole block.
 constexpr std::size_t BLOCK_FOR_HEADERS = 16 << 10;
-constexpr std::size_t BLOCK_FOR_CONTENT = 128 << 10;
 
 using Entries = std::map<std::string, ToolPackage::Entry>;
 
@@ -198,33 +198,63 @@ bool ToolPackage::isFile(const struct stat& other) const {
     return isSameFile(m_found, other);
 }
 
-void ToolPackage::writeTo(const Descriptor& output, const Advance& advance) const {
+void ToolPackage::readWhole(CloneImages cloneImages,
+                            const std::function<void(PackageReader& reader)>& use) const {
     const auto require = [&](bool isAsChecked) {
         if (!isAsChecked) {
             throw Refusal(packageText(m_path) + " was changed after it had been checked");
         }
     };
     require(isUnchanged(m_found, m_file.status()));
-    PackageReader reader(m_file, m_path, BLOCK_FOR_CONTENT);
-    Rewriter writer(output);
-    std::uint64_t written = 0;
+    PackageReader reader(m_file, m_path, BLOCK_SIZE);
+    std::uint64_t size = 0;
     while (reader.next()) {
-        if (!isWanted(reader.name(), m_cloneImages)) {
-            reader.read([](const void*, std::size_t) {});
-            continue;
+        if (isWanted(reader.name(), m_cloneImages)) {
+            const auto known = m_entries.find(reader.name());
+            require(known != m_entries.end() && known->second.isDirectory == reader.isDirectory() &&
+                    known->second.size == reader.size());
+            size += reader.size();
         }
-        const auto known = m_entries.find(reader.name());
-        require(known != m_entries.end() && known->second.isDirectory == reader.isDirectory() &&
-                known->second.size == reader.size());
+        if (isWanted(reader.name(), cloneImages)) {
+            use(reader);
+        } else {
+            reader.read([](const void*, std::size_t) {});
+        }
+    }
+    require(size == unpackedSize() && isUnchanged(m_found, m_file.status()));
+}
+
+void ToolPackage::writeTo(const Descriptor& output, const Advance& advance) const {
+    Rewriter writer(output);
+    readWhole(m_cloneImages, [&](PackageReader& reader) {
         writer.begin(reader);
         reader.read([&](const void* data, std::size_t size) {
             writer.write(data, size);
-            written += size;
             advance(size);
         });
-    }
+    });
     writer.end();
-    require(written == unpackedSize() && isUnchanged(m_found, m_file.status()));
+}
+
+void ToolPackage::unpackTo(const Descriptor& directory, const Advance& advance) const {
+    const std::string problem = "unpacking the tool package";
+    Beneath target(directory.number());
+    for (const auto& [name, entry] : m_entries) {
+        if (entry.isDirectory) {
+            check(target.makeDirectory(name, S_IRWXU)).orFail(problem);
+        }
+    }
+    readWhole(CloneImages::unwanted, [&](PackageReader& reader) {
+        if (reader.isDirectory()) {
+            return;
+        }
+        const auto file = target.open(reader.name(), O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
+        check(file.isOpen()).orFail(problem);
+        reader.read([&](const void* data, std::size_t size) {
+            writeAll(file, static_cast<const char*>(data), size, problem);
+            advance(size);
+        });
+    });
 }
 
 } // namespace velacreate

@@ -5,10 +5,13 @@
 #include "support/descriptor.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 
 namespace velacreate {
+
+class PackageReader;
 
 /// Whether the job has a use for the clone images, as only that of a key has.
 enum class CloneImages { wanted, unwanted };
@@ -64,7 +67,14 @@ public:
     /// no longer what it was when it was checked); Failure when the output cannot be written
     void writeTo(const Descriptor& output, const Advance& advance) const;
 
+    /// Unpacks "boot" into a directory, readable and writable for the owner only. The checks are the same.
+    /// @throw as above
+    void unpackTo(const Descriptor& directory, const Advance& advance) const;
+
 private:
+    /// Reads the package whole. Entries are used that have a name at whose top there is one of the wanted.
+    void readWhole(CloneImages cloneImages, const std::function<void(PackageReader& reader)>& use) const;
+
     std::string m_path;
     CloneImages m_cloneImages;
     Descriptor m_file;

@@ -75,15 +75,14 @@ void removeAbandoned(const Descriptor& parent) {
 
 } // namespace
 
-JobDirectory::JobDirectory(const Descriptor& parent, const std::string& where)
-    : m_parent(parent.number()), m_where(where == "/" ? "" : where), m_name(freshName()) {
-    removeAbandoned(parent);
-    check(mkdirat(m_parent, m_name.c_str(), S_IRWXU) == 0)
-        .orFail("no job directory can be made in " + quote(where));
+JobDirectory::JobDirectory(const NamedDirectory& parent) : m_parent(parent), m_name(freshName()) {
+    removeAbandoned(parent.directory);
+    check(mkdirat(m_parent.number(), m_name.c_str(), S_IRWXU) == 0)
+        .orFail("no job directory can be made in " + quote(parent.path));
     try {
-        m_directory = openBeneath(m_parent, m_name, O_RDONLY | O_DIRECTORY);
+        m_directory = openBeneath(m_parent.number(), m_name, O_RDONLY | O_DIRECTORY);
         if (!m_directory.isOpen() || !isOurs(m_directory) || !isEmpty(m_directory)) {
-            throw Failure("the job directory made in " + quote(where) + " is not one's own");
+            throw Failure("the job directory made in " + quote(parent.path) + " is not one's own");
         }
         flock(m_directory.number(), LOCK_EX | LOCK_NB);
         check(mkdirat(m_directory.number(), LIBRARY_FOLDER, S_IRWXU) == 0)
@@ -92,14 +91,14 @@ JobDirectory::JobDirectory(const Descriptor& parent, const std::string& where)
         // medium's.
         fremovexattr(m_directory.number(), "system.posix_acl_default");
     } catch (const Failure&) {
-        unlinkat(m_parent, m_name.c_str(), AT_REMOVEDIR);
+        unlinkat(m_parent.number(), m_name.c_str(), AT_REMOVEDIR);
         throw;
     }
 }
 
 JobDirectory::~JobDirectory() {
     if (!m_name.empty()) {
-        removeJobDirectory(m_parent, m_name, m_directory);
+        removeJobDirectory(m_parent.number(), m_name, m_directory);
     }
 }
 
@@ -108,8 +107,19 @@ std::string JobDirectory::keep() {
     const auto visible = name.substr(1);
     renameat(m_directory.number(), LIBRARY_FOLDER, m_directory.number(),
              LIBRARY_FOLDER + 1); // no longer marked
-    const bool isRenamed = renameat(m_parent, name.c_str(), m_parent, visible.c_str()) == 0;
-    return m_where + "/" + (isRenamed ? visible : name);
+    const bool isRenamed = renameat(m_parent.number(), name.c_str(), m_parent.number(), visible.c_str()) == 0;
+    return (m_parent.path == "/" ? "" : m_parent.path) + "/" + (isRenamed ? visible : name);
+}
+
+NamedDirectory scratchDirectory(const std::string& chosen, const CallerEnvironment& caller) {
+    const auto& preset = caller.temporaryDirectory;
+    NamedDirectory scratch;
+    scratch.path = absolutePath(!chosen.empty() ? chosen : !preset.empty() ? preset : "/var/tmp");
+    scratch.directory = Descriptor(open(scratch.path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!scratch.directory.isOpen() || faccessat(scratch.number(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
+        throw Refusal(SystemError().about("no job directory can be made in " + quote(scratch.path)));
+    }
+    return scratch;
 }
 
 void removeContents(const Descriptor& directory, const std::string& besides) {

@@ -2,6 +2,7 @@
 /// The directory in which a job lives.
 #pragma once
 
+#include "job/callerEnvironment.h"
 #include "support/descriptor.h"
 
 #include <string>
@@ -15,10 +16,9 @@ namespace velacreate {
 /// one is made beside it.
 class JobDirectory {
 public:
-    /// @param parent  an open directory, which must outlive this
-    /// @param where   its path, for messages
+    /// @param parent  must outlive this
     /// @throw Failure
-    JobDirectory(const Descriptor& parent, const std::string& where);
+    explicit JobDirectory(const NamedDirectory& parent);
     ~JobDirectory();
     JobDirectory(const JobDirectory&) = delete;
     JobDirectory& operator=(const JobDirectory&) = delete;
@@ -30,11 +30,15 @@ public:
     std::string keep();
 
 private:
-    int m_parent;
-    std::string m_where;
+    const NamedDirectory& m_parent;
     std::string m_name;
     Descriptor m_directory;
 };
+
+/// Where the job directories lie of jobs that have no output on this machine's disks.
+/// @param chosen  by the user; if empty, TMPDIR or "/var/tmp" is taken
+/// @throw Refusal when it cannot be written to
+NamedDirectory scratchDirectory(const std::string& chosen, const CallerEnvironment& caller);
 
 /// Removes all that is in a directory, over no link and no mount.
 /// @param besides  what stays at its top, if anything

@@ -2,6 +2,8 @@
 
 #include "support/exitStatus.h"
 
+#include <mediaRules.h>
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -55,7 +57,7 @@ int reportToolError(int result, const Reporter& reporter) {
     if (result != 0 && result != EXIT_UNFINISHED && result != VelaCreation::VELAERROR_FILE_OR_DIR_NOT_FOUND &&
         result != VelaCreation::VELAERROR_NO_UPDATE_FILES) {
         std::ostringstream said;
-        said << std::ifstream("stdout.txt").rdbuf();
+        said << std::ifstream(VelaCreation::CAPTURE_FILE).rdbuf();
         if (const auto reason = reasonIn(said.str()); !reason.empty()) {
             reporter.reason(reason);
         } else if (isFull()) {

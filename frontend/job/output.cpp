@@ -1,7 +1,8 @@
 #include "job/output.h"
 
-#include "medium/netbootFiles.h"
 #include "support/failure.h"
+
+#include <mediaRules.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -27,8 +28,9 @@ bool isRegularFile(const Descriptor& directory, const std::string& name) {
 }
 
 bool isNetbootName(const std::string& name) {
-    return name == NETBOOT_ARCHIVE ||
-           std::find(NETBOOT_BOOT_FILES.begin(), NETBOOT_BOOT_FILES.end(), name) != NETBOOT_BOOT_FILES.end();
+    return name == VelaCreation::NETBOOT_ARCHIVE ||
+           std::find(VelaCreation::NETBOOT_FILES.begin(), VelaCreation::NETBOOT_FILES.end(), name) !=
+               VelaCreation::NETBOOT_FILES.end();
 }
 
 /// What a directory holds that is to be replaced by a package.
@@ -44,7 +46,7 @@ Present lookInto(const Descriptor& directory) {
     Present present;
     forEachEntry(directory.number(), [&](const std::string& name) {
         present.isEmpty = false;
-        present.hasArchive = present.hasArchive || name == NETBOOT_ARCHIVE;
+        present.hasArchive = present.hasArchive || name == VelaCreation::NETBOOT_ARCHIVE;
         if (!isNetbootName(name) || !isRegularFile(directory, name)) {
             present.stranger = name;
         }
@@ -71,16 +73,16 @@ Output::Output(const std::string& path) {
         throw Refusal("the output " + quote(path) + " has no name of its own");
     }
     std::error_code error;
-    m_parentPath = fs::canonical(absolute.has_parent_path() ? absolute.parent_path() : ".", error);
+    m_parent.path = fs::canonical(absolute.has_parent_path() ? absolute.parent_path() : ".", error);
     if (!error) {
-        m_parent = Descriptor(open(m_parentPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        error.assign(m_parent.isOpen() ? 0 : errno, std::generic_category());
+        m_parent.directory = Descriptor(open(m_parent.path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        error.assign(m_parent.directory.isOpen() ? 0 : errno, std::generic_category());
     }
     if (error) {
         throw Refusal("the directory of the output " + quote(path) + ": " + error.message());
     }
     if (faccessat(m_parent.number(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
-        throw Refusal(SystemError().about("nothing can be written to " + quote(m_parentPath)));
+        throw Refusal(SystemError().about("nothing can be written to " + quote(m_parent.path)));
     }
     struct stat about {};
     if (fstatat(m_parent.number(), m_name.c_str(), &about, AT_SYMLINK_NOFOLLOW) == 0) {
@@ -102,9 +104,7 @@ Output Output::file(const std::string& path, bool force, const std::string& kind
 }
 
 Output Output::image(const std::string& path, bool force) {
-    const std::string ending = ".iso";
-    if (path.size() < ending.size() ||
-        path.compare(path.size() - ending.size(), ending.size(), ending) != 0) {
+    if (!VelaCreation::endsWithIso(path)) {
         throw Refusal("the output " + quote(path) + " does not end in .iso");
     }
     return file(path, force, "an image");
@@ -122,7 +122,7 @@ Output Output::netbootDirectory(const std::string& path, bool force) {
     if (!S_ISDIR(output.m_present->st_mode)) {
         throw Refusal(quote(path) + " is no directory and cannot be replaced by a package");
     }
-    if (output.m_present->st_dev != output.m_parent.status().st_dev) {
+    if (output.m_present->st_dev != output.m_parent.directory.status().st_dev) {
         throw Refusal(quote(path) + " is a mount point; choose a directory below it");
     }
     const auto present = lookInto(output.openPresent());
@@ -145,7 +145,7 @@ Descriptor Output::openPresent() const {
 }
 
 std::string Output::path() const {
-    return (m_parentPath == "/" ? "" : m_parentPath) + "/" + m_name;
+    return (m_parent.path == "/" ? "" : m_parent.path) + "/" + m_name;
 }
 
 struct stat Output::take(const Descriptor& directory, const std::string& name) const {
@@ -205,7 +205,7 @@ bool Output::exchange(const Descriptor& directory, const std::string& name) cons
 }
 
 bool Output::replace(const Descriptor& directory, const std::string& name) const {
-    if (!isAsChecked(m_parent, m_name)) {
+    if (!isAsChecked(m_parent.directory, m_name)) {
         errno = EEXIST;
         return false;
     }
@@ -214,9 +214,9 @@ bool Output::replace(const Descriptor& directory, const std::string& name) const
     }
     // A directory has to be moved out of the way before; whatever happens then, it is there to be found.
     const std::string replaced = m_name + ".replaced";
-    return rename(m_parent, m_name, m_parent.number(), replaced, 0) &&
+    return rename(m_parent.directory, m_name, m_parent.number(), replaced, 0) &&
            rename(directory, name, m_parent.number(), m_name, 0) &&
-           rename(m_parent, replaced, directory.number(), "replaced", 0);
+           rename(m_parent.directory, replaced, directory.number(), "replaced", 0);
 }
 
 } // namespace velacreate

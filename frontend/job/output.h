@@ -26,8 +26,7 @@ public:
     static Output netbootDirectory(const std::string& path, bool force);
 
     /// The directory that the output lies in, where its job directory is made.
-    const Descriptor& parent() const { return m_parent; }
-    const std::string& parentPath() const { return m_parentPath; }
+    const NamedDirectory& parent() const { return m_parent; }
     /// For messages.
     std::string path() const;
 
@@ -54,8 +53,7 @@ private:
     bool exchange(const Descriptor& directory, const std::string& name) const;
     bool replace(const Descriptor& directory, const std::string& name) const;
 
-    std::string m_parentPath;
-    Descriptor m_parent;
+    NamedDirectory m_parent;
     std::string m_name;
     std::optional<struct stat> m_present;
 };

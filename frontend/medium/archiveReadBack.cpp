@@ -20,8 +20,6 @@ namespace velacreate {
 
 namespace {
 
-constexpr std::size_t BLOCK = 128 << 10; ///< two of them stay in a processor's own cache
-
 ArchiveReader::Format formatOf(const Descriptor& archive) {
     std::array<char, 4> start{};
     const bool isRead =
@@ -45,7 +43,7 @@ public:
     ArchiveComparison(int jobDirectory, const Tree& expected, const Descriptor& archive,
                       const std::vector<std::string>& ignored, const Advance& advance)
         : m_workplace(jobDirectory), m_expected(expected), m_ignored(ignored), m_advance(advance),
-          m_sources(jobDirectory), m_reader(archive, formatOf(archive), BLOCK) {}
+          m_sources(jobDirectory), m_reader(archive, formatOf(archive), BLOCK_SIZE) {}
 
     std::vector<std::string> run() {
         while (goOn()) {

@@ -134,14 +134,17 @@ private:
 
 } // namespace
 
-std::vector<std::string> faultsOfBootRecord(int jobDirectory, const Contents& contents,
-                                            const Descriptor& image) {
-    BootRecordCheck check(jobDirectory, contents.tree, image);
-    if (contents.medium == Medium::powerPcImage) {
-        check.checkPowerPc();
-    } else {
-        check.checkEfi();
-    }
+std::vector<std::string> faultsOfEfiBootRecord(int jobDirectory, const Tree& expected,
+                                               const Descriptor& image) {
+    BootRecordCheck check(jobDirectory, expected, image);
+    check.checkEfi();
+    return check.faults();
+}
+
+std::vector<std::string> faultsOfPowerPcBootRecord(int jobDirectory, const Tree& expected,
+                                                   const Descriptor& image) {
+    BootRecordCheck check(jobDirectory, expected, image);
+    check.checkPowerPc();
     return check.faults();
 }
 

@@ -15,7 +15,9 @@ namespace velacreate {
 /// @return a line for each fault: "the boot record is missing", "the boot record does not point to the bytes
 /// of 'efibootimg'"
 /// @throw Failure when the file's source is not what it was, or the image cannot be read
-std::vector<std::string> faultsOfBootRecord(int jobDirectory, const Contents& contents,
-                                            const Descriptor& image);
+std::vector<std::string> faultsOfEfiBootRecord(int jobDirectory, const Tree& expected,
+                                               const Descriptor& image);
+std::vector<std::string> faultsOfPowerPcBootRecord(int jobDirectory, const Tree& expected,
+                                                   const Descriptor& image);
 
 } // namespace velacreate

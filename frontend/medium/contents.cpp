@@ -2,7 +2,6 @@
 
 #include "inputs/limits.h"
 #include "inputs/names.h"
-#include "medium/netbootFiles.h"
 #include "support/failure.h"
 #include "support/sizes.h"
 
@@ -15,50 +14,20 @@ namespace {
 
 constexpr const char* BOOT = "boot/";
 
-enum class Form { file, any };
-
-/// A name at the top level that does not stay, as a file only or with all that is in it.
-struct Removal {
-    const char* name;
-    Form form;
-};
-using Removals = std::vector<Removal>;
-
-Removals removalsOf(Medium medium) {
-    switch (medium) {
-    case Medium::image: // the ISO tool writes its own boot.catalog in the place of any
-        return {{"pxelinux.cfg", Form::any}, {"pxelinux.0", Form::file}, {"boot.catalog", Form::any}};
-    case Medium::powerPcImage:
-        return {{"pxelinux.cfg", Form::any}, {"pxelinux.0", Form::file}};
-    case Medium::key:
-        return {{"pxelinux.cfg", Form::any},
-                {"pxelinux.0", Form::file},
-                {"boot.catalog", Form::file},
-                {"isolinux.bin", Form::file}};
-    case Medium::netbootDirectory:
-        break;
-    }
-    return {{"pxelinux.cfg", Form::any},   {"img2a", Form::file},        {"img3a", Form::file},
-            {"pxelinux.0", Form::file},    {"isolinux.bin", Form::file}, {"img1a.cfg", Form::file},
-            {"ksrootfs", Form::file},      {"bsb1.lss", Form::file},     {"bsb.msg", Form::file},
-            {"splash.xpm.gz", Form::file}, {"unicode.pf2", Form::file},  {"efibootimg", Form::file},
-            {"boot", Form::file},          {"EFI", Form::file}};
-}
-
 /// What becomes of files on their way to one kind of medium.
 class Way {
 public:
-    explicit Way(Medium medium) : m_medium(medium), m_removals(removalsOf(medium)) {}
+    explicit Way(const Kind& kind) : m_kind(kind) {}
 
     /// Whether what stands at a place is removed again, or never gets there.
     bool loses(const Tree& tree, const std::string& place) const {
         const std::string top = topOf(place);
-        if (m_medium == Medium::netbootDirectory && top.front() == '.') { // which "*" leaves out
+        if (!m_kind.besideArchive.empty() && top.front() == '.') { // which "*" leaves out
             return true;
         }
         const bool isDirectory = tree.at(top).isDirectory;
-        return std::any_of(m_removals.begin(), m_removals.end(), [&](const Removal& removal) {
-            return isNamed(top, removal.name) && (removal.form == Form::any || !isDirectory);
+        return std::any_of(m_kind.removals.begin(), m_kind.removals.end(), [&](const auto& removal) {
+            return isNamed(top, removal.name) && (removal.isRecursive || !isDirectory);
         });
     }
 
@@ -74,11 +43,10 @@ public:
 private:
     /// A key's file system finds a file by its name in capitals, too.
     bool isNamed(const std::string& top, const char* name) const {
-        return m_medium == Medium::key ? inCapitals(top) == inCapitals(name) : top == name;
+        return m_kind.isFat ? inCapitals(top) == inCapitals(name) : top == name;
     }
 
-    Medium m_medium;
-    Removals m_removals;
+    const Kind& m_kind;
 };
 
 /// All that "boot/*" names: no names at its top that begin with a dot.
@@ -143,16 +111,14 @@ void requireFat(const Tree& tree) {
     requireFatNames(places);
 }
 
-/// The boot files that a machine fetches one by one.
-void addBesideArchive(Contents& contents, const Tree& boot) {
-    for (const char* name : NETBOOT_BOOT_FILES) {
+void addBesideArchive(Contents& contents, const std::vector<const char*>& names, const Tree& boot) {
+    for (const char* name : names) {
         if (boot.count(name) == 0) {
             contents.missing.emplace_back(name);
         }
     }
     for (const auto& [place, part] : boot) {
-        if (std::find(NETBOOT_BOOT_FILES.begin(), NETBOOT_BOOT_FILES.end(), topOf(place)) !=
-            NETBOOT_BOOT_FILES.end()) {
+        if (std::find(names.begin(), names.end(), topOf(place)) != names.end()) {
             contents.besideArchive.emplace(place, part);
         }
     }
@@ -170,28 +136,29 @@ std::uint64_t Contents::size() const {
     return total;
 }
 
-Contents contentsOf(Medium medium, const ToolPackage& package, const UpdateFiles& updates) {
-    const Way way(medium);
+Contents contentsOf(MediumKind medium, const ToolPackage& package, const UpdateFiles& updates) {
+    const Kind& kind = kindOf(medium);
+    const Way way(kind);
     const Tree boot = bootTree(package);
     const Tree chosen = updateTree(updates);
     Contents contents;
-    contents.medium = medium;
     contents.tree = boot;
-    if (medium == Medium::key) { // where the update files come after the removing
+    contents.added = kind.added;
+    if (kind.isFat) {
         requireFat(boot);
+    }
+    if (kind.updatesComeLast) {
         way.removeFrom(contents.tree);
         overlay(contents, chosen);
+    } else {
+        requireArrival(way, chosen);
+        overlay(contents, chosen);
+        way.removeFrom(contents.tree);
+    }
+    if (kind.isFat) {
         requireFat(contents.tree);
-        return contents;
     }
-    requireArrival(way, chosen);
-    overlay(contents, chosen);
-    way.removeFrom(contents.tree);
-    if (medium == Medium::netbootDirectory) {
-        addBesideArchive(contents, boot);
-    } else if (medium == Medium::image) {
-        contents.added = {"boot.catalog"};
-    }
+    addBesideArchive(contents, kind.besideArchive, boot);
     return contents;
 }
 

@@ -2,8 +2,8 @@
 /// What must be on a medium.
 #pragma once
 
-#include "inputs/toolPackage.h"
 #include "inputs/updateFiles.h"
+#include "medium/kinds.h"
 
 #include <cstdint>
 #include <map>
@@ -11,8 +11,6 @@
 #include <vector>
 
 namespace velacreate {
-
-enum class Medium { image, powerPcImage, key, netbootDirectory };
 
 /// One file or directory that must be on a medium.
 struct Part {
@@ -26,7 +24,6 @@ struct Part {
 using Tree = std::map<std::string, Part>;
 
 struct Contents {
-    Medium medium = Medium::image;
     Tree tree;                         ///< on the medium; of a package, in its archive
     Tree besideArchive;                ///< of a package: the boot files beside the archive
     std::vector<std::string> added;    ///< by the tool that makes an image, such as "boot.catalog"
@@ -41,6 +38,6 @@ struct Contents {
 /// @throw Refusal when an update file would be kept off the medium or removed from it again (it is named), or
 /// stands where the package has a directory, or the other way round; when two of the package's or both
 /// together collide
-Contents contentsOf(Medium medium, const ToolPackage& package, const UpdateFiles& updates);
+Contents contentsOf(MediumKind medium, const ToolPackage& package, const UpdateFiles& updates);
 
 } // namespace velacreate

@@ -133,6 +133,11 @@ std::vector<std::string> compareDirectory(int jobDirectory, const Tree& expected
     return comparison.differences().lines();
 }
 
+std::vector<std::string> compareKeyFiles(int jobDirectory, const Contents& contents,
+                                         const Descriptor& directory, const Advance& advance) {
+    return compareDirectory(jobDirectory, contents.tree, directory, {}, advance);
+}
+
 std::vector<std::string> unexpectedFiles(const Tree& expected, const Descriptor& directory) {
     return UnexpectedFiles(expected, directory).run();
 }

@@ -14,27 +14,34 @@ namespace velacreate {
 
 namespace {
 
-constexpr std::size_t BLOCK = 128 << 10; ///< two of them stay in a processor's own cache
-
 std::string atByte(std::size_t offset) {
     return " at byte " + std::to_string(offset);
 }
 
+std::vector<std::string> joined(std::vector<std::string> lines, const std::vector<std::string>& more) {
+    lines.insert(lines.end(), more.begin(), more.end());
+    return lines;
+}
+
 } // namespace
 
-std::vector<std::string> compareImage(int jobDirectory, const Contents& contents, const Descriptor& image,
-                                      const Advance& advance) {
-    auto lines = compareArchive(jobDirectory, contents.tree, image, contents.added, advance);
-    const auto faults = faultsOfBootRecord(jobDirectory, contents, image);
-    lines.insert(lines.end(), faults.begin(), faults.end());
-    return lines;
+std::vector<std::string> compareEfiImage(int jobDirectory, const Contents& contents, const Descriptor& image,
+                                         const Advance& advance) {
+    return joined(compareArchive(jobDirectory, contents.tree, image, contents.added, advance),
+                  faultsOfEfiBootRecord(jobDirectory, contents.tree, image));
+}
+
+std::vector<std::string> comparePowerPcImage(int jobDirectory, const Contents& contents,
+                                             const Descriptor& image, const Advance& advance) {
+    return joined(compareArchive(jobDirectory, contents.tree, image, contents.added, advance),
+                  faultsOfPowerPcBootRecord(jobDirectory, contents.tree, image));
 }
 
 std::vector<std::string> compareDisc(const Descriptor& image, const Descriptor& disc,
                                      const Advance& advance) {
     const auto size = static_cast<std::size_t>(image.status().st_size);
-    std::vector<char> found(BLOCK);
-    std::vector<char> wanted(BLOCK);
+    std::vector<char> found(BLOCK_SIZE);
+    std::vector<char> wanted(BLOCK_SIZE);
     for (std::size_t done = 0; done < size;) {
         const ssize_t count = pread(disc.number(), found.data(), std::min(size - done, found.size()),
                                     static_cast<off_t>(done)); // as far as it can be read

@@ -1,7 +1,8 @@
-#include "medium/netbootFiles.h"
 #include "medium/readBack.h"
 
 #include "support/failure.h"
+
+#include <mediaRules.h>
 
 #include <cerrno>
 
@@ -11,10 +12,11 @@ namespace velacreate {
 
 std::vector<std::string> compareNetbootDirectory(int jobDirectory, const Contents& contents,
                                                  const Descriptor& directory, const Advance& advance) {
-    const std::string archiveName = "the archive " + quote(NETBOOT_ARCHIVE);
-    auto lines =
-        compareDirectory(jobDirectory, contents.besideArchive, directory, {NETBOOT_ARCHIVE}, advance);
-    const auto archive = openBeneath(directory.number(), NETBOOT_ARCHIVE, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+    const std::string archiveName = "the archive " + quote(VelaCreation::NETBOOT_ARCHIVE);
+    auto lines = compareDirectory(jobDirectory, contents.besideArchive, directory,
+                                  {VelaCreation::NETBOOT_ARCHIVE}, advance);
+    const auto archive =
+        openBeneath(directory.number(), VelaCreation::NETBOOT_ARCHIVE, O_RDONLY | O_NONBLOCK | O_NOCTTY);
     if (!archive.isOpen()) {
         lines.push_back(archiveName +
                         (errno == ENOENT ? " is missing" : SystemError().about(" cannot be read")));

@@ -25,8 +25,10 @@ std::vector<std::string> compareArchive(int jobDirectory, const Tree& expected, 
 /// it.
 /// @return lines as above, those of the boot record last
 /// @throw Failure as above
-std::vector<std::string> compareImage(int jobDirectory, const Contents& contents, const Descriptor& image,
-                                      const Advance& advance);
+std::vector<std::string> compareEfiImage(int jobDirectory, const Contents& contents, const Descriptor& image,
+                                         const Advance& advance);
+std::vector<std::string> comparePowerPcImage(int jobDirectory, const Contents& contents,
+                                             const Descriptor& image, const Advance& advance);
 
 /// Compares a disc with the image that it was burned from, as far as the image goes; what lies behind is
 /// padding.
@@ -45,6 +47,12 @@ std::vector<std::string> compareNetbootDirectory(int jobDirectory, const Content
 /// @return lines as above, what the medium's own errors keep from being read among them
 std::vector<std::string> compareDirectory(int jobDirectory, const Tree& expected, const Descriptor& directory,
                                           const std::vector<std::string>& ignored, const Advance& advance);
+
+/// Compares the files of a key.
+/// @param directory  the top directory of its mounted file system
+/// @return lines as above
+std::vector<std::string> compareKeyFiles(int jobDirectory, const Contents& contents,
+                                         const Descriptor& directory, const Advance& advance);
 
 /// @return the files and directories below a directory that are not expected; where a directory is not, only
 /// it is named and not what is in it. Names are compared as FAT does, without regard to the case of ASCII

@@ -11,28 +11,6 @@
 
 namespace velacreate {
 
-namespace {
-
-constexpr std::size_t BLOCK = 128 << 10; ///< two of them stay in a processor's own cache
-
-} // namespace
-
-ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset) {
-    std::size_t done = 0;
-    while (done < size) {
-        const ssize_t count =
-            pread(file, static_cast<char*>(data) + done, size - done, static_cast<off_t>(offset + done));
-        if (count < 0 && errno != EINTR) {
-            return -1;
-        }
-        if (count == 0) {
-            break;
-        }
-        done += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
-    }
-    return static_cast<ssize_t>(done);
-}
-
 void Sources::enter(const Part& part) {
     m_name = part.source;
     m_file = m_workplace.open(part.source, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
@@ -46,9 +24,9 @@ void Sources::enter(const Part& part) {
 }
 
 bool Sources::hold(std::uint64_t offset, const void* data, std::size_t size) {
-    m_buffer.resize(BLOCK);
+    m_buffer.resize(BLOCK_SIZE);
     for (std::size_t done = 0; done < size;) {
-        const std::size_t wanted = std::min(size - done, BLOCK);
+        const std::size_t wanted = std::min(size - done, BLOCK_SIZE);
         const ssize_t count = readAt(m_file.number(), m_buffer.data(), wanted, offset + done);
         if (count < 0) {
             throw Failure(SystemError().about("reading the source " + quote(m_name)));
@@ -64,7 +42,7 @@ bool Sources::hold(std::uint64_t offset, const void* data, std::size_t size) {
 
 Finding compareBytes(const Descriptor& file, std::uint64_t offset, Sources& sources, const Advance& advance) {
     const auto size = static_cast<std::uint64_t>(sources.current().status().st_size);
-    std::vector<char> buffer(std::min<std::size_t>(size, BLOCK));
+    std::vector<char> buffer(std::min<std::size_t>(size, BLOCK_SIZE));
     for (std::uint64_t done = 0; done < size;) {
         const auto wanted = std::min<std::size_t>(size - done, buffer.size());
         const ssize_t count = readAt(file.number(), buffer.data(), wanted, offset + done);

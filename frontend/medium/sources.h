@@ -11,12 +11,7 @@
 #include <string>
 #include <vector>
 
-#include <sys/types.h>
-
 namespace velacreate {
-
-/// As pread() does, but in one piece and again after a signal: less than the size is the end.
-ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset);
 
 /// The sources of a medium's parts in a job directory, one at a time.
 class Sources {

@@ -1,9 +1,10 @@
 #include "network/bootServer.h"
 
 #include "job/childProcess.h"
-#include "medium/netbootFiles.h"
 #include "network/privileges.h"
 #include "support/failure.h"
+
+#include <mediaRules.h>
 
 #include <cstdlib>
 
@@ -45,10 +46,10 @@ void mountNetbootDirectory() {
           mount("tmpfs", "/mnt", "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=1m") == 0 &&
           mkdir(SERVED_PLACE, FOR_EVERYBODY) == 0 && chdir(SERVED_PLACE) == 0)
         .orFail("the package cannot be mounted for the server");
-    for (const char* name : NETBOOT_BOOT_FILES) {
+    for (const char* name : VelaCreation::NETBOOT_FILES) {
         mountFile(package, name);
     }
-    mountFile(package, NETBOOT_ARCHIVE);
+    mountFile(package, VelaCreation::NETBOOT_ARCHIVE);
 }
 
 /// Its words are read: they are to be the English ones.

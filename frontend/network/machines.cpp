@@ -1,8 +1,9 @@
 #include "network/machines.h"
 
-#include "medium/netbootFiles.h"
 #include "network/addresses.h"
 #include "network/bootServer.h"
+
+#include <mediaRules.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -99,7 +100,7 @@ std::optional<Machines::News> Machines::takeFile(const std::string& text, const 
     if (std::find(machine.files.begin(), machine.files.end(), name) == machine.files.end()) {
         machine.files.push_back(name);
     }
-    if (name == NETBOOT_ARCHIVE) {
+    if (name == VelaCreation::NETBOOT_ARCHIVE) {
         machine.archived = time;
         name += " at " + time;
     }
@@ -148,8 +149,8 @@ std::string Machines::text(std::size_t machine) const {
     const auto& about = m_machines.at(machine);
     std::string files;
     for (const auto& name : about.files) {
-        files +=
-            (files.empty() ? "" : ", ") + name + (name == NETBOOT_ARCHIVE ? " at " + about.archived : "");
+        files += (files.empty() ? "" : ", ") + name +
+                 (name == VelaCreation::NETBOOT_ARCHIVE ? " at " + about.archived : "");
     }
     if (about.isTurnedAway) {
         return nameOf(machine) + "no address is left for it";

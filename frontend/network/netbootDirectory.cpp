@@ -1,8 +1,9 @@
 #include "network/netbootDirectory.h"
 
-#include "medium/netbootFiles.h"
 #include "support/archives.h"
 #include "support/failure.h"
+
+#include <mediaRules.h>
 
 #include <cerrno>
 #include <utility>
@@ -13,8 +14,6 @@
 namespace velacreate {
 
 namespace {
-
-constexpr std::size_t BLOCK = 128 << 10;
 
 /// Not who asks must be able to, but everybody: that is what the server is.
 void requireReadable(const struct stat& about, const std::string& what) {
@@ -31,18 +30,18 @@ NetbootDirectory::NetbootDirectory(std::string path)
     if (!m_directory.isOpen()) {
         throw Refusal(SystemError().about(quote(m_path)));
     }
-    for (const std::string name : NETBOOT_BOOT_FILES) {
+    for (const std::string name : VelaCreation::NETBOOT_FILES) {
         const auto file = open(name);
-        if (!file.isOpen() && name == NETBOOT_LOADER) {
+        if (!file.isOpen() && name == VelaCreation::NETBOOT_LOADER) {
             throw Refusal(text() + " lacks " + quote(name) + ": a machine on the network starts from it");
         }
         if (!file.isOpen()) {
             m_missing.push_back(name);
         }
     }
-    const auto archive = open(NETBOOT_ARCHIVE);
+    const auto archive = open(VelaCreation::NETBOOT_ARCHIVE);
     if (!archive.isOpen()) {
-        throw Refusal(text() + " lacks " + quote(NETBOOT_ARCHIVE) + ", with the update files");
+        throw Refusal(text() + " lacks " + quote(VelaCreation::NETBOOT_ARCHIVE) + ", with the update files");
     }
     requireArchive(archive);
 }
@@ -75,11 +74,11 @@ Descriptor NetbootDirectory::open(const std::string& name) const {
 void NetbootDirectory::requireArchive(const Descriptor& file) const {
     const auto require = [&](bool isSound, const ArchiveReader& reader) {
         if (!isSound) {
-            throw Refusal(quote(NETBOOT_ARCHIVE) + " in " + text() +
+            throw Refusal(quote(VelaCreation::NETBOOT_ARCHIVE) + " in " + text() +
                           " is damaged, or no zip archive: " + reader.problem());
         }
     };
-    ArchiveReader reader(file, ArchiveReader::Format::zip, BLOCK);
+    ArchiveReader reader(file, ArchiveReader::Format::zip, BLOCK_SIZE);
     for (int status = reader.next(); status != ARCHIVE_EOF; status = reader.next()) {
         require(status == ARCHIVE_OK, reader);
         ArchiveReader::Block block{};

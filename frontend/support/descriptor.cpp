@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstddef>
+#include <filesystem>
 #include <memory>
 #include <string_view>
 #include <thread>
@@ -25,7 +26,6 @@ namespace velacreate {
 namespace {
 
 constexpr std::size_t KERNEL_CHUNK = 8 << 20; ///< between two tellings, where the kernel copies
-constexpr std::size_t BUFFER_SIZE = 128 << 10;
 
 bool isSameTime(const timespec& one, const timespec& other) {
     return one.tv_sec == other.tv_sec && one.tv_nsec == other.tv_nsec;
@@ -44,24 +44,10 @@ bool needsBuffer() {
     return errno == EXDEV || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP || errno == EPERM;
 }
 
-void writeAll(int to, const char* data, std::size_t size, const std::string& name) {
-    while (size > 0) {
-        const ssize_t count = write(to, data, size);
-        if (isInterrupted(count)) {
-            continue;
-        }
-        if (count < 0) {
-            throw Failure(SystemError().about("writing " + quote(name)));
-        }
-        data += count;
-        size -= static_cast<std::size_t>(count);
-    }
-}
-
 /// A copy under way.
 struct Copy {
     int from;
-    int to;
+    const Descriptor& to;
     const std::string& name;
     const Advance& advance;
     std::uint64_t left;
@@ -76,7 +62,7 @@ struct Copy {
 };
 
 void copyByBuffer(Copy& copy) {
-    std::vector<char> buffer(std::min<std::uint64_t>(copy.left, BUFFER_SIZE));
+    std::vector<char> buffer(std::min<std::uint64_t>(copy.left, BLOCK_SIZE));
     while (copy.left > 0) {
         const ssize_t count =
             read(copy.from, buffer.data(), std::min<std::uint64_t>(copy.left, buffer.size()));
@@ -86,7 +72,7 @@ void copyByBuffer(Copy& copy) {
         if (count < 0) {
             throw Failure(SystemError().about("reading " + quote(copy.name)));
         }
-        writeAll(copy.to, buffer.data(), static_cast<std::size_t>(count), copy.name);
+        writeAll(copy.to, buffer.data(), static_cast<std::size_t>(count), "writing " + quote(copy.name));
         copy.advanceBy(count);
     }
 }
@@ -94,7 +80,7 @@ void copyByBuffer(Copy& copy) {
 /// Leaves both files at the place that was reached, when the rest needs a buffer.
 void copyByKernel(Copy& copy) {
     while (copy.left > 0) {
-        const ssize_t count = copy_file_range(copy.from, nullptr, copy.to, nullptr,
+        const ssize_t count = copy_file_range(copy.from, nullptr, copy.to.number(), nullptr,
                                               std::min<std::uint64_t>(copy.left, KERNEL_CHUNK), 0);
         if (isInterrupted(count)) {
             continue;
@@ -166,12 +152,49 @@ constexpr std::uint64_t BENEATH = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLV
 
 } // namespace
 
+std::string absolutePath(const std::string& path) {
+    std::error_code error;
+    auto absolute = std::filesystem::canonical(path, error).string();
+    if (error) {
+        throw Refusal(quote(path) + ": " + error.message());
+    }
+    return absolute;
+}
+
 Descriptor openBeneath(int directory, const std::string& path, int flags, unsigned mode) {
     return openResolved(directory, path, flags, mode, BENEATH);
 }
 
 Descriptor openWithin(int directory, const std::string& path, int flags, unsigned mode) {
     return openResolved(directory, path, flags, mode, BENEATH | RESOLVE_NO_XDEV);
+}
+
+ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset) {
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t count =
+            pread(file, static_cast<char*>(data) + done, size - done, static_cast<off_t>(offset + done));
+        if (count < 0 && errno != EINTR) {
+            return -1;
+        }
+        if (count == 0) {
+            break;
+        }
+        done += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    }
+    return static_cast<ssize_t>(done);
+}
+
+void writeAll(const Descriptor& to, const char* data, std::size_t size, const std::string& what) {
+    while (size > 0) {
+        const ssize_t count = write(to.number(), data, size);
+        if (isInterrupted(count)) {
+            continue;
+        }
+        check(count >= 0).orFail(what);
+        data += count;
+        size -= static_cast<std::size_t>(count);
+    }
 }
 
 bool isSameFile(const struct stat& one, const struct stat& other) {
@@ -208,7 +231,7 @@ void forEachEntry(int directory, const std::function<void(const std::string& nam
 
 void copyContent(const Descriptor& from, const Descriptor& to, const std::string& name,
                  const Advance& advance) {
-    Copy copy{from.number(), to.number(), name, advance, static_cast<std::uint64_t>(from.status().st_size)};
+    Copy copy{from.number(), to, name, advance, static_cast<std::uint64_t>(from.status().st_size)};
     if (ioctl(to.number(), FICLONE, from.number()) == 0) {
         advance(copy.left);
         return;

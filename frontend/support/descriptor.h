@@ -2,6 +2,7 @@
 /// Open files, and how files of a stranger's are opened.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -12,6 +13,9 @@ namespace velacreate {
 
 /// Told of bytes as they are taken in or compared.
 using Advance = std::function<void(std::uint64_t bytes)>;
+
+/// How much is read at a time. Two such buffers stay in a processor's own cache.
+constexpr std::size_t BLOCK_SIZE = 128 << 10;
 
 /// Owns an open file descriptor, or none.
 class Descriptor {
@@ -37,6 +41,18 @@ private:
     int m_number;
 };
 
+/// An open directory and its path, which is for messages.
+struct NamedDirectory {
+    std::string path;
+    Descriptor directory;
+
+    int number() const { return directory.number(); }
+};
+
+/// @return the path of something that exists, from the root
+/// @throw Refusal
+std::string absolutePath(const std::string& path);
+
 /// Opens what lies below a directory, and nothing else: a path that leads out of it, or over a link, does not
 /// open. O_CLOEXEC is added to the flags.
 /// @return closed, with errno set, when it cannot be opened
@@ -44,6 +60,14 @@ Descriptor openBeneath(int directory, const std::string& path, int flags, unsign
 
 /// The same, and never over a mount: what was mounted below the directory does not open either.
 Descriptor openWithin(int directory, const std::string& path, int flags, unsigned mode = 0);
+
+/// As pread() does, but in one piece and again after a signal: less than the size is the end.
+ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset);
+
+/// Writes all bytes, again after a signal.
+/// @param what  for the message, such as "writing 'x'"
+/// @throw Failure
+void writeAll(const Descriptor& to, const char* data, std::size_t size, const std::string& what);
 
 /// Whether both are one file, by device and number.
 bool isSameFile(const struct stat& one, const struct stat& other);

@@ -128,7 +128,13 @@ ProgramResult runProgram(const std::vector<std::string>& command) {
     return {status, contentOf(output)};
 }
 
-void requirePrograms(std::initializer_list<const char*> names) {
+void requireRoot(const std::string& what) {
+    if (geteuid() != 0) {
+        throw Refusal(what + " takes root's rights; run this with sudo");
+    }
+}
+
+void requirePrograms(const std::vector<const char*>& names) {
     for (const char* name : names) {
         if (!isOnSearchPath(name)) {
             throw Refusal(std::string("the program ") + name + " is missing" + advice(name));

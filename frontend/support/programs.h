@@ -2,7 +2,6 @@
 /// The programs that velacreate itself needs, run without a shell.
 #pragma once
 
-#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -18,7 +17,11 @@ struct ProgramResult {
 
 ProgramResult runProgram(const std::vector<std::string>& command);
 
+/// @param what  for the message, such as "a key is mounted, which"
+/// @throw Refusal "WHAT takes root's rights; ..." for any other user
+void requireRoot(const std::string& what);
+
 /// Refuses to go on when one of the programs is not on the search path, and names its Debian package.
-void requirePrograms(std::initializer_list<const char*> names);
+void requirePrograms(const std::vector<const char*>& names);
 
 } // namespace velacreate

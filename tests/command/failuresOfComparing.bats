@@ -80,11 +80,11 @@ spoil() { # FILE BYTE
 }
 
 @test "a comparison that fails or is interrupted is none" {
-    local image="the image '/srv/job/work/i.iso' was not verified"
-    made iso a.txt
-    standIn unzip 'echo unzipping fails; exit 1'
-    ends 4 verify --image i.iso a.txt
-    last "$image: the job could not be finished (4): the tool package cannot be unpacked: unzipping fails."
-    standIn unzip 'sleep 100'
-    endsSaying 130 "interrupted; $image" signalled INT 'told Comparing' verify --image i.iso a.txt
+    local key="the key image '/srv/job/work/key.img' was not verified"
+    mkfs.vfat -C fat 4000 >/dev/null && dd if=fat of=work/key.img bs=32256 seek=1 status=none
+    standIn mount '[ ! -e /srv/slow ] || sleep 100' 'echo mounting fails; exit 1'
+    ends 4 verify --key-image key.img a.txt
+    last "$key: the job could not be finished (4): the key cannot be mounted to be read: mounting fails."
+    touch /srv/slow
+    endsSaying 130 "interrupted; $key" signalled INT 'told Comparing' verify --key-image key.img a.txt
 }

@@ -2,18 +2,25 @@
 /// The job of a key, in a process of its own.
 #pragma once
 
-#include "commands/keyTarget.h"
-#include "commands/mediumJob.h"
+#include "keys/keyTarget.h"
+#include "medium/call.h"
 
 namespace velacreate {
 
-struct KeyJob {
+/// What the jobs of keys have in common.
+struct KeyJobs {
+    const Call& call;
     const UsbChoices& choices;
-    const Inputs& inputs;
-    const Descriptor& staged;       ///< the directory of what was taken in
+    bool isOnly; ///< whether no other key was named in this call
+};
+
+struct KeyJob {
+    const KeyJobs& all;
+    const Descriptor& staged;       ///< the directory of the shared staging
     const Descriptor& jobDirectory; ///< as the supervisor opened it: files are linked within one mount only
     KeyTarget target;
-    bool isOnly; ///< whether no other key was named in this call
+
+    const Inputs& inputs() const { return all.call.inputs; }
 };
 
 /// Fills the key, reads it back, and tells of it all.

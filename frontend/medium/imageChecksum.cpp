@@ -1,4 +1,4 @@
-#include "commands/imageChecksum.h"
+#include "medium/imageChecksum.h"
 
 #include "inputs/checksum.h"
 #include "support/descriptor.h"

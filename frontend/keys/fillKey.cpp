@@ -1,12 +1,13 @@
-#include "commands/fillKey.h"
+#include "keys/fillKey.h"
 
-#include "commands/keys.h"
-#include "commands/newKey.h"
 #include "disks/fatVolume.h"
 #include "disks/sysfs.h"
 #include "inputs/jobNames.h"
 #include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
+#include "keys/keys.h"
+#include "keys/newKey.h"
+#include "medium/comparison.h"
 #include "medium/readBack.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
@@ -68,7 +69,7 @@ bool isKeyMounted(const KeyJob& job) {
 
 std::vector<std::string> unexpectedFilesOn(const KeyJob& job) {
     const auto mount = mountToRead(job.target);
-    return unexpectedFiles(job.inputs.contents.tree, mount.open());
+    return unexpectedFiles(job.inputs().contents.tree, mount.open());
 }
 
 /// Files that this job would not write could not stay on the key: another machine would take them for its
@@ -100,14 +101,14 @@ void noteUnexpectedFiles(const KeyJob& job, const Reporter& reporter) {
 }
 
 int readBack(const KeyJob& job, int jobDirectory, Reporter& reporter) {
-    reporter.stage("Reading back", job.inputs.contents.size());
+    const auto advance = beginReadingBack(job.inputs().contents.size(), reporter);
     const auto mount = mountToRead(job.target);
     const auto top = mount.open();
-    const auto& tree = job.inputs.contents.tree;
-    const auto kept = job.choices.format == "never" ? unexpectedFiles(tree, top) : std::vector<std::string>{};
-    const auto differences = compareDirectory(jobDirectory, tree, top, kept,
-                                              [&](std::uint64_t bytes) { reporter.advance(bytes); });
-    return judge(differences, reporter);
+    const auto& tree = job.inputs().contents.tree;
+    const auto kept =
+        job.all.choices.format == "never" ? unexpectedFiles(tree, top) : std::vector<std::string>{};
+    return reportDifferences(compareDirectory(jobDirectory, tree, top, kept, advance), JobKind::making,
+                             reporter);
 }
 
 /// The status file tells of one job; of several, each has one that nobody else sees.
@@ -128,17 +129,17 @@ int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) 
         return EXIT_UNFINISHED;
     });
     KeyBuilder builder(logger);
-    if (!job.isOnly) {
+    if (!job.all.isOnly) {
         hideStatusFile(builder);
     }
     bool isInitialized = false;
-    bool format = job.choices.erase || job.choices.format == "always";
-    int result = builder.init("..", deviceForLibrary(job, image), job.inputs.updates.topLevel(), PACKAGE_NAME,
-                              isInitialized);
-    if (result == 0 && job.choices.erase) {
+    bool format = job.all.choices.erase || job.all.choices.format == "always";
+    int result = builder.init("..", deviceForLibrary(job, image), job.inputs().updates.topLevel(),
+                              PACKAGE_NAME, isInitialized);
+    if (result == 0 && job.all.choices.erase) {
         result = makeNewKey(*job.target.disk, job.target.open, cloneImageFor(describe(*job.target.disk).size),
                             builder, logger, reporter);
-    } else if (result == 0 && job.choices.format == "never") {
+    } else if (result == 0 && job.all.choices.format == "never") {
         noteUnexpectedFiles(job, reporter);
     } else if (result == 0 && !format) {
         result = decideFormat(job, builder, format, reporter);
@@ -168,11 +169,11 @@ int fillAndReadBack(const KeyJob& job, const Descriptor& image, const Descriptor
     if (const int result = runWorkflow(job, image, reporter); result != 0) {
         return result;
     }
-    reporter.stage("Writing out");
+    reporter.stage(STAGE_WRITING_OUT);
     if (fsync(job.target.open.number()) != 0) {
         throw Failure(SystemError().about("the key could not take all that was written"));
     }
-    return job.choices.job.verify ? readBack(job, jobDirectory.number(), reporter) : 0;
+    return job.all.call.choices.verify ? readBack(job, jobDirectory.number(), reporter) : 0;
 }
 
 } // namespace
@@ -183,7 +184,7 @@ int fillKey(const KeyJob& job, Reporter& reporter) {
     }
     const auto image = job.target.disk ? Descriptor() : openAgain(job.target.open, job.target.imagePath);
     linkContents(job.staged, job.jobDirectory, LIBRARY_FOLDER);
-    const auto jobDirectory = enterLibraryFolder(job.choices.job.show.pauses, reporter);
+    const auto jobDirectory = enterLibraryFolder(job.all.call.choices.show.pauses, reporter);
     int result = 0;
     try {
         result = fillAndReadBack(job, image, jobDirectory, reporter);
@@ -194,7 +195,7 @@ int fillKey(const KeyJob& job, Reporter& reporter) {
     if (result != 0 && isGone(job)) {
         reporter.reason("the key was pulled out");
     }
-    tidyUp(job.choices.job, jobDirectory); // also of what failed: others may need the space
+    tidyUp(job.all.call.choices, jobDirectory); // also of what failed: others may need the space
     return result;
 }
 

@@ -1,11 +1,8 @@
-#include "commands/comparison.h"
+#include "medium/comparison.h"
 
-#include "inputs/jobNames.h"
-#include "job/libraryLogger.h"
 #include "medium/readBack.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
-#include "support/programs.h"
 #include "support/sizeText.h"
 
 #include <utility>
@@ -16,52 +13,30 @@ namespace velacreate {
 
 namespace {
 
-/// In the job's process, which starts there.
-void unpack(Reporter& reporter) {
-    reporter.stage("Unpacking the tool package");
-    const auto result = runProgram({"unzip", "-q", PACKAGE_NAME, "boot/*"});
-    if (result.status != 0) {
-        throw Failure("the tool package cannot be unpacked: " + reasonIn(result.output));
-    }
-}
-
-int tellDifferences(const std::vector<std::string>& differences, const Reporter& reporter) {
-    if (differences.empty()) {
-        return 0;
-    }
-    for (const auto& line : differences) {
-        reporter.finding(line);
-    }
-    const auto others = differences.size() - 1;
-    reporter.reason(differences.front() + (others == 0 ? "" : ", and " + std::to_string(others) + " more"));
-    return EXIT_DIFFERENT;
-}
-
 MediumJob comparingJob(const std::string& medium, const Descriptor& directory, const Compare& compare,
                        JobKind kind) {
-    const auto work = [compare, &directory](Reporter& reporter) {
-        return tellDifferences(compare(directory, reporter), reporter);
+    const auto work = [compare, kind, &directory](Reporter& reporter) {
+        return reportDifferences(compare(directory, reporter), kind, reporter);
     };
     return {medium, directory.number(), work, {}, nullptr, kind};
 }
 
 } // namespace
 
-std::vector<Outcome> compareMedia(const Comparisons& all, const std::vector<ComparedMedium>& media) {
-    JobDirectory sharedStaging(all.scratch.directory(), all.scratch.path());
-    auto taken = stageShared(sharedStaging, all.inputs, all.signals, all.console,
-                             [](const Descriptor& /*staged*/, Reporter& reporter) { unpack(reporter); });
-    taken.kind = JobKind::verifying;
-    std::vector<Outcome> outcomes(media.size(), taken);
-    if (taken.status == 0) {
+std::vector<Outcome> compareMedia(const Call& call, const std::vector<ComparedMedium>& media) {
+    JobDirectory sharedStaging(call.place);
+    auto staged = stageShared(call, PackageForm::unpacked, sharedStaging, nullptr);
+    staged.kind = JobKind::verifying;
+    std::vector<Outcome> outcomes(media.size(), staged);
+    if (staged.status == 0) {
         std::vector<MediumJob> jobs;
         jobs.reserve(media.size());
         for (const auto& [name, compare] : media) {
             jobs.push_back(comparingJob(name, sharedStaging.directory(), compare, JobKind::verifying));
         }
-        outcomes = supervise(jobs, jobs.size(), all.signals, all.console);
+        outcomes = supervise(jobs, jobs.size(), call.signals, call.console);
     }
-    leave(all.choices, sharedStaging, all.console);
+    keepIfWanted(call.choices, sharedStaging, call.console);
     return outcomes;
 }
 
@@ -77,9 +52,9 @@ OpenMedium openToCompare(const std::string& kind, const std::string& path, mode_
     return {kind + " " + quote(absolute), absolute, std::move(file)};
 }
 
-int compareAlone(const JobChoices& choices, const Inputs& inputs, const ScratchDirectory& scratch,
+int compareAlone(const JobChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
                  const OpenMedium& medium, const Compare& compare) {
-    inputs.requireRoom(scratch.directory(), scratch.path(), 1, 0);
+    inputs.requireRoom(scratch, 1, 0);
     auto console = openConsole(choices.show, medium.path, &inputs);
     const HeldSignals signals;
     inputs.announce(console, "Comparing " + medium.name + " with");
@@ -92,7 +67,8 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
                          Console& console) {
     const Descriptor anywhere(open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC)); // nothing is written
     const auto compare = [&](const Descriptor& /*staged*/, Reporter& reporter) {
-        const auto disc = takeDisc(drive, reporter);
+        reporter.stage("Waiting for the disc");
+        const auto disc = takeDisc(drive);
         const auto size = static_cast<std::uint64_t>(image.status().st_size);
         return compareDisc(image, disc, beginReadingBack(size, reporter));
     };
@@ -105,8 +81,21 @@ Advance beginReadingBack(std::uint64_t size, Reporter& reporter) {
     return [&reporter](std::uint64_t bytes) { reporter.advance(bytes); };
 }
 
-Descriptor takeDisc(const DiscDrive& drive, Reporter& reporter) {
-    reporter.stage("Waiting for the disc");
+int reportDifferences(const std::vector<std::string>& differences, JobKind kind, const Reporter& reporter) {
+    if (differences.empty()) {
+        return 0;
+    }
+    const bool isFailure = kind == JobKind::making;
+    for (const auto& line : differences) {
+        isFailure ? reporter.message(0, line) : reporter.finding(line);
+    }
+    const auto others = differences.size() - 1;
+    reporter.reason(differences.front() +
+                    (isFailure || others == 0 ? "" : ", and " + std::to_string(others) + " more"));
+    return EXIT_DIFFERENT;
+}
+
+Descriptor takeDisc(const DiscDrive& drive) {
     if (const auto lack = drive.takeDiscIn(); !lack.empty()) {
         throw Refusal(lack);
     }

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "disks/disks.h"
-#include "job/readOnlyMount.h"
 #include "support/descriptor.h"
 
 #include <optional>
@@ -18,6 +17,21 @@ struct KeyTarget {
     std::string imagePath;    ///< of an image
 };
 
+/// The FAT file system of a key, mounted in a job's own mounts for as long as this lives.
+class ReadOnlyMount {
+public:
+    /// @param source   a device's node, or a file
+    /// @param options  further ones, each with a comma in front
+    /// @throw Failure, with mount's own words
+    explicit ReadOnlyMount(const std::string& source, const std::string& options = "");
+    ~ReadOnlyMount();
+    ReadOnlyMount(const ReadOnlyMount&) = delete;
+    ReadOnlyMount& operator=(const ReadOnlyMount&) = delete;
+
+    /// Opens its top.
+    Descriptor open() const;
+};
+
 /// @name In the job's process, when it has entered its job directory
 /// @{
 
@@ -26,7 +40,7 @@ struct KeyTarget {
 /// @return its path there
 std::string placeImage(const KeyTarget& target, const Descriptor& image);
 
-/// An image is to stand there already.
+/// The image must stand there already.
 ReadOnlyMount mountToRead(const KeyTarget& target);
 /// @}
 

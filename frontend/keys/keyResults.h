@@ -2,9 +2,9 @@
 /// What is kept and said of keys.
 #pragma once
 
-#include "commands/keys.h"
-#include "commands/report.h"
 #include "display/summary.h"
+#include "keys/keys.h"
+#include "keys/report.h"
 
 #include <optional>
 #include <string>
@@ -24,6 +24,11 @@ struct KeyResult {
 int concludeKeys(Console& console, const std::vector<Key>& keys, const std::vector<KeyResult>& results,
                  bool wasReadBack);
 
+/// @param ofSelected  the outcomes of the keys that were selected, in order
+/// @return one for each key; the others were refused
+std::vector<Outcome> outcomesOfAll(const std::vector<Key>& keys, const std::vector<Outcome>& ofSelected,
+                                   JobKind kind);
+
 /// The outcomes of all keys of a call that makes them; the keys must outlive this.
 class KeyResults {
 public:
@@ -37,9 +42,9 @@ public:
     void settle(std::size_t key, const Outcome& outcome);
 
     /// Settles what is left, and says it all.
-    /// @param ofTaken  the outcomes of those that were begun, or were to be, in order
+    /// @param ofSelected  as of outcomesOfAll
     /// @return the exit status, as of concludeKeys
-    int conclude(const std::vector<Outcome>& ofTaken);
+    int conclude(const std::vector<Outcome>& ofSelected);
 
 private:
     std::string powerDownText(const Key& key, const Outcome& outcome) const;

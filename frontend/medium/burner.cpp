@@ -1,12 +1,10 @@
-#include "commands/burner.h"
+#include "medium/burner.h"
 
-#include "commands/comparison.h"
-#include "commands/mediumJob.h"
 #include "disks/discDrive.h"
 #include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
-#include "job/stagePauses.h"
 #include "job/supervisor.h"
+#include "medium/comparison.h"
 #include "medium/isoImage.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
@@ -14,6 +12,7 @@
 #include "support/sizeText.h"
 
 #include <bootableiso.h>
+#include <mediaRules.h>
 
 #include <utility>
 
@@ -24,10 +23,10 @@ namespace velacreate {
 
 namespace {
 
-const std::string IMAGE = "image.iso"; // in the launchers' folder
+const std::string IMAGE = "image.iso"; // in the library folder
 
 Descriptor openImage(const std::string& path) {
-    if (path.size() < 4 || path.compare(path.size() - 4, 4, ".iso") != 0) {
+    if (!VelaCreation::endsWithIso(path)) {
         throw Refusal(quote(path) + " does not end in .iso");
     }
     Descriptor image(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
@@ -97,8 +96,7 @@ void requireAnswer(const std::string& device, const Toolkit& toolkit) {
 int makeDisc(const Descriptor& image, const std::string& path, const std::string& device, bool isQuiet,
              bool keepPauses, const Toolkit& toolkit, Reporter& reporter) {
     const auto again = openAgain(image, path);
-    enterJobDirectory();
-    watchStages([&reporter](const std::string& stage) { reporter.stage(stage); }, keepPauses);
+    enterLibraryFolder(keepPauses, reporter);
     toolkit.copyHere();
     placeFile(again, path, IMAGE);
     LibraryLogger logger(reporter);
@@ -131,7 +129,7 @@ std::string asShellWord(const std::string& text) {
 } // namespace
 
 Burner::Burner(std::string device, const CallerEnvironment& caller)
-    : m_device(std::move(device)), m_toolkit(caller.toolkit), m_scratch("", caller) {
+    : m_device(std::move(device)), m_toolkit(caller.toolkit), m_scratch(scratchDirectory("", caller)) {
     requireDevice(m_device);
     if (m_toolkit.isOwn()) {
         requirePrograms({"wodim"});
@@ -152,7 +150,7 @@ int Burner::burn(const std::string& path, bool isQuiet, bool verify, const ShowC
     const std::string medium = "the disc in " + m_device;
     console.say("Burning " + quote(path) + " to " + m_device);
     const HeldSignals signals;
-    const JobDirectory jobDirectory(m_scratch.directory(), m_scratch.path());
+    const JobDirectory jobDirectory(m_scratch);
     const auto work = [&](Reporter& reporter) {
         return makeDisc(image, absolute, m_device, isQuiet, show.pauses, m_toolkit, reporter);
     };
@@ -171,10 +169,6 @@ int Burner::burn(const std::string& path, bool isQuiet, bool verify, const ShowC
     console.say("velacreate verify --disc " + (DiscDrive::isNode(m_device) ? m_device : "DEVICE") + " " +
                 asShellWord(absolute));
     return 0;
-}
-
-int burn(const BurnChoices& choices, const CallerEnvironment& caller) {
-    return Burner(choices.device, caller).burn(choices.image, choices.quiet, choices.verify, choices.show);
 }
 
 } // namespace velacreate

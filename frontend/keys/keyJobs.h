@@ -2,9 +2,9 @@
 /// Keys made side by side from what is taken in once.
 #pragma once
 
-#include "commands/fillKey.h"
-#include "commands/report.h"
-#include "commands/scratch.h"
+#include "keys/fillKey.h"
+#include "keys/keys.h"
+#include "keys/report.h"
 
 #include <functional>
 #include <map>
@@ -12,16 +12,6 @@
 #include <vector>
 
 namespace velacreate {
-
-/// What the jobs of keys have in common.
-struct KeyJobs {
-    const UsbChoices& choices;
-    const Inputs& inputs;
-    const ScratchDirectory& scratch;
-    const HeldSignals& signals;
-    Console& console;
-    bool isOnly; ///< whether no other key was named in this call
-};
 
 /// One of them, and what is to be shown of it.
 struct KeyTask {
@@ -31,9 +21,9 @@ struct KeyTask {
     std::function<void(const Outcome&)> ended; ///< told at once; may be null
 };
 
-/// Takes everything in, and makes the keys of it.
+/// Stages all files once, and makes the keys of them.
 /// @param sums  set to the SHA-256 sum of each update file, by place, unless it is null
-/// @return their outcomes, in order; when taking in has failed, each is that
+/// @return their outcomes, in order; when the staging has failed, each is that of the staging
 std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, UpdateSums* sums);
 
 } // namespace velacreate

@@ -1,4 +1,4 @@
-#include "commands/report.h"
+#include "keys/report.h"
 
 #include "support/failure.h"
 #include "support/keptFile.h"

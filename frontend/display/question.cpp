@@ -1,4 +1,4 @@
-#include "commands/question.h"
+#include "display/question.h"
 
 #include "support/exitStatus.h"
 #include "support/failure.h"

@@ -2,16 +2,16 @@
 /// Keys made earlier, compared with what would be made now.
 #pragma once
 
-#include "commands/commands.h"
-#include "commands/scratch.h"
+#include "choices.h"
+#include "support/descriptor.h"
 
 namespace velacreate {
 
 /// The keys that were named, side by side.
 /// @return the exit status
-int verifyKeys(const VerifyChoices& choices, const ScratchDirectory& scratch);
+int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch);
 
 /// The image of a key.
-int verifyKeyImage(const VerifyChoices& choices, const ScratchDirectory& scratch);
+int verifyKeyImage(const VerifyChoices& choices, const NamedDirectory& scratch);
 
 } // namespace velacreate

@@ -1,4 +1,4 @@
-#include "commands/keyResults.h"
+#include "keys/keyResults.h"
 
 #include "disks/powerDown.h"
 #include "display/table.h"
@@ -89,20 +89,29 @@ int concludeKeys(Console& console, const std::vector<Key>& keys, const std::vect
                     sizeText(key.about.size) + readBackText(wasReadBack) + addition);
 }
 
+std::vector<Outcome> outcomesOfAll(const std::vector<Key>& keys, const std::vector<Outcome>& ofSelected,
+                                   JobKind kind) {
+    std::vector<Outcome> outcomes;
+    auto next = ofSelected.begin();
+    for (const auto& key : keys) {
+        outcomes.push_back(isSelected(key) ? *next++
+                                           : Outcome{EXIT_REFUSED, key.ineligibility, {}, false, 0});
+        outcomes.back().kind = kind;
+    }
+    return outcomes;
+}
+
 void KeyResults::settle(std::size_t key, const Outcome& outcome) {
     keepRecord(m_keys[key], outcome);
     m_settled[key] = KeyResult{outcome, powerDownText(m_keys[key], outcome)};
 }
 
-int KeyResults::conclude(const std::vector<Outcome>& ofTaken) {
+int KeyResults::conclude(const std::vector<Outcome>& ofSelected) {
+    const auto outcomes = outcomesOfAll(m_keys, ofSelected, JobKind::making);
     std::vector<KeyResult> results;
-    auto next = ofTaken.begin();
     for (std::size_t key = 0; key < m_keys.size(); ++key) {
-        const auto outcome = isSelected(m_keys[key])
-                                 ? *next++
-                                 : Outcome{EXIT_REFUSED, m_keys[key].ineligibility, {}, false, 0};
         if (!m_settled[key]) {
-            settle(key, outcome);
+            settle(key, outcomes[key]);
         }
         results.push_back(*m_settled[key]);
     }

@@ -1,7 +1,9 @@
-#include "commands/newKey.h"
+#include "keys/newKey.h"
 
 #include "disks/cloning.h"
 #include "support/failure.h"
+
+#include <mediaRules.h>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -12,9 +14,9 @@ namespace {
 
 /// By its fourth partition's end address, which the library reads the geometry from.
 void requireGeometry(const Descriptor& image, const std::string& name) {
-    constexpr off_t SECTORS_PER_TRACK = 500;
-    unsigned char sectors = 0;
-    if (pread(image.number(), &sectors, 1, SECTORS_PER_TRACK) != 1 || (sectors & 0x3fU) == 0) {
+    std::uint8_t sector = 0;
+    if (readAt(image.number(), &sector, 1, VelaCreation::END_ADDRESS_OFFSET + 1) != 1 ||
+        VelaCreation::sectorsPerTrack(sector) == 0) {
         throw Failure("the clone image " + quote(name) + " of the package has no fourth partition");
     }
 }

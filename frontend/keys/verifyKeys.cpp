@@ -1,20 +1,23 @@
-#include "commands/verifyKeys.h"
+#include "keys/verifyKeys.h"
 
-#include "commands/comparison.h"
-#include "commands/keyResults.h"
-#include "commands/keyTarget.h"
-#include "commands/keys.h"
 #include "disks/fatVolume.h"
-#include "medium/readBack.h"
+#include "job/childProcess.h"
+#include "keys/keyResults.h"
+#include "keys/keyTarget.h"
+#include "keys/keys.h"
+#include "medium/comparison.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
-#include "support/sizeText.h"
+
+#include <mediaRules.h>
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/statvfs.h>
 
 namespace velacreate {
+
+using VelaCreation::KEY_IMAGE_OFFSET;
 
 namespace {
 
@@ -56,8 +59,8 @@ Key examined(const Disk& disk) {
 }
 
 /// In the job's process.
-std::vector<std::string> compareKey(const KeyTarget& target, const Contents& contents,
-                                    const Descriptor& staged, Reporter& reporter) {
+std::vector<std::string> compareKey(const KeyTarget& target, const Inputs& inputs, const Descriptor& staged,
+                                    Reporter& reporter) {
     if (!hasOwnMounts()) {
         throw Refusal("a key needs mounts of its own, and this machine does not grant them");
     }
@@ -66,64 +69,59 @@ std::vector<std::string> compareKey(const KeyTarget& target, const Contents& con
     if (image.isOpen()) {
         placeImage(target, image);
     }
-    const auto advance = beginReadingBack(contents.size(), reporter);
+    const auto advance = beginReadingBack(inputs.contents.size(), reporter);
     const auto mount = mountToRead(target);
-    return compareDirectory(staged.number(), contents.tree, mount.open(), contents.added, advance);
+    return inputs.kind.compare(staged.number(), inputs.contents, mount.open(), advance);
 }
 
-/// Of those that were compared, in order.
-std::vector<KeyResult> resultsOf(const std::vector<Key>& keys, const std::vector<Outcome>& ofTaken) {
+int conclude(Console& console, const std::vector<Key>& keys, const std::vector<Outcome>& ofSelected) {
     std::vector<KeyResult> results;
-    auto next = ofTaken.begin();
-    for (const auto& key : keys) {
-        auto outcome = isSelected(key) ? *next++ : Outcome{EXIT_REFUSED, key.ineligibility, {}, false, 0};
-        outcome.kind = JobKind::verifying;
+    for (const auto& outcome : outcomesOfAll(keys, ofSelected, JobKind::verifying)) {
         results.push_back({outcome, ""});
     }
-    return results;
+    return concludeKeys(console, keys, results, false);
 }
 
 } // namespace
 
-int verifyKeys(const VerifyChoices& choices, const ScratchDirectory& scratch) {
-    const Inputs inputs(choices.job, Medium::key);
+int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch) {
+    const Inputs inputs(choices.job, MediumKind::key);
     std::vector<Key> keys;
     for (const auto& disk : namedDisks(choices.devices)) {
         keys.push_back(examined(disk));
     }
-    requireTakenIfAlone(keys);
-    inputs.requireRoom(scratch.directory(), scratch.path(), 1, 0);
+    requireSelectedIfAlone(keys);
+    inputs.requireRoom(scratch, 1, 0);
     auto console = openConsole(choices.job.show, "", &inputs);
-    if (countTaken(keys) == 0) {
-        return concludeKeys(console, keys, resultsOf(keys, {}), false);
+    if (countSelected(keys) == 0) {
+        return conclude(console, keys, {});
     }
     const HeldSignals signals;
     inputs.announce(console, "Comparing " + mediaText(keys) + " with");
     std::vector<ComparedMedium> media;
     for (const auto& key : keys) {
         if (isSelected(key)) {
-            media.push_back({key.disk.node(), [&](const Descriptor& staged, Reporter& reporter) {
-                                 return compareKey({key.lock->descriptor(), key.disk, ""}, inputs.contents,
-                                                   staged, reporter);
-                             }});
+            media.push_back(
+                {key.disk.node(), [&](const Descriptor& staged, Reporter& reporter) {
+                     return compareKey({key.lock->descriptor(), key.disk, ""}, inputs, staged, reporter);
+                 }});
         }
     }
-    const auto outcomes = compareMedia({choices.job, inputs, scratch, signals, console}, media);
-    return concludeKeys(console, keys, resultsOf(keys, outcomes), false);
+    return conclude(console, keys, compareMedia({choices.job, inputs, scratch, signals, console}, media));
 }
 
-int verifyKeyImage(const VerifyChoices& choices, const ScratchDirectory& scratch) {
+int verifyKeyImage(const VerifyChoices& choices, const NamedDirectory& scratch) {
     const auto medium = openToCompare("the key image", choices.keyImage, S_IFREG);
-    if (!holdsFat(medium.file, IMAGE_OFFSET)) {
-        throw Refusal(medium.name + " holds no FAT file system at byte " + std::to_string(IMAGE_OFFSET));
+    if (!holdsFat(medium.file, KEY_IMAGE_OFFSET)) {
+        throw Refusal(medium.name + " holds no FAT file system at byte " + std::to_string(KEY_IMAGE_OFFSET));
     }
     if (flock(medium.file.number(), LOCK_EX | LOCK_NB) != 0) {
         throw Refusal("another program is working on " + medium.name);
     }
-    const Inputs inputs(choices.job, Medium::key);
+    const Inputs inputs(choices.job, MediumKind::key);
     return compareAlone(
         choices.job, inputs, scratch, medium, [&](const Descriptor& staged, Reporter& reporter) {
-            return compareKey({medium.file, std::nullopt, medium.path}, inputs.contents, staged, reporter);
+            return compareKey({medium.file, std::nullopt, medium.path}, inputs, staged, reporter);
         });
 }
 

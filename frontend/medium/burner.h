@@ -2,9 +2,10 @@
 /// A drive that burns discs.
 #pragma once
 
-#include "commands/commands.h"
-#include "commands/scratch.h"
+#include "choices.h"
+#include "job/callerEnvironment.h"
 #include "job/toolkit.h"
+#include "support/descriptor.h"
 
 #include <string>
 
@@ -26,7 +27,7 @@ public:
 private:
     std::string m_device;
     Toolkit m_toolkit;
-    ScratchDirectory m_scratch;
+    NamedDirectory m_scratch;
 };
 
 } // namespace velacreate

@@ -1,4 +1,4 @@
-#include "commands/keyJobs.h"
+#include "keys/keyJobs.h"
 
 #include "inputs/checksum.h"
 #include "inputs/jobNames.h"
@@ -45,18 +45,18 @@ UpdateSums readSums(const Descriptor& staged) {
 } // namespace
 
 std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, UpdateSums* sums) {
-    JobDirectory sharedStaging(jobs.scratch.directory(), jobs.scratch.path());
-    const auto taken = stageShared(sharedStaging, jobs.inputs, jobs.signals, jobs.console,
-                                   [&](const Descriptor& here, Reporter& reporter) {
-                                       if (sums != nullptr) {
-                                           reporter.stage("Summing up the files");
-                                           writeSums(jobs.inputs.updates, here);
-                                       }
-                                   });
-    if (taken.status != 0) {
-        leave(jobs.choices.job, sharedStaging, jobs.console);
-        std::vector<Outcome> none(tasks.size(), taken);
-        return none;
+    const Call& call = jobs.call;
+    JobDirectory sharedStaging(call.place);
+    const auto staged = stageShared(call, PackageForm::archive, sharedStaging,
+                                    [&](const Descriptor& here, Reporter& reporter) {
+                                        if (sums != nullptr) {
+                                            reporter.stage("Summing up the files");
+                                            writeSums(call.inputs.updates, here);
+                                        }
+                                    });
+    if (staged.status != 0) {
+        keepIfWanted(call.choices, sharedStaging, call.console);
+        return std::vector<Outcome>(tasks.size(), staged); // NOLINT(modernize-return-braced-init-list)
     }
     if (sums != nullptr) {
         *sums = readSums(sharedStaging.directory());
@@ -65,17 +65,16 @@ std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>&
     std::deque<JobDirectory> jobDirectories;
     std::vector<MediumJob> mediumJobs;
     for (const auto& task : tasks) {
-        const auto& jobDirectory = jobDirectories.emplace_back(jobs.scratch.directory(), jobs.scratch.path());
-        const KeyJob job{jobs.choices, jobs.inputs, sharedStaging.directory(), jobDirectory.directory(),
-                         task.target,  jobs.isOnly};
-        mediumJobs.push_back({task.medium, jobDirectory.directory().number(),
+        const auto& jobDirectory = jobDirectories.emplace_back(call.place).directory();
+        const KeyJob job{jobs, sharedStaging.directory(), jobDirectory, task.target};
+        mediumJobs.push_back({task.medium, jobDirectory.number(),
                               [job](Reporter& reporter) { return fillKey(job, reporter); }, task.gauges,
                               task.ended});
     }
     const auto atOnce = jobs.choices.jobs != 0 ? jobs.choices.jobs : tasks.size();
-    auto outcomes = supervise(mediumJobs, atOnce, jobs.signals, jobs.console);
+    auto outcomes = supervise(mediumJobs, atOnce, call.signals, call.console);
     for (auto& jobDirectory : jobDirectories) {
-        leave(jobs.choices.job, jobDirectory, jobs.console); // in the order of the keys
+        keepIfWanted(call.choices, jobDirectory, call.console); // in the order of the keys
     }
     return outcomes;
 }

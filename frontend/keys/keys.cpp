@@ -1,4 +1,4 @@
-#include "commands/keys.h"
+#include "keys/keys.h"
 
 #include "disks/cloning.h"
 #include "disks/fatVolume.h"
@@ -7,12 +7,16 @@
 #include "support/failure.h"
 #include "support/sizeText.h"
 
+#include <mediaRules.h>
+
 #include <algorithm>
 #include <iostream>
 
 #include <fcntl.h>
 
 namespace velacreate {
+
+using VelaCreation::KEY_IMAGE_OFFSET;
 
 namespace {
 
@@ -37,7 +41,7 @@ void requireErasable(const Key& key, const Inputs& inputs) {
     const auto image = cloneImageFor(key.about.size);
     inputs.package.requireFile(image, "a new key of this size is made from it");
     refuseFor(key.disk, eraseIneligibilityReason(key.disk, image, inputs.package.entries().at(image).size));
-    requireFitting(inputs.contents, key.about.size - IMAGE_OFFSET, key.disk.node());
+    requireFitting(inputs.contents, key.about.size - KEY_IMAGE_OFFSET, key.disk.node());
 }
 
 void requireFillable(const Key& key, const std::string& format, const Inputs& inputs) {
@@ -109,7 +113,7 @@ std::vector<Disk> namedDisks(const std::vector<std::string>& paths) {
     return disks;
 }
 
-std::size_t countTaken(const std::vector<Key>& keys) {
+std::size_t countSelected(const std::vector<Key>& keys) {
     return static_cast<std::size_t>(std::count_if(keys.begin(), keys.end(), isSelected));
 }
 
@@ -117,11 +121,11 @@ std::string mediaText(const std::vector<Key>& keys) {
     if (keys.size() == 1) {
         return "the key " + keys.front().disk.node();
     }
-    const auto count = countTaken(keys);
+    const auto count = countSelected(keys);
     return std::to_string(count) + (count == 1 ? " key" : " keys");
 }
 
-void requireTakenIfAlone(const std::vector<Key>& keys) {
+void requireSelectedIfAlone(const std::vector<Key>& keys) {
     if (keys.size() == 1 && !isSelected(keys.front())) {
         throw Refusal(keys.front().ineligibility);
     }
@@ -135,7 +139,7 @@ std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs) {
     if (choices.all) {
         leaveOutForeign(keys);
     }
-    requireTakenIfAlone(keys);
+    requireSelectedIfAlone(keys);
     return keys;
 }
 
@@ -149,13 +153,13 @@ void unmountKeys(std::vector<Key>& keys) {
             object(key, refusal);
         }
     }
-    requireTakenIfAlone(keys);
+    requireSelectedIfAlone(keys);
 }
 
 void requireFitting(const Contents& contents, std::uint64_t capacity, const std::string& medium) {
     std::uint64_t size = 0;
     for (const auto& [place, part] : contents.tree) {
-        requireFileSize(place, part.size, "a FAT file system");
+        requireFileSize(place, part.size, kindOf(MediumKind::key).fileSizeLimit);
         size += (part.size + SECTOR - 1) / SECTOR * SECTOR;
     }
     if (capacity == 0) {
@@ -168,11 +172,7 @@ void requireFitting(const Contents& contents, std::uint64_t capacity, const std:
 }
 
 std::string cloneImageFor(std::uint64_t size) {
-    constexpr std::uint64_t GIB = 1U << 30U;
-    return size <= GIB       ? "init1.img"
-           : size <= 2 * GIB ? "init2.img"
-           : size <= 4 * GIB ? "init4.img"
-                             : "init8.img";
+    return VelaCreation::cloneImageFor(static_cast<std::int64_t>(size / SECTOR));
 }
 
 } // namespace velacreate

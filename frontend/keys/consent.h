@@ -2,9 +2,9 @@
 /// The question that comes before a key is changed.
 #pragma once
 
-#include "commands/commands.h"
-#include "commands/keys.h"
+#include "choices.h"
 #include "job/supervisor.h"
+#include "keys/keys.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
-#include "commands/consent.h"
+#include "keys/consent.h"
 
-#include "commands/question.h"
 #include "disks/inventory.h"
+#include "display/question.h"
 #include "display/table.h"
 #include "support/sizeText.h"
 

@@ -2,10 +2,10 @@
 /// The keys that a call is about.
 #pragma once
 
-#include "commands/commands.h"
-#include "commands/mediumJob.h"
+#include "choices.h"
 #include "disks/diskLock.h"
 #include "disks/disks.h"
+#include "medium/jobInputs.h"
 
 #include <optional>
 #include <string>
@@ -37,14 +37,14 @@ inline bool isSelected(const Key& key) {
     return key.ineligibility.empty();
 }
 
-std::size_t countTaken(const std::vector<Key>& keys);
+std::size_t countSelected(const std::vector<Key>& keys);
 
 /// "the key /dev/sdb", or "2 keys".
 std::string mediaText(const std::vector<Key>& keys);
 
 /// Of several, each has its line in the table.
 /// @throw Refusal when there is but one, and it is not to be made
-void requireTakenIfAlone(const std::vector<Key>& keys);
+void requireSelectedIfAlone(const std::vector<Key>& keys);
 
 /// Unmounts what is mounted of those that are to be made; one with a place that is busy is not made.
 /// @throw Refusal when there is but this one
@@ -54,7 +54,8 @@ void unmountKeys(std::vector<Key>& keys);
 /// @param medium  for the message, such as "partition 4 of /dev/sdb"
 void requireFitting(const Contents& contents, std::uint64_t capacity, const std::string& medium);
 
-/// The name of the clone image for a key of so many bytes.
+/// @param size  of a key, in bytes
+/// @return the name of its clone image in the tool package
 std::string cloneImageFor(std::uint64_t size);
 
 } // namespace velacreate

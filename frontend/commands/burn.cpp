@@ -1,0 +1,11 @@
+#include "commands/commands.h"
+
+#include "medium/burner.h"
+
+namespace velacreate {
+
+int burn(const BurnChoices& choices, const CallerEnvironment& caller) {
+    return Burner(choices.device, caller).burn(choices.image, choices.quiet, choices.verify, choices.show);
+}
+
+} // namespace velacreate

@@ -1,0 +1,28 @@
+/// @file
+/// What libblkid recognises on a disk.
+#pragma once
+
+#include "support/descriptor.h"
+
+#include <cstdint>
+#include <memory>
+
+#include <blkid/blkid.h>
+
+namespace velacreate {
+
+using Probe = std::unique_ptr<blkid_struct_probe, decltype(&blkid_free_probe)>;
+
+/// @param offset  in bytes, like the size
+/// @param size    0 for all behind the offset
+/// @return none when there is no such part of the disk
+inline Probe probeOf(const Descriptor& disk, std::uint64_t offset = 0, std::uint64_t size = 0) {
+    Probe probe(blkid_new_probe(), blkid_free_probe);
+    if (probe && blkid_probe_set_device(probe.get(), disk.number(), static_cast<blkid_loff_t>(offset),
+                                        static_cast<blkid_loff_t>(size)) != 0) {
+        probe.reset();
+    }
+    return probe;
+}
+
+} // namespace velacreate

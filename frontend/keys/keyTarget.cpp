@@ -1,0 +1,55 @@
+#include "keys/keyTarget.h"
+
+#include "disks/fatVolume.h"
+#include "job/jobDirectory.h"
+#include "support/failure.h"
+#include "support/programs.h"
+
+#include <mediaRules.h>
+
+#include <fcntl.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+namespace velacreate {
+
+using VelaCreation::KEY_IMAGE_OFFSET;
+
+namespace {
+
+const std::string IMAGE_NAME = "key.img";
+const std::string IMAGE_PLACE = "/mnt/job/.job/" + IMAGE_NAME;
+
+constexpr const char* READING_PLACE = "/mnt/read";
+
+} // namespace
+
+ReadOnlyMount::ReadOnlyMount(const std::string& source, const std::string& options) {
+    mkdir(READING_PLACE, S_IRWXU);
+    const auto result = runProgram(
+        {"mount", "-t", "vfat", "-o", "ro,nosuid,nodev,noexec,nosymfollow" + options, source, READING_PLACE});
+    if (result.status != 0) {
+        throw Failure("the key cannot be mounted to be read: " +
+                      result.output.substr(0, result.output.find('\n')));
+    }
+}
+
+ReadOnlyMount::~ReadOnlyMount() {
+    umount2(READING_PLACE, UMOUNT_NOFOLLOW);
+}
+
+Descriptor ReadOnlyMount::open() const {
+    return Descriptor(::open(READING_PLACE, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+std::string placeImage(const KeyTarget& target, const Descriptor& image) {
+    placeFile(image, target.imagePath, IMAGE_NAME);
+    return IMAGE_PLACE;
+}
+
+ReadOnlyMount mountToRead(const KeyTarget& target) {
+    return target.disk ? ReadOnlyMount(target.disk->keyPartitionNode())
+                       : ReadOnlyMount(IMAGE_PLACE, ",loop,offset=" + std::to_string(KEY_IMAGE_OFFSET));
+}
+
+} // namespace velacreate

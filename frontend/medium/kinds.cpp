@@ -1,0 +1,94 @@
+#include "medium/kinds.h"
+
+#include "inputs/jobNames.h"
+#include "medium/readBack.h"
+
+namespace velacreate {
+
+namespace {
+
+using namespace VelaCreation;
+
+const std::string IMAGE_PLACE = std::string(LIBRARY_FOLDER) + "/image.iso";
+const std::string NETBOOT_PLACE = std::string(LIBRARY_FOLDER) + "/package";
+
+template <typename Values>
+std::vector<typename Values::value_type> listOf(const Values& values) {
+    return {values.begin(), values.end()};
+}
+
+Kind image() {
+    Kind kind;
+    kind.name = "the image";
+    kind.bootFiles = {{"boot/efibootimg", "the image starts from it"}};
+    kind.programs = {"unzip"};
+    kind.toolkitPrograms = {"xorriso"};
+    kind.place = IMAGE_PLACE;
+    kind.stages = {{STAGE_COPYING, BootableMedia::ISO_DIR_NAME}, {STAGE_MAKING_ISO, IMAGE_PLACE}};
+    kind.removals = listOf(IMAGE_REMOVALS);
+    kind.removals.push_back({"boot.catalog", true}); // the ISO tool writes its own in the place of any
+    kind.added = {"boot.catalog"};
+    kind.fileSizeLimit = "an ISO image";
+    kind.compare = compareEfiImage;
+    return kind;
+}
+
+Kind powerPcImage() {
+    Kind kind = image();
+    kind.bootFiles = {{"boot/ppc/chrp/yaboot", "a PowerPC machine starts from it"}};
+    kind.toolkitPrograms = {"genisoimage"};
+    kind.removals = listOf(IMAGE_REMOVALS);
+    kind.added = {};
+    kind.compare = comparePowerPcImage;
+    return kind;
+}
+
+/// Its clone image depends on the key's size.
+Kind key() {
+    Kind kind;
+    kind.name = "the key";
+    kind.cloneImages = CloneImages::wanted;
+    kind.programs = {"unzip", "mount", "umount"};
+    kind.stages = {{STAGE_COPYING, ""}, {STAGE_COPYING_UPDATES, ""}, {STAGE_WRITING_OUT, ""}};
+    kind.removals = listOf(KEY_REMOVALS);
+    kind.updatesComeLast = true;
+    kind.isFat = true;
+    kind.fileSizeLimit = "a FAT file system";
+    kind.compare = compareKeyFiles;
+    return kind;
+}
+
+Kind netbootDirectory() {
+    Kind kind;
+    kind.name = "the network-boot directory";
+    kind.bootFiles = {{"boot/" + std::string(NETBOOT_LOADER), "a machine on the network starts from it"}};
+    kind.programs = {"unzip", "zip"};
+    kind.place = NETBOOT_PLACE;
+    kind.stages = {{STAGE_COPYING_PXE, BootableMedia::ISO_DIR_NAME}, {STAGE_ZIPPING, NETBOOT_PLACE}};
+    kind.removals = listOf(ARCHIVE_REMOVALS);
+    kind.besideArchive = listOf(NETBOOT_FILES);
+    kind.compare = compareNetbootDirectory;
+    return kind;
+}
+
+} // namespace
+
+const Kind& kindOf(MediumKind kind) {
+    static const Kind IMAGE = image();
+    static const Kind POWER_PC_IMAGE = powerPcImage();
+    static const Kind KEY = key();
+    static const Kind NETBOOT_DIRECTORY = netbootDirectory();
+    switch (kind) { // the compiler refuses a kind that is not here
+    case MediumKind::image:
+        return IMAGE;
+    case MediumKind::powerPcImage:
+        return POWER_PC_IMAGE;
+    case MediumKind::key:
+        return KEY;
+    case MediumKind::netbootDirectory:
+        break;
+    }
+    return NETBOOT_DIRECTORY;
+}
+
+} // namespace velacreate

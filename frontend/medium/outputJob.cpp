@@ -1,0 +1,165 @@
+#include "medium/outputJob.h"
+
+#include "inputs/jobNames.h"
+#include "job/jobDirectory.h"
+#include "job/libraryLogger.h"
+#include "job/supervisor.h"
+#include "medium/call.h"
+#include "medium/comparison.h"
+#include "medium/imageChecksum.h"
+#include "support/exitStatus.h"
+#include "support/failure.h"
+#include "support/programs.h"
+#include "support/sizeText.h"
+
+#include <filesystem>
+#include <future>
+#include <optional>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+std::string checksumPlace(const Kind& kind) {
+    return kind.place + ".sha256";
+}
+
+void flush(const std::string& path) {
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file.isOpen()) {
+        throw Failure(SystemError().about(quote(path)));
+    }
+    if (S_ISDIR(file.status().st_mode)) {
+        forEachEntry(file.number(), [&](const std::string& name) { flush(path + "/" + name); });
+    }
+    check(fsync(file.number()) == 0).orFail("what was made cannot be written out");
+}
+
+/// Once the output is made, the reading back needs only the files that it was made of.
+void dropStaging(const JobChoices& choices, const Descriptor& jobDirectory) {
+    const auto staging =
+        openBeneath(jobDirectory.number(), VelaCreation::BootableMedia::ISO_DIR_NAME, O_RDONLY | O_DIRECTORY);
+    if (!choices.keep && staging.isOpen()) {
+        removeContents(staging);
+    }
+}
+
+int readBack(const Inputs& inputs, const Descriptor& jobDirectory, Reporter& reporter) {
+    const auto medium = openBeneath(jobDirectory.number(), inputs.kind.place, O_RDONLY);
+    const auto advance = beginReadingBack(inputs.contents.size(), reporter);
+    return reportDifferences(inputs.kind.compare(jobDirectory.number(), inputs.contents, medium, advance),
+                             JobKind::making, reporter);
+}
+
+/// Reads back what was made. Meanwhile it is flushed to the disk, and its checksum is made.
+int finish(const OutputJob& job, const Descriptor& jobDirectory, Reporter& reporter) {
+    const auto& kind = job.inputs.kind;
+    const auto& path = kind.place; // the library has gone to the job directory
+    if (access(path.c_str(), R_OK) != 0) {
+        throw Failure("the tool ended without a failure, but made nothing");
+    }
+    std::optional<ImageChecksum> checksum;
+    if (job.checksum != nullptr) {
+        checksum.emplace(path);
+    }
+    auto flushed = std::async(std::launch::async, [&path] { flush(path); });
+    auto unstaged = std::async(std::launch::async, [&] { dropStaging(job.choices, jobDirectory); });
+    const int result = job.choices.verify ? readBack(job.inputs, jobDirectory, reporter) : 0;
+    reporter.stage(STAGE_WRITING_OUT);
+    flushed.get();
+    unstaged.get();
+    tidyUp(job.choices, jobDirectory);
+    if (checksum && result == 0) {
+        const auto name = std::filesystem::path(job.output.path()).filename();
+        checksum->writeTo(checksumPlace(kind), name, reporter);
+    }
+    return result;
+}
+
+/// In the job's process.
+int make(const OutputJob& job, Reporter& reporter) {
+    const auto jobDirectory = enterLibraryFolder(job.choices.show.pauses, reporter);
+    stageFiles(job.inputs, PackageForm::archive, jobDirectory, reporter);
+    job.toolkit.copyHere();
+    LibraryLogger logger(reporter);
+    if (const int result = job.workflow(logger); result != 0) {
+        return reportToolError(result, reporter);
+    }
+    return finish(job, jobDirectory, reporter);
+}
+
+/// The checksum comes after its image: one that is there speaks of an image that is there.
+void putAllInPlace(const OutputJob& job, const Descriptor& jobDirectory, Outcome& outcome) {
+    const auto& place = job.inputs.kind.place;
+    const auto taken = job.output.take(jobDirectory, place);
+    if (job.checksum == nullptr) {
+        return;
+    }
+    try {
+        job.checksum->take(jobDirectory, checksumPlace(job.inputs.kind));
+    } catch (const Failure&) {
+        outcome.hasChanged = !job.output.giveBack(jobDirectory, place, taken);
+        throw;
+    }
+}
+
+/// Where it fails, so does the job.
+void putInPlace(const OutputJob& job, const JobDirectory& jobDirectory, Outcome& outcome) {
+    if (outcome.status != 0) {
+        return;
+    }
+    try {
+        putAllInPlace(job, jobDirectory.directory(), outcome);
+    } catch (const Failure& failure) {
+        outcome.status = EXIT_UNFINISHED;
+        outcome.reason = failure.what();
+    }
+}
+
+std::map<std::string, Gauge> gaugesOf(const Inputs& inputs, int jobDirectory) {
+    std::map<std::string, Gauge> gauges;
+    for (const auto& [text, growing] : inputs.kind.stages) {
+        gauges[text] = {inputs.contents.size(),
+                        [jobDirectory, path = growing] { return sizeBelow(jobDirectory, path); }};
+    }
+    return gauges;
+}
+
+} // namespace
+
+void requireProgramsOf(const Kind& kind, const Toolkit& toolkit) {
+    requirePrograms(kind.programs);
+    if (toolkit.isOwn()) {
+        requirePrograms(kind.toolkitPrograms);
+    }
+}
+
+int makeOutput(const OutputJob& job) {
+    const auto& kind = job.inputs.kind;
+    const auto medium = kind.name + " " + quote(job.output.path());
+    if (job.checksum != nullptr) {
+        requireOtherLog(job.choices.show, job.checksum->path());
+    }
+    auto console = openConsole(job.choices.show, job.output.path(), &job.inputs);
+    job.inputs.announce(console, "Making " + medium + " from");
+    const HeldSignals signals;
+    JobDirectory jobDirectory(job.output.parent());
+    const int directory = jobDirectory.directory().number();
+    const auto work = [&](Reporter& reporter) { return make(job, reporter); };
+    auto outcome =
+        supervise({{medium, directory, work, gaugesOf(job.inputs, directory)}}, 1, signals, console).front();
+    const auto size = sizeText(sizeBelow(directory, kind.place));
+    putInPlace(job, jobDirectory, outcome);
+    if (outcome.status == 0 && !job.note.empty()) {
+        console.say(job.note);
+    }
+    keepIfWanted(job.choices, jobDirectory, console);
+    const auto sum =
+        job.checksum != nullptr ? ", its checksum in " + quote(job.checksum->path()) : std::string();
+    return conclude(console, outcome, medium, size + readBackText(job.choices.verify) + sum);
+}
+
+} // namespace velacreate
