@@ -2,54 +2,30 @@
 
 #include "support/failure.h"
 
-#include <algorithm>
-#include <array>
-
-#include <grp.h>
-#include <linux/capability.h>
+#include <cap-ng.h>
 #include <sys/prctl.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 namespace velacreate {
 
 namespace {
 
-constexpr uid_t NOBODY = 65534;
-constexpr gid_t NO_GROUP = 65534;
-constexpr const char* PROBLEM = "the server's rights cannot be taken away";
-
-void dropBoundingSet(const std::vector<unsigned>& capabilities) {
-    for (unsigned number = 0; prctl(PR_CAPBSET_READ, number) >= 0; ++number) {
-        if (std::find(capabilities.begin(), capabilities.end(), number) == capabilities.end()) {
-            check(prctl(PR_CAPBSET_DROP, number) == 0).orFail(PROBLEM);
-        }
-    }
-}
-
-void hold(const std::vector<unsigned>& capabilities) {
-    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
-    std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> held{};
-    for (const unsigned number : capabilities) {
-        auto& part = held.at(CAP_TO_INDEX(number));
-        part.effective |= CAP_TO_MASK(number);
-        part.permitted = part.inheritable = part.effective;
-    }
-    check(syscall(SYS_capset, &header, held.data()) == 0).orFail(PROBLEM);
-    for (const unsigned number : capabilities) {
-        check(prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_RAISE, number, 0, 0) == 0).orFail(PROBLEM);
-    }
-}
+constexpr int NOBODY = 65534;
+constexpr int NO_GROUP = 65534;
+constexpr auto ALL_SETS = static_cast<capng_type_t>(CAPNG_EFFECTIVE | CAPNG_PERMITTED | CAPNG_INHERITABLE |
+                                                    CAPNG_BOUNDING_SET | CAPNG_AMBIENT);
 
 } // namespace
 
 void becomeNobody(const std::vector<unsigned>& capabilities) {
-    dropBoundingSet(capabilities);
-    check(prctl(PR_SET_KEEPCAPS, 1) == 0 && setgroups(0, nullptr) == 0 &&
-          setresgid(NO_GROUP, NO_GROUP, NO_GROUP) == 0 && setresuid(NOBODY, NOBODY, NOBODY) == 0)
-        .orFail(PROBLEM);
-    hold(capabilities);
-    check(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0).orFail(PROBLEM);
+    capng_clear(CAPNG_SELECT_ALL);
+    for (const unsigned number : capabilities) {
+        capng_update(CAPNG_ADD, ALL_SETS, number);
+    }
+    // The bounding set needs a right that goes with root; ambient ones do not outlast a change of the user.
+    check(capng_apply(CAPNG_SELECT_BOUNDS) == 0 &&
+          capng_change_id(NOBODY, NO_GROUP, CAPNG_DROP_SUPP_GRP) == 0 &&
+          capng_apply(CAPNG_SELECT_AMBIENT) == 0 && prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0)
+        .orFail("the server's rights cannot be taken away");
 }
 
 } // namespace velacreate
