@@ -437,6 +437,27 @@ TEST_F(WatchTest, SecondInterruptKillsWhatDoesNotEnd) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4)); // less than the mercy
 }
 
+TEST_F(WatchTest, ServerRunsUntilWhatItNeedsIsGoneOrAnInterrupt) {
+    Lines lines;
+    MediumJob server{"the server", here.number(), [](Reporter& reporter) {
+                         static_cast<void>(std::signal(SIGTERM, SIG_IGN));
+                         runForReal("printf 'one\ntwo'");
+                         return waitUntilEnded(reporter);
+                     }};
+    server.takeLine = [&](const std::string& line, Progress&) { lines.push_back(line); };
+    server.whatIsGone = [&] { return lines.empty() ? "" : "it is gone"; };
+    Console console(false, "");
+    const auto gone = supervise({server}, 1, signals, console).front();
+    EXPECT_EQ(gone.reason + std::to_string(gone.status), "it is gone" + std::to_string(EXIT_UNFINISHED));
+    EXPECT_EQ(lines, (Lines{"one", "two"}));
+    fs::remove("waiting");
+    server.whatIsGone = [] { return ""; };
+    interruptAt("waiting", "TERM");
+    const auto ended = supervise({server}, 1, signals, console).front();
+    EXPECT_EQ(ended.status, EXIT_INTERRUPTED);
+    EXPECT_LT(ended.seconds, 4); // killed without a grace period
+}
+
 /// Each row: a result, what the last tool has said, and the reason that is told.
 TEST_F(WatchTest, ReasonIsWhatTheToolSaid) {
     for (const auto& row : rows("reasons")) {

@@ -1,6 +1,7 @@
 #include "commands/commands.h"
 
 #include "disks/discDrive.h"
+#include "display/summary.h"
 #include "keys/verifyKeys.h"
 #include "medium/comparison.h"
 #include "medium/isoImage.h"

@@ -2,7 +2,7 @@
 /// The question that comes before something is done that cannot be undone.
 #pragma once
 
-#include "job/supervisor.h"
+#include "job/heldSignals.h"
 
 #include <string>
 

@@ -3,29 +3,11 @@
 #pragma once
 
 #include "display/console.h"
+#include "job/outcome.h"
 
 #include <string>
-#include <vector>
 
 namespace velacreate {
-
-/// What a job does to its medium.
-enum class JobKind {
-    making,
-    verifying, ///< compares it with what would be made now
-    comparing, ///< a disc, with its image
-};
-
-/// How a job has ended.
-struct Outcome {
-    int status;
-    std::string reason;                ///< in a tool's words or velacreate's own; empty when there are none
-    std::vector<std::string> failures; ///< the library's messages of level 0
-    bool hasChanged;                   ///< whether the medium was changed
-    double seconds;
-    double bytesPerSecond = 0; ///< written to the medium; 0 when it was not counted
-    JobKind kind = JobKind::making;
-};
 
 /// Why a medium was not made, or what is wrong with it: what its status means, and the reason.
 std::string failureText(const Outcome& outcome);

@@ -34,26 +34,6 @@ void Reporter::message(int level, const std::string& text) const {
     send(level == 0 ? Event::Kind::failure : Event::Kind::progress, text);
 }
 
-void Reporter::changing() const {
-    send(Event::Kind::changing, "");
-}
-
-void Reporter::burning() const {
-    send(Event::Kind::burning, "");
-}
-
-void Reporter::finding(const std::string& text) const {
-    send(Event::Kind::finding, text);
-}
-
-void Reporter::note(const std::string& text) const {
-    send(Event::Kind::note, text);
-}
-
-void Reporter::reason(const std::string& text) const {
-    send(Event::Kind::reason, text);
-}
-
 void Reporter::send(Event::Kind kind, const std::string& text) const {
     const int before = errno;
     const std::string event = static_cast<char>(kind) + text.substr(0, LONGEST);

@@ -39,11 +39,11 @@ public:
     void advance(std::uint64_t bytes);
 
     void message(int level, const std::string& text) const;
-    void changing() const;
-    void burning() const;
-    void finding(const std::string& text) const;
-    void note(const std::string& text) const;
-    void reason(const std::string& text) const;
+    void changing() const { send(Event::Kind::changing, ""); }
+    void burning() const { send(Event::Kind::burning, ""); }
+    void finding(const std::string& text) const { send(Event::Kind::finding, text); }
+    void note(const std::string& text) const { send(Event::Kind::note, text); }
+    void reason(const std::string& text) const { send(Event::Kind::reason, text); }
 
 private:
     void send(Event::Kind kind, const std::string& text) const;

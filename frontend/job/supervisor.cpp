@@ -1,5 +1,7 @@
 #include "job/supervisor.h"
 
+#include "display/summary.h"
+#include "job/childProcess.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
 
@@ -7,11 +9,10 @@
 #include <array>
 #include <chrono>
 #include <csignal>
-#include <memory>
+#include <list>
 #include <optional>
 
 #include <poll.h>
-#include <sys/signalfd.h>
 #include <unistd.h>
 
 namespace velacreate {
@@ -20,43 +21,32 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr auto REDRAWN_EVERY = std::chrono::milliseconds(200);
+constexpr std::chrono::milliseconds REDRAWN_EVERY(200);
+constexpr std::chrono::milliseconds CHECKED_EVERY(1000); // whether what a server needs is still there
 constexpr auto KILL_GRACE_PERIOD = std::chrono::seconds(5);
-constexpr int GAUGE_SHARE = 100; // a look at a gauge may take one part in so many of the time
-
-sigset_t endingSignals() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP}) {
-        struct sigaction current {};
-        sigaction(number, nullptr, &current);
-        if (current.sa_handler != SIG_IGN) { // as under nohup
-            sigaddset(&signals, number);
-        }
-    }
-    return signals;
-}
+constexpr int GAUGE_SHARE = 100;           // a look at a gauge may take one part in so many of the time
+constexpr std::size_t LONGEST_LINE = 4096; // of a server's
 
 double secondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
 /// A job that runs, and what it has told so far.
-class Running {
+class RunningJob {
 public:
+    /// @param index    its medium's number in the progress
     /// @param isAlone  whether there is no other medium, so that messages need not name this one
-    Running(const MediumJob& job, std::size_t index, bool isAlone, Console& console, Progress& progress)
-        : m_job(job), m_index(index), m_name(isAlone ? "" : job.medium + ": "), m_console(console),
-          m_progress(progress), m_process(job.jobDirectory, job.work) {
-        m_outcome.kind = job.kind;
-    }
+    RunningJob(const MediumJob& job, std::size_t index, bool isAlone, Outcome& outcome, Console& console,
+               Progress& progress)
+        : m_job(job), m_index(index), m_name(isAlone ? "" : job.medium + ": "), m_outcome(outcome),
+          m_console(console), m_progress(progress), m_process(job.jobDirectory, job.work) {}
 
-    const ChildProcess& process() const { return m_process; }
-    std::size_t index() const { return m_index; }
     bool isBurning() const { return m_isBurning; }
+    /// @param number  of the signal; a server is killed
+    void signal(int number) const { m_process.signal(m_job.isServer() ? SIGKILL : number); }
 
     /// What may become readable.
-    std::vector<int> sources() const {
+    std::array<int, 3> sources() const {
         return {m_process.ending(), m_hasEvents ? m_process.events() : -1,
                 m_hasOutput ? m_process.output() : -1};
     }
@@ -73,8 +63,11 @@ public:
         }
         m_hasOutput = size != 0;
         for (auto end = m_said.find('\n'); end != std::string::npos; end = m_said.find('\n')) {
-            takeFailure(m_said.substr(0, end));
+            takeLine(m_said.substr(0, end));
             m_said.erase(0, end + 1);
+        }
+        if (m_job.isServer()) {
+            m_said.resize(std::min(m_said.size(), LONGEST_LINE));
         }
     }
 
@@ -86,45 +79,57 @@ public:
         }
     }
 
+    void checkWhatItNeeds() {
+        if (m_job.isServer() && m_gone.empty() && Clock::now() >= m_nextCheck) {
+            m_gone = m_job.whatIsGone();
+            m_nextCheck = Clock::now() + CHECKED_EVERY;
+            if (!m_gone.empty()) {
+                signal(SIGKILL);
+            }
+        }
+    }
+
     /// @param isInterrupted  whether it was told to end
-    Outcome end(bool isInterrupted) {
+    /// @return whether it has ended, and all is said of it
+    bool concludeIfEnded(bool isInterrupted) {
+        pollfd ending{m_process.ending(), POLLIN, 0};
+        if (poll(&ending, 1, 0) == 0) {
+            return false;
+        }
         listen();
         m_outcome.status = m_process.reap();
         listen();
         if (!m_said.empty()) {
-            takeFailure(m_said);
+            takeLine(m_said);
         }
         if (isInterrupted && m_outcome.status != 0) {
             m_outcome.status = EXIT_INTERRUPTED;
             m_outcome.hasChanged = m_outcome.hasChanged || m_isBurning; // a disc that is spoiled
+        } else if (!m_gone.empty()) {
+            m_outcome.status = EXIT_UNFINISHED;
+            m_outcome.reason = m_gone;
         }
         leaveGauge();
         m_outcome.seconds = secondsSince(m_start);
         m_outcome.bytesPerSecond = m_gauged > 0 ? static_cast<double>(m_written) / m_gauged : 0;
-        m_progress.ended(m_index, resultText(m_outcome, false));
+        if (!m_job.isServer()) {
+            m_progress.ended(m_index, resultText(m_outcome, false));
+        }
         if (!m_name.empty()) {
             m_console.say(m_name + resultText(m_outcome, false));
         }
         if (m_job.ended) {
             m_job.ended(m_outcome);
         }
-        return m_outcome;
+        return true;
     }
 
 private:
     void take(const Event& event) {
         switch (event.kind) {
-        case Event::Kind::stage: {
-            leaveGauge();
-            const auto found = m_job.gauges.find(event.text);
-            m_gauge = found != m_job.gauges.end() ? &found->second : nullptr;
-            if (m_gauge != nullptr) {
-                shownByGauge();
-            }
-            m_console.log(2, m_name + event.text);
-            m_progress.stage(m_index, event.text, m_gauge != nullptr ? m_gauge->expected : 0);
+        case Event::Kind::stage:
+            takeStage(event.text);
             break;
-        }
         case Event::Kind::expected:
             m_progress.expect(m_index, std::stoull(event.text));
             break;
@@ -158,6 +163,25 @@ private:
         }
     }
 
+    void takeStage(const std::string& text) {
+        leaveGauge();
+        const auto found = m_job.gauges.find(text);
+        m_gauge = found != m_job.gauges.end() ? &found->second : nullptr;
+        if (m_gauge != nullptr) {
+            shownByGauge();
+        }
+        m_console.log(2, m_name + text);
+        m_progress.stage(m_index, text, m_gauge != nullptr ? m_gauge->expected : 0);
+    }
+
+    void takeLine(const std::string& line) {
+        if (m_job.isServer()) {
+            m_job.takeLine(line, m_progress);
+        } else {
+            takeFailure(line);
+        }
+    }
+
     void takeFailure(const std::string& text) {
         m_outcome.failures.push_back(text);
         m_console.message(0, m_name + text);
@@ -182,10 +206,12 @@ private:
     const MediumJob& m_job;
     std::size_t m_index;
     std::string m_name;
+    Outcome& m_outcome;
     Console& m_console;
     Progress& m_progress;
     ChildProcess m_process;
     Clock::time_point m_start = Clock::now();
+    Clock::time_point m_nextCheck;
     Clock::time_point m_nextLook;
     Clock::time_point m_stageStart = Clock::now();
     const Gauge* m_gauge = nullptr;
@@ -193,28 +219,29 @@ private:
     std::uint64_t m_written = 0; ///< by the gauges of the stages before
     double m_gauged = 0;         ///< seconds in them
     std::string m_said;
+    std::string m_gone; ///< what it needed
     bool m_hasEvents = true;
     bool m_hasOutput = true;
     bool m_isBurning = false;
-    Outcome m_outcome{0, "", {}, false, 0};
 };
 
 /// All jobs of one call.
 class Supervision {
 public:
     Supervision(const std::vector<MediumJob>& jobs, std::size_t atOnce, const HeldSignals& signals,
-                Console& console, Progress& progress)
-        : m_jobs(jobs), m_atOnce(atOnce), m_signals(signals), m_console(console), m_progress(progress),
-          m_outcomes(jobs.size(), Outcome{EXIT_INTERRUPTED, "", {}, false, 0}) {
-        for (std::size_t index = 0; index < jobs.size(); ++index) {
-            m_outcomes[index].kind = jobs[index].kind;
+                Console& console)
+        : m_jobs(jobs), m_atOnce(atOnce), m_signals(signals), m_console(console),
+          m_progress(console.beginProgress(media())), m_isRedrawn(m_progress.isLive() && !media().empty()) {
+        for (const auto& job : jobs) {
+            m_outcomes.push_back({EXIT_INTERRUPTED, "", {}, false, 0, 0, job.kind});
         }
     }
 
     std::vector<Outcome> run() {
         while (startMore(), !m_running.empty()) {
-            for (auto* job : wait()) {
-                job->listen();
+            wait();
+            for (auto& job : m_running) {
+                job.listen();
             }
             if (const int number = m_signals.take(); number != 0) {
                 interrupt(number);
@@ -222,53 +249,57 @@ public:
             if (m_killTime && Clock::now() >= *m_killTime) {
                 signalAll(SIGKILL);
             }
-            removeEnded();
-            if (m_progress.isLive()) {
+            m_running.remove_if([&](RunningJob& job) { return job.concludeIfEnded(m_killTime.has_value()); });
+            for (auto& job : m_running) {
+                job.checkWhatItNeeds();
+            }
+            if (m_isRedrawn && Clock::now() - m_drawn >= REDRAWN_EVERY) {
                 redraw();
             }
         }
+        m_console.endProgress();
         return m_outcomes;
     }
 
 private:
-    void startMore() {
-        while (!m_killTime && m_next < m_jobs.size() && m_running.size() < m_atOnce) {
-            try {
-                m_running.push_back(std::make_unique<Running>(m_jobs[m_next], m_next, m_jobs.size() == 1,
-                                                              m_console, m_progress));
-            } catch (const Failure& failure) { // and those that run go on
-                m_outcomes.at(m_next).status = EXIT_UNFINISHED;
-                m_outcomes.at(m_next).reason = failure.what();
+    /// Those that have stages to be shown.
+    std::vector<std::string> media() const {
+        std::vector<std::string> media;
+        for (const auto& job : m_jobs) {
+            if (!job.isServer()) {
+                media.push_back(job.medium);
             }
-            ++m_next;
+        }
+        return media;
+    }
+
+    void startMore() {
+        for (; !m_killTime && m_next < m_jobs.size() && m_running.size() < m_atOnce; ++m_next) {
+            auto& outcome = m_outcomes[m_next];
+            try {
+                m_running.emplace_back(m_jobs[m_next], m_next, m_jobs.size() == 1, outcome, m_console,
+                                       m_progress);
+            } catch (const Failure& failure) { // and those that run go on
+                outcome.status = EXIT_UNFINISHED;
+                outcome.reason = failure.what();
+            }
         }
     }
 
-    /// @return those that have something to tell
-    std::vector<Running*> wait() const {
+    void wait() const {
         std::vector<pollfd> sources = {{m_signals.descriptor().number(), POLLIN, 0}};
         for (const auto& job : m_running) {
-            for (const int descriptor : job->sources()) {
+            for (const int descriptor : job.sources()) {
                 sources.push_back({descriptor, POLLIN, 0});
             }
         }
-        const bool isTimed = m_progress.isLive() || m_killTime;
-        poll(sources.data(), sources.size(), isTimed ? static_cast<int>(REDRAWN_EVERY.count()) : -1);
-        std::vector<Running*> telling;
-        auto source = sources.begin() + 1;
-        for (const auto& job : m_running) {
-            const auto end = source + static_cast<std::ptrdiff_t>(job->sources().size());
-            if (std::any_of(source, end, [](const pollfd& of) { return of.revents != 0; })) {
-                telling.push_back(job.get());
-            }
-            source = end;
-        }
-        return telling;
+        const auto longest = m_isRedrawn || m_killTime ? REDRAWN_EVERY : CHECKED_EVERY;
+        poll(sources.data(), sources.size(), static_cast<int>(longest.count()));
     }
 
     void interrupt(int number) {
         const bool isBurning =
-            std::any_of(m_running.begin(), m_running.end(), [](const auto& job) { return job->isBurning(); });
+            std::any_of(m_running.begin(), m_running.end(), [](const auto& job) { return job.isBurning(); });
         if (isBurning && number == SIGINT && !m_hasWarned) {
             m_hasWarned = true;
             m_console.complain("this would spoil the disc; press Ctrl-C once more to end nevertheless");
@@ -281,31 +312,16 @@ private:
 
     void signalAll(int number) const {
         for (const auto& job : m_running) {
-            job->process().signal(number);
-        }
-    }
-
-    void removeEnded() {
-        for (auto job = m_running.begin(); job != m_running.end();) {
-            pollfd ending{(*job)->process().ending(), POLLIN, 0};
-            if (poll(&ending, 1, 0) == 0) {
-                ++job;
-                continue;
-            }
-            Outcome& outcome = m_outcomes.at((*job)->index());
-            outcome = (*job)->end(m_killTime.has_value());
-            job = m_running.erase(job);
+            job.signal(number);
         }
     }
 
     void redraw() {
-        if (Clock::now() - m_drawn >= REDRAWN_EVERY) {
-            for (const auto& job : m_running) {
-                job->lookAtGauge();
-            }
-            m_progress.draw();
-            m_drawn = Clock::now();
+        for (auto& job : m_running) {
+            job.lookAtGauge();
         }
+        m_progress.draw();
+        m_drawn = Clock::now();
     }
 
     const std::vector<MediumJob>& m_jobs;
@@ -313,8 +329,9 @@ private:
     const HeldSignals& m_signals;
     Console& m_console;
     Progress& m_progress;
+    bool m_isRedrawn;
     std::vector<Outcome> m_outcomes;
-    std::vector<std::unique_ptr<Running>> m_running;
+    std::list<RunningJob> m_running;
     std::size_t m_next = 0;
     std::optional<Clock::time_point> m_killTime; ///< when jobs that were told to end are killed
     bool m_hasWarned = false;
@@ -323,34 +340,10 @@ private:
 
 } // namespace
 
-HeldSignals::HeldSignals() {
-    const sigset_t signals = endingSignals();
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
-    m_descriptor = Descriptor(signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC));
-    if (!m_descriptor.isOpen()) {
-        throw Failure(SystemError().about("no descriptor for signals"));
-    }
-}
-
-int HeldSignals::take() const {
-    signalfd_siginfo signal{};
-    const bool isThere = read(m_descriptor.number(), &signal, sizeof signal) == sizeof signal;
-    m_hadOne = m_hadOne || isThere;
-    return isThere ? static_cast<int>(signal.ssi_signo) : 0;
-}
-
 std::vector<Outcome> supervise(const std::vector<MediumJob>& jobs, std::size_t atOnce,
                                const HeldSignals& signals, Console& console) {
-    std::vector<std::string> media;
-    media.reserve(jobs.size());
-    for (const auto& job : jobs) {
-        media.push_back(job.medium);
-    }
     console.watchInterrupts(signals.descriptor().number());
-    Progress& progress = console.beginProgress(media);
-    auto outcomes = Supervision(jobs, atOnce, signals, console, progress).run();
-    console.endProgress();
-    return outcomes;
+    return Supervision(jobs, atOnce, signals, console).run();
 }
 
 } // namespace velacreate

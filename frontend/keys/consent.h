@@ -3,7 +3,7 @@
 #pragma once
 
 #include "choices.h"
-#include "job/supervisor.h"
+#include "job/heldSignals.h"
 #include "keys/keys.h"
 
 #include <vector>

@@ -3,6 +3,7 @@
 #include "disks/fatVolume.h"
 #include "disks/sysfs.h"
 #include "inputs/jobNames.h"
+#include "job/childProcess.h"
 #include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
 #include "keys/keys.h"

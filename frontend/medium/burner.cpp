@@ -1,6 +1,7 @@
 #include "medium/burner.h"
 
 #include "disks/discDrive.h"
+#include "display/summary.h"
 #include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
 #include "job/supervisor.h"

@@ -1,5 +1,6 @@
 #include "medium/comparison.h"
 
+#include "display/summary.h"
 #include "medium/readBack.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"

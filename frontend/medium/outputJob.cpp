@@ -1,5 +1,6 @@
 #include "medium/outputJob.h"
 
+#include "display/summary.h"
 #include "inputs/jobNames.h"
 #include "job/jobDirectory.h"
 #include "job/libraryLogger.h"

@@ -7,6 +7,8 @@
 #include <mediaRules.h>
 
 #include <cstdlib>
+#include <string>
+#include <vector>
 
 #include <fcntl.h>
 #include <linux/capability.h>
@@ -23,9 +25,9 @@ constexpr mode_t FOR_EVERYBODY = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH
 
 /// The file is what it was when it was looked at, or nothing: neither a link nor a pipe can come in its
 /// place.
-void mountFile(const Descriptor& package, const std::string& name) {
+void mountFile(const Descriptor& directory, const std::string& name) {
     constexpr unsigned long CONFINED = MS_RDONLY | MS_NOSUID | MS_NODEV | MS_NOEXEC | MS_NOSYMFOLLOW;
-    const auto file = openBeneath(package.number(), name, O_PATH);
+    const auto file = openBeneath(directory.number(), name, O_PATH);
     if (!file.isOpen() || !S_ISREG(file.status().st_mode)) {
         return;
     }
@@ -36,20 +38,20 @@ void mountFile(const Descriptor& package, const std::string& name) {
         .orFail(quote(name) + " cannot be mounted for the server");
 }
 
-/// Nothing stands there but the files of a package, whatever else is in its directory or comes there.
+/// Nothing stands there but the files of a network-boot directory, whatever else is in it or comes there.
 void mountNetbootDirectory() {
     if (!hasOwnMounts()) {
         throw Failure("mounts of its own cannot be had for the server");
     }
-    const Descriptor package(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    check(package.isOpen() &&
+    const Descriptor directory(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    check(directory.isOpen() &&
           mount("tmpfs", "/mnt", "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=1m") == 0 &&
           mkdir(SERVED_PLACE, FOR_EVERYBODY) == 0 && chdir(SERVED_PLACE) == 0)
         .orFail("the package cannot be mounted for the server");
     for (const char* name : VelaCreation::NETBOOT_FILES) {
-        mountFile(package, name);
+        mountFile(directory, name);
     }
-    mountFile(package, VelaCreation::NETBOOT_ARCHIVE);
+    mountFile(directory, VelaCreation::NETBOOT_ARCHIVE);
 }
 
 /// Its words are read: they are to be the English ones.
@@ -67,8 +69,7 @@ std::vector<unsigned> capabilities(bool isProxy) {
     return needed;
 }
 
-} // namespace
-
+/// @param range  none where another server hands out addresses
 std::vector<std::string> serverCommand(const NetworkPort& port, const std::optional<AddressRange>& range) {
     std::vector<std::string> command = {PROGRAM,
                                         "--no-daemon",
@@ -99,6 +100,8 @@ std::vector<std::string> serverCommand(const NetworkPort& port, const std::optio
                                    "--dhcp-option=option:router"});
     return command;
 }
+
+} // namespace
 
 void becomeServer(const NetworkPort& port, const std::optional<AddressRange>& range) {
     const auto command = serverCommand(port, range);

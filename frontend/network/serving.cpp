@@ -1,0 +1,69 @@
+#include "network/serving.h"
+
+#include "job/supervisor.h"
+#include "network/bootServer.h"
+#include "network/machines.h"
+#include "support/exitStatus.h"
+
+namespace velacreate {
+
+namespace {
+
+constexpr int LEVEL_OF_SERVER = 2;
+
+/// The server's words so far.
+struct ServerLog {
+    Console& console;
+    Machines machines;
+    std::string lastWords = "dnsmasq ended";
+
+    void take(const std::string& line, Progress& progress) {
+        if (line.empty()) {
+            return;
+        }
+        if (line.rfind("dnsmasq: ", 0) == 0) { // else it has a date in front, and is no failure
+            lastWords = line;
+        }
+        console.message(LEVEL_OF_SERVER, line);
+        const auto news = machines.take(line);
+        if (!news) {
+            return;
+        }
+        if (progress.isLive()) {
+            console.log(LEVEL_OF_SERVER, news->text);
+            progress.line(news->machine, machines.text(news->machine), !machines.isServed(news->machine));
+        } else {
+            console.say(news->text);
+        }
+    }
+
+    void conclude() const {
+        for (std::size_t machine = 0; machine < machines.count(); ++machine) {
+            console.say(machines.text(machine));
+        }
+        console.say(machines.total());
+    }
+};
+
+} // namespace
+
+std::optional<std::string> serveMachines(const NetbootDirectory& directory, const NetworkPort& port,
+                                         const std::optional<AddressRange>& range, const HeldSignals& signals,
+                                         Console& console) {
+    ServerLog log{console, {}};
+    MediumJob server{directory.text(), directory.directory().number(),
+                     [&](Reporter& /*reporter*/) -> int { becomeServer(port, range); }};
+    server.takeLine = [&](const std::string& line, Progress& progress) { log.take(line, progress); };
+    server.whatIsGone = [&] {
+        const auto change = port.change();
+        return change.empty() && !directory.isThere() ? "its directory was removed" : change;
+    };
+    const auto outcome = supervise({server}, 1, signals, console).front();
+    log.conclude();
+    if (outcome.status == EXIT_INTERRUPTED) {
+        return std::nullopt;
+    }
+    return outcome.reason.empty() ? log.lastWords : outcome.reason;
+}
+
+} // namespace velacreate
