@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <thread>
 
 #include <fcntl.h>
@@ -304,6 +305,7 @@ TEST_F(ChildTest, EventsComeInOrderAndWhole) {
         reporter.message(2, "");
         reporter.changing();
         reporter.note(std::string(100000, 'x') + "end");
+        reporter.sum("a file", "0f");
         reporter.reason("why");
         return 0;
     });
@@ -312,7 +314,7 @@ TEST_F(ChildTest, EventsComeInOrderAndWhole) {
         const auto text = event.text.size() < 1000 ? event.text : std::to_string(event.text.size());
         seen += std::string(1, static_cast<char>(event.kind)) + text + ";";
     }
-    EXPECT_EQ(seen, "sone\ntwo;e12;d5;fbad;p;c;n32768;rwhy;");
+    EXPECT_EQ(seen, "sone\ntwo;e12;d5;fbad;p;c;n32768;h0f a file;rwhy;");
     EXPECT_EQ(endOf(process), 0);
 }
 
@@ -356,6 +358,7 @@ TEST_F(WatchTest, OutcomesOfAllEndsInOrder) {
                         reporter.message(0, "first");
                         reporter.message(2, "progress");
                         reporter.message(0, "second");
+                        reporter.sum("a file", "0f");
                         return 109;
                     },
                     [](Reporter&) -> int { throw Refusal("refused"); },
@@ -376,6 +379,7 @@ TEST_F(WatchTest, OutcomesOfAllEndsInOrder) {
               (std::vector{109, EXIT_REFUSED, EXIT_UNFINISHED, EXIT_UNFINISHED, 0, 1, 0}));
     EXPECT_EQ(outcomes[0].failures, (Lines{"first", "second"}));
     EXPECT_TRUE(outcomes[0].hasChanged);
+    EXPECT_EQ(outcomes[0].sums, (std::map<std::string, std::string>{{"a file", "0f"}}));
     EXPECT_EQ(outcomes[1].reason + outcomes[2].reason + outcomes[3].reason, "refusedfailedthrown");
     EXPECT_TRUE(outcomes[4].failures.empty() && outcomes[4].reason.empty() && !outcomes[4].hasChanged);
     ASSERT_EQ(outcomes[5].failures.size(), 30002U);

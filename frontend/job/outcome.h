@@ -2,6 +2,7 @@
 /// How a job has ended.
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,7 @@ struct Outcome {
     double seconds;
     double bytesPerSecond = 0; ///< written to the medium; 0 when it was not counted
     JobKind kind = JobKind::making;
+    std::map<std::string, std::string> sums = {}; ///< SHA-256, by the place of the file
 };
 
 } // namespace velacreate

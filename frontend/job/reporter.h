@@ -20,6 +20,7 @@ struct Event {
         burning = 'b',  ///< from here on, an end would spoil a disc
         finding = 'i',  ///< a difference, where it is the difference that was asked for
         note = 'n',     ///< what the user should know, though nothing is wrong
+        sum = 'h',      ///< the SHA-256 sum of a file, a blank, and the file's place
         end = 'x',      ///< there will be no further event
         reason = 'r',   ///< why the job fails, in the words of a tool or of velacreate
     };
@@ -43,6 +44,9 @@ public:
     void burning() const { send(Event::Kind::burning, ""); }
     void finding(const std::string& text) const { send(Event::Kind::finding, text); }
     void note(const std::string& text) const { send(Event::Kind::note, text); }
+    void sum(const std::string& place, const std::string& sum) const {
+        send(Event::Kind::sum, sum + " " + place);
+    }
     void reason(const std::string& text) const { send(Event::Kind::reason, text); }
 
 private:

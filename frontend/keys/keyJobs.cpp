@@ -1,11 +1,8 @@
 #include "keys/keyJobs.h"
 
 #include "inputs/checksum.h"
-#include "inputs/jobNames.h"
-#include "support/failure.h"
 
 #include <deque>
-#include <fstream>
 
 #include <fcntl.h>
 
@@ -13,33 +10,13 @@ namespace velacreate {
 
 namespace {
 
-const std::string SUMS = std::string(LIBRARY_FOLDER) + "/sums";
-
-void writeSums(const UpdateFiles& updates, const Descriptor& staged) {
-    std::ofstream sums(SUMS);
+void sumUp(const UpdateFiles& updates, const Descriptor& staged, Reporter& reporter) {
+    reporter.stage("Summing up the files");
     for (const auto& [place, entry] : updates.entries()) {
         if (!entry.isDirectory) {
-            const auto file = openBeneath(staged.number(), place, O_RDONLY);
-            sums << sha256Of(file) << place << '\n';
+            reporter.sum(place, sha256Of(openBeneath(staged.number(), place, O_RDONLY)));
         }
     }
-    if (!sums.flush()) {
-        throw Failure("the sums of the update files cannot be kept");
-    }
-}
-
-UpdateSums readSums(const Descriptor& staged) {
-    constexpr std::size_t LENGTH = 64; // of a sum
-    UpdateSums sums;
-    const auto file = openBeneath(staged.number(), SUMS, O_RDONLY);
-    std::ifstream lines(file.path());
-    if (!file.isOpen() || !lines) {
-        throw Failure("the sums of the update files were not kept");
-    }
-    for (std::string line; std::getline(lines, line);) {
-        sums[line.substr(LENGTH)] = line.substr(0, LENGTH);
-    }
-    return sums;
 }
 
 } // namespace
@@ -50,16 +27,16 @@ std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>&
     const auto staged = stageShared(call, PackageForm::archive, sharedStaging,
                                     [&](const Descriptor& here, Reporter& reporter) {
                                         if (sums != nullptr) {
-                                            reporter.stage("Summing up the files");
-                                            writeSums(call.inputs.updates, here);
+                                            sumUp(call.inputs.updates, here, reporter);
                                         }
                                     });
     if (staged.status != 0) {
         keepIfWanted(call.choices, sharedStaging, call.console);
-        return std::vector<Outcome>(tasks.size(), staged); // NOLINT(modernize-return-braced-init-list)
+        std::vector<Outcome> none(tasks.size(), staged);
+        return none;
     }
     if (sums != nullptr) {
-        *sums = readSums(sharedStaging.directory());
+        *sums = staged.sums;
     }
 
     std::deque<JobDirectory> jobDirectories;
