@@ -62,14 +62,14 @@ std::string readFrom(const Descriptor& terminal) {
 
 TEST_F(DisplayTest, PlainLinesWithoutATerminal) {
     EXPECT_EQ(outputOf([] {
-                  Console console(false, "");
+                  Console console;
                   auto& progress = console.beginProgress({"sda", "sdb"});
                   progress.stage(1, "Copying", 10);
                   progress.done(1, 5);
-                  progress.stage(0, "Copying");
+                  progress.stage(0, "Copying", 0);
                   progress.ended(1, "made");
                   console.complain("careful");
-                  console.beginProgress({"sda"}).stage(0, "Writing");
+                  console.beginProgress({"sda"}).stage(0, "Writing", 0);
                   console.endProgress();
               }),
               "sdb: Copying...\nsda: Copying...\nWriting...\n|velacreate: careful\n");
@@ -87,7 +87,7 @@ TEST_F(DisplayTest, FiguresGoWholeFromANarrowTerminal) {
     std::string said;
     {
         const Redirected output(STDOUT_FILENO, terminal);
-        Console console(false, "");
+        Console console;
         auto& progress = console.beginProgress({"k", "sdb", "sdc"});
         std::size_t medium = 0;
         for (const char* stage : {"Copy", "Copying the files", "Copying all the files that are there"}) {
@@ -115,10 +115,12 @@ TEST_F(DisplayTest, TableAlignsWhatIsThere) {
     table.add({"sda", "", "St\u00fcck", "made"});
     table.add({"sdb", "", "\033[2J"});
     table.add({"a long name", "", "\xfcx", "failed"});
+    table.add({"wide", "", "\u6280\u8853", "u\u0308"}); // of two columns each, and of none
     EXPECT_EQ(table.text(), "Key          Model  Result\n"
                             "sda          St\u00fcck  made\n"
                             "sdb          ?[2J\n"
-                            "a long name  ?x     failed\n");
+                            "a long name  ?x     failed\n"
+                            "wide         \u6280\u8853   u\u0308\n");
 }
 
 /// Each row: status, reason, the library's messages, what else is so, seconds; then the exit status and what
@@ -135,7 +137,8 @@ TEST_F(DisplayTest, LastLineOfEachKindOfOutcome) {
                               std::stod(row[4]), 4.2e6,  kind};
         int status = -1;
         const auto output = outputOf([&] {
-            Console console(isVerbose, "");
+            Console console;
+            console.openLog(isVerbose, "");
             status = conclude(console, outcome, "it", "3 MiB");
         });
         EXPECT_EQ(output, row[6] + "|" + row[7]);
@@ -161,15 +164,17 @@ TEST_F(DisplayTest, EachResultCodeOfTheLibraryHasAMeaning) {
 TEST_F(DisplayTest, LogIsAppendedToAFileOnly) {
     shell("echo before >log && mkfifo fifo");
     EXPECT_EQ(outputOf([] {
-                  Console console(false, "log");
+                  Console console;
                   console.message(0, "one\033[2J\ntwo");
-                  console.say("three");
+                  console.openLog(false, "log");
+                  console.sayLines("three\nfour\n");
               }),
-              "three\n|");
-    EXPECT_TRUE(std::regex_match(contentOf("log"), std::regex("before\n[-\\d]+ [:\\d]+ 0 one\\?\\[2J\\?two\n"
-                                                              "[-\\d]+ [:\\d]+ 2 three\n")));
+              "three\nfour\n|");
+    EXPECT_TRUE(
+        std::regex_match(contentOf("log"), std::regex("before\n[-\\d]+ [:\\d]+ 0 one\\?\\[2J\\?two\n"
+                                                      "[-\\d]+ [:\\d]+ 2 three\n[-\\d]+ [:\\d]+ 2 four\n")));
     const auto resultOf = [](const std::string& path) {
-        return outcomeOf([&] { return Console(false, path), std::string("fine"); });
+        return outcomeOf([&] { return Console().openLog(false, path), std::string("fine"); });
     };
     const auto reader = opened("fifo", O_RDONLY | O_NONBLOCK);
     EXPECT_EQ(resultOf("fifo"), "refused: the log file 'fifo' is no file");

@@ -2,8 +2,8 @@
 #include "inputs/limits.h"
 #include "inputs/toolPackage.h"
 #include "inputs/updateFiles.h"
-#include "support/sizeText.h"
 #include "support/sizes.h"
+#include "support/texts.h"
 
 #include <cerrno>
 #include <chrono>

@@ -106,7 +106,8 @@ struct FrontEndTest : JobTest {
         for (const auto& work : works) {
             jobs.push_back({"medium " + std::to_string(jobs.size()), here.number(), work});
         }
-        Console console(false, "log");
+        Console console;
+        console.openLog(false, "log");
         return supervise(jobs, atOnce, signals, console);
     }
 
@@ -450,7 +451,7 @@ TEST_F(WatchTest, ServerRunsUntilWhatItNeedsIsGoneOrAnInterrupt) {
                      }};
     server.takeLine = [&](const std::string& line, Progress&) { lines.push_back(line); };
     server.whatIsGone = [&] { return lines.empty() ? "" : "it is gone"; };
-    Console console(false, "");
+    Console console;
     const auto gone = supervise({server}, 1, signals, console).front();
     EXPECT_EQ(gone.reason + std::to_string(gone.status), "it is gone" + std::to_string(EXIT_UNFINISHED));
     EXPECT_EQ(lines, (Lines{"one", "two"}));

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <functional>
 #include <initializer_list>
-#include <iostream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -110,8 +109,8 @@ constexpr int MOST_JOBS = 10000; // more than there are ports
 /// The whole command line, and what the user has chosen on it.
 class CommandLine {
 public:
-    explicit CommandLine(const CallerEnvironment& caller)
-        : m_caller(caller), m_app("Makes bootable service media.", "velacreate") {
+    CommandLine(const CallerEnvironment& caller, Console& console)
+        : m_caller(caller), m_console(console), m_app("Makes bootable service media.", "velacreate") {
         m_app.formatter(std::make_shared<HelpText>());
         m_app.require_subcommand(1);
         m_app.set_version_flag("--version", "velacreate " VELACREATE_VERSION, "Print the version and exit");
@@ -154,7 +153,7 @@ private:
 
     void addIso() {
         auto& command = add("iso", "Make a bootable ISO image");
-        call(command, [this] { return makeIso(m_iso, m_caller); });
+        call(command, [this] { return makeIso(m_iso, m_caller, m_console); });
         addJobOptions(command, m_iso.job);
         command.add_option("--output", m_iso.output, "The image, a name that ends in .iso")
             ->required()
@@ -169,7 +168,7 @@ private:
         auto& command = add("usb", "Fill bootable USB keys");
         call(command, [this, &command] {
             requireOneOf(command, {"--device", "--all", "--image"});
-            return makeUsbKey(m_usb, m_caller);
+            return makeUsbKey(m_usb, m_caller, m_console);
         });
         addJobOptions(command, m_usb.job);
         command.add_option("--device", m_usb.devices, "The key, a whole disk; may be given several times")
@@ -197,7 +196,7 @@ private:
 
     void addPxe() {
         auto& command = add("pxe", "Make a network-boot directory");
-        call(command, [this] { return makeNetbootDirectory(m_pxe, m_caller); });
+        call(command, [this] { return makeNetbootDirectory(m_pxe, m_caller, m_console); });
         addJobOptions(command, m_pxe.job);
         command.add_option("--output", m_pxe.output, "The package's directory")->required()->type_name("DIR");
         command.add_flag("--force", m_pxe.force, "Replace a package that is there");
@@ -205,7 +204,7 @@ private:
 
     void addBurn() {
         auto& command = add("burn", "Burn an image to a CD or DVD");
-        call(command, [this] { return burn(m_burn, m_caller); });
+        call(command, [this] { return burn(m_burn, m_caller, m_console); });
         command.add_option("IMAGE", m_burn.image, "The image")->required();
         command.add_option("DEVICE", m_burn.device, "The drive")->required();
         command.add_flag("--quiet", m_burn.quiet, "Announce no stages");
@@ -224,7 +223,7 @@ private:
             }
             refuseWithout(command, {"--package"}, {"--directory", "--keep", "--platform", "--work"});
             refuseWithout(command, {"--image", "--disc"}, {"--platform"});
-            return verify(m_verify, m_caller);
+            return verify(m_verify, m_caller, m_console);
         });
         addPackage(command, m_verify.job)
             ->description("The tool package; needed unless a --disc is compared with its image");
@@ -247,7 +246,7 @@ private:
 
     void addServe() {
         auto& command = add("serve", "Boot machines on a network from a package");
-        call(command, [this] { return serve(m_serve); });
+        call(command, [this] { return serve(m_serve, m_console); });
         command.add_option("DIR", m_serve.directory, "The network-boot directory")->required();
         command.add_option("--interface", m_serve.interface, "The network port that the machines are on")
             ->required()
@@ -263,13 +262,13 @@ private:
 
     void addIdentify() {
         auto& command = add("identify", "Show vendor, model and size of a key");
-        call(command, [this] { return identify(m_device); });
+        call(command, [this] { return identify(m_device, m_console); });
         command.add_option("DEVICE", m_device, "The key, a whole disk")->required();
     }
 
     void addList() {
         auto& command = add("list", "Show the removable and the USB disks");
-        call(command, [this] { return listDisks(m_json); });
+        call(command, [this] { return listDisks(m_json, m_console); });
         command.add_flag("--json", m_json, "For a program to read");
     }
 
@@ -278,8 +277,7 @@ private:
         call(command, [this] {
             const auto& told = m_command.empty() ? m_app : commandNamed(m_command);
             const auto name = m_command.empty() ? "velacreate" : "velacreate " + m_command;
-            std::cout << m_app.get_formatter()->make_help(&told, name, CLI::AppFormatMode::Normal)
-                      << std::flush;
+            Console::printResult(m_app.get_formatter()->make_help(&told, name, CLI::AppFormatMode::Normal));
             return 0;
         });
         command.add_option("COMMAND", m_command, "The command");
@@ -318,7 +316,7 @@ private:
     /// What nobody knows is named before what is missing, which may be but mistyped.
     [[noreturn]] void refuse(const CLI::ParseError& error) const {
         if (const auto early = m_app.remaining(); !early.empty() && !m_app.get_subcommands().empty()) {
-            throw Refusal("the option " + quote(early.front()) + " stands behind the command, if it has one");
+            throw Refusal("put " + printable(early.front()) + " after the command");
         }
         const auto chosen = m_app.get_subcommands();
         const auto& command = chosen.empty() ? m_app : *chosen.front();
@@ -340,6 +338,7 @@ private:
     }
 
     const CallerEnvironment& m_caller;
+    Console& m_console;
     CLI::App m_app;
     std::function<int()> m_run;
     IsoChoices m_iso;
@@ -355,8 +354,8 @@ private:
 
 } // namespace
 
-int runCommandLine(int argc, char** argv, const CallerEnvironment& caller) {
-    return CommandLine(caller).run(argc, argv);
+int runCommandLine(int argc, char** argv, const CallerEnvironment& caller, Console& console) {
+    return CommandLine(caller, console).run(argc, argv);
 }
 
 } // namespace velacreate

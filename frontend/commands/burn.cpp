@@ -4,8 +4,9 @@
 
 namespace velacreate {
 
-int burn(const BurnChoices& choices, const CallerEnvironment& caller) {
-    return Burner(choices.device, caller).burn(choices.image, choices.quiet, choices.verify, choices.show);
+int burn(const BurnChoices& choices, const CallerEnvironment& caller, Console& console) {
+    return Burner(choices.device, caller)
+        .burn(choices.image, choices.quiet, choices.verify, choices.show, console);
 }
 
 } // namespace velacreate

@@ -24,7 +24,8 @@ std::string noteOn(const std::string& checksum) {
     return isThere ? "Note: " + quote(checksum) + " is of an earlier image" : "";
 }
 
-int makeImage(const IsoChoices& choices, const Output& output, const CallerEnvironment& caller) {
+int makeImage(const IsoChoices& choices, const Output& output, const CallerEnvironment& caller,
+              Console& console) {
     const bool isPowerPc = choices.platform == "ppc";
     std::optional<Output> checksum;
     if (choices.checksum) {
@@ -48,21 +49,23 @@ int makeImage(const IsoChoices& choices, const Output& output, const CallerEnvir
                                  isPowerPc ? VelaCreation::PLATFORM_PPC : VelaCreation::PLATFORM_LINUX);
     };
     return makeOutput({choices.job, inputs, toolkit, output, checksum ? &*checksum : nullptr,
-                       checksum ? "" : noteOn(output.path() + CHECKSUM_ENDING), workflow});
+                       checksum ? "" : noteOn(output.path() + CHECKSUM_ENDING), workflow},
+                      console);
 }
 
 } // namespace
 
-int makeIso(const IsoChoices& choices, const CallerEnvironment& caller) {
+int makeIso(const IsoChoices& choices, const CallerEnvironment& caller, Console& console) {
     requireSourceDate();
     std::optional<Burner> burner; // so that a wrong drive is reported before the image is made
     if (!choices.burner.empty()) {
         burner.emplace(choices.burner, caller);
     }
     const auto output = Output::image(choices.output, choices.force);
-    const int status = makeImage(choices, output, caller);
-    return status == 0 && burner ? burner->burn(output.path(), false, choices.job.verify, choices.job.show)
-                                 : status;
+    const int status = makeImage(choices, output, caller, console);
+    return status == 0 && burner
+               ? burner->burn(output.path(), false, choices.job.verify, choices.job.show, console)
+               : status;
 }
 
 } // namespace velacreate

@@ -8,7 +8,7 @@
 
 namespace velacreate {
 
-int makeNetbootDirectory(const PxeChoices& choices, const CallerEnvironment& caller) {
+int makeNetbootDirectory(const PxeChoices& choices, const CallerEnvironment& caller, Console& console) {
     requireSourceDate();
     const Toolkit toolkit(caller.toolkit, Launchers::ofNetboot);
     requireProgramsOf(kindOf(MediumKind::netbootDirectory), toolkit);
@@ -23,7 +23,7 @@ int makeNetbootDirectory(const PxeChoices& choices, const CallerEnvironment& cal
         auto files = inputs.updates.topLevel();
         return builder.CreateIMG("..", inputs.kind.place, files, PACKAGE_NAME);
     };
-    return makeOutput({choices.job, inputs, toolkit, output, nullptr, "", workflow});
+    return makeOutput({choices.job, inputs, toolkit, output, nullptr, "", workflow}, console);
 }
 
 } // namespace velacreate

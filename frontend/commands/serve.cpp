@@ -7,7 +7,6 @@
 #include "support/failure.h"
 #include "support/programs.h"
 
-#include <iostream>
 #include <optional>
 
 #include <unistd.h>
@@ -32,14 +31,14 @@ std::optional<AddressRange> rangeFor(const ServeChoices& choices, const NetworkP
 }
 
 /// @return 0, or EXIT_INTERRUPTED
-int askToHandOut(const AddressRange& range, const ServeChoices& choices, const HeldSignals& signals) {
-    std::cout << "Every machine on " << choices.interface << ", network " << range.network.text()
-              << ", that asks for an address will get one of " << range.text()
-              << ".\nWhere a DHCP server is at work already, this disturbs everyone; --proxy does not."
-              << std::endl;
+int askToHandOut(const AddressRange& range, const ServeChoices& choices, const HeldSignals& signals,
+                 Console& console) {
+    console.say("Every machine on " + choices.interface + ", network " + range.network.text() +
+                ", that asks for an address will get one of " + range.text() + ".");
+    console.say("Where a DHCP server is at work already, this disturbs everyone; --proxy does not.");
     return choices.yes ? 0
                        : askForYes(signals, "without a terminal, only --yes lets addresses be handed out",
-                                   "nothing was served");
+                                   "nothing was served", console);
 }
 
 void announce(const NetbootDirectory& directory, const NetworkPort& port,
@@ -57,7 +56,7 @@ void announce(const NetbootDirectory& directory, const NetworkPort& port,
 
 } // namespace
 
-int serve(const ServeChoices& choices) {
+int serve(const ServeChoices& choices, Console& console) {
     validateOptions(choices);
     requirePrograms({"dnsmasq"});
     const auto path = absolutePath(choices.directory);
@@ -65,9 +64,9 @@ int serve(const ServeChoices& choices) {
     const NetworkPort port(choices.interface);
     const auto range = rangeFor(choices, port);
     port.requireUnserved(choices.proxy);
-    auto console = openConsole(choices.show, path);
+    openLog(console, choices.show, path);
     const HeldSignals signals;
-    if (range && askToHandOut(*range, choices, signals) != 0) {
+    if (range && askToHandOut(*range, choices, signals, console) != 0) {
         console.complain("interrupted; nothing was served");
         return EXIT_INTERRUPTED;
     }

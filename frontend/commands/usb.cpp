@@ -7,7 +7,7 @@
 #include "keys/keys.h"
 #include "support/failure.h"
 #include "support/programs.h"
-#include "support/sizeText.h"
+#include "support/texts.h"
 
 #include <mediaRules.h>
 
@@ -94,17 +94,18 @@ Report openReport(const std::string& path, const std::string& log, const Inputs&
     return Report(path);
 }
 
-int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch) {
-    auto keys = chooseKeys(choices, inputs);
+int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
+             Console& console) {
+    auto keys = chooseKeys(choices, inputs, console);
     inputs.requireRoom(scratch, 1 + countFull(choices, countSelected(keys)), 0);
-    auto console = openConsole(choices.job.show, "", &inputs);
+    openLog(console, choices.job.show, "", &inputs);
     auto report = openReport(choices.report, choices.job.show.log, inputs);
     KeyResults results(keys, choices, report, console);
     if (countSelected(keys) == 0) {
         return results.conclude({});
     }
     const HeldSignals signals;
-    if (const int status = askForConsent(keys, choices, signals); status != 0) {
+    if (const int status = askForConsent(keys, choices, signals, console); status != 0) {
         console.complain("interrupted; nothing was changed");
         return status;
     }
@@ -117,7 +118,8 @@ int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirecto
                                        choices.report.empty() ? nullptr : &results.sums));
 }
 
-int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch) {
+int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
+              Console& console) {
     const auto path = absolutePath(choices.image);
     const Descriptor image(open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
     if (!image.isOpen()) {
@@ -134,7 +136,7 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirect
         throw Refusal("another program is working on " + quote(path));
     }
     inputs.requireRoom(scratch, 2, 0); // packed and unpacked
-    auto console = openConsole(choices.job.show, path, &inputs);
+    openLog(console, choices.job.show, path, &inputs);
     const HeldSignals signals;
     const auto medium = "the key image " + quote(path);
     inputs.announce(console, "Making " + medium + " from");
@@ -150,13 +152,14 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirect
 
 } // namespace
 
-int makeUsbKey(const UsbChoices& choices, const CallerEnvironment& caller) {
+int makeUsbKey(const UsbChoices& choices, const CallerEnvironment& caller, Console& console) {
     requireRoot("a key is mounted and formatted, which");
     validateOptions(choices);
     requireProgramsFor(choices);
     const auto scratch = scratchDirectory(choices.work, caller);
     const Inputs inputs(choices.job, MediumKind::key);
-    return choices.image.empty() ? fillKeys(choices, inputs, scratch) : fillImage(choices, inputs, scratch);
+    return choices.image.empty() ? fillKeys(choices, inputs, scratch, console)
+                                 : fillImage(choices, inputs, scratch, console);
 }
 
 } // namespace velacreate

@@ -7,7 +7,7 @@
 #include "medium/isoImage.h"
 #include "support/failure.h"
 #include "support/programs.h"
-#include "support/sizeText.h"
+#include "support/texts.h"
 
 namespace velacreate {
 
@@ -27,7 +27,7 @@ OpenMedium openDiscIn(const DiscDrive& drive) {
 }
 
 /// Compares a disc with the image that it was burned from.
-int verifyBurntDisc(const VerifyChoices& choices) {
+int verifyBurntDisc(const VerifyChoices& choices, Console& console) {
     if (choices.job.files.size() != 1) {
         throw Refusal("a disc is compared with one image, or with a --package and update files");
     }
@@ -39,7 +39,7 @@ int verifyBurntDisc(const VerifyChoices& choices) {
     }
     const DiscDrive drive(choices.disc);
     requireOtherLog(choices.job.show, image.path);
-    auto console = openConsole(choices.job.show, absolutePath(drive.path()));
+    openLog(console, choices.job.show, absolutePath(drive.path()));
     const HeldSignals signals;
     const auto medium = "the disc in " + drive.name();
     console.say("Comparing " + medium + " with " + image.name);
@@ -48,20 +48,20 @@ int verifyBurntDisc(const VerifyChoices& choices) {
 }
 
 int verifyAlone(const VerifyChoices& choices, MediumKind kind, const NamedDirectory& scratch,
-                const OpenMedium& medium) {
+                const OpenMedium& medium, Console& console) {
     const Inputs inputs(choices.job, kind);
     const auto compare = [&](const Descriptor& staged, Reporter& reporter) {
         return inputs.kind.compare(staged.number(), inputs.contents, medium.file,
                                    beginReadingBack(inputs.contents.size(), reporter));
     };
-    return compareAlone(choices.job, inputs, scratch, medium, compare);
+    return compareAlone(choices.job, inputs, scratch, medium, compare, console);
 }
 
 } // namespace
 
-int verify(const VerifyChoices& choices, const CallerEnvironment& caller) {
+int verify(const VerifyChoices& choices, const CallerEnvironment& caller, Console& console) {
     if (choices.job.package.empty()) {
-        return verifyBurntDisc(choices);
+        return verifyBurntDisc(choices, console);
     }
     const bool isOfKey = !choices.devices.empty() || !choices.keyImage.empty();
     if (isOfKey) {
@@ -70,15 +70,17 @@ int verify(const VerifyChoices& choices, const CallerEnvironment& caller) {
     }
     const auto scratch = scratchDirectory(choices.work, caller);
     if (isOfKey) {
-        return choices.keyImage.empty() ? verifyKeys(choices, scratch) : verifyKeyImage(choices, scratch);
+        return choices.keyImage.empty() ? verifyKeys(choices, scratch, console)
+                                        : verifyKeyImage(choices, scratch, console);
     }
     if (!choices.netbootDirectory.empty()) {
-        return verifyAlone(choices, MediumKind::netbootDirectory, scratch,
-                           openToCompare("the network-boot directory", choices.netbootDirectory, S_IFDIR));
+        const auto directory = openToCompare("the network-boot directory", choices.netbootDirectory, S_IFDIR);
+        return verifyAlone(choices, MediumKind::netbootDirectory, scratch, directory, console);
     }
-    return verifyAlone(
-        choices, choices.platform == "ppc" ? MediumKind::powerPcImage : MediumKind::image, scratch,
-        choices.image.empty() ? openDiscIn(DiscDrive(choices.disc)) : openIsoImage(choices.image));
+    const auto kind = choices.platform == "ppc" ? MediumKind::powerPcImage : MediumKind::image;
+    const auto medium =
+        choices.image.empty() ? openDiscIn(DiscDrive(choices.disc)) : openIsoImage(choices.image);
+    return verifyAlone(choices, kind, scratch, medium, console);
 }
 
 } // namespace velacreate

@@ -3,7 +3,7 @@
 #include "disks/probe.h"
 #include "disks/sysfs.h"
 #include "support/failure.h"
-#include "support/sizeText.h"
+#include "support/texts.h"
 
 #include <cerrno>
 #include <chrono>

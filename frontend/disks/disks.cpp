@@ -44,8 +44,8 @@ bool isRemovable(const fs::path& directory) {
            (holdsRemovable(directory) || !usbDevice(directory).empty());
 }
 
-/// What a disk says of itself is a stranger's text.
-std::string printable(std::string text) {
+/// A disk may say anything of itself.
+std::string asciiOnly(std::string text) {
     const auto isStrange = [](char letter) { return letter < ' ' || letter > '~'; };
     std::replace_if(text.begin(), text.end(), isStrange, '?');
     return text;
@@ -54,7 +54,7 @@ std::string printable(std::string text) {
 std::string firstOf(const std::vector<fs::path>& files) {
     for (const auto& file : files) {
         if (auto text = attribute(file); !text.empty()) {
-            return printable(std::move(text));
+            return asciiOnly(std::move(text));
         }
     }
     return "";

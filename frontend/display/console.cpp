@@ -1,24 +1,29 @@
 #include "display/console.h"
 
 #include "support/failure.h"
-#include "support/keptFile.h"
+#include "support/texts.h"
 
-#include <ctime>
-#include <iomanip>
+#include <iostream>
 #include <sstream>
+#include <utility>
 
 #include <unistd.h>
 
 namespace velacreate {
 
-Console::Console(bool verbose, const std::string& logFile) : m_verbose(verbose) {
+void Console::openLog(bool verbose, const std::string& logFile) {
+    m_verbose = verbose;
     if (!logFile.empty()) {
         m_log = openToAdd("the log file", logFile);
+    }
+    m_isLogChosen = true;
+    for (const auto& line : std::exchange(m_unlogged, {})) {
+        append(line);
     }
 }
 
 Progress& Console::beginProgress(const std::vector<std::string>& media) {
-    m_progress = std::make_unique<Progress>(m_screen, media);
+    m_progress = makeProgress(m_screen, media);
     return *m_progress;
 }
 
@@ -38,26 +43,50 @@ void Console::say(const std::string& text) {
     show(STDOUT_FILENO, text);
 }
 
+void Console::sayLines(const std::string& lines) {
+    std::istringstream stream(lines);
+    for (std::string line; std::getline(stream, line);) {
+        say(line);
+    }
+}
+
 void Console::complain(const std::string& text) {
     log(0, text);
     show(STDERR_FILENO, "velacreate: " + text);
 }
 
-void Console::showLogged(const std::string& text) {
+void Console::ask(const std::string& question) {
+    log(LEVEL_SAID, question);
+    m_screen.write(STDOUT_FILENO, question + " ");
+}
+
+void Console::endQuestion() {
+    m_screen.write(STDOUT_FILENO, "\n");
+}
+
+void Console::showUnlogged(const std::string& text) {
     show(STDERR_FILENO, text);
 }
 
 void Console::log(int level, const std::string& text) {
+    append(localTimeText() + ' ' + std::to_string(level) + ' ' + printable(text) + '\n');
+}
+
+void Console::printResult(const std::string& text) {
+    if (!(std::cout << text << std::flush)) {
+        throw Failure("what was found could not be shown");
+    }
+}
+
+void Console::append(const std::string& line) {
+    if (!m_isLogChosen) {
+        m_unlogged.push_back(line);
+        return;
+    }
     if (!m_log.isOpen()) {
         return;
     }
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    std::ostringstream line;
-    line << std::put_time(&local, "%F %T") << ' ' << level << ' ' << printable(text) << '\n';
-    const auto bytes = line.str();
-    if (write(m_log.number(), bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
+    if (write(m_log.number(), line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
         const auto reason = SystemError().about("the log file is incomplete from here on");
         m_log = Descriptor();
         complain(reason);

@@ -1,13 +1,12 @@
 #include "display/progress.h"
 
 #include "support/failure.h"
-#include "support/sizeText.h"
+#include "support/texts.h"
 
 #include <algorithm>
-#include <cmath>
+#include <chrono>
 #include <cstdlib>
-#include <iomanip>
-#include <sstream>
+#include <utility>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -30,117 +29,141 @@ winsize terminalSize() {
     return size;
 }
 
-std::string timeText(double seconds) {
-    const auto whole = std::lround(seconds);
-    std::ostringstream text;
-    text << whole / 60 << ':' << std::setw(2) << std::setfill('0') << whole % 60;
-    return text.str();
-}
+class PlainProgress : public Progress {
+public:
+    PlainProgress(const Screen& screen, std::vector<std::string> media)
+        : m_screen(screen), m_media(std::move(media)) {}
+
+    void stage(std::size_t medium, const std::string& text, std::uint64_t /*expected*/) override {
+        const auto name = m_media.size() > 1 ? m_media.at(medium) + ": " : "";
+        m_screen.write(STDOUT_FILENO, name + text + "...\n");
+    }
+
+private:
+    const Screen& m_screen;
+    std::vector<std::string> m_media;
+};
+
+class TerminalProgress : public Progress {
+public:
+    TerminalProgress(const Screen& screen, const std::vector<std::string>& media) : m_screen(screen) {
+        for (const auto& medium : media) {
+            m_rows.push_back({medium, "waiting", 0, 0, Clock::now(), false});
+        }
+    }
+    ~TerminalProgress() override { takeOff(); }
+    TerminalProgress(const TerminalProgress&) = delete;
+    TerminalProgress& operator=(const TerminalProgress&) = delete;
+
+    void stage(std::size_t medium, const std::string& text, std::uint64_t expected) override {
+        Row& row = m_rows.at(medium);
+        row = {row.medium, text, expected, 0, Clock::now(), true};
+        draw();
+    }
+
+    void expect(std::size_t medium, std::uint64_t bytes) override { m_rows.at(medium).expected = bytes; }
+    void done(std::size_t medium, std::uint64_t bytes) override { m_rows.at(medium).done = bytes; }
+
+    void ended(std::size_t medium, const std::string& text) override {
+        Row& row = m_rows.at(medium);
+        row = {row.medium, printable(text), 0, 0, row.start, false};
+    }
+
+    void line(std::size_t number, const std::string& text, bool isAtWork) override {
+        m_rows.resize(std::max(m_rows.size(), number + 1));
+        m_rows[number].stage = printable(text);
+        m_rows[number].isAtWork = isAtWork;
+        draw();
+    }
+
+    bool isLive() const override { return true; }
+    void erase() override { takeOff(); }
+
+    void draw() override {
+        const auto size = terminalSize();
+        std::string lines = m_drawn != 0 ? "\033[" + std::to_string(m_drawn) + "A" : "";
+        const auto rows = shownRows(size.ws_row);
+        for (const Row* row : rows) {
+            lines += "\r\033[K" + lineFor(*row, size.ws_col) + "\n";
+        }
+        const auto drawn = rows.size() + (rows.size() < m_rows.size() ? 1 : 0);
+        if (drawn > rows.size()) {
+            lines += "\r\033[K" + std::to_string(m_rows.size() - rows.size()) + " more\n";
+        }
+        lines += m_drawn > drawn ? "\033[J" : "";
+        m_drawn = drawn;
+        m_screen.write(STDOUT_FILENO, lines);
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    struct Row {
+        std::string medium;
+        std::string stage;
+        std::uint64_t expected = 0;
+        std::uint64_t done = 0;
+        Clock::time_point start;
+        bool isAtWork = false;
+    };
+
+    void takeOff() {
+        if (m_drawn != 0) {
+            m_screen.write(STDOUT_FILENO, "\033[" + std::to_string(m_drawn) + "A\r\033[J");
+            m_drawn = 0;
+        }
+    }
+
+    std::vector<const Row*> shownRows(std::size_t height) const {
+        std::vector<const Row*> rows;
+        const bool areAllShown = m_rows.size() <= height;
+        for (const Row& row : m_rows) {
+            if (areAllShown || (row.isAtWork && rows.size() + 1 < height)) {
+                rows.push_back(&row);
+            }
+        }
+        return rows;
+    }
+
+    std::string lineFor(const Row& row, std::size_t width) const {
+        std::string line = (m_rows.size() > 1 && !row.medium.empty() ? row.medium + "  " : "") + row.stage;
+        for (const auto& part : figuresOf(row)) {
+            if (line.size() + part.size() > width) {
+                break;
+            }
+            line += part;
+        }
+        return line.substr(0, width);
+    }
+
+    static std::vector<std::string> figuresOf(const Row& row) {
+        if (row.expected == 0 || row.done == 0) {
+            return {};
+        }
+        const auto done = std::min(row.done, row.expected);
+        std::vector<std::string> figures = {"  " + sizeText(done) + " of " + sizeText(row.expected)};
+        const std::chrono::duration<double> taken = Clock::now() - row.start;
+        if (taken.count() > 1) {
+            const double rate = static_cast<double>(done) / taken.count();
+            figures.push_back(", " + sizeText(static_cast<std::uint64_t>(rate)) + "/s");
+            figures.push_back(", " + remainingText(static_cast<double>(row.expected - done) / rate) +
+                              " left");
+        }
+        return figures;
+    }
+
+    const Screen& m_screen;
+    std::size_t m_drawn = 0; ///< lines on the terminal
+    std::vector<Row> m_rows;
+};
 
 } // namespace
 
-Progress::Progress(const Screen& screen, std::vector<std::string> media)
-    : m_screen(screen), m_isLive(isTerminal()) {
-    for (auto& medium : media) {
-        m_rows.push_back({std::move(medium), "waiting", 0, 0, std::chrono::steady_clock::now(), false});
+std::unique_ptr<Progress> makeProgress(const Screen& screen, const std::vector<std::string>& media) {
+    if (isTerminal()) {
+        return std::make_unique<TerminalProgress>(screen, media);
     }
-}
-
-Progress::~Progress() {
-    erase();
-}
-
-void Progress::stage(std::size_t medium, const std::string& text, std::uint64_t expected) {
-    Row& row = m_rows.at(medium);
-    row = {row.medium, text, expected, 0, std::chrono::steady_clock::now(), true};
-    if (!m_isLive) {
-        m_screen.write(STDOUT_FILENO, (m_rows.size() > 1 ? row.medium + ": " : "") + text + "...\n");
-    } else {
-        draw();
-    }
-}
-
-void Progress::expect(std::size_t medium, std::uint64_t bytes) {
-    m_rows.at(medium).expected = bytes;
-}
-
-void Progress::done(std::size_t medium, std::uint64_t bytes) {
-    m_rows.at(medium).done = bytes;
-}
-
-void Progress::ended(std::size_t medium, const std::string& text) {
-    Row& row = m_rows.at(medium);
-    row = {row.medium, printable(text), 0, 0, row.start, false};
-}
-
-void Progress::line(std::size_t number, const std::string& text, bool isAtWork) {
-    m_rows.resize(std::max(m_rows.size(), number + 1));
-    m_rows[number].stage = printable(text);
-    m_rows[number].isAtWork = isAtWork;
-    draw();
-}
-
-void Progress::erase() {
-    if (m_drawn != 0) {
-        m_screen.write(STDOUT_FILENO, "\033[" + std::to_string(m_drawn) + "A\r\033[J");
-        m_drawn = 0;
-    }
-}
-
-void Progress::draw() {
-    if (!m_isLive) {
-        return;
-    }
-    const auto size = terminalSize();
-    std::string lines = m_drawn != 0 ? "\033[" + std::to_string(m_drawn) + "A" : "";
-    const auto rows = shownRows(size.ws_row);
-    for (const Row* row : rows) {
-        lines += "\r\033[K" + lineFor(*row, size.ws_col) + "\n";
-    }
-    const auto drawn = rows.size() + (rows.size() < m_rows.size() ? 1 : 0);
-    if (drawn > rows.size()) {
-        lines += "\r\033[K" + std::to_string(m_rows.size() - rows.size()) + " more\n";
-    }
-    lines += m_drawn > drawn ? "\033[J" : "";
-    m_drawn = drawn;
-    m_screen.write(STDOUT_FILENO, lines);
-}
-
-std::vector<const Progress::Row*> Progress::shownRows(std::size_t height) const {
-    std::vector<const Row*> rows;
-    const bool areAllShown = m_rows.size() <= height;
-    for (const Row& row : m_rows) {
-        if (areAllShown || (row.isAtWork && rows.size() + 1 < height)) {
-            rows.push_back(&row);
-        }
-    }
-    return rows;
-}
-
-std::string Progress::lineFor(const Row& row, std::size_t width) const {
-    std::string line = (m_rows.size() > 1 && !row.medium.empty() ? row.medium + "  " : "") + row.stage;
-    for (const auto& part : figuresOf(row)) {
-        if (line.size() + part.size() > width) {
-            break;
-        }
-        line += part;
-    }
-    return line.substr(0, width);
-}
-
-std::vector<std::string> Progress::figuresOf(const Row& row) {
-    if (row.expected == 0 || row.done == 0) {
-        return {};
-    }
-    const auto done = std::min(row.done, row.expected);
-    std::vector<std::string> figures = {"  " + sizeText(done) + " of " + sizeText(row.expected)};
-    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - row.start;
-    if (taken.count() > 1) {
-        const double rate = static_cast<double>(done) / taken.count();
-        figures.push_back(", " + sizeText(static_cast<std::uint64_t>(rate)) + "/s");
-        figures.push_back(", " + timeText(static_cast<double>(row.expected - done) / rate) + " left");
-    }
-    return figures;
+    return std::make_unique<PlainProgress>(screen, media);
 }
 
 } // namespace velacreate

@@ -4,7 +4,6 @@
 #include "support/failure.h"
 
 #include <array>
-#include <iostream>
 #include <optional>
 
 #include <poll.h>
@@ -34,14 +33,15 @@ std::optional<std::string> readAnswer(const HeldSignals& signals) {
 
 } // namespace
 
-int askForYes(const HeldSignals& signals, const std::string& unasked, const std::string& refused) {
+int askForYes(const HeldSignals& signals, const std::string& unasked, const std::string& refused,
+              Console& console) {
     if (isatty(STDIN_FILENO) == 0) {
         throw Refusal(unasked);
     }
-    std::cout << "Type yes to go on: " << std::flush;
+    console.ask("Type yes to go on:");
     const auto answer = readAnswer(signals);
     if (!answer) {
-        std::cout << std::endl;
+        console.endQuestion();
         return EXIT_INTERRUPTED;
     }
     if (*answer != "yes") {

@@ -2,6 +2,7 @@
 /// The question that comes before something is done that cannot be undone.
 #pragma once
 
+#include "display/console.h"
 #include "job/heldSignals.h"
 
 #include <string>
@@ -13,6 +14,7 @@ namespace velacreate {
 /// @param refused  what is said of any other answer
 /// @return 0, or EXIT_INTERRUPTED
 /// @throw Refusal
-int askForYes(const HeldSignals& signals, const std::string& unasked, const std::string& refused);
+int askForYes(const HeldSignals& signals, const std::string& unasked, const std::string& refused,
+              Console& console);
 
 } // namespace velacreate

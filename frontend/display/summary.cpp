@@ -1,10 +1,7 @@
 #include "display/summary.h"
 
 #include "support/exitStatus.h"
-
-#include <cmath>
-#include <iomanip>
-#include <sstream>
+#include "support/texts.h"
 
 namespace velacreate {
 
@@ -37,20 +34,8 @@ bool isFinding(const Outcome& outcome) {
     return outcome.status == EXIT_DIFFERENT && outcome.kind != JobKind::making;
 }
 
-std::string timeText(double seconds) {
-    const auto whole = std::lround(seconds);
-    return (whole < 60 ? "" : std::to_string(whole / 60) + " min ") + std::to_string(whole % 60) + " s";
-}
-
 std::string ended(const std::string& sentence) {
     return std::string(".!?").find(sentence.back()) != std::string::npos ? sentence : sentence + ".";
-}
-
-std::string rateText(double bytesPerSecond) {
-    std::ostringstream text;
-    const double megabytes = bytesPerSecond / 1e6;
-    text << std::fixed << std::setprecision(megabytes < 10 ? 1 : 0) << megabytes << " MB/s";
-    return text.str();
 }
 
 } // namespace
@@ -90,7 +75,7 @@ std::string resultText(const Outcome& outcome, bool wasReadBack) {
     if (outcome.status != 0) {
         return (isFinding(outcome) ? "" : "failed: ") + failureText(outcome);
     }
-    return resultWord(outcome) + ", " + timeText(outcome.seconds) +
+    return resultWord(outcome) + ", " + durationText(outcome.seconds) +
            (outcome.bytesPerSecond > 0 ? ", " + rateText(outcome.bytesPerSecond) : "") +
            readBackText(wasReadBack);
 }
@@ -99,7 +84,8 @@ int conclude(Console& console, const Outcome& outcome, const std::string& medium
     const auto words = wordsOf(outcome);
     const std::string state = outcome.hasChanged ? "is now incomplete" : words.undone;
     if (outcome.status == 0) {
-        console.say(words.done + medium + ", " + made + words.finding + ", in " + timeText(outcome.seconds));
+        console.say(words.done + medium + ", " + made + words.finding + ", in " +
+                    durationText(outcome.seconds));
         return 0;
     }
     if (outcome.status == EXIT_INTERRUPTED) {
@@ -112,7 +98,7 @@ int conclude(Console& console, const Outcome& outcome, const std::string& medium
     }
     if (!console.isVerbose()) {
         for (const auto& line : outcome.failures) {
-            console.showLogged(line);
+            console.showUnlogged(line);
         }
     }
     const auto what = (isFinding(outcome) ? "" : state + ": ") + failureText(outcome);

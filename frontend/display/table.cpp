@@ -4,50 +4,71 @@
 #include "support/utf8.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <sstream>
+
+#include <libsmartcols.h>
 
 namespace velacreate {
 
 namespace {
 
-/// In characters; the text is printable.
-std::size_t lengthOf(const std::string& text) {
-    return decoded(text)->size();
+using Layout = std::unique_ptr<libscols_table, decltype(&scols_unref_table)>;
+
+void require(bool isDone) {
+    if (!isDone) {
+        throw Failure("a table cannot be laid out");
+    }
+}
+
+std::string printed(const Layout& layout) {
+    char* data = nullptr;
+    require(scols_print_table_to_string(layout.get(), &data) == 0);
+    const std::unique_ptr<char, decltype(&std::free)> owner(data, std::free);
+    return data;
+}
+
+std::string withoutBlanksAtTheEnd(const std::string& text) {
+    std::istringstream lines(text);
+    std::string result;
+    for (std::string line; std::getline(lines, line);) {
+        result += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+    }
+    return result;
 }
 
 } // namespace
 
-Table::Table(std::vector<std::string> headings) : m_rows{std::move(headings)} {}
+Table::Table(std::vector<std::string> headings) : m_headings(std::move(headings)) {}
 
 void Table::add(std::vector<std::string> cells) {
     std::transform(cells.begin(), cells.end(), cells.begin(), printable);
-    cells.resize(m_rows.front().size());
+    cells.resize(m_headings.size());
     m_rows.push_back(std::move(cells));
 }
 
 std::string Table::text() const {
-    std::vector<std::size_t> widths;
-    for (std::size_t column = 0; column < m_rows.front().size(); ++column) {
-        widths.push_back(widthOf(column));
-    }
-    std::string text;
-    for (const auto& row : m_rows) {
-        std::string line;
-        for (std::size_t column = 0; column < row.size(); ++column) {
-            if (widths[column] != 0) {
-                line += row[column] + std::string(widths[column] - lengthOf(row[column]) + 2, ' ');
-            }
+    const Utf8Locale locale; // which is asked how wide a character is
+    const Layout layout(scols_new_table(), scols_unref_table);
+    require(layout && scols_table_set_column_separator(layout.get(), "  ") == 0 &&
+            scols_table_set_termforce(layout.get(), SCOLS_TERMFORCE_NEVER) == 0);
+    std::vector<std::size_t> columns;
+    for (std::size_t column = 0; column < m_headings.size(); ++column) {
+        if (std::any_of(m_rows.begin(), m_rows.end(),
+                        [&](const auto& row) { return !row[column].empty(); })) {
+            require(scols_table_new_column(layout.get(), m_headings[column].c_str(), 0, 0) != nullptr);
+            columns.push_back(column);
         }
-        text += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
     }
-    return text;
-}
-
-std::size_t Table::widthOf(std::size_t column) const {
-    std::size_t width = 0;
-    for (auto row = m_rows.begin() + 1; row != m_rows.end(); ++row) {
-        width = std::max(width, lengthOf((*row)[column]));
+    for (const auto& row : m_rows) {
+        auto* const line = scols_table_new_line(layout.get(), nullptr);
+        require(line != nullptr);
+        for (std::size_t at = 0; at < columns.size(); ++at) {
+            require(scols_line_set_data(line, at, row[columns[at]].c_str()) == 0);
+        }
     }
-    return width == 0 ? 0 : std::max(width, lengthOf(m_rows.front()[column]));
+    return withoutBlanksAtTheEnd(printed(layout));
 }
 
 } // namespace velacreate

@@ -19,10 +19,8 @@ public:
     std::string text() const;
 
 private:
-    /// @return 0 for a column that is left out
-    std::size_t widthOf(std::size_t column) const;
-
-    std::vector<std::vector<std::string>> m_rows; ///< the headings first
+    std::vector<std::string> m_headings;
+    std::vector<std::vector<std::string>> m_rows;
 };
 
 } // namespace velacreate

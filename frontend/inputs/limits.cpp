@@ -2,7 +2,7 @@
 
 #include "inputs/names.h"
 #include "support/failure.h"
-#include "support/sizeText.h"
+#include "support/texts.h"
 #include "support/utf8.h"
 
 #include <algorithm>

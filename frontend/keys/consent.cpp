@@ -3,9 +3,8 @@
 #include "disks/inventory.h"
 #include "display/question.h"
 #include "display/table.h"
-#include "support/sizeText.h"
+#include "support/texts.h"
 
-#include <iostream>
 #include <string>
 
 namespace velacreate {
@@ -34,14 +33,16 @@ std::string consequence(const UsbChoices& choices, bool isOne) {
 
 } // namespace
 
-int askForConsent(const std::vector<Key>& keys, const UsbChoices& choices, const HeldSignals& signals) {
+int askForConsent(const std::vector<Key>& keys, const UsbChoices& choices, const HeldSignals& signals,
+                  Console& console) {
     const bool isOne = keys.size() == 1;
-    std::cout << tableOf(keys) << consequence(choices, isOne) << std::endl;
+    console.sayLines(tableOf(keys));
+    console.say(consequence(choices, isOne));
     if (choices.yes) {
         return 0;
     }
     return askForYes(signals, "without a terminal, only --yes lets a key be changed",
-                     isOne ? "the key was left as it is" : "the keys were left as they are");
+                     isOne ? "the key was left as it is" : "the keys were left as they are", console);
 }
 
 } // namespace velacreate

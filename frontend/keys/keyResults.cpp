@@ -4,11 +4,10 @@
 #include "display/table.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
-#include "support/sizeText.h"
+#include "support/texts.h"
 
 #include <map>
 #include <set>
-#include <sstream>
 
 namespace velacreate {
 
@@ -33,7 +32,7 @@ void showFailures(const Key& key, const Outcome& outcome, Console& console) {
         return;
     }
     for (const auto& line : outcome.failures) {
-        console.showLogged(key.disk.node() + ": " + line);
+        console.showUnlogged(key.disk.node() + ": " + line);
     }
 }
 
@@ -60,10 +59,7 @@ int concludeSeveral(Console& console, const std::vector<Key>& keys, const std::v
         nextSteps.insert(nextStep(outcome));
         status = status == 0 ? exitStatus(outcome.status).status : status;
     }
-    std::istringstream lines(tableText(keys, results, wasReadBack));
-    for (std::string line; std::getline(lines, line);) {
-        console.say(line);
-    }
+    console.sayLines(tableText(keys, results, wasReadBack));
     for (const auto& step : nextSteps) {
         if (!step.empty()) {
             console.say(step);

@@ -5,12 +5,11 @@
 #include "disks/guard.h"
 #include "inputs/limits.h"
 #include "support/failure.h"
-#include "support/sizeText.h"
+#include "support/texts.h"
 
 #include <mediaRules.h>
 
 #include <algorithm>
-#include <iostream>
 
 #include <fcntl.h>
 
@@ -85,10 +84,10 @@ std::vector<Disk> removableMedia() {
     return disks;
 }
 
-void leaveOutForeign(std::vector<Key>& keys) {
+void leaveOutForeign(std::vector<Key>& keys, Console& console) {
     for (const auto& key : keys) {
         if (!key.isForKeys) {
-            std::cout << "Left out: " << printable(key.ineligibility) << std::endl;
+            console.say("Left out: " + key.ineligibility);
         }
     }
     keys.erase(std::remove_if(keys.begin(), keys.end(), [](const Key& key) { return !key.isForKeys; }),
@@ -131,13 +130,13 @@ void requireSelectedIfAlone(const std::vector<Key>& keys) {
     }
 }
 
-std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs) {
+std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs, Console& console) {
     std::vector<Key> keys;
     for (const auto& disk : choices.all ? removableMedia() : namedDisks(choices.devices)) {
         keys.push_back(examined(disk, choices, inputs));
     }
     if (choices.all) {
-        leaveOutForeign(keys);
+        leaveOutForeign(keys, console);
     }
     requireSelectedIfAlone(keys);
     return keys;

@@ -26,7 +26,7 @@ struct Key {
 /// guard takes, the others being named on standard output.
 /// @throw Refusal when one that was named is no disk or was named twice, when one alone is not to be made, or
 /// when there is no removable medium for a key
-std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs);
+std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs, Console& console);
 
 /// @return the disks that paths name
 /// @throw Refusal when one is none, or was named twice

@@ -1,15 +1,12 @@
 #include "keys/report.h"
 
 #include "support/failure.h"
-#include "support/keptFile.h"
+#include "support/texts.h"
 
 #include <nlohmann/json.hpp>
 
 #include <cerrno>
 #include <cmath>
-#include <ctime>
-#include <iomanip>
-#include <sstream>
 
 #include <unistd.h>
 
@@ -19,25 +16,21 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string timeText() {
-    const std::time_t now = std::time(nullptr);
-    std::tm universal{};
-    gmtime_r(&now, &universal);
-    std::ostringstream text;
-    text << std::put_time(&universal, "%FT%TZ");
-    return text.str();
-}
-
 std::string lineOf(const KeyRecord& key, const UpdateSums& updates) {
     auto sums = Json::array();
     for (const auto& [place, sum] : updates) {
         sums.push_back(Json{{"place", place}, {"sha256", sum}});
     }
-    const Json line = {{"time", timeText()},       {"node", key.node},
-                       {"port", key.about.port},   {"vendor", key.about.vendor},
-                       {"model", key.about.model}, {"serial", key.about.serial},
-                       {"size", key.about.size},   {"result", key.result},
-                       {"reason", key.reason},     {"seconds", std::round(key.seconds * 10) / 10},
+    const Json line = {{"time", universalTimeText()},
+                       {"node", key.node},
+                       {"port", key.about.port},
+                       {"vendor", key.about.vendor},
+                       {"model", key.about.model},
+                       {"serial", key.about.serial},
+                       {"size", key.about.size},
+                       {"result", key.result},
+                       {"reason", key.reason},
+                       {"seconds", std::round(key.seconds * 10) / 10},
                        {"updates", sums}};
     return line.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
 }

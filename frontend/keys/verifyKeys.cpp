@@ -84,7 +84,7 @@ int conclude(Console& console, const std::vector<Key>& keys, const std::vector<O
 
 } // namespace
 
-int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch) {
+int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
     const Inputs inputs(choices.job, MediumKind::key);
     std::vector<Key> keys;
     for (const auto& disk : namedDisks(choices.devices)) {
@@ -92,7 +92,7 @@ int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch) {
     }
     requireSelectedIfAlone(keys);
     inputs.requireRoom(scratch, 1, 0);
-    auto console = openConsole(choices.job.show, "", &inputs);
+    openLog(console, choices.job.show, "", &inputs);
     if (countSelected(keys) == 0) {
         return conclude(console, keys, {});
     }
@@ -110,7 +110,7 @@ int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch) {
     return conclude(console, keys, compareMedia({choices.job, inputs, scratch, signals, console}, media));
 }
 
-int verifyKeyImage(const VerifyChoices& choices, const NamedDirectory& scratch) {
+int verifyKeyImage(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
     const auto medium = openToCompare("the key image", choices.keyImage, S_IFREG);
     if (!holdsFat(medium.file, KEY_IMAGE_OFFSET)) {
         throw Refusal(medium.name + " holds no FAT file system at byte " + std::to_string(KEY_IMAGE_OFFSET));
@@ -119,10 +119,10 @@ int verifyKeyImage(const VerifyChoices& choices, const NamedDirectory& scratch) 
         throw Refusal("another program is working on " + medium.name);
     }
     const Inputs inputs(choices.job, MediumKind::key);
-    return compareAlone(
-        choices.job, inputs, scratch, medium, [&](const Descriptor& staged, Reporter& reporter) {
-            return compareKey({medium.file, std::nullopt, medium.path}, inputs, staged, reporter);
-        });
+    const auto compare = [&](const Descriptor& staged, Reporter& reporter) {
+        return compareKey({medium.file, std::nullopt, medium.path}, inputs, staged, reporter);
+    };
+    return compareAlone(choices.job, inputs, scratch, medium, compare, console);
 }
 
 } // namespace velacreate

@@ -3,15 +3,16 @@
 #pragma once
 
 #include "choices.h"
+#include "display/console.h"
 #include "support/descriptor.h"
 
 namespace velacreate {
 
 /// The keys that were named, side by side.
 /// @return the exit status
-int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch);
+int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console);
 
 /// The image of a key.
-int verifyKeyImage(const VerifyChoices& choices, const NamedDirectory& scratch);
+int verifyKeyImage(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console);
 
 } // namespace velacreate

@@ -10,7 +10,7 @@
 #include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/programs.h"
-#include "support/sizeText.h"
+#include "support/texts.h"
 
 #include <bootableiso.h>
 #include <mediaRules.h>
@@ -141,13 +141,14 @@ Burner::Burner(std::string device, const CallerEnvironment& caller)
     requireAnswer(m_device, m_toolkit);
 }
 
-int Burner::burn(const std::string& path, bool isQuiet, bool verify, const ShowChoices& show) const {
+int Burner::burn(const std::string& path, bool isQuiet, bool verify, const ShowChoices& show,
+                 Console& console) const {
     const auto image = openImage(path);
     if (DiscDrive::isFile(m_device, image.status())) {
         throw Refusal("the drive " + quote(m_device) + " is the image itself");
     }
     const auto absolute = absolutePath(path);
-    auto console = openConsole(show, absolute);
+    openLog(console, show, absolute);
     const std::string medium = "the disc in " + m_device;
     console.say("Burning " + quote(path) + " to " + m_device);
     const HeldSignals signals;

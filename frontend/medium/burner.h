@@ -3,6 +3,7 @@
 #pragma once
 
 #include "choices.h"
+#include "display/console.h"
 #include "job/callerEnvironment.h"
 #include "job/toolkit.h"
 #include "support/descriptor.h"
@@ -22,7 +23,8 @@ public:
     /// @param verify  whether the disc is read back, where the drive takes it in again; else the user is told
     /// how to do that
     /// @return the exit status
-    int burn(const std::string& path, bool isQuiet, bool verify, const ShowChoices& show) const;
+    int burn(const std::string& path, bool isQuiet, bool verify, const ShowChoices& show,
+             Console& console) const;
 
 private:
     std::string m_device;

@@ -4,7 +4,7 @@
 #include "medium/readBack.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
-#include "support/sizeText.h"
+#include "support/texts.h"
 
 #include <utility>
 
@@ -54,9 +54,9 @@ OpenMedium openToCompare(const std::string& kind, const std::string& path, mode_
 }
 
 int compareAlone(const JobChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
-                 const OpenMedium& medium, const Compare& compare) {
+                 const OpenMedium& medium, const Compare& compare, Console& console) {
     inputs.requireRoom(scratch, 1, 0);
-    auto console = openConsole(choices.show, medium.path, &inputs);
+    openLog(console, choices.show, medium.path, &inputs);
     const HeldSignals signals;
     inputs.announce(console, "Comparing " + medium.name + " with");
     const auto outcome =

@@ -42,7 +42,7 @@ OpenMedium openToCompare(const std::string& kind, const std::string& path, mode_
 /// Compares one such medium with what would be made now, and says the result.
 /// @return the exit status
 int compareAlone(const JobChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
-                 const OpenMedium& medium, const Compare& compare);
+                 const OpenMedium& medium, const Compare& compare, Console& console);
 
 /// Compares the disc in a drive with the image that it was burned from, the same way.
 /// @return refused, when there is no disc that could be read

@@ -92,13 +92,13 @@ void requireOtherLog(const ShowChoices& choices, const std::string& medium) {
     }
 }
 
-Console openConsole(const ShowChoices& choices, const std::string& medium, const Inputs* inputs) {
+void openLog(Console& console, const ShowChoices& choices, const std::string& medium, const Inputs* inputs) {
     struct stat about {};
     if (inputs != nullptr && !choices.log.empty() && stat(choices.log.c_str(), &about) == 0) {
         inputs->requireOther(about, "the log file " + quote(choices.log));
     }
     requireOtherLog(choices, medium);
-    return {choices.verbose, choices.log};
+    console.openLog(choices.verbose, choices.log);
 }
 
 } // namespace velacreate

@@ -50,11 +50,12 @@ struct Inputs {
 /// @param medium  its path; may be empty
 void requireOtherLog(const ShowChoices& choices, const std::string& medium);
 
-/// Opens the console. The log file is the last thing that is checked, since this makes it.
+/// Opens the log file, if one is wanted. This is the last check of a call, since it makes the file.
 /// @param medium  the path of what is made, filled or burned, if it has one: the log must not be written
 /// there
 /// @param inputs  the log must not be one of these, if there are any
 /// @throw Refusal
-Console openConsole(const ShowChoices& choices, const std::string& medium, const Inputs* inputs = nullptr);
+void openLog(Console& console, const ShowChoices& choices, const std::string& medium,
+             const Inputs* inputs = nullptr);
 
 } // namespace velacreate

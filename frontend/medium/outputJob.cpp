@@ -11,7 +11,7 @@
 #include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/programs.h"
-#include "support/sizeText.h"
+#include "support/texts.h"
 
 #include <filesystem>
 #include <future>
@@ -138,13 +138,13 @@ void requireProgramsOf(const Kind& kind, const Toolkit& toolkit) {
     }
 }
 
-int makeOutput(const OutputJob& job) {
+int makeOutput(const OutputJob& job, Console& console) {
     const auto& kind = job.inputs.kind;
     const auto medium = kind.name + " " + quote(job.output.path());
     if (job.checksum != nullptr) {
         requireOtherLog(job.choices.show, job.checksum->path());
     }
-    auto console = openConsole(job.choices.show, job.output.path(), &job.inputs);
+    openLog(console, job.choices.show, job.output.path(), &job.inputs);
     job.inputs.announce(console, "Making " + medium + " from");
     const HeldSignals signals;
     JobDirectory jobDirectory(job.output.parent());

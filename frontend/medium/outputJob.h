@@ -3,6 +3,7 @@
 #pragma once
 
 #include "choices.h"
+#include "display/console.h"
 #include "job/output.h"
 #include "job/toolkit.h"
 #include "medium/jobInputs.h"
@@ -30,6 +31,6 @@ void requireProgramsOf(const Kind& kind, const Toolkit& toolkit);
 
 /// Runs the job, reads back what it has made, and puts that in place.
 /// @return the exit status
-int makeOutput(const OutputJob& job);
+int makeOutput(const OutputJob& job, Console& console);
 
 } // namespace velacreate

@@ -61,6 +61,12 @@ Descriptor openBeneath(int directory, const std::string& path, int flags, unsign
 /// The same, and never over a mount: what was mounted below the directory does not open either.
 Descriptor openWithin(int directory, const std::string& path, int flags, unsigned mode = 0);
 
+/// Opens a file to add to its end, and makes it when it is missing. Only files and devices are opened, over
+/// no link.
+/// @param kind  for the message, such as "the log file"
+/// @throw Refusal
+Descriptor openToAdd(const std::string& kind, const std::string& path);
+
 /// As pread() does, but in one piece and again after a signal: less than the size is the end.
 ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset);
 

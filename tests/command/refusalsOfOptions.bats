@@ -7,7 +7,7 @@ load words
     refuses "there is no command 'nothing'; see velacreate --help" velacreate nothing --package tool.zip a.txt
     refuses "there is no command 'nothing'; see velacreate --help" velacreate help nothing
     refuses "there is no option '--fast'; see velacreate iso --help" velacreate iso --fast=1 a.txt
-    refuses "the option '--verbose' stands behind the command, if it has one" velacreate --verbose iso
+    refuses "put --verbose after the command" velacreate --verbose iso
     refuses "--platform: mips not in {linux,ppc}; see velacreate iso --help" iso --platform mips a.txt
     refuses "--log takes a value, which is empty" iso --log "" a.txt
     refuses "--image takes a value, which is empty" usb --image "" a.txt

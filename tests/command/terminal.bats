@@ -63,10 +63,11 @@ refusesAllButYes() { # REFUSAL CALL...
     made pxe a.txt
     serving() {
         unshare --net sh -c 'ip link add eth1 up type bridge && ip address add 10.7.0.1/24 dev eth1 && exec "$@"' sh \
-            timeout --foreground 20 "$VELACREATE" serve --interface eth1 ../out
+            timeout --foreground 20 "$VELACREATE" serve --interface eth1 --log /srv/log ../out
     }
     export -f serving
     refusesAllButYes "nothing was served" serving
     shown 'velacreate: interrupted; nothing was served\r\n$'
+    grep -q 'Every machine on eth1' /srv/log && grep -q 'Type yes to go on:' /srv/log && grep -q 'nothing was served' /srv/log
     refuses "without a terminal, only --yes lets addresses be handed out" serving
 }

@@ -5,38 +5,17 @@
 #include "disks/guard.h"
 #include "disks/inventory.h"
 #include "display/table.h"
-#include "support/failure.h"
-#include "support/sizeText.h"
+#include "support/texts.h"
 
-#include <bootableusb.h>
 #include <nlohmann/json.hpp>
 
-#include <iostream>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include <unistd.h>
-
 namespace velacreate {
 
 namespace {
-
-struct Complaints : VelaLoggerIfc {
-    void logMessage(int level, const std::string& message) override {
-        if (level == 0) {
-            std::cerr << message << std::endl;
-        }
-    }
-    int checkpoint(int /*level*/, const std::string& /*message*/) override { return 0; }
-};
-
-VelaCreation::_USBDATA askLibrary(const Disk& disk) {
-    Complaints complaints;
-    VelaCreation::_USBDATA about;
-    VelaCreation::BootableUSB(complaints).getUSBData(disk.node(), &about);
-    return about;
-}
 
 struct Listed {
     explicit Listed(Disk listed)
@@ -101,43 +80,19 @@ std::string jsonOf(const std::vector<Listed>& disks) {
     return array.dump(INDENT, ' ', false, ordered_json::error_handler_t::replace) + "\n";
 }
 
-/// A program that reads it must not take half of it for all.
-int flushed() {
-    if (!std::cout.flush()) {
-        throw Failure("what was found could not be shown");
-    }
-    return 0;
-}
-
 } // namespace
 
-int identify(const std::string& device) {
-    const auto disk = wholeDisk(device);
-    const auto about = askLibrary(disk);
-    std::cout << "vendor: " << about.vendor << "\nmodel:  " << about.model << "\nsize:   " << about.size
-              << '\n';
-    const int result = flushed();
-    if (access(disk.node().c_str(), R_OK) != 0) {
-        std::cerr << "velacreate: "
-                  << SystemError().about(disk.node() + " cannot be read, so not all is detected")
-                  << std::endl;
-    }
-    return result;
-}
-
-int listDisks(bool json) {
+int listDisks(bool json, Console& console) {
     std::vector<Listed> disks;
     for (const auto& disk : removableDisks()) {
         disks.emplace_back(disk);
     }
-    if (json) {
-        std::cout << jsonOf(disks);
-    } else if (disks.empty()) {
-        std::cerr << "There is no removable or USB disk." << std::endl;
+    if (!json && disks.empty()) {
+        console.showUnlogged("There is no removable or USB disk.");
     } else {
-        std::cout << tableOf(disks);
+        console.printResult(json ? jsonOf(disks) : tableOf(disks));
     }
-    return flushed();
+    return 0;
 }
 
 } // namespace velacreate

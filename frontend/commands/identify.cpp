@@ -1,0 +1,46 @@
+#include "commands/commands.h"
+
+#include "disks/disks.h"
+#include "support/failure.h"
+
+#include <bootableusb.h>
+
+#include <string>
+
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace {
+
+class FailureLogger : public VelaLoggerIfc {
+public:
+    explicit FailureLogger(Console& console) : m_console(console) {}
+
+    void logMessage(int level, const std::string& message) override {
+        if (level == 0) {
+            m_console.showUnlogged(message);
+        }
+    }
+    int checkpoint(int /*level*/, const std::string& /*message*/) override { return 0; }
+
+private:
+    Console& m_console;
+};
+
+} // namespace
+
+int identify(const std::string& device, Console& console) {
+    const auto disk = wholeDisk(device);
+    FailureLogger logger(console);
+    VelaCreation::_USBDATA about;
+    VelaCreation::BootableUSB(logger).getUSBData(disk.node(), &about);
+    console.printResult("vendor: " + about.vendor + "\nmodel:  " + about.model + "\nsize:   " + about.size +
+                        "\n");
+    if (access(disk.node().c_str(), R_OK) != 0) {
+        console.complain(SystemError().about(disk.node() + " cannot be read, so not all is detected"));
+    }
+    return 0;
+}
+
+} // namespace velacreate

@@ -1,0 +1,71 @@
+#include "support/texts.h"
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <ctime>
+#include <iomanip>
+#include <sstream>
+
+namespace velacreate {
+
+namespace {
+
+std::string formatted(const std::tm& time, const char* format) {
+    std::ostringstream text;
+    text << std::put_time(&time, format);
+    return text.str();
+}
+
+} // namespace
+
+std::string sizeText(std::uint64_t bytes) {
+    constexpr std::array<const char*, 6> UNITS = {" KiB", " MiB", " GiB", " TiB", " PiB", " EiB"};
+    constexpr double STEP = 1024;
+    constexpr double LARGEST = STEP - 0.05; // which would be rounded to the next unit
+    if (bytes < 1024) {
+        return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
+    }
+    double count = static_cast<double>(bytes) / STEP;
+    std::size_t unit = 0;
+    for (; count >= LARGEST && unit + 1 < UNITS.size(); ++unit) {
+        count /= STEP;
+    }
+    const auto tenths = std::lround(count * 10);
+    return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + UNITS[unit];
+}
+
+std::string rateText(double bytesPerSecond) {
+    std::ostringstream text;
+    const double megabytes = bytesPerSecond / 1e6;
+    text << std::fixed << std::setprecision(megabytes < 10 ? 1 : 0) << megabytes << " MB/s";
+    return text.str();
+}
+
+std::string durationText(double seconds) {
+    const auto whole = std::lround(seconds);
+    return (whole < 60 ? "" : std::to_string(whole / 60) + " min ") + std::to_string(whole % 60) + " s";
+}
+
+std::string remainingText(double seconds) {
+    const auto whole = std::lround(seconds);
+    std::ostringstream text;
+    text << whole / 60 << ':' << std::setw(2) << std::setfill('0') << whole % 60;
+    return text.str();
+}
+
+std::string localTimeText() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    return formatted(local, "%F %T");
+}
+
+std::string universalTimeText() {
+    const std::time_t now = std::time(nullptr);
+    std::tm universal{};
+    gmtime_r(&now, &universal);
+    return formatted(universal, "%FT%TZ");
+}
+
+} // namespace velacreate
