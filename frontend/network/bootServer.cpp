@@ -1,10 +1,11 @@
 #include "network/bootServer.h"
 
 #include "job/childProcess.h"
-#include "network/privileges.h"
 #include "support/failure.h"
 
 #include <mediaRules.h>
+
+#include <cap-ng.h>
 
 #include <cstdlib>
 #include <string>
@@ -13,6 +14,7 @@
 #include <fcntl.h>
 #include <linux/capability.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,6 +23,10 @@ namespace velacreate {
 namespace {
 
 constexpr const char* PROGRAM = "dnsmasq";
+constexpr int NOBODY = 65534;
+constexpr int NO_GROUP = 65534;
+constexpr auto ALL_SETS = static_cast<capng_type_t>(CAPNG_EFFECTIVE | CAPNG_PERMITTED | CAPNG_INHERITABLE |
+                                                    CAPNG_BOUNDING_SET | CAPNG_AMBIENT);
 constexpr mode_t FOR_EVERYBODY = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
 
 /// The file is what it was when it was looked at, or nothing: neither a link nor a pipe can come in its
@@ -99,6 +105,20 @@ std::vector<std::string> serverCommand(const NetworkPort& port, const std::optio
     command.insert(command.end(), {"--dhcp-boot=pxelinux.0", "--dhcp-lease-max=10000", "--dhcp-ignore-clid",
                                    "--dhcp-option=option:router"});
     return command;
+}
+
+/// Becomes a user without rights but these few of root's, which can get no others, not even as another
+/// program.
+void becomeNobody(const std::vector<unsigned>& capabilities) {
+    capng_clear(CAPNG_SELECT_ALL);
+    for (const unsigned number : capabilities) {
+        capng_update(CAPNG_ADD, ALL_SETS, number);
+    }
+    // The bounding set needs a right that goes with root; ambient ones do not outlast a change of the user.
+    check(capng_apply(CAPNG_SELECT_BOUNDS) == 0 &&
+          capng_change_id(NOBODY, NO_GROUP, CAPNG_DROP_SUPP_GRP) == 0 &&
+          capng_apply(CAPNG_SELECT_AMBIENT) == 0 && prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0)
+        .orFail("the server's rights cannot be taken away");
 }
 
 } // namespace
