@@ -20,12 +20,11 @@ namespace {
 
 void addMessageOptions(CLI::App& command, ShowChoices& show) {
     command.add_flag("--verbose", show.verbose, "Show all messages as they come");
-    command.add_option("--log", show.log, "Append every message to this file")->type_name("FILE");
+    command.add_option("--log", show.log, "Append all messages to this file")->type_name("FILE");
 }
 
 void addPauses(CLI::App& command, ShowChoices& show) {
-    command.add_flag("--pauses", show.pauses,
-                     "Pause for ten seconds at each stage, for who polls the status file");
+    command.add_flag("--pauses", show.pauses, "Pause for ten seconds after each stage");
 }
 
 CLI::Option* addPackage(CLI::App& command, JobChoices& job) {
@@ -33,32 +32,33 @@ CLI::Option* addPackage(CLI::App& command, JobChoices& job) {
 }
 
 void addUpdates(CLI::App& command, JobChoices& job) {
-    command.add_option("--directory", job.directory, "The update files lie here")
+    command.add_option("--directory", job.directory, "The directory of the update files")
         ->capture_default_str()
         ->type_name("DIR");
-    command.add_option("FILE", job.files, "Update files and directories of them, by their paths below DIR")
-        ->required();
-    command.add_flag("--keep", job.keep, "Leave the job directory, and name it");
+    command.add_option("FILE", job.files, "Update files and directories, as paths below DIR")->required();
+    command.add_flag("--keep", job.keep, "Keep the job directory and print its path");
 }
 
 void addJobOptions(CLI::App& command, JobChoices& job) {
     addPackage(command, job)->required();
     addUpdates(command, job);
     command.add_flag("--verify,!--no-verify", job.verify,
-                     "Read the medium back and compare it, or do not (default: do)");
+                     "Read the finished medium back and compare it (default), or do not");
     addMessageOptions(command, job.show);
     addPauses(command, job.show);
 }
 
 void addPlatform(CLI::App& command, std::string& platform) {
-    command.add_option("--platform", platform, "What the image starts: a UEFI machine, or a PowerPC")
+    command
+        .add_option("--platform", platform,
+                    "The machines that start from the image: UEFI (linux) or PowerPC (ppc)")
         ->capture_default_str()
         ->type_name("linux|ppc")
         ->check(CLI::IsMember({"linux", "ppc"}).description(""));
 }
 
 void addWork(CLI::App& command, std::string& work) {
-    command.add_option("--work", work, "Make the job directory here (default: TMPDIR, or /var/tmp)")
+    command.add_option("--work", work, "The parent of the job directory (default: TMPDIR, or /var/tmp)")
         ->type_name("DIR");
 }
 
@@ -124,7 +124,7 @@ public:
         addIdentify();
         addList();
         addHelp();
-        m_app.footer("\"velacreate help COMMAND\" tells of one.\n\nExit status:\n" + exitStatusTable());
+        m_app.footer("\"velacreate help COMMAND\" explains a command.\n\nExit status:\n" + exitStatusTable());
     }
 
     int run(int argc, char** argv) {
@@ -155,13 +155,14 @@ private:
         auto& command = add("iso", "Make a bootable ISO image");
         call(command, [this] { return makeIso(m_iso, m_caller, m_console); });
         addJobOptions(command, m_iso.job);
-        command.add_option("--output", m_iso.output, "The image, a name that ends in .iso")
+        command.add_option("--output", m_iso.output, "The image to make; its name ends in .iso")
             ->required()
             ->type_name("IMAGE");
-        command.add_flag("--force", m_iso.force, "Replace an image that is there");
+        command.add_flag("--force", m_iso.force, "Replace an existing image");
         addPlatform(command, m_iso.platform);
-        command.add_flag("--checksum", m_iso.checksum, "Write IMAGE.sha256, for sha256sum -c, beside it");
-        command.add_option("--burn", m_iso.burner, "Then burn it with this drive")->type_name("DEVICE");
+        command.add_flag("--checksum", m_iso.checksum, "Also write IMAGE.sha256, for sha256sum -c");
+        command.add_option("--burn", m_iso.burner, "Burn the finished image with this drive")
+            ->type_name("DEVICE");
     }
 
     void addUsb() {
@@ -174,21 +175,23 @@ private:
         command.add_option("--device", m_usb.devices, "The key, a whole disk; may be given several times")
             ->allow_extra_args(false)
             ->type_name("DEVICE");
-        command.add_flag("--all", m_usb.all, "Every removable medium; a USB hard disk has to be named");
-        command.add_option("--image", m_usb.image, "An image of a key in a key's place")->type_name("FILE");
+        command.add_flag("--all", m_usb.all, "All removable media, but no USB hard disks");
+        command.add_option("--image", m_usb.image, "Fill this image of a key instead of a key")
+            ->type_name("FILE");
         command
             .add_option("--format", m_usb.format,
-                        "Whether to format; auto does so when the key does not fit, or holds other files")
+                        "When to format the key; auto does so when the key does not match its clone image, "
+                        "has no FAT, or holds other files")
             ->capture_default_str()
             ->type_name("always|never|auto")
             ->check(CLI::IsMember({"always", "never", "auto"}).description(""));
-        command.add_flag("--erase", m_usb.erase, "Make a key of any stick; everything on it is lost");
-        command.add_option("--jobs", m_usb.jobs, "How many keys are made at a time (default: all)")
+        command.add_flag("--erase", m_usb.erase, "Make a key of any stick; this erases everything on it");
+        command.add_option("--jobs", m_usb.jobs, "Make at most N keys at the same time (default: all)")
             ->type_name("N")
             ->check(CLI::Range(1, MOST_JOBS).description(""));
         command.add_option("--report", m_usb.report, "Append a line of JSON for each key to this file")
             ->type_name("FILE");
-        command.add_flag("--eject", m_usb.eject, "Power each key down when it is made");
+        command.add_flag("--eject", m_usb.eject, "Power each key down when it is finished");
         command.add_flag("--any-disk", m_usb.anyDisk, "Accept a disk that is neither removable nor on USB");
         addYes(command, m_usb.yes);
         addWork(command, m_usb.work);
@@ -198,18 +201,20 @@ private:
         auto& command = add("pxe", "Make a network-boot directory");
         call(command, [this] { return makeNetbootDirectory(m_pxe, m_caller, m_console); });
         addJobOptions(command, m_pxe.job);
-        command.add_option("--output", m_pxe.output, "The package's directory")->required()->type_name("DIR");
-        command.add_flag("--force", m_pxe.force, "Replace a package that is there");
+        command.add_option("--output", m_pxe.output, "The network-boot directory to make")
+            ->required()
+            ->type_name("DIR");
+        command.add_flag("--force", m_pxe.force, "Replace an existing network-boot directory");
     }
 
     void addBurn() {
         auto& command = add("burn", "Burn an image to a CD or DVD");
         call(command, [this] { return burn(m_burn, m_caller, m_console); });
-        command.add_option("IMAGE", m_burn.image, "The image")->required();
+        command.add_option("IMAGE", m_burn.image, "The image to burn")->required();
         command.add_option("DEVICE", m_burn.device, "The drive")->required();
-        command.add_flag("--quiet", m_burn.quiet, "Announce no stages");
+        command.add_flag("--quiet", m_burn.quiet, "Do not announce the stages");
         command.add_flag("--verify,!--no-verify", m_burn.verify,
-                         "Read the disc back and compare it, or do not (default: do)");
+                         "Read the disc back and compare it (default), or do not");
         addMessageOptions(command, m_burn.show);
         addPauses(command, m_burn.show);
     }
@@ -226,18 +231,22 @@ private:
             return verify(m_verify, m_caller, m_console);
         });
         addPackage(command, m_verify.job)
-            ->description("The tool package; needed unless a --disc is compared with its image");
+            ->description("The tool package; not needed to compare a disc with its image");
         addUpdates(command, m_verify.job);
-        command.add_option("--image", m_verify.image, "An ISO image")->type_name("IMAGE");
-        command.add_option("--device", m_verify.devices, "A key, a whole disk; may be given several times")
+        command.add_option("--image", m_verify.image, "The ISO image to compare")->type_name("IMAGE");
+        command
+            .add_option("--device", m_verify.devices,
+                        "The key to compare, a whole disk; may be given several times")
             ->allow_extra_args(false)
             ->type_name("DEVICE");
-        command.add_option("--key-image", m_verify.keyImage, "An image of a key")->type_name("FILE");
-        command.add_option("--pxe", m_verify.netbootDirectory, "A network-boot directory")->type_name("DIR");
+        command.add_option("--key-image", m_verify.keyImage, "The image of a key to compare")
+            ->type_name("FILE");
+        command.add_option("--pxe", m_verify.netbootDirectory, "The network-boot directory to compare")
+            ->type_name("DIR");
         command
-            .add_option(
-                "--disc", m_verify.disc,
-                "The disc in this drive; without --package, FILE is the image that it was burned from")
+            .add_option("--disc", m_verify.disc,
+                        "The drive with the disc to compare; without a tool package, FILE is the image that "
+                        "was burned")
             ->type_name("DEVICE");
         addPlatform(command, m_verify.platform);
         addMessageOptions(command, m_verify.job.show);
@@ -245,17 +254,17 @@ private:
     }
 
     void addServe() {
-        auto& command = add("serve", "Boot machines on a network from a package");
+        auto& command = add("serve", "Boot machines on a network from a network-boot directory");
         call(command, [this] { return serve(m_serve, m_console); });
-        command.add_option("DIR", m_serve.directory, "The network-boot directory")->required();
-        command.add_option("--interface", m_serve.interface, "The network port that the machines are on")
+        command.add_option("DIR", m_serve.directory, "The network-boot directory to serve")->required();
+        command.add_option("--interface", m_serve.interface, "The network port that leads to the machines")
             ->required()
             ->type_name("IF");
         command
             .add_option("--range", m_serve.range,
-                        "The addresses that are handed out (default: the upper half of the port's network)")
+                        "The addresses to hand out (default: the upper half of the port's network)")
             ->type_name("FIRST,LAST");
-        command.add_flag("--proxy", m_serve.proxy, "Hand out no addresses, as another server there does");
+        command.add_flag("--proxy", m_serve.proxy, "Hand out no addresses; another DHCP server does");
         addYes(command, m_serve.yes);
         addMessageOptions(command, m_serve.show);
     }
@@ -267,20 +276,20 @@ private:
     }
 
     void addList() {
-        auto& command = add("list", "Show the removable and the USB disks");
+        auto& command = add("list", "Show the removable disks and the USB disks");
         call(command, [this] { return listDisks(m_json, m_console); });
-        command.add_flag("--json", m_json, "For a program to read");
+        command.add_flag("--json", m_json, "Print JSON for a program");
     }
 
     void addHelp() {
-        auto& command = add("help", "Tell of a command");
+        auto& command = add("help", "Explain a command");
         call(command, [this] {
             const auto& told = m_command.empty() ? m_app : commandNamed(m_command);
             const auto name = m_command.empty() ? "velacreate" : "velacreate " + m_command;
             Console::printResult(m_app.get_formatter()->make_help(&told, name, CLI::AppFormatMode::Normal));
             return 0;
         });
-        command.add_option("COMMAND", m_command, "The command");
+        command.add_option("COMMAND", m_command, "The command to explain");
     }
 
     const CLI::App& commandNamed(const std::string& name) const {
