@@ -12,24 +12,24 @@
 /// Marks what the shared library exports.
 #define VELACREATION_EXPORT __attribute__((visibility("default")))
 
-/// The caller's logger. Every builder is constructed with one and reports everything to it, on the thread
-/// that called the builder. It must outlive the builder, which never deletes it.
+/// The caller's logger. Every builder is constructed with a logger and reports everything to it, on the
+/// thread that called the builder. The logger must outlive the builder. The builder never deletes it.
 ///
-/// A logger may throw: no builder catches, so the exception reaches the caller of the running operation.
-/// What the operation had done by then stays, and the builder can still be cleaned up and destroyed.
+/// A logger may throw. No builder catches the exception, so it reaches the caller of the running operation.
+/// What the operation did before that stays. The builder can still be cleaned up and destroyed.
 class VELACREATION_EXPORT VelaLoggerIfc {
 public:
     /// Records one message.
-    /// @param level    0: a failure, a warning, or a line of tool output relayed by `saveFile` (that of a
-    ///                 failed tool, and what `doDD` lists); 2: progress, and the output of the PXE archiver
-    /// @param message  the text, without a line end of its own
+    /// @param level    0: a failure, a warning, or a line of a tool's output that `saveFile` passes on (a
+    ///                 failed tool, and the lists of `doDD`); 2: progress, and the output of the PXE archiver
+    /// @param message  the text, without a line end
     virtual void logMessage(int level, const std::string& message) = 0;
 
-    /// Lets the caller veto a job. Each creation workflow asks once, right before it copies the boot
-    /// directory of the unpacked tool package.
+    /// Asks the caller whether to continue. Each workflow that creates a medium asks once, just before it
+    /// copies the boot directory of the unpacked tool package.
     /// @param level    always 6
     /// @param message  "Before copying boot directory of tool.zip to temp directory."
-    /// @return 0 to go on; any other value ends the workflow at once, without a further message, and
+    /// @return 0 to continue; any other value ends the workflow at once, without another message, and
     ///         becomes its result
     virtual int checkpoint(int level, const std::string& message) = 0;
 
@@ -40,8 +40,8 @@ public:
 namespace VelaCreation {
 
 /// @name Result codes
-/// Every operation that returns a result code returns one of these, or what the logger's `checkpoint`
-/// answered.
+/// Every operation that returns a result code returns one of these, or the answer of the logger's
+/// `checkpoint`.
 /// @{
 constexpr int VELAERROR_SUCCESS = 0;                    ///< done
 constexpr int VELAERROR_NO_UPDATE_FILES = 81;           ///< no update file is left after filtering
@@ -61,11 +61,11 @@ constexpr int VELAERROR_CD_MEMORY_ERROR = 113;          ///< the image needs the
 constexpr int VELAERROR_NO_DISK_OR_WRONG_DISK = 116;    ///< no disc, or a wrong one, in the burner
 /// @}
 
-/// The code of every record in the status file: the step that it names has begun.
+/// The code of every record in the status file: the step in the record has begun.
 constexpr int VELASTATUS_IN_PROGRESS = 20;
 
 /// @name Tags of the status file
-/// A record is all of them in this order, with the code, the message and the step number in between.
+/// A record contains all of them in this order, with the code, the message and the step number between them.
 /// @{
 const std::string CLI_ERROR = "<CLIERROR>";             ///< opens the record
 const std::string CLI_ERROR_CODE = "\n\t<CODE>";        ///< before the status code
@@ -77,22 +77,21 @@ const std::string CLI_STEP_SERIAL_E = "</STEPSERIAL>";  ///< after the step's nu
 const std::string CLI_ERROR_E = "\n</CLIERROR>";        ///< closes the record
 /// @}
 
-/// What all media builders share: the caller's logger, the file operations (run as shell commands), the
-/// status file, the relay of tool output into the log, and the clean-up.
+/// The common part of all builders: the caller's logger, the file operations (run as shell commands), the
+/// status file, the output of tools in the log, and the clean-up.
 ///
 /// Rules for every builder:
-/// - One builder serves one job, on one thread. The library starts no threads and takes no locks.
-/// - A workflow changes the process-wide current directory to its working directory and does not change it
-///   back, so a process runs one job at a time.
+/// - One builder is for one job, on one thread. The library starts no threads and takes no locks.
+/// - A workflow changes the current directory of the process to its working directory and does not change it
+///   back. Run only one job at a time in a process.
 /// - Nearly every command overwrites the capture file "stdout.txt" in the current directory with its
 ///   output.
-/// - Commands are run by the shell with the rights of the process (root, for keys). Paths reach them quoted
-///   only where an operation says so; elsewhere a path must be a single shell word. Guarding them is up to
-///   the caller.
-/// - Nothing done before a failure is undone, and destroying a builder removes no file and unmounts
-///   nothing.
-/// - Failures are logged at level 0 and returned. Only the standard library's own exceptions (no memory)
-///   and those of the logger pass through.
+/// - The shell runs the commands with the privileges of the process (root, for keys). A path is quoted in a
+///   command only where the operation says so. Everywhere else it must be a single shell word. The caller
+///   must check the paths.
+/// - Nothing is undone after a failure. The destructor of a builder removes no file and unmounts nothing.
+/// - Failures are logged at level 0 and returned. Only exceptions of the standard library (no memory) and of
+///   the logger reach the caller.
 class VELACREATION_EXPORT BootableMedia {
 public:
     static const std::string BOOT_FILE;         ///< "boot", the boot files' directory in the tool package
@@ -113,7 +112,7 @@ public:
     static const std::string ZIP_TOOL_NAME;     ///< "zip"
     static const std::string CDRECORD_NAME;     ///< "cdrecord"
 
-    /// @param logger  reports of this builder go there; it must outlive the builder
+    /// @param logger  gets the messages of this builder; must outlive the builder
     explicit BootableMedia(VelaLoggerIfc& logger);
     BootableMedia(const BootableMedia&) = delete;
     BootableMedia& operator=(const BootableMedia&) = delete;
@@ -121,21 +120,21 @@ public:
     /// Removes no file.
     virtual ~BootableMedia() = 0;
 
-    /// Removes what a job left in the current directory, which must still be the working directory: the
+    /// Removes the files of a job from the current directory, which must still be the working directory: the
     /// directories "boot" and "ISOCreation", the files "unzip", "zip", "dd", "xorriso", "cdrecord",
     /// "tmpInput", the four clone images and the four .dll files, and the capture file. The tool package,
-    /// the update files and the finished media stay. Does nothing unless a workflow has entered its working
+    /// the update files and the finished media stay. Does nothing if no workflow has entered its working
     /// directory since the last clean-up. Logs nothing.
     virtual void removeTempFilesAndDirs();
 
-    /// The same, after removing further files and directories.
+    /// The same, but first removes further files and directories.
     /// @param extra  paths or patterns such as *.tmp, each a single shell word; an empty entry is skipped.
-    ///               An entry with white space, a quote, a backslash, or one of ; & | < > ( ) $ `, or one
-    ///               that begins with ~ # or -, is not removed but logged: "Not removing ENTRY, which is
-    ///               not a single shell word. In BootableMedia::removeTempFilesAndDirs()"
+    ///               An entry is logged and not removed if it contains white space, a quote, a backslash, or
+    ///               one of ; & | < > ( ) $ `, or if it begins with ~ # or -. The message is "Not removing
+    ///               ENTRY, which is not a single shell word. In BootableMedia::removeTempFilesAndDirs()"
     virtual void removeTempFilesAndDirs(std::vector<std::string> extra);
 
-    /// Pauses the calling thread. A signal handler that runs in it ends the pause early.
+    /// Pauses the calling thread. A signal handler that runs in this thread ends the pause early.
     /// @param seconds  whole seconds; 0 or less returns at once
     void processSleep(int seconds);
 
@@ -145,10 +144,10 @@ public:
     /// @return the path of the status file, "/var/log/Norvane_Support/talo_cli.xml"
     std::string getErrorMessageFilePath();
 
-    /// Rewrites the status file with one record. Does nothing, silently, when the file cannot be opened:
-    /// its directory is the installation's to provide. Readers may meet an empty or partial file.
+    /// Rewrites the status file with one record. Does nothing and reports nothing if the file cannot be
+    /// opened: the installation must make its directory. Readers can find an empty or partial file.
     /// @param code     the status code
-    /// @param message  the step's text, written as it stands, without XML escapes
+    /// @param message  the step's text, written unchanged, without XML escapes
     /// @param step     the step's serial number
     void saveErrorMessageFile(int code, std::string message, int step);
 
@@ -175,40 +174,40 @@ public:
     /// @return false when the file is missing (no command is run) or cannot be copied
     bool copyFile(const std::string& name, const std::string& destDir);
 
-    /// Copies the contents of a directory, but for entries whose names begin with a dot.
+    /// Copies the contents of a directory, except entries whose names begin with a dot.
     /// @param srcDir   the directory to copy from; put into the command bare
     /// @param destDir  the directory to copy into; put into the command bare
-    /// @return false, after logging "system(cmd) failed " and the command, when the copy fails, as it does
-    ///         for a source without a visible entry
+    /// @return false if the copy fails, after logging "system(cmd) failed " and the command; the copy also
+    ///         fails for a source without a visible entry
     bool copyDir(const std::string& srcDir, const std::string& destDir);
 
     /// Copies files and directories into a directory.
     /// @param srcDir   used only when `files` is empty: its contents are copied as by `copyDir`
     /// @param destDir  the directory to copy into; bare when `files` is empty, quoted otherwise
     /// @param files    quoted in the copy commands. Each file is copied under its own relative path, whose
-    ///                 directories are made as needed (bare in their command, and logged at level 0,
-    ///                 whether or not that works); each directory is copied into `destDir`, which must
-    ///                 exist, under its last name. Empty entries are skipped
-    /// @return 0; 100 at the first entry that is missing; 106 at the first copy that fails. Entries before
-    ///         it stay copied. Both are logged in messages that begin with "BootableMedia::copyFiles. "
+    ///                 directories are made if necessary (bare in their command, and logged at level 0
+    ///                 in any case). Each directory is copied into `destDir`, which must exist, under its
+    ///                 last name. Empty entries are skipped
+    /// @return 0; 100 at the first entry that is missing; 106 at the first copy that fails. Earlier entries
+    ///         stay copied. Both are logged in messages that begin with "BootableMedia::copyFiles. "
     int copyFiles(const std::string& srcDir, const std::string& destDir,
                   const std::vector<std::string>& files);
 
-    /// Makes an empty directory in the place of whatever stood at the path, which is removed first, also
-    /// when the directory then cannot be made. Its parent must exist. Logs nothing.
+    /// Removes the file or directory at the path and makes an empty directory there. The removal happens
+    /// even if the directory then cannot be made. Its parent must exist. Logs nothing.
     /// @param path  quoted in the commands
     /// @return false when the directory cannot be made
     bool createDirectory(const std::string& path);
 
-    /// Drops the library's own names (tools, images, directories, the capture file) and the tool package
-    /// from a list of update files: the first entry equal to each name, compared whole. Logs nothing.
-    /// @param files        the list, changed in place; the order of the others is kept
-    /// @param toolPackage  the tool package as it was given to the workflow
+    /// Removes the library's own names (tools, images, directories, the capture file) and the tool package
+    /// from a list of update files. Removes only the first entry that is equal to each name. Logs nothing.
+    /// @param files        the list, changed in place; the other entries keep their order
+    /// @param toolPackage  the tool package as it was passed to the workflow
     void filterFileList(std::vector<std::string>& files, std::string toolPackage);
 
 protected:
     VelaLoggerIfc* m_logger;       ///< the caller's
-    bool m_workDirEntered = false; ///< whether the current directory is a working directory to be cleaned
+    bool m_workDirEntered = false; ///< whether the current directory is a working directory to clean up
 };
 
 } // namespace VelaCreation

@@ -20,20 +20,20 @@ public:
     /// @return always 0
     int prepare();
 
-    /// Builds a package. Takes at least fifty seconds: each of its five stages is announced in the status
-    /// file and on standard output, and followed by a pause of ten seconds. From the change of directory
-    /// on, the process stays in the working directory, which keeps the unpacked tool package and the
-    /// staging directory until `removeTempFilesAndDirs` is called there. Every file in the working
-    /// directory is made executable.
+    /// Builds a network-boot directory. Takes at least fifty seconds: each of its five stages is announced in
+    /// the status file and on standard output, and then there is a pause of ten seconds. The process changes
+    /// to the working directory and stays there. The unpacked tool package and the staging directory stay
+    /// there until `removeTempFilesAndDirs` is called. Every file in the working directory is made
+    /// executable.
     /// @param workDir      an existing directory
-    /// @param pxeDir       the output directory, relative to `workDir`; whatever stands there is removed
-    ///                     once the update files are staged; quoted in commands
-    /// @param updateFiles  files for the archive, relative to `workDir`; comes back without the library's
-    ///                     own names
+    /// @param pxeDir       the output directory, relative to `workDir`; an existing one is removed after the
+    ///                     update files are staged; quoted in commands
+    /// @param updateFiles  files for the archive, relative to `workDir`; the library removes its own names
+    ///                     from the list
     /// @param toolPackage  the zip archive with the boot files, relative to `workDir`; put into commands
     ///                     bare
-    /// @return 0 on success, also when the tool package lacks some of the nine boot files; the answer of
-    ///         the logger's `checkpoint` when that is not 0, or
+    /// @return 0 on success, even if the tool package lacks some of the nine boot files; the answer of the
+    ///         logger's `checkpoint` if it is not 0, or
     ///         - 81 no update file is left after filtering
     ///         - 100 the working directory, the tool package or an update file is missing
     ///         - 107 files cannot be made executable

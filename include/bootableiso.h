@@ -34,21 +34,21 @@ public:
     int prepare();
 
     /// Builds a bootable image. Takes at least fifty seconds: each of its five stages is announced in the
-    /// status file and on standard output, and followed by a pause of ten seconds. From the change of
-    /// directory on, the process stays in the working directory, which keeps the unpacked package, the
-    /// tools and the staging directory until `removeTempFilesAndDirs` is called there.
+    /// status file and on standard output, and then there is a pause of ten seconds. The process changes to
+    /// the working directory and stays there. The unpacked tool package, the tools and the staging directory
+    /// stay there until `removeTempFilesAndDirs` is called.
     ///
-    /// The executables "xorriso" and "cdrecord" must lie in the current directory, where a capture file
-    /// stays behind. Every file in the working directory is made executable.
+    /// The executables "xorriso" and "cdrecord" must be in the current directory of the caller. A capture
+    /// file stays there. Every file in the working directory is made executable.
     /// @param workDir      an existing directory
     /// @param isoFile      the image to write, relative to `workDir`; must end with ".iso"; quoted in
     ///                     commands
-    /// @param updateFiles  files for the image, relative to `workDir`; comes back without the library's own
-    ///                     names and, once the boot files are copied, sorted and without duplicates
+    /// @param updateFiles  files for the image, relative to `workDir`; the library removes its own names from
+    ///                     the list and, after it has copied the boot files, sorts it and removes duplicates
     /// @param toolPackage  the zip archive with the boot files, relative to `workDir`; put into commands
     ///                     bare
     /// @param platform     1: booted through EFI; 2: PowerPC (CHRP and PReP)
-    /// @return 0 on success, the answer of the logger's `checkpoint` when that is not 0, or
+    /// @return 0 on success, the answer of the logger's `checkpoint` if it is not 0, or
     ///         - 108 `isoFile` does not end with ".iso"
     ///         - 109 the platform is not supported, or the ISO tool failed (its output is then in the log)
     ///         - 81 no update file is left after filtering
@@ -59,19 +59,19 @@ public:
     int CreateISO(std::string workDir, std::string isoFile, std::vector<std::string>& updateFiles,
                   std::string toolPackage, int platform);
 
-    /// Burns an image: blanks the medium in fast mode (a failure there is only logged), writes and ejects
-    /// it. Runs in the working directory, where `CreateISO` left the executable "cdrecord". Blocks for the
-    /// whole burn. Leaves the burner's output in the capture file.
+    /// Burns an image: blanks the disc in fast mode (a failure of this is only logged), writes it and ejects
+    /// it. Runs in the working directory, where `CreateISO` left the executable "cdrecord". Returns when the
+    /// disc is finished. Leaves the output of "cdrecord" in the capture file.
     /// @param isoFile         the image; must end with ".iso"; put into commands bare
-    /// @param device          the burner, as cdrecord's dev= takes it; put into commands bare
+    /// @param device          the drive, as cdrecord's dev= accepts it; put into commands bare
     /// @param reserved        ignored
     /// @param reportProgress  whether the two stages are announced, each with a pause of ten seconds
     /// @return 0 on success, or
     ///         - 108 `isoFile` does not end with ".iso"
     ///         - 112 the image cannot be read
-    ///         - 113 the burner asks for its overburn option
+    ///         - 113 cdrecord asks for its overburn option
     ///         - 116 no disc or a wrong disc
-    ///         - 111 the disc is too small, or any other failure of the burner; its output is in the log
+    ///         - 111 the disc is too small, or any other failure of cdrecord; its output is in the log
     int BurnISO(const std::string& isoFile, const std::string& device, std::string reserved,
                 bool reportProgress);
 
@@ -80,19 +80,19 @@ protected:
     int m_platform = 1;    ///< the platform code of the last `CreateISO`, 1 before
 };
 
-/// Appends the lines of a text file to another, each ended by a line feed, then one empty line.
-/// @param source       when it cannot be opened, nothing is appended
-/// @param destination  made when missing, in any case; must be another file than `source`
+/// Appends the lines of a text file to another file, each with a line feed, and then one empty line.
+/// @param source       if it cannot be opened, nothing is appended
+/// @param destination  always created if it is missing; must not be the same file as `source`
 VELACREATION_EXPORT void appendFile(std::string source, std::string destination);
 
-/// Finds a word in the last line of a file that contains a text. One more, empty, line follows the last
-/// one; an empty text is found there at last.
+/// Finds a word in the last line of a file that contains a text. An additional empty line counts as the end
+/// of the file; an empty text is therefore found in that line.
 /// @param file      the file to search
-/// @param text      the text to look for, as it stands
+/// @param text      the text to look for, unchanged
 /// @param position  where the word starts in the matching lines, in bytes from 0; the word ends before the
 ///                  next blank
-/// @return the word; empty when no line matches, the word is empty or the file cannot be read
-/// @throw std::out_of_range when a matching line is shorter than `position`, or that is negative
+/// @return the word; empty if no line matches, the word is empty or the file cannot be read
+/// @throw std::out_of_range if a matching line is shorter than `position`, or if `position` is negative
 VELACREATION_EXPORT std::string findStrInLine(std::string file, std::string text, int position);
 
 } // namespace VelaCreation

@@ -6,8 +6,8 @@
 /// @name The three numbers of the version
 /// @{
 #define VELACREATION_VERSION_MAJOR 1 ///< rises when programs for the version before no longer work
-#define VELACREATION_VERSION_MINOR 1 ///< rises with what is new
-#define VELACREATION_VERSION_PATCH 0 ///< rises with what is mended
+#define VELACREATION_VERSION_MINOR 1 ///< rises with new features
+#define VELACREATION_VERSION_PATCH 0 ///< rises with corrections
 /// @}
 
 /// A version as one number, to compare with `#if`.
