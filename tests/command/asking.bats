@@ -7,12 +7,28 @@ load words
     [ -s /srv/out ]
 }
 
-@test "the help names the exit statuses" {
-    makes velacreate --help
-    told '^ *0  done$'
-    told '^ *3  the medium, read back, differs'
-    told '^ *109  the image cannot be made$'
-    told '^ *130  interrupted$'
+# The options with their values: of a command's help, and of its synopses in the man page.
+helped() { # COMMAND
+    "${VELACREATE:?}" help "$1" | sed -nE 's/^  (--[^ ]+( [^ ]+)?)  .*/\1/p' | sed 's/,--/\n--/' | sort -u
+}
+inSynopsis() { # COMMAND
+    sed '/^\.Sh DESCRIPTION/q' "$man" |
+        awk -v command="$1" '/^\.Nm/ { on = 0 } $1 == ".Cm" { on = $2 == command } on' | options
+}
+options() {
+    sed 's/\\-/-/g' | grep -oE 'Fl -[a-z-]+( (Ar|Cm) [^ ]+)?' | sed -E 's/^Fl -/--/; s/ (Ar|Cm)//' | sort -u
+}
+
+@test "the man page has the options and the exit statuses that the command has" {
+    local man=${project:?}/docs/man/velacreate.1 command all=$'--help\n--version\n'
+    for command in $("$VELACREATE" --help | sed -nE '/^Subcommands/,/^$/s/^  ([a-z]+) .*/\1/p'); do
+        diff <(helped "$command") <(inSynopsis "$command")
+        all+=$(helped "$command")$'\n'
+    done
+    [ "$(wc -l <<<"$all")" -gt 50 ]
+    diff <(sort -u <<<"$all" | grep .) <(grep '^\.It Fl' "$man" | options)
+    diff <("$VELACREATE" --help | sed -nE '/^Exit status/,$s/^ +([0-9]+)  (.*)/\1 \2/p') \
+        <(sed -nE '/^\.Sh EXIT STATUS/,/^\.El/{/^\.It /{N;s/^\.It ([0-9]+)\n(.)(.*)\.$/\1 \L\2\E\3/p}}' "$man")
 }
 
 @test "the version, and the help of a command" {
