@@ -15,7 +15,6 @@
 #include <vector>
 
 namespace velacreate {
-
 namespace {
 
 void addMessageOptions(CLI::App& command, ShowChoices& show) {

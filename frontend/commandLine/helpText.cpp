@@ -3,7 +3,6 @@
 #include <sstream>
 
 namespace velacreate {
-
 namespace {
 
 constexpr std::size_t NAMES_WIDTH = 30;

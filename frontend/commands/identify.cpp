@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 class FailureLogger : public VelaLoggerIfc {

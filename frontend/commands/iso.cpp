@@ -1,6 +1,6 @@
 #include "commands/commands.h"
 
-#include "inputs/jobNames.h"
+#include "inputs/names.h"
 #include "inputs/sourceDate.h"
 #include "medium/burner.h"
 #include "medium/outputJob.h"
@@ -13,7 +13,6 @@
 #include <optional>
 
 namespace velacreate {
-
 namespace {
 
 const std::string CHECKSUM_ENDING = ".sha256";

@@ -14,7 +14,6 @@
 #include <vector>
 
 namespace velacreate {
-
 namespace {
 
 struct Listed {

@@ -1,6 +1,6 @@
 #include "commands/commands.h"
 
-#include "inputs/jobNames.h"
+#include "inputs/names.h"
 #include "inputs/sourceDate.h"
 #include "medium/outputJob.h"
 

@@ -12,7 +12,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 void validateOptions(const ServeChoices& choices) {

@@ -10,7 +10,6 @@
 #include "support/texts.h"
 
 namespace velacreate {
-
 namespace {
 
 OpenMedium openIsoImage(const std::string& path) {

@@ -16,7 +16,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 using namespace std::chrono_literals;

@@ -12,7 +12,6 @@
 #include <sys/ioctl.h>
 
 namespace velacreate {
-
 namespace {
 
 using namespace std::chrono_literals;

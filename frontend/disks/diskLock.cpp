@@ -15,7 +15,6 @@
 #include <sys/sysmacros.h>
 
 namespace velacreate {
-
 namespace {
 
 /// For reading: udev would look through a disk anew whenever one that was open for writing is closed.

@@ -13,7 +13,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 using Sector = std::array<unsigned char, 512>;

@@ -9,7 +9,6 @@
 #include <filesystem>
 
 namespace velacreate {
-
 namespace {
 
 /// Beside "/" itself, what a machine stands on; the last five hold the medium of a live system.

@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 constexpr int MOST_PARTITIONS = 6; // that are named

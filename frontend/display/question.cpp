@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 /// @return nothing after an interrupt

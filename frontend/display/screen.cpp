@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 constexpr int FOR_EVER = -1;

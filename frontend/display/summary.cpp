@@ -4,7 +4,6 @@
 #include "support/texts.h"
 
 namespace velacreate {
-
 namespace {
 
 /// What is said of a kind.

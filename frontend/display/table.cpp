@@ -11,7 +11,6 @@
 #include <libsmartcols.h>
 
 namespace velacreate {
-
 namespace {
 
 using Layout = std::unique_ptr<libscols_table, decltype(&scols_unref_table)>;

@@ -8,7 +8,6 @@
 
 #include <openssl/evp.h>
 namespace velacreate {
-
 namespace {
 
 void require(bool done) {

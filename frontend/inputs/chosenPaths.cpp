@@ -7,7 +7,6 @@
 #include <filesystem>
 
 namespace velacreate {
-
 namespace {
 
 namespace fs = std::filesystem;

@@ -12,7 +12,6 @@
 #include <sys/statvfs.h>
 
 namespace velacreate {
-
 namespace {
 
 constexpr std::uint64_t LARGEST_FILE = (std::uint64_t{1} << 32) - 1;

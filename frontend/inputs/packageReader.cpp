@@ -10,7 +10,6 @@
 #include <archive_entry.h>
 
 namespace velacreate {
-
 namespace {
 
 constexpr std::size_t LONGEST_PART = 255; ///< that a file system takes

@@ -8,7 +8,6 @@
 #include <string>
 
 namespace velacreate {
-
 namespace {
 
 // An archive's times begin with 1980 and end with 2107; those of an image reach further.

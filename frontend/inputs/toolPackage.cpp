@@ -1,6 +1,5 @@
 #include "inputs/toolPackage.h"
 
-#include "inputs/jobNames.h"
 #include "inputs/names.h"
 #include "inputs/packageReader.h"
 #include "support/beneath.h"
@@ -15,7 +14,6 @@
 #include <fcntl.h>
 
 namespace velacreate {
-
 namespace {
 
 constexpr const char* BOOT = "boot";
@@ -171,10 +169,6 @@ ToolPackage::ToolPackage(const std::string& path, CloneImages cloneImages)
     requireBoot(listing, m_entries, path);
 }
 
-const std::map<std::string, ToolPackage::Entry>& ToolPackage::entries() const {
-    return m_entries;
-}
-
 void ToolPackage::requireFile(const std::string& name, const std::string& purpose) const {
     const auto found = m_entries.find(name);
     if (found == m_entries.end() || found->second.isDirectory) {
@@ -188,14 +182,6 @@ std::uint64_t ToolPackage::unpackedSize() const {
         total = sumOf(total, entry.size);
     }
     return total;
-}
-
-const std::string& ToolPackage::path() const {
-    return m_path;
-}
-
-bool ToolPackage::isFile(const struct stat& other) const {
-    return isSameFile(m_found, other);
 }
 
 void ToolPackage::readWhole(CloneImages cloneImages,

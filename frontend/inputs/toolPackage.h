@@ -36,7 +36,7 @@ public:
     /// character or a backslash (in a name without a slash it stands for one, as other systems write it), or
     /// of which one of the first two parts begins with "-"; one of more than 64 parts; a file of more than 1
     /// TiB; two entries with one name (or a file where another one has a directory); a top-level entry with
-    /// one of the names that the job uses itself (see jobNames.h), "boot" and the clone images excepted; a
+    /// one of the names that the job uses itself (see names.h), "boot" and the clone images excepted; a
     /// package without "boot/" or with nothing in it. The texts name the package and the entry; a package
     /// whose boot directory lies one level too deep is told so ("is wrapped in the folder 'x'; pack what is
     /// inside it").
@@ -45,7 +45,7 @@ public:
 
     /// All that is taken in, by name without a slash at the end, such as "boot/grub.cfg". Directories that
     /// the archive names only in the paths of files are there too.
-    const std::map<std::string, Entry>& entries() const;
+    const std::map<std::string, Entry>& entries() const { return m_entries; }
 
     /// Refuses a package that lacks a file, such as "boot/efibootimg".
     /// @param purpose  for the message, such as "a UEFI image starts from it"
@@ -55,10 +55,10 @@ public:
     std::uint64_t unpackedSize() const;
 
     /// The package as the user named it, for messages.
-    const std::string& path() const;
+    const std::string& path() const { return m_path; }
 
     /// Whether an open file is this one.
-    bool isFile(const struct stat& other) const;
+    bool isFile(const struct stat& other) const { return isSameFile(m_found, other); }
 
     /// Writes what is taken in as a new zip archive, stored and not packed, with times and modes kept,
     /// except that the owner may always read and write. Reads everything whole, sums included, and checks

@@ -1,7 +1,6 @@
 #include "inputs/updateFiles.h"
 
 #include "inputs/chosenPaths.h"
-#include "inputs/jobNames.h"
 #include "inputs/names.h"
 #include "support/beneath.h"
 #include "support/failure.h"
@@ -14,7 +13,6 @@
 #include <fcntl.h>
 
 namespace velacreate {
-
 namespace {
 
 /// A stranger's file may have become a FIFO meanwhile, which would wait for somebody who writes to it.
@@ -179,10 +177,6 @@ UpdateFiles::UpdateFiles(const std::string& directory, const std::vector<std::st
     for (const std::string& path : chosen) {
         search.add(paths.below(path));
     }
-}
-
-const std::map<std::string, UpdateFiles::Entry>& UpdateFiles::entries() const {
-    return m_entries;
 }
 
 std::vector<std::string> UpdateFiles::topLevel() const {

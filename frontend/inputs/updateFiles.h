@@ -33,13 +33,13 @@ public:
     /// what is, or holds, a link or anything else that is no file and no directory; what cannot be read; two
     /// different files with one place on the medium, or a file where another one has a directory; a name with
     /// a control character (also beyond ASCII); a place that begins with "-", with a top-level name that the
-    /// job uses itself (see jobNames.h) or with one that holds a double quote, "$", a backquote or a
+    /// job uses itself (see names.h) or with one that holds a double quote, "$", a backquote or a
     /// backslash, which no command could carry.
     /// @throw Refusal
     UpdateFiles(const std::string& directory, const std::vector<std::string>& chosen);
 
     /// By place on the medium, all directories on the way included.
-    const std::map<std::string, Entry>& entries() const;
+    const std::map<std::string, Entry>& entries() const { return m_entries; }
 
     /// The top-level names of the places, for the library.
     std::vector<std::string> topLevel() const;

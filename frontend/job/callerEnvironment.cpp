@@ -15,7 +15,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 std::string variable(const char* name) {

@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 sigset_t endingSignals() {

@@ -1,6 +1,6 @@
 #include "job/jobDirectory.h"
 
-#include "inputs/jobNames.h"
+#include "inputs/names.h"
 #include "job/childProcess.h"
 #include "support/failure.h"
 
@@ -18,7 +18,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 constexpr const char* OWN_PLACE = "/mnt/job";

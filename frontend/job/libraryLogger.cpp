@@ -14,7 +14,6 @@
 #include <sys/statvfs.h>
 
 namespace velacreate {
-
 namespace {
 
 bool looksLikeFailure(std::string line) {

@@ -6,7 +6,6 @@
 #include <sys/socket.h>
 
 namespace velacreate {
-
 namespace {
 
 constexpr std::size_t LONGEST = 32768; // what is longer is cut

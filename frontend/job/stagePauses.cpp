@@ -23,7 +23,6 @@ extern "C" __attribute__((visibility("default"))) unsigned int sleep(unsigned in
 }
 
 namespace velacreate {
-
 namespace {
 
 /// Standard output as the library sees it, where a stage line is flushed at once.

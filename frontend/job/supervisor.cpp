@@ -16,7 +16,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 using Clock = std::chrono::steady_clock;

@@ -8,7 +8,6 @@
 #include <string>
 
 namespace velacreate {
-
 namespace {
 
 std::string tableOf(const std::vector<Key>& keys) {

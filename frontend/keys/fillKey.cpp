@@ -2,7 +2,7 @@
 
 #include "disks/fatVolume.h"
 #include "disks/sysfs.h"
-#include "inputs/jobNames.h"
+#include "inputs/names.h"
 #include "job/childProcess.h"
 #include "job/jobDirectory.h"
 #include "job/libraryLogger.h"

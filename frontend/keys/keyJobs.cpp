@@ -7,7 +7,6 @@
 #include <fcntl.h>
 
 namespace velacreate {
-
 namespace {
 
 void sumUp(const UpdateFiles& updates, const Descriptor& staged, Reporter& reporter) {

@@ -10,7 +10,6 @@
 #include <set>
 
 namespace velacreate {
-
 namespace {
 
 /// "11 keys made, 1 failed"

@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 /// By its fourth partition's end address, which the library reads the geometry from.

@@ -11,7 +11,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 using Json = nlohmann::ordered_json;

@@ -17,7 +17,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 ArchiveReader::Format formatOf(const Descriptor& archive) {

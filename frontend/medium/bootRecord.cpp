@@ -8,7 +8,6 @@
 #include <optional>
 
 namespace velacreate {
-
 namespace {
 
 using namespace std::literals;

@@ -21,7 +21,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 const std::string IMAGE = "image.iso"; // in the library folder

@@ -1,6 +1,6 @@
 #include "medium/call.h"
 
-#include "inputs/jobNames.h"
+#include "inputs/names.h"
 #include "job/stagePauses.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
@@ -11,7 +11,6 @@
 #include <fcntl.h>
 
 namespace velacreate {
-
 namespace {
 
 void stagePackage(const ToolPackage& package, PackageForm form, const Descriptor& jobDirectory,

@@ -11,7 +11,6 @@
 #include <fcntl.h>
 
 namespace velacreate {
-
 namespace {
 
 MediumJob comparingJob(const std::string& medium, const Descriptor& directory, const Compare& compare,

@@ -9,7 +9,6 @@
 #include <cstring>
 
 namespace velacreate {
-
 namespace {
 
 constexpr const char* BOOT = "boot/";

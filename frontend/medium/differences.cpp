@@ -6,7 +6,6 @@
 #include <algorithm>
 
 namespace velacreate {
-
 namespace {
 
 std::string named(const std::string& place, const Part& part) {

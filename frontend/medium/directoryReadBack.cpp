@@ -14,7 +14,6 @@
 #include <fcntl.h>
 
 namespace velacreate {
-
 namespace {
 
 class DirectoryComparison {

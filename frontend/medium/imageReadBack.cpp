@@ -11,7 +11,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 std::string atByte(std::size_t offset) {

@@ -6,7 +6,6 @@
 #include <algorithm>
 
 namespace velacreate {
-
 namespace {
 
 using namespace std::literals;

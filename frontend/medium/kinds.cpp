@@ -1,10 +1,9 @@
 #include "medium/kinds.h"
 
-#include "inputs/jobNames.h"
+#include "inputs/names.h"
 #include "medium/readBack.h"
 
 namespace velacreate {
-
 namespace {
 
 using namespace VelaCreation;

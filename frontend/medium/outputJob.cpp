@@ -1,7 +1,7 @@
 #include "medium/outputJob.h"
 
 #include "display/summary.h"
-#include "inputs/jobNames.h"
+#include "inputs/names.h"
 #include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
 #include "job/supervisor.h"
@@ -21,7 +21,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 std::string checksumPlace(const Kind& kind) {

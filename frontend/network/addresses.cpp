@@ -8,7 +8,6 @@
 #include <arpa/inet.h>
 
 namespace velacreate {
-
 namespace {
 
 /// The port's own address is never handed out, nor are the first and the last one of a network.

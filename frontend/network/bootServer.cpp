@@ -19,7 +19,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 constexpr const char* PROGRAM = "dnsmasq";

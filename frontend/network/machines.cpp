@@ -10,7 +10,6 @@
 #include <sstream>
 
 namespace velacreate {
-
 namespace {
 
 constexpr std::size_t LONGEST_LINE = 900;    ///< the server cuts longer ones off, where a stranger may choose

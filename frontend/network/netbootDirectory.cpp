@@ -12,7 +12,6 @@
 #include <fcntl.h>
 
 namespace velacreate {
-
 namespace {
 
 /// Not who asks must be able to, but everybody: that is what the server is.

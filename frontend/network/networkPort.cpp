@@ -13,7 +13,6 @@
 #include <sys/socket.h>
 
 namespace velacreate {
-
 namespace {
 
 constexpr std::uint16_t DHCP_PORT = 67;

@@ -6,7 +6,6 @@
 #include "support/exitStatus.h"
 
 namespace velacreate {
-
 namespace {
 
 constexpr int LEVEL_OF_SERVER = 2;

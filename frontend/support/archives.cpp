@@ -8,7 +8,6 @@
 #include <fcntl.h>
 
 namespace velacreate {
-
 namespace {
 
 constexpr int WRITE_BLOCK = 1 << 20;

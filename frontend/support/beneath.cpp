@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 
 namespace velacreate {
-
 namespace {
 
 std::string parentOf(const std::string& path) {

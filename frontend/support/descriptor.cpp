@@ -22,7 +22,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 constexpr std::size_t KERNEL_CHUNK = 8 << 20; ///< between two tellings, where the kernel copies

@@ -6,7 +6,6 @@
 #include <bootableMedia.h>
 
 namespace velacreate {
-
 namespace {
 
 using namespace VelaCreation;

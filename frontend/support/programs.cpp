@@ -15,7 +15,6 @@
 #include <unistd.h>
 
 namespace velacreate {
-
 namespace {
 
 struct Origin {

@@ -8,7 +8,6 @@
 #include <sstream>
 
 namespace velacreate {
-
 namespace {
 
 std::string formatted(const std::tm& time, const char* format) {

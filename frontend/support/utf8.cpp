@@ -6,7 +6,6 @@
 #include <cwctype>
 
 namespace velacreate {
-
 namespace {
 
 /// Made once and kept, since making one reads files.
