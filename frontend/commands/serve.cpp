@@ -43,7 +43,7 @@ int askToHandOut(const AddressRange& range, const ServeChoices& choices, const H
 void announce(const NetbootDirectory& directory, const NetworkPort& port,
               const std::optional<AddressRange>& range, Console& console) {
     for (const auto& name : directory.missing()) {
-        console.say("Note: the package lacks the boot file " + quote(name));
+        console.say("Note: the network-boot directory lacks the boot file " + quote(name));
     }
     if (!port.isPluggedIn()) {
         console.say("Note: nothing is connected to " + port.name() + " yet");

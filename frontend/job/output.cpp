@@ -120,7 +120,7 @@ Output Output::netbootDirectory(const std::string& path, bool force) {
         return output;
     }
     if (!S_ISDIR(output.m_present->st_mode)) {
-        throw Refusal(quote(path) + " is no directory and cannot be replaced by a package");
+        throw Refusal(quote(path) + " is no directory and cannot be replaced by a network-boot directory");
     }
     if (output.m_present->st_dev != output.m_parent.directory.status().st_dev) {
         throw Refusal(quote(path) + " is a mount point; choose a directory below it");

@@ -96,7 +96,7 @@ void requireArrival(const Way& way, const Tree& updates) {
             const bool isHidden = topOf(place).front() == '.';
             throw Refusal("update file " + quote(place) +
                           (isHidden
-                               ? " begins with a dot, which leaves it out of a package; rename it"
+                               ? " begins with a dot, which keeps it out of the archive; rename it"
                                : " has the name of a boot file, which keeps it off this medium; rename it"));
         }
     }

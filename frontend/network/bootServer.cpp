@@ -52,7 +52,7 @@ void mountNetbootDirectory() {
     check(directory.isOpen() &&
           mount("tmpfs", "/mnt", "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=1m") == 0 &&
           mkdir(SERVED_PLACE, FOR_EVERYBODY) == 0 && chdir(SERVED_PLACE) == 0)
-        .orFail("the package cannot be mounted for the server");
+        .orFail("the network-boot directory cannot be mounted for the server");
     for (const char* name : VelaCreation::NETBOOT_FILES) {
         mountFile(directory, name);
     }

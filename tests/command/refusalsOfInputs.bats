@@ -31,7 +31,7 @@ load words
     refuses "update file 'tool.zip' has a name that the job uses itself; rename it" iso tool.zip a.txt
     refuses "update file 'pxelinux.0' has the name of a boot file, which keeps it off this medium; rename it" \
         iso pxelinux.0
-    refuses "update file '.hidden' begins with a dot, which leaves it out of a package; rename it" pxe .hidden
+    refuses "update file '.hidden' begins with a dot, which keeps it out of the archive; rename it" pxe .hidden
     refuses "update file '\$(touch x)' holds the character \$; rename it" iso "\$(touch x)"
     refuses "update file '-rf' has a name that programs would take for an option; rename it" iso -- -rf
 }

@@ -43,7 +43,7 @@ load words
     files out/ks.zip programs/ls programs/cp mine/ks.zip mine/mine
     ln -s /srv/host link
     refuses "'../out' holds a network-boot directory (--force replaces it)" pxe a.txt
-    output=../link refuses "'../link' is no directory and cannot be replaced by a package" pxe --force a.txt
+    output=../link refuses "'../link' is no directory and cannot be replaced by a network-boot directory" pxe --force a.txt
     output=../mine refuses "'../mine' $other 'mine'" pxe --force a.txt
     for place in ../programs ../work; do
         output=$place ends 2 pxe --force a.txt
