@@ -24,10 +24,10 @@ constexpr std::uint64_t LARGEST_KEY =
     0xfffffffeULL * 512;                   // sectors are counted in 32 bits, one value means none
 constexpr const char* SECTOR_SIZE = "512"; // that its table counts in
 
-/// No disk has so many signatures, but one that ignores what is written to it would show its own for ever.
+/// A limit for a disk that ignores writes and keeps its signatures.
 constexpr int MOST_SIGNATURES = 1000;
 
-/// Finds all at once that wipefs would find.
+/// Finds the same signatures as wipefs.
 Probe signatureProbe(const Descriptor& device) {
     Probe probe = probeOf(device);
     if (!probe || blkid_probe_enable_superblocks(probe.get(), 1) != 0 ||
@@ -39,7 +39,7 @@ Probe signatureProbe(const Descriptor& device) {
     return probe;
 }
 
-/// @return whether it came about before the time was over
+/// @return whether it became true in time
 bool becomesTrue(std::chrono::seconds time, const std::function<bool()>& condition) {
     const auto end = std::chrono::steady_clock::now() + time;
     while (!condition()) {
@@ -96,7 +96,7 @@ void cloneTo(const Descriptor& device, const Descriptor& image, const Advance& a
     if (lseek(device.number(), 0, SEEK_SET) != 0) { // it may have been read from
         throw Failure(SystemError().about("the beginning of the disk"));
     }
-    // Flushed piece by piece, so that what is told has been done.
+    // Flushed piece by piece, so that progress counts only bytes that are on the disk.
     const auto flushAndTell = [&](std::uint64_t bytes) {
         fdatasync(device.number());
         advance(bytes);
@@ -109,7 +109,7 @@ void cloneTo(const Descriptor& device, const Descriptor& image, const Advance& a
 
 void rereadPartitionTable(const Descriptor& device, const Disk& disk, int partition) {
     int error = 0;
-    // Who looks at a partition in this instant, as udev may, keeps the kernel from taking it away.
+    // The kernel refuses while a partition is open, for example by udev.
     becomesTrue(5s, [&] {
         error = ioctl(device.number(), BLKRRPART) == 0 ? 0 : errno;
         return error != EBUSY;

@@ -1,5 +1,5 @@
 /// @file
-/// What makes a key of any stick: an image that is written over whatever stood there.
+/// Turns any stick into a key: a clone image overwrites it.
 #pragma once
 
 #include "disks/disks.h"
@@ -11,7 +11,7 @@
 namespace velacreate {
 
 /// @param cloneImage  the name of the image in the package
-/// @return why a disk cannot be made a key by an image; empty when it can
+/// @return why a clone image cannot make the disk a key; empty when it can
 ///
 /// - "is smaller than 'init1.img' of the package (64.0 MiB)"
 /// - "is too large: a key has less than 2 TiB"
@@ -19,23 +19,22 @@ namespace velacreate {
 std::string eraseIneligibilityReason(const Disk& disk, const std::string& cloneImage,
                                      std::uint64_t imageSize);
 
-/// Opens for writing the very device that is open already, whatever its name stands for by now. As long as it
-/// is open, nothing of it can be mounted.
-/// @throw Failure, also when something of it is mounted, wherever that is
+/// Opens the disk that is already open for writing, even if its name belongs to another disk by now. Nothing
+/// of the disk can be mounted while it is open.
+/// @throw Failure, also when something of it is mounted anywhere
 Descriptor openToWrite(const Descriptor& disk);
 
-/// Takes away all by which file systems, RAIDs and partition tables are recognised, also what they keep at
-/// the end of a disk, where an image does not reach.
+/// Removes all signatures of file systems, RAIDs and partition tables, also those at the end of the disk,
+/// which an image does not reach.
 /// @param device  open for reading and writing
 /// @throw Failure
 void wipeSignatures(const Descriptor& device);
 
-/// Writes an image, just opened, to the beginning of a device, and flushes. Tells of the bytes as they are
-/// written.
+/// Writes an image to the beginning of a device, and flushes. Both were just opened.
 /// @throw Failure
 void cloneTo(const Descriptor& device, const Descriptor& image, const Advance& advance);
 
-/// Lets the kernel read the partition table, and waits until a partition and its node are there.
+/// Makes the kernel read the partition table, and waits for a partition and its node.
 /// @throw Failure
 void rereadPartitionTable(const Descriptor& device, const Disk& disk, int partition);
 

@@ -26,7 +26,7 @@ std::string pathOf(const std::string& name) {
     return isStandIn(name) ? name.substr(STAND_IN.size()) : name;
 }
 
-/// One that does not say, as what is no drive, has its disc in.
+/// A drive that does not know its state, and a device that is no drive, count as loaded.
 int stateOf(const Descriptor& drive) {
     const int state = ioctl(drive.number(), CDROM_DRIVE_STATUS, CDSL_CURRENT);
     return state < 0 || state == CDS_NO_INFO ? CDS_DISC_OK : state;

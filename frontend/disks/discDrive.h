@@ -1,5 +1,5 @@
 /// @file
-/// An optical drive, as the kernel sees it.
+/// An optical drive.
 #pragma once
 
 #include "support/descriptor.h"
@@ -8,36 +8,36 @@
 
 namespace velacreate {
 
-/// A drive, or any other block device; or, as "stdio:" and a path, a file in its place. Those always have
-/// their disc in.
+/// A drive or another block device; or a file, named by "stdio:" and its path. The last two always have a
+/// disc.
 class DiscDrive {
 public:
-    /// Whether a name is one of these, and not in a burner's own notation.
+    /// Whether a name is one of these. Burners also have notations of their own.
     static bool isNode(const std::string& name);
 
-    /// Whether a drive of this name would be a file that is known.
+    /// Whether the drive of this name would be this file.
     static bool isFile(const std::string& name, const struct stat& file);
 
-    /// @throw Refusal when it cannot be opened, or is neither
+    /// @throw Refusal when it cannot be opened, or is no drive
     explicit DiscDrive(const std::string& name);
 
     /// For messages.
     const std::string& name() const { return m_name; }
-    /// The path of its node, or of the file in its place.
+    /// The path of its node or file.
     const std::string& path() const { return m_path; }
 
-    /// Whether the kernel knows that it burns nothing.
+    /// Whether the kernel knows that the drive cannot burn.
     bool isReadOnly() const;
 
     /// @return why there is no disc to read or burn: "there is no disc in the drive '/dev/sr0'"; empty when
-    /// there is one, or the drive does not say
+    /// there is one, or when the drive does not say
     std::string lacksDisc() const;
 
-    /// Closes the tray if need be, and waits for the drive to have read what it is.
+    /// Closes the tray if necessary, and waits until the drive is ready.
     /// @return as above
     std::string takeDiscIn() const;
 
-    /// Opens the disc that is in now, to read what is on it and not what is known of it.
+    /// Opens the disc that is in the drive now. Nothing that was cached of an earlier one is read.
     /// @throw Refusal
     Descriptor openDisc() const;
 

@@ -17,12 +17,12 @@
 namespace velacreate {
 namespace {
 
-/// For reading: udev would look through a disk anew whenever one that was open for writing is closed.
+/// Opened for reading only: udev scans a disk again when a descriptor for writing is closed.
 Descriptor openDisk(const std::string& node, int flags) {
     return Descriptor(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | flags));
 }
 
-/// udev itself takes the lock for the instant in which it looks at a disk.
+/// udev holds the lock for a moment while it scans a disk.
 void lock(const Descriptor& descriptor, const std::string& node) {
     using namespace std::chrono_literals;
     const auto end = std::chrono::steady_clock::now() + 2s;
@@ -37,10 +37,11 @@ void lock(const Descriptor& descriptor, const std::string& node) {
     }
 }
 
-/// Whether another file system was mounted over this one, which would be unmounted in its place.
+/// Whether another file system is mounted over this one; it would be unmounted instead.
 bool isCovered(const MountedPlace& mounted) {
     struct stat about {};
-    const bool hasNumberOfItsOwn = major(mounted.device) == 0; // of btrfs, and another one for each subvolume
+    const bool hasNumberOfItsOwn =
+        major(mounted.device) == 0; // btrfs has a number of its own for each subvolume
     return !hasNumberOfItsOwn && lstat(mounted.place.c_str(), &about) == 0 && about.st_dev != mounted.device;
 }
 
@@ -70,7 +71,7 @@ DiskLock::DiskLock(const Disk& disk) : m_disk(disk), m_descriptor(openDisk(disk.
 }
 
 void DiskLock::unmount() const {
-    // What was mounted last may stand on the others. To unmount one may take more with it: mounts are shared.
+    // The last mount may lie on the others. Mounts are shared, so unmounting one may remove others.
     for (auto places = mountedPlaces(m_disk); !places.empty(); places = mountedPlaces(m_disk)) {
         unmountPlace(places.back());
     }

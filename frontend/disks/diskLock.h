@@ -1,5 +1,5 @@
 /// @file
-/// A key, from the question to the user until its job has ended.
+/// A key is locked from the question until its job has ended.
 #pragma once
 
 #include "disks/disks.h"
@@ -7,13 +7,12 @@
 
 namespace velacreate {
 
-/// Keeps a whole disk open: as long as it is, the kernel gives its name to no other disk, so that a stick
-/// that is swapped shows as a failure and not as another victim. The disk is locked (flock), which keeps
-/// udev, and with it automounters, off a disk that is being changed, and a second job away.
+/// Keeps a whole disk open and locked (flock). While it is open, the kernel gives its name to no other disk,
+/// so a job on a swapped stick fails and does not overwrite the other stick. The lock keeps udev,
+/// automounters and a second job away.
 class DiskLock {
 public:
-    /// @throw Refusal when it cannot be opened, is not the disk it was, or "another program is working on
-    /// /dev/sdb"
+    /// @throw Refusal when it cannot be opened, is another disk by now, or is locked by another program
     explicit DiskLock(const Disk& disk);
 
     const Disk& disk() const { return m_disk; }
@@ -24,8 +23,8 @@ public:
     /// sight keeps the disk, such as a mount in another namespace
     void unmount() const;
 
-    /// Sectors of 512 bytes written to and read from the whole disk so far, by the kernel's count; 0 once it
-    /// is gone.
+    /// Sectors of 512 bytes that were written to and read from the whole disk so far; 0 when the disk is
+    /// gone.
     struct Traffic {
         std::uint64_t written;
         std::uint64_t read;

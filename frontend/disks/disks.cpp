@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* OPTICAL_DRIVE = "5";
 constexpr const char* SD_CARD = "SD";
-constexpr std::uint64_t SECTOR_SIZE = 512; // the kernel's, whatever the disk's own is
+constexpr std::uint64_t SECTOR_SIZE = 512; // the kernel's unit for every disk
 
 bool isPlainWord(const std::string& name) {
     const auto isPlain = [](unsigned char letter) {
@@ -32,8 +32,8 @@ std::uint64_t sizeOf(const fs::path& directory) {
     return sectors.empty() ? 0 : std::stoull(sectors) * SECTOR_SIZE;
 }
 
-/// The kernel calls no card of a reader of the machine's own removable; an eMMC, which is soldered in, has
-/// another type.
+/// The kernel does not call a card in a built-in reader removable. An eMMC, which is soldered in, has another
+/// type.
 bool holdsRemovable(const fs::path& directory) {
     return attribute(directory / "removable") == "1" || attribute(directory / "device/type") == SD_CARD;
 }
@@ -44,7 +44,7 @@ bool isRemovable(const fs::path& directory) {
            (holdsRemovable(directory) || !usbDevice(directory).empty());
 }
 
-/// A disk may say anything of itself.
+/// A disk may report any text.
 std::string asciiOnly(std::string text) {
     const auto isStrange = [](char letter) { return letter < ' ' || letter > '~'; };
     std::replace_if(text.begin(), text.end(), isStrange, '?');
@@ -118,7 +118,7 @@ DiskDescription describe(const Disk& disk) {
     DiskDescription about;
     about.size = sizeOf(directory);
     about.model = firstOf({device / "model", device / "name"});
-    // Where there is no model, this is the number of a bus.
+    // Without a model, this is the number of a bus.
     about.vendor = fs::exists(device / "model") ? firstOf({device / "vendor"}) : "";
     about.serial = firstOf({device / "serial", directory / "serial"});
     if (const auto usb = usbDevice(directory); !usb.empty()) {

@@ -30,7 +30,7 @@ std::uint64_t bitsPerEntry(std::uint64_t clusters, bool isFat32) {
     return isFat32 ? 32 : clusters < fewestOfFat16 ? 12 : 16;
 }
 
-/// @return 0 for a boot sector that makes no sense
+/// @return 0 for an invalid boot sector
 std::uint64_t capacity(const Sector& sector) {
     constexpr std::uint64_t directoryEntrySize = 32;
     constexpr std::uint64_t reservedEntries = 2;

@@ -1,5 +1,5 @@
 /// @file
-/// The FAT file system of a key, on its fourth partition or in an image of a key.
+/// The FAT file system on a key's fourth partition, or in an image of a key.
 #pragma once
 
 #include "support/descriptor.h"
@@ -12,11 +12,10 @@ namespace velacreate {
 /// Whether libblkid finds a FAT file system at an offset.
 bool holdsFat(const Descriptor& disk, std::uint64_t offset);
 
-/// @return how many bytes of files the FAT file system at an offset can hold at most, by its boot sector; 0
-/// when there is none
+/// @return an upper limit for the bytes of files that the FAT file system can hold; 0 when there is none
 std::uint64_t fatCapacity(const Descriptor& disk, std::uint64_t offset);
 
-/// Whether an open file or directory lies on the FAT file system of this device.
+/// Whether an open file lies on the FAT file system of this device.
 bool isOnFat(const Descriptor& file, dev_t device);
 
 /// Whether a device is a loop device over an open file.

@@ -11,7 +11,7 @@
 namespace velacreate {
 namespace {
 
-/// Beside "/" itself, what a machine stands on; the last five hold the medium of a live system.
+/// What a machine runs from, beside "/". The last five are for live systems.
 constexpr std::array SYSTEM_PLACES = {"/boot",        "/efi",      "/usr",  "/home",     "/var",
                                       "/opt",         "/srv",      "/nix",  "/run/live", "/run/initramfs",
                                       "/run/archiso", "/lib/live", "/cdrom"};
@@ -29,7 +29,8 @@ bool isRemovable(const Disk& disk) {
                        [&](const Disk& other) { return other.number == disk.number; });
 }
 
-/// A device mapper or RAID device over the disk or one of its partitions; empty when there is none.
+/// @return a device mapper or RAID device on top of the disk or of one of its partitions; empty when there is
+/// none
 std::string holder(const std::filesystem::path& directory) {
     for (const auto& above : entriesOf(directory / "holders")) {
         return above.filename();

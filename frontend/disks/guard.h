@@ -1,5 +1,5 @@
 /// @file
-/// Which disks may be made a service key.
+/// Which disks may become keys.
 #pragma once
 
 #include "disks/disks.h"
@@ -8,10 +8,10 @@
 
 namespace velacreate {
 
-/// Stacks (LVM, RAID, encryption, loop devices over a file on the disk, btrfs over several disks) are
-/// followed down to the disk.
-/// @param anyDisk  whether a disk that is neither removable nor on USB is fine
-/// @return why the disk must not be made a key; empty when it may
+/// Stacks (LVM, RAID, encryption, loop devices over files, btrfs over several disks) are followed down to the
+/// disks.
+/// @param anyDisk whether the disk may be neither removable nor on USB
+/// @return why the disk must not become a key; empty when it may
 ///
 /// - "has no medium in it"
 /// - "is neither removable nor on USB (--any-disk lets it)"
@@ -20,8 +20,7 @@ namespace velacreate {
 /// - "is read-only"
 std::string ineligibilityReason(const Disk& disk, bool anyDisk);
 
-/// @return why the disk cannot be filled as it is; empty when it can. "has no fourth partition (/dev/sdb4);
-/// --erase makes a key of any stick"
+/// @return why the disk cannot be filled as it is; empty when it can
 std::string lacksPartition(const Disk& disk);
 
 } // namespace velacreate

@@ -12,16 +12,16 @@
 namespace velacreate {
 namespace {
 
-constexpr int MOST_PARTITIONS = 6; // that are named
+constexpr int MOST_PARTITIONS = 6; // shown at most
 constexpr std::size_t LONGEST_LABEL = 32;
-constexpr std::uint64_t SECTOR = 512; // libblkid's, whatever the disk's own is
+constexpr std::uint64_t SECTOR = 512; // libblkid's unit for every disk
 
 std::string valueOf(const Probe& probe, const char* name) {
     const char* value = nullptr;
     return blkid_probe_lookup_value(probe.get(), name, &value, nullptr) == 0 ? value : "";
 }
 
-/// A label is whatever somebody has written there.
+/// A label is a text of unknown origin.
 std::string labelText(const std::string& label) {
     auto text = printable(label);
     std::size_t end = 0;
@@ -32,7 +32,7 @@ std::string labelText(const std::string& label) {
     return " '" + text.substr(0, end) + (end < text.size() ? "...'" : "'");
 }
 
-/// @return the file system of a part of the disk, or what else marks it as its own; empty when nothing does
+/// @return the file system in a part of the disk, or another signature; empty when there is none
 std::string fileSystem(const Probe& probe) {
     if (!probe) {
         return "";
@@ -81,7 +81,7 @@ std::string fileSystemOf(const Descriptor& disk) {
     return fileSystem(probeOf(disk));
 }
 
-/// @return empty when there is no partition table
+/// @return empty without a partition table
 std::string partitioned(const Descriptor& disk) {
     const auto probe = probeOf(disk);
     auto* partitions = probe ? blkid_probe_get_partitions(probe.get()) : nullptr;
@@ -89,14 +89,14 @@ std::string partitioned(const Descriptor& disk) {
     if (table == nullptr) {
         return "";
     }
-    // The boot sector of an exFAT file system looks like an empty table.
+    // The boot sector of exFAT looks like an empty partition table.
     if (blkid_partlist_numof_partitions(partitions) == 0 && !fileSystemOf(disk).empty()) {
         return "";
     }
     return tableName(blkid_parttable_get_type(table)) + ": " + partitionsText(disk, partitions);
 }
 
-/// Of a disk on which nothing is recognised, by how it begins.
+/// For a disk without a known signature.
 std::string unrecognised(const Descriptor& disk) {
     std::string start(1U << 16U, '\0');
     const auto size = pread(disk.number(), start.data(), start.size(), 0);

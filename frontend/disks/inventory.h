@@ -1,5 +1,5 @@
 /// @file
-/// What stands on a disk, for people.
+/// What is on a disk, for people.
 #pragma once
 
 #include "disks/disks.h"
@@ -8,12 +8,12 @@
 
 namespace velacreate {
 
-/// Partitions are named in their order, with their number where it is not the one that they would have by it.
+/// Partitions are listed in order, with their number where it differs from their position.
 ///
 /// - "GPT: vfat 'BOOT', ext4", "MBR: vfat 'KEY' on 4", "MBR: no partition"
 /// - "vfat 'STICK', no partition table"
 /// - "blank", or "unrecognised" when there is something
-/// - "not readable", or "unknown" when this user must not look
+/// - "not readable", or "unknown" when the user may not read it
 std::string contentOf(const Disk& disk);
 
 } // namespace velacreate

@@ -21,7 +21,7 @@ void powerDown(const Disk& disk) {
     if (attribute(usb / "removable") == "fixed") {
         throw Failure("its USB port is one inside the machine");
     }
-    for (const auto& other : removableDisks()) { // a card reader may have several
+    for (const auto& other : removableDisks()) { // a card reader may have several disks
         if (other.number != disk.number && usbDevice(deviceDirectory(other.number)) == usb) {
             throw Failure("it shares its USB port with " + other.node());
         }

@@ -1,14 +1,13 @@
 /// @file
-/// The end of a key that was made: it can be pulled out.
+/// Ends the work on a key, so that it can be pulled out.
 #pragma once
 
 #include "disks/disks.h"
 
 namespace velacreate {
 
-/// Turns off the USB port of a disk that is flushed and not mounted, as desktops do before they say that it
-/// can be pulled out.
-/// @throw Failure when it is not on USB, or when the port is also that of another medium
+/// Turns off the USB port of a disk that is flushed and not mounted.
+/// @throw Failure when it is not on USB, or shares its port with another medium
 void powerDown(const Disk& disk);
 
 } // namespace velacreate

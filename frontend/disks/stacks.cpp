@@ -31,7 +31,7 @@ Table readMounts() {
     return mounts;
 }
 
-/// A kernel without swap space has no list of it.
+/// A kernel without swap space has no such list.
 Table readSwaps() {
     Table swaps(mnt_new_table(), mnt_unref_table);
     const int result = swaps ? mnt_table_parse_swaps(swaps.get(), SWAPS) : -ENOMEM;
@@ -55,7 +55,7 @@ std::string textOf(const char* text) {
     return text == nullptr ? "" : text;
 }
 
-/// Finds the whole devices under a device, a file or a file system.
+/// Finds the whole devices below a device, a file or a file system.
 class Stack {
 public:
     explicit Stack(const Table& mounts) : m_mounts(mounts) {}
@@ -78,7 +78,7 @@ public:
         }
     }
 
-    /// The path is looked up among the mounts, and needs not exist any more.
+    /// The file may have been deleted; its path is looked up among the mounts.
     void addFile(const std::string& path) {
         if (const auto device = blockDevice(path); device != 0) {
             addDevice(deviceDirectory(device));
@@ -107,7 +107,7 @@ private:
         return found;
     }
 
-    /// Of a file system with a number of its own, the source names only one device.
+    /// btrfs names only one of its devices as its source.
     void addMembers(const fs::path& member) {
         addDevice(member);
         for (const auto& fileSystem : entriesOf("/sys/fs/btrfs")) {

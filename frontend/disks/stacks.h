@@ -1,5 +1,5 @@
 /// @file
-/// What this machine works on, and the disks that it stands on.
+/// Which file systems and swap spaces are in use, and on which disks they lie.
 #pragma once
 
 #include <set>
@@ -13,17 +13,16 @@ namespace velacreate {
 /// A mounted file system, or swap space.
 struct InUse {
     std::string place; ///< the mount point; of swap space, its device or file
-    dev_t device;      ///< of the file system; 0 for swap space
-    /// The kernel's names of all whole devices underneath, down to the disks: "dm-0", "sda", "sdb". Followed
-    /// are partitions, LVM, RAID, encryption, loop devices over files, and btrfs over several disks.
+    dev_t device;      ///< 0 for swap space
+    /// The kernel's names of all whole devices below, down to the disks: "dm-0", "sda", "sdb".
     std::set<std::string> disks;
 };
 
-/// @return what is mounted, each after what it stands on
-/// @throw Refusal when the kernel does not tell
+/// @return all mounts; each comes after the mounts that it lies on
+/// @throw Refusal when the kernel's list cannot be read
 std::vector<InUse> mountsInUse();
 
-/// @throw Refusal when the kernel does not tell
+/// @throw Refusal when the kernel's list cannot be read
 std::vector<InUse> swapInUse();
 
 } // namespace velacreate

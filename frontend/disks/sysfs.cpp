@@ -48,7 +48,7 @@ std::vector<fs::path> entriesOf(const fs::path& directory) {
     for (fs::directory_iterator entry(directory, error), end; !error && entry != end;
          entry.increment(error)) {
         const auto target = fs::canonical(entry->path(), error);
-        if (!error) { // else pulled just now
+        if (!error) { // else the device was pulled out just now
             entries.push_back(target);
         }
     }

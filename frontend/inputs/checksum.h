@@ -1,5 +1,5 @@
 /// @file
-/// Sums by which a file is recognised.
+/// SHA-256 sums.
 #pragma once
 
 #include "support/descriptor.h"
@@ -8,12 +8,12 @@
 
 namespace velacreate {
 
-/// @return the SHA-256 sum of a whole file, in hexadecimal digits as sha256sum writes them
+/// @return the SHA-256 sum of a whole file, in hexadecimal digits
 /// @throw Failure
 std::string sha256Of(
     const Descriptor& file, const Advance& advance = [](std::uint64_t /*bytes*/) {});
 
-/// @return the line by which "sha256sum -c" checks a file, its name escaped where need be
+/// @return the line that "sha256sum -c" reads, with the name escaped where necessary
 std::string checksumLine(const std::string& sum, const std::string& name);
 
 } // namespace velacreate

@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The parts of a path without those that mean nothing.
+/// @return the parts of a path without empty ones and "."
 std::vector<std::string> significantParts(const std::string& path) {
     std::vector<std::string> parts = partsOf(path);
     const auto isNothing = [](const std::string& part) { return part.empty() || part == "."; };
@@ -27,7 +27,7 @@ std::string joined(const std::vector<std::string>& parts) {
     return path;
 }
 
-/// @return whether the parts began so
+/// @return whether the parts began like that
 bool removeStart(std::vector<std::string>& parts, const std::vector<std::string>& start) {
     if (parts.size() < start.size() || !std::equal(start.begin(), start.end(), parts.begin())) {
         return false;

@@ -1,5 +1,5 @@
 /// @file
-/// The paths by which a user names update files.
+/// The paths of update files, as a user names them.
 #pragma once
 
 #include "support/descriptor.h"
@@ -9,11 +9,11 @@
 
 namespace velacreate {
 
-/// Turns what a user has named into paths below the directory of the update files.
+/// Turns the paths that a user has named into paths below the directory of the update files.
 class ChosenPaths {
 public:
     /// @param directory  as the user named it
-    /// @param open       the same one, open
+    /// @param open the same directory
     ChosenPaths(const std::string& directory, const Descriptor& open);
 
     /// @throw Refusal when the path does not lie below the directory

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::uint64_t LARGEST_FILE = (std::uint64_t{1} << 32) - 1;
 constexpr std::size_t LONGEST_FAT_NAME = 255;
-constexpr wchar_t LAST_OF_ONE_UNIT = 0xffff; ///< characters beyond it take two units of UTF-16
+constexpr wchar_t LAST_OF_ONE_UNIT = 0xffff; ///< longer characters take two units of UTF-16
 
 std::size_t utf16Units(const std::wstring& text) {
     const auto pairs = std::count_if(text.begin(), text.end(),
@@ -24,7 +24,7 @@ std::size_t utf16Units(const std::wstring& text) {
     return text.size() + static_cast<std::size_t>(pairs);
 }
 
-/// @return what keeps a part of a name off FAT; empty when nothing does
+/// @return why FAT cannot hold the part of a name; empty when it can
 std::string objectionTo(const std::string& part) {
     const std::size_t forbidden = part.find_first_of("\"*:<>?|\\");
     if (forbidden != std::string::npos) {
@@ -46,7 +46,7 @@ std::string objectionTo(const std::string& part) {
 } // namespace
 
 void requireFatNames(const std::vector<std::string>& places) {
-    std::set<std::string> fine; // a directory's name is in every place below it, and looked at once
+    std::set<std::string> fine; // directories are in many places, and checked once
     std::map<std::wstring, const std::string*> known;
     for (const std::string& place : places) {
         for (const std::string& part : partsOf(place)) {

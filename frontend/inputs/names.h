@@ -7,17 +7,16 @@
 
 namespace velacreate {
 
-constexpr const char* PACKAGE_NAME = "tool.zip"; ///< the tool package, as the library is told
-constexpr const char* LIBRARY_FOLDER = ".job";   ///< the launchers' folder, and where the output grows
+constexpr const char* PACKAGE_NAME = "tool.zip"; ///< the tool package in a job directory
+constexpr const char* LIBRARY_FOLDER = ".job";   ///< where the library runs and the output grows
 
-/// Whether the job, or the library in it, makes, overwrites or removes something of this name at the top
-/// level of the job directory; such a name is kept off every medium.
+/// Whether the job or the library uses this name at the top of the job directory. No medium can hold it.
 bool isJobName(const std::string& name);
 
-/// Whether it is one of the clone images' names.
+/// Whether it is the name of a clone image.
 bool isCloneImage(const std::string& name);
 
-/// @return what is between the slashes of a path, also where that is nothing
+/// @return the parts between the slashes, also empty ones
 std::vector<std::string> partsOf(const std::string& path);
 
 /// @return the first part of a path
@@ -26,10 +25,10 @@ std::string topOf(const std::string& path);
 /// @return the directories on the way to a path, outermost first: "a" and "a/b" for "a/b/c"
 std::vector<std::string> ancestorsOf(const std::string& path);
 
-/// @return the text with the letters a to z as capitals, however the user's language has them
+/// @return the text with a to z as capitals, in any locale
 std::string inCapitals(std::string text);
 
-/// Also one beyond ASCII, where the text is in UTF-8.
+/// Control characters beyond ASCII count where the text is UTF-8.
 bool holdsControlCharacter(const std::string& text);
 
 } // namespace velacreate

@@ -12,13 +12,12 @@
 namespace velacreate {
 namespace {
 
-constexpr std::size_t LONGEST_PART = 255; ///< that a file system takes
+constexpr std::size_t LONGEST_PART = 255; ///< the limit of file systems
 constexpr std::size_t LONGEST_NAME = 1024;
-constexpr std::size_t MOST_PARTS = 64; ///< each may be a directory of its own, whose path is kept
+constexpr std::size_t MOST_PARTS = 64; ///< each part may be a directory of its own
 constexpr std::uint64_t LARGEST_FILE = std::uint64_t{1} << 40;
 
-/// The name as it is checked and written: zip archives mark a directory with a slash, and some programs write
-/// "./".
+/// Zip archives mark a directory with a slash at the end, and some programs write "./" in front.
 std::string plainName(std::string name) {
     while (name.compare(0, 2, "./") == 0) {
         name.erase(0, 2);
@@ -83,7 +82,7 @@ bool PackageReader::next() {
         const char* name = archive_entry_pathname(header());
         m_name = plainName(name != nullptr ? name : "");
         checkKind();
-        if (!m_name.empty() || !isDirectory()) { // else it is the folder that was packed, "./"
+        if (!m_name.empty() || !isDirectory()) { // else it is "./", the folder that was packed
             checkName();
             return true;
         }
@@ -134,7 +133,7 @@ void PackageReader::read(const UseBlock& use) {
         if (status != ARCHIVE_OK && status != ARCHIVE_EOF) {
             refuse("cannot be unpacked: " + m_reader.problem());
         }
-        if (block.size > left) { // not to be unpacked any further: it may go on without an end
+        if (block.size > left) { // it might be endless
             refuse("is larger than the archive says");
         }
         left -= block.size;

@@ -1,5 +1,5 @@
 /// @file
-/// A tool package, entry by entry.
+/// Reads a tool package entry by entry.
 #pragma once
 
 #include "support/archives.h"
@@ -11,28 +11,28 @@
 
 namespace velacreate {
 
-/// Reads the entries of a zip archive, and refuses each that a tool package must not have: what is no file
-/// and no directory, needs a password, or has a name that is not to be trusted.
+/// Refuses each entry that a tool package must not have: other than files and directories, encrypted ones,
+/// and those with a dangerous name.
 class PackageReader {
 public:
     /// @param path       for messages
     /// @param blockSize  how much is read at a time, also after a skip
     PackageReader(const Descriptor& file, std::string path, std::size_t blockSize);
 
-    /// Goes on to the next entry.
+    /// Goes to the next entry.
     /// @return false at the end
-    /// @throw Refusal, also when it is no zip archive
+    /// @throw Refusal, also for another file than a zip archive
     bool next();
 
-    /// Its name, without "./" in front and without a slash at the end.
+    /// The name without "./" in front and without a slash at the end.
     const std::string& name() const { return m_name; }
     bool isDirectory() const;
     std::uint64_t size() const;
     archive_entry* header() const { return m_reader.entry(); }
 
     using UseBlock = std::function<void(const void* data, std::size_t size)>;
-    /// Reads the current file whole.
-    /// @throw Refusal when its sum or its size is wrong, or the archive ends too early
+    /// Reads the whole current file.
+    /// @throw Refusal when its sum or its size is wrong, or when the archive ends too early
     void read(const UseBlock& use);
 
     /// Refuses the package for its current entry.

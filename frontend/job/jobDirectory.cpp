@@ -86,8 +86,8 @@ JobDirectory::JobDirectory(const NamedDirectory& parent) : m_parent(parent), m_n
         flock(m_directory.number(), LOCK_EX | LOCK_NB);
         check(mkdirat(m_directory.number(), LIBRARY_FOLDER, S_IRWXU) == 0)
             .orFail("no folder in the job directory");
-        // The rights that the parent hands down are the output's, which grows in that folder, and not a
-        // medium's.
+        // The output grows in the library folder and gets the rights that the parent passes on. The files of
+        // a medium do not.
         fremovexattr(m_directory.number(), "system.posix_acl_default");
     } catch (const Failure&) {
         unlinkat(m_parent.number(), m_name.c_str(), AT_REMOVEDIR);
@@ -105,7 +105,7 @@ std::string JobDirectory::keep() {
     const auto name = std::exchange(m_name, "");
     const auto visible = name.substr(1);
     renameat(m_directory.number(), LIBRARY_FOLDER, m_directory.number(),
-             LIBRARY_FOLDER + 1); // no longer marked
+             LIBRARY_FOLDER + 1); // so it is no longer removed as abandoned
     const bool isRenamed = renameat(m_parent.number(), name.c_str(), m_parent.number(), visible.c_str()) == 0;
     return (m_parent.path == "/" ? "" : m_parent.path) + "/" + (isRenamed ? visible : name);
 }
@@ -135,7 +135,7 @@ void removeContents(const Descriptor& directory, const std::string& besides) {
 
 namespace {
 
-/// Not every file system has links.
+/// Some file systems have no links.
 void linkFile(const Descriptor& from, const Descriptor& to, const std::string& name) {
     if (linkat(from.number(), name.c_str(), to.number(), name.c_str(), 0) == 0) {
         return;
@@ -182,7 +182,7 @@ std::uint64_t sizeBelow(int directory, const std::string& path) {
 
 void enterJobDirectory() {
     if (hasOwnMounts()) {
-        // A mount below it keeps "/mnt" from being unmounted by the library.
+        // The library runs "umount /mnt"; a mount below it makes that fail.
         check(mount("tmpfs", "/mnt", "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=16m") == 0 &&
               mkdir(OWN_PLACE, S_IRWXU) == 0 && mount(".", OWN_PLACE, nullptr, MS_BIND, nullptr) == 0 &&
               chdir(OWN_PLACE) == 0)
@@ -196,7 +196,7 @@ void enterJobDirectory() {
                       "mounts of its own cannot be had; choose another place");
     }
     check(chdir(LIBRARY_FOLDER) == 0).orFail("the job directory cannot be entered");
-    // Not the job directory itself, where an update file could pass for a tool's start-up file.
+    // Update files lie in the job directory, where one could be read as a tool's start-up file.
     const auto home = here + "/" + LIBRARY_FOLDER;
     check(setenv("HOME", home.c_str(), 1) == 0)
         .orFail("no home for the job"); // NOLINT(concurrency-mt-unsafe)

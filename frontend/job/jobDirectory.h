@@ -1,5 +1,5 @@
 /// @file
-/// The directory in which a job lives.
+/// The directory of a job.
 #pragma once
 
 #include "job/callerEnvironment.h"
@@ -9,11 +9,10 @@
 
 namespace velacreate {
 
-/// A fresh directory that nobody else may enter, made by the supervisor and removed by it whatever happens to
-/// the job. It holds the update files as they will stand on the medium, the tool package as "tool.zip", and
-/// the launchers' folder. It is worked on through its descriptor only: whoever owns the directory that it
-/// lies in may rename it. It is locked; one without a lock has lost its supervisor, and goes when the next
-/// one is made beside it.
+/// A fresh directory that only its user can enter. The supervisor makes it, and removes it however the job
+/// ends. It holds the update files as they will be on the medium, the tool package as "tool.zip", and the
+/// library folder. It is used through its descriptor only, since the owner of its parent may rename it. It is
+/// locked: one without a lock has lost its supervisor, and the next job beside it removes it.
 class JobDirectory {
 public:
     /// @param parent  must outlive this
@@ -25,8 +24,8 @@ public:
 
     const Descriptor& directory() const { return m_directory; }
 
-    /// Leaves it for the user to look at.
-    /// @return its path from now on
+    /// Keeps it for the user.
+    /// @return its new path
     std::string keep();
 
 private:
@@ -35,41 +34,38 @@ private:
     Descriptor m_directory;
 };
 
-/// Where the job directories lie of jobs that have no output on this machine's disks.
-/// @param chosen  by the user; if empty, TMPDIR or "/var/tmp" is taken
-/// @throw Refusal when it cannot be written to
+/// The parent of job directories for jobs whose output is not a file.
+/// @param chosen by the user; when empty, TMPDIR or "/var/tmp"
+/// @throw Refusal when it is not writable
 NamedDirectory scratchDirectory(const std::string& chosen, const CallerEnvironment& caller);
 
-/// Removes all that is in a directory, over no link and no mount.
-/// @param besides  what stays at its top, if anything
+/// Removes everything in a directory. Links are not followed, and mounts are not entered.
+/// @param besides a name at its top that stays
 void removeContents(const Descriptor& directory, const std::string& besides = "");
 
-/// Lets all that is in a directory stand in another one as well: files by links, which takes no space, or
-/// copied where the file system has none.
-/// @param besides  what is left out at its top
+/// Puts everything in a directory into another one, too: as links, or as copies where the file system has no
+/// links.
+/// @param besides a name at its top that is left out
 /// @throw Failure
 void linkContents(const Descriptor& from, const Descriptor& to, const std::string& besides = "");
 
-/// @return the size of all files at a path below a directory, or of the file that is there; 0 when nothing is
-/// there
+/// @return the size of all files at a path below a directory; 0 when there is nothing
 std::uint64_t sizeBelow(int directory, const std::string& path);
 
 /// @name In the job's process, which starts in its job directory
 /// @{
 
-/// Enters the launchers' folder of the job directory. With mounts of its own, the job directory then stands
-/// at a path that every command can carry and no one else can change, and "/mnt" holds nothing but what the
-/// job mounts.
-/// @throw Refusal when there are no such mounts and a command could not carry the job directory's path;
-/// Failure
+/// Enters the library folder of the job directory. With mounts of its own, the job directory is then at a
+/// path that every command can hold and nobody else can change, and "/mnt" holds only what the job mounts.
+/// @throw Refusal when it has no such mounts, and a command cannot hold the path; Failure
 void enterJobDirectory();
 
-/// Opens a file of the user's again before the job directory is entered, in the mounts of this process: what
-/// was opened before they were its own could not be mounted.
-/// @throw Failure when it is another file now
+/// Opens a user's file again, in this process's own mounts, before the job directory is entered. A file that
+/// was opened outside these mounts could not be mounted.
+/// @throw Failure when it is another file by now
 Descriptor openAgain(const Descriptor& file, const std::string& path);
 
-/// Lets such a file stand under a name in the current directory, as it is and not as a copy.
+/// Puts such a file at a name in the current directory, without copying it.
 void placeFile(const Descriptor& file, const std::string& path, const std::string& name);
 /// @}
 

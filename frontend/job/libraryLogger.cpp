@@ -26,7 +26,7 @@ bool looksLikeFailure(std::string line) {
                        [&](const char* mark) { return line.find(mark) != std::string::npos; });
 }
 
-/// Where there is no space, there is none for a tool's words either.
+/// Without free space, a tool's own message could not be captured.
 bool isFull() {
     constexpr std::uint64_t HARDLY_ANY = 64U << 10U;
     struct statvfs about {};
@@ -52,7 +52,7 @@ std::string reasonIn(const std::string& said) {
 }
 
 int reportToolError(int result, const Reporter& reporter) {
-    // Where a file is missing, no tool has run.
+    // When a file is missing, no tool has run.
     if (result != 0 && result != EXIT_UNFINISHED && result != VelaCreation::VELAERROR_FILE_OR_DIR_NOT_FOUND &&
         result != VelaCreation::VELAERROR_NO_UPDATE_FILES) {
         std::ostringstream said;

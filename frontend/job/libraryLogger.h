@@ -13,7 +13,7 @@
 
 namespace velacreate {
 
-/// Hands messages on to the supervisor, and asks a function at the checkpoint.
+/// Passes messages to the supervisor, and calls a function at the checkpoint.
 class LibraryLogger : public VelaLoggerIfc {
 public:
     explicit LibraryLogger(Reporter& reporter, std::function<int()> checkpoint = nullptr)
@@ -27,7 +27,7 @@ public:
         return m_checkpoint ? m_checkpoint() : 0;
     }
 
-    /// While something is tried that may fail, failures are no more than other messages.
+    /// While set, failures are logged as progress, since the operation may fail.
     void setTrying(bool isTrying) { m_isTrying = isTrying; }
 
 private:
@@ -36,13 +36,11 @@ private:
     bool m_isTrying = false;
 };
 
-/// @return the first line of what a tool said that looks like a reason, and not like a warning only; else the
-/// last one
+/// @return the first line of a tool's output that looks like a reason; else the last line
 std::string reasonIn(const std::string& said);
 
-/// Tells, when an operation of the library has failed, what the tool said that it ran last: the library has
-/// left its output in the current directory, where the next command would overwrite it. A veto has told its
-/// own reason.
+/// After a failed operation of the library, reports what the last tool has said. The library has left that in
+/// the current directory, where the next command would overwrite it. A veto reports its own reason.
 /// @return the operation's result
 int reportToolError(int result, const Reporter& reporter);
 

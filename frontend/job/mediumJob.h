@@ -14,8 +14,8 @@ namespace velacreate {
 
 class Progress;
 
-/// How many bytes a stage of the library's has done, found out without the job's help. What it shows as the
-/// first such stage begins does not count.
+/// Counts the bytes of a stage of the library from outside the job, from the count at the beginning of the
+/// first such stage on.
 struct Gauge {
     std::uint64_t expected;
     std::function<std::uint64_t()> done;
@@ -23,21 +23,20 @@ struct Gauge {
 
 struct MediumJob {
     std::string medium;                                  ///< for messages, such as "the key /dev/sdb"
-    int jobDirectory;                                    ///< the directory that it starts in
+    int jobDirectory;                                    ///< in which it starts
     std::function<int(Reporter&)> work;                  ///< run in a process of its own
     std::map<std::string, Gauge> gauges = {};            ///< by the stage
-    std::function<void(const Outcome&)> ended = nullptr; ///< told at once
+    std::function<void(const Outcome&)> ended = nullptr; ///< called at once
     JobKind kind = JobKind::making;
 
-    /// Of a server: takes each line that it writes, and shows what it wants to. What other jobs write are
-    /// failures of the library's.
+    /// For a server: called with each line of its output. Lines of other jobs are failures of the library.
     std::function<void(const std::string& line, Progress& progress)> takeLine = nullptr;
 
-    /// Of a server: asked once a second.
-    /// @return why it cannot go on, and is killed; empty when it can
+    /// For a server: called once a second.
+    /// @return why it must be ended; empty when it can go on
     std::function<std::string()> whatIsGone = nullptr;
 
-    /// A server has no stages, goes on until it is ended, and has nothing to put in order then.
+    /// A server has no stages and runs until it is killed.
     bool isServer() const { return takeLine != nullptr; }
 };
 

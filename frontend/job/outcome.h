@@ -12,16 +12,16 @@ namespace velacreate {
 enum class JobKind {
     making,
     verifying, ///< compares it with what would be made now
-    comparing, ///< a disc, with its image
+    comparing, ///< a disc with its image
 };
 
 struct Outcome {
     int status;
-    std::string reason;                ///< in a tool's words or velacreate's own; empty when there are none
+    std::string reason;                ///< may be empty
     std::vector<std::string> failures; ///< the library's messages of level 0
     bool hasChanged;                   ///< whether the medium was changed
     double seconds;
-    double bytesPerSecond = 0; ///< written to the medium; 0 when it was not counted
+    double bytesPerSecond = 0; ///< 0 when it was not counted
     JobKind kind = JobKind::making;
     std::map<std::string, std::string> sums = {}; ///< SHA-256, by the place of the file
 };

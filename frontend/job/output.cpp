@@ -33,11 +33,11 @@ bool isNetbootName(const std::string& name) {
                VelaCreation::NETBOOT_FILES.end();
 }
 
-/// What a directory holds that is to be replaced by a package.
+/// What is in a directory that is to be replaced by a network-boot directory.
 struct Present {
     bool isEmpty = true;
     bool hasArchive = false;
-    std::string stranger; ///< what is not of a package, if anything
+    std::string stranger; ///< an entry of no network-boot directory
 
     bool isReplaceable() const { return isEmpty || (hasArchive && stranger.empty()); }
 };
@@ -59,7 +59,7 @@ bool rename(const Descriptor& from, const std::string& oldName, int to, const st
     return renameat2(from.number(), oldName.c_str(), to, newName.c_str(), flags) == 0;
 }
 
-/// Not every file system knows how to exchange, or how not to replace.
+/// Some file systems cannot exchange names, or always replace.
 bool lacksFlags() {
     return errno == EINVAL || errno == EXDEV;
 }
@@ -199,7 +199,7 @@ bool Output::exchange(const Descriptor& directory, const std::string& name) cons
     if (isAsChecked(directory, name)) {
         return true;
     }
-    swap(); // what has come there in the meantime is not ours to remove
+    swap(); // it has come there meanwhile and is not ours
     errno = EEXIST;
     return false;
 }
@@ -212,7 +212,7 @@ bool Output::replace(const Descriptor& directory, const std::string& name) const
     if (!S_ISDIR(m_present->st_mode)) {
         return rename(directory, name, m_parent.number(), m_name, 0);
     }
-    // A directory has to be moved out of the way before; whatever happens then, it is there to be found.
+    // The old directory is moved aside first, so it can always be found.
     const std::string replaced = m_name + ".replaced";
     return rename(m_parent.directory, m_name, m_parent.number(), replaced, 0) &&
            rename(directory, name, m_parent.number(), m_name, 0) &&

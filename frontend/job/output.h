@@ -1,5 +1,5 @@
 /// @file
-/// The place of a finished image or package.
+/// Where the finished output is put.
 #pragma once
 
 #include "support/descriptor.h"
@@ -9,41 +9,40 @@
 
 namespace velacreate {
 
-/// Checked, and held open, before the job begins. What stands there stays until the finished output takes its
-/// place, at once and whole.
+/// Checked and held open before the job begins. What is there now stays until the finished output replaces it
+/// at once.
 class Output {
 public:
-    /// For an image: refuses a name that does not end in ".iso", and what cannot be replaced by a file, or
-    /// only with
-    /// --force.
+    /// For an image: refuses a name that does not end in ".iso", an existing file without --force, and
+    /// anything else that exists.
     static Output image(const std::string& path, bool force);
 
-    /// For the checksum beside an image: the same, but for what its name ends in.
+    /// For the checksum of an image: the same, with any name.
     static Output checksum(const std::string& path, bool force);
 
-    /// For a package's directory: refuses one that is not empty, unless it is a package and --force is given,
-    /// and one that is a mount point.
+    /// For a network-boot directory: refuses a mount point, a directory with other files, and an existing
+    /// network-boot directory without --force.
     static Output netbootDirectory(const std::string& path, bool force);
 
-    /// The directory that the output lies in, where its job directory is made.
+    /// The directory of the output, where the job directory is made.
     const NamedDirectory& parent() const { return m_parent; }
     /// For messages.
     std::string path() const;
 
-    /// What stands there now, if anything.
+    /// What is there now, if anything.
     const std::optional<struct stat>& present() const { return m_present; }
     /// Opens it.
     /// @throw Refusal
     Descriptor openPresent() const;
 
-    /// Moves the finished file or directory here, with the owner and the mode of what it replaces.
-    /// @param directory  where it stands, under a name; what it replaces is left there in its stead, or gone
-    /// @return what it is, for `giveBack`
+    /// Moves the finished file or directory here. It gets the owner and the mode of what it replaces.
+    /// @param directory where it is; what it replaces may be left there under its name
+    /// @return its status, for `giveBack`
     /// @throw Failure
     struct stat take(const Descriptor& directory, const std::string& name) const;
 
-    /// Undoes `take`, unless something else has come here, or what was replaced is gone.
-    /// @return whether all is as it was before
+    /// Undoes `take`, unless something else is here by now.
+    /// @return whether everything is as before
     bool giveBack(const Descriptor& directory, const std::string& name, const struct stat& taken) const;
 
 private:

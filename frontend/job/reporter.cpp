@@ -8,7 +8,7 @@
 namespace velacreate {
 namespace {
 
-constexpr std::size_t LONGEST = 32768; // what is longer is cut
+constexpr std::size_t LONGEST = 32768; // longer texts are cut
 
 } // namespace
 

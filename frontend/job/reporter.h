@@ -1,5 +1,5 @@
 /// @file
-/// What a job tells its supervisor.
+/// Events from a job to its supervisor.
 #pragma once
 
 #include <chrono>
@@ -11,32 +11,33 @@ namespace velacreate {
 
 struct Event {
     enum class Kind : char {
-        stage = 's',    ///< what the job does now
-        expected = 'e', ///< how many bytes the stage will take
-        done = 'd',     ///< how many it has done
-        failure = 'f',  ///< a message of the library's, level 0
-        progress = 'p', ///< one of another level
-        changing = 'c', ///< from here on, the medium is changed
-        burning = 'b',  ///< from here on, an end would spoil a disc
-        finding = 'i',  ///< a difference, where it is the difference that was asked for
-        note = 'n',     ///< what the user should know, though nothing is wrong
-        sum = 'h',      ///< the SHA-256 sum of a file, a blank, and the file's place
-        end = 'x',      ///< there will be no further event
-        reason = 'r',   ///< why the job fails, in the words of a tool or of velacreate
+        stage = 's',    ///< the job has begun this stage
+        expected = 'e', ///< bytes that the stage will take
+        done = 'd',     ///< bytes that the stage has done
+        failure = 'f',  ///< a message of the library, level 0
+        progress = 'p', ///< a message of the library, another level
+        changing = 'c', ///< the medium is changed from now on
+        burning = 'b',  ///< an interrupt would spoil a disc from now on
+        finding = 'i',  ///< a difference that was looked for
+        note = 'n',     ///< information for the user
+        sum = 'h',      ///< the SHA-256 sum of a file, a blank, and its place
+        end = 'x',      ///< there are no more events
+        reason = 'r',   ///< why the job fails
     };
     Kind kind;
     std::string text;
 };
 
-/// The job's side. Each event is a message of its own on a socket, so that none can be mistaken for another.
+/// The job's side. Each event is a message of its own on a socket, so that no text can be mistaken for an
+/// event.
 class Reporter {
 public:
     explicit Reporter(int socket) : m_socket(socket) {}
 
-    /// @param bytes  how many the stage will take; 0 when that is told from outside
+    /// @param bytes that the stage will take; 0 when they are counted from outside
     void stage(const std::string& text, std::uint64_t bytes = 0);
 
-    /// Bytes of the stage that have been done besides those before. Told on a few times a second.
+    /// @param bytes done since the last call; they are sent a few times a second
     void advance(std::uint64_t bytes);
 
     void message(int level, const std::string& text) const;
@@ -58,7 +59,7 @@ private:
 };
 
 /// The supervisor's side.
-/// @return nothing when there is no event at the moment
+/// @return nothing when there is no event now
 std::optional<Event> receiveEvent(int socket);
 
 } // namespace velacreate

@@ -8,11 +8,11 @@
 
 namespace {
 
-bool pauseIsDue = false; // of a stage that has been announced, and is to be left out
+bool pauseIsDue = false; // after a stage line; it is left out
 
 } // namespace
 
-/// In the library's place of the C library's, since the executable comes first where names are looked up.
+/// Replaces the C library's function for the library, since the executable's symbols come first.
 extern "C" __attribute__((visibility("default"))) unsigned int sleep(unsigned int seconds) {
     if (std::exchange(pauseIsDue, false)) {
         return 0;
@@ -25,7 +25,7 @@ extern "C" __attribute__((visibility("default"))) unsigned int sleep(unsigned in
 namespace velacreate {
 namespace {
 
-/// Standard output as the library sees it, where a stage line is flushed at once.
+/// Replaces standard output for the library, which flushes each stage line at once.
 class StageLines : public std::stringbuf {
 public:
     StageLines(std::function<void(const std::string&)> announce, bool keepPauses)
@@ -49,7 +49,7 @@ private:
 } // namespace
 
 void watchStages(const std::function<void(const std::string& stage)>& announce, bool keepPauses) {
-    static StageLines lines(announce, keepPauses); // as long as the stream
+    static StageLines lines(announce, keepPauses); // lives as long as the stream
     std::cout.rdbuf(&lines);
 }
 

@@ -1,6 +1,6 @@
 /// @file
-/// The pause that the library makes after each stage line, for those who poll the status file. Whoever
-/// watches a job here is shown its stages at once, so it does not wait. The library's other pauses are real.
+/// The library pauses after each stage line, for programs that poll the status file. The command shows stages
+/// at once and leaves these pauses out. Other pauses are real.
 #pragma once
 
 #include <functional>
@@ -8,9 +8,9 @@
 
 namespace velacreate {
 
-/// From now on, takes the library's stage lines off the standard output of this process and hands them over,
-/// without their blank and dots. The pause after each is left out.
-/// @param keepPauses  whether it is made nevertheless
+/// Catches the library's stage lines on standard output from now on, and passes them on without the blank and
+/// the dots.
+/// @param keepPauses whether the library pauses after them
 void watchStages(const std::function<void(const std::string& stage)>& announce, bool keepPauses);
 
 } // namespace velacreate

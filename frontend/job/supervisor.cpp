@@ -21,30 +21,30 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds REDRAWN_EVERY(200);
-constexpr std::chrono::milliseconds CHECKED_EVERY(1000); // whether what a server needs is still there
+constexpr std::chrono::milliseconds CHECKED_EVERY(1000); // between two checks of what a server needs
 constexpr auto KILL_GRACE_PERIOD = std::chrono::seconds(5);
-constexpr int GAUGE_SHARE = 100;           // a look at a gauge may take one part in so many of the time
-constexpr std::size_t LONGEST_LINE = 4096; // of a server's
+constexpr int GAUGE_SHARE = 100;           // of the time between two looks, one look takes at most this part
+constexpr std::size_t LONGEST_LINE = 4096; // of a server's output
 
 double secondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-/// A job that runs, and what it has told so far.
+/// A running job and what it has reported.
 class RunningJob {
 public:
-    /// @param index    its medium's number in the progress
-    /// @param isAlone  whether there is no other medium, so that messages need not name this one
+    /// @param index the number of its medium in the progress
+    /// @param isAlone whether it is the only medium, so that messages need not name it
     RunningJob(const MediumJob& job, std::size_t index, bool isAlone, Outcome& outcome, Console& console,
                Progress& progress)
         : m_job(job), m_index(index), m_name(isAlone ? "" : job.medium + ": "), m_outcome(outcome),
           m_console(console), m_progress(progress), m_process(job.jobDirectory, job.work) {}
 
     bool isBurning() const { return m_isBurning; }
-    /// @param number  of the signal; a server is killed
+    /// A server is killed by any signal.
     void signal(int number) const { m_process.signal(m_job.isServer() ? SIGKILL : number); }
 
-    /// What may become readable.
+    /// Descriptors to wait for; -1 where there is nothing more to read.
     std::array<int, 3> sources() const {
         return {m_process.ending(), m_hasEvents ? m_process.events() : -1,
                 m_hasOutput ? m_process.output() : -1};
@@ -88,8 +88,8 @@ public:
         }
     }
 
-    /// @param isInterrupted  whether it was told to end
-    /// @return whether it has ended, and all is said of it
+    /// @param isInterrupted whether it was told to end
+    /// @return whether it has ended; its outcome is then complete
     bool concludeIfEnded(bool isInterrupted) {
         pollfd ending{m_process.ending(), POLLIN, 0};
         if (poll(&ending, 1, 0) == 0) {
@@ -103,7 +103,7 @@ public:
         }
         if (isInterrupted && m_outcome.status != 0) {
             m_outcome.status = EXIT_INTERRUPTED;
-            m_outcome.hasChanged = m_outcome.hasChanged || m_isBurning; // a disc that is spoiled
+            m_outcome.hasChanged = m_outcome.hasChanged || m_isBurning; // a disc is spoiled
         } else if (!m_gone.empty()) {
             m_outcome.status = EXIT_UNFINISHED;
             m_outcome.reason = m_gone;
@@ -197,7 +197,7 @@ private:
         return std::max(shown, *m_shownFirst) - *m_shownFirst;
     }
 
-    /// What the gauge has shown is kept, for the rate.
+    /// Adds up the gauge's count and time, for the rate.
     void leaveGauge() {
         if (m_gauge != nullptr) {
             m_written = std::max(m_written, shownByGauge());
@@ -220,10 +220,10 @@ private:
     Clock::time_point m_stageStart = Clock::now();
     const Gauge* m_gauge = nullptr;
     std::optional<std::uint64_t> m_shownFirst;
-    std::uint64_t m_written = 0; ///< by the gauges of the stages before
+    std::uint64_t m_written = 0; ///< counted by gauges
     double m_gauged = 0;         ///< seconds in them
     std::string m_said;
-    std::string m_gone; ///< what it needed
+    std::string m_gone; ///< what the server has lost
     bool m_hasEvents = true;
     bool m_hasOutput = true;
     bool m_isBurning = false;
@@ -266,7 +266,7 @@ public:
     }
 
 private:
-    /// Those that have stages to be shown.
+    /// Media with stages to show.
     std::vector<std::string> media() const {
         std::vector<std::string> media;
         for (const auto& job : m_jobs) {
@@ -283,7 +283,7 @@ private:
             try {
                 m_running.emplace_back(m_jobs[m_next], m_next, m_jobs.size() == 1, outcome, m_console,
                                        m_progress);
-            } catch (const Failure& failure) { // and those that run go on
+            } catch (const Failure& failure) { // other jobs go on
                 outcome.status = EXIT_UNFINISHED;
                 outcome.reason = failure.what();
             }
@@ -337,7 +337,7 @@ private:
     std::vector<Outcome> m_outcomes;
     std::list<RunningJob> m_running;
     std::size_t m_next = 0;
-    std::optional<Clock::time_point> m_killTime; ///< when jobs that were told to end are killed
+    std::optional<Clock::time_point> m_killTime; ///< when jobs that do not end are killed
     bool m_hasWarned = false;
     Clock::time_point m_drawn;
 };

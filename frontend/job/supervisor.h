@@ -1,5 +1,5 @@
 /// @file
-/// The watching of jobs, from outside.
+/// Supervises jobs from outside.
 #pragma once
 
 #include "display/console.h"
@@ -10,8 +10,8 @@
 
 namespace velacreate {
 
-/// Runs jobs side by side, each in a process of its own, and shows how far they are. An interrupt ends them
-/// all: at once, or, while a disc is burned, at the second one.
+/// Runs jobs side by side, each in a process of its own, and shows their progress. An interrupt ends them
+/// all; while a disc is burned, only the second one does.
 /// @param atOnce  how many run at a time
 /// @return their outcomes, in order
 std::vector<Outcome> supervise(const std::vector<MediumJob>& jobs, std::size_t atOnce,

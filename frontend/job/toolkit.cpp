@@ -17,13 +17,13 @@ namespace {
 constexpr const char* BURNER = "cdrecord";
 constexpr const char* ZIP = "zip";
 
-/// In a build tree beside the executable, once installed in libexec.
+/// In a build tree beside the executable; when installed, in libexec.
 fs::path ownFolder() {
     const auto home = fs::read_symlink("/proc/self/exe").parent_path();
     return fs::exists(home / "toolkit") ? home / "toolkit" : home / VELACREATE_LIBEXEC;
 }
 
-/// By a descriptor that every command inherits: the path might hold what parts the search path.
+/// By a descriptor that every command inherits: a colon in the path would split the search path.
 void searchHereFirst() {
     Descriptor here(open(".", O_PATH | O_DIRECTORY));
     const auto searchPath = here.path() + ":" + SEARCH_PATH;

@@ -1,5 +1,5 @@
 /// @file
-/// The launchers, through which the library runs the ISO tool, the burner and zip.
+/// The launchers: scripts through which the library runs the ISO tool, the burner and zip.
 #pragma once
 
 #include "support/descriptor.h"
@@ -11,23 +11,23 @@
 namespace velacreate {
 
 enum class Launchers {
-    ofDiscs,  ///< xorriso and cdrecord, which the library copies from the current directory
-    ofNetboot ///< zip, which it finds on the search path; only velacreate's own folder must have it
+    ofDiscs,  ///< xorriso and cdrecord; the library copies them from the current directory
+    ofNetboot ///< zip, which is found on the search path; optional in a user's folder
 };
 
 class Toolkit {
 public:
-    /// @param folder  where the launchers are; empty for those that belong to this executable
+    /// @param folder of the launchers; empty for velacreate's own
     /// @throw Refusal when one is missing
     explicit Toolkit(const std::string& folder, Launchers launchers = Launchers::ofDiscs);
 
-    /// Whether they are velacreate's own: what another folder's run is up to them.
+    /// Whether they are velacreate's own. Others may run other programs.
     bool isOwn() const { return m_isOwn; }
 
-    /// Runs the burner's, from where it is.
+    /// Runs the burner's launcher in its folder.
     ProgramResult runBurner(const std::vector<std::string>& arguments) const;
 
-    /// Puts them into the current directory; with a launcher for zip, commands look there first from now on.
+    /// Copies them into the current directory. Commands find a launcher for zip there first.
     /// @throw Failure
     void copyHere() const;
 

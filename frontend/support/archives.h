@@ -1,5 +1,5 @@
 /// @file
-/// Archives, as libarchive reads and writes them.
+/// Archives, read and written by libarchive.
 #pragma once
 
 #include "support/descriptor.h"
@@ -21,14 +21,14 @@ struct ArchiveCloser {
 using Archive = std::unique_ptr<archive, ArchiveCloser>;
 using ArchiveEntry = std::unique_ptr<archive_entry, ArchiveCloser>;
 
-/// What libarchive has to say of its last call.
+/// @return the reason of libarchive's last failure
 std::string problemOf(const Archive& handle);
 
-/// Begins a zip archive that stores and does not pack.
+/// Begins a zip archive without compression.
 /// @throw Failure
 Archive beginZip(const Descriptor& output);
 
-/// An archive, entry by entry. The results are libarchive's, such as ARCHIVE_OK and ARCHIVE_EOF.
+/// Reads an archive entry by entry. Results are libarchive's, such as ARCHIVE_OK and ARCHIVE_EOF.
 class ArchiveReader {
 public:
     enum class Format { zip, iso9660 };
@@ -37,8 +37,8 @@ public:
     /// @throw Failure
     ArchiveReader(const Descriptor& file, Format format, std::size_t blockSize);
 
-    /// Goes on to the next entry; a file that is no such archive shows at the first. Names that an archive
-    /// marks as UTF-8 are so, whatever the locale is.
+    /// Goes to the next entry. The first call fails for a file in another format. Names marked as UTF-8 are
+    /// read as UTF-8 in any locale.
     int next();
 
     archive_entry* entry() const { return m_entry; }

@@ -1,5 +1,5 @@
 /// @file
-/// Many files of one tree, opened one after another.
+/// Opens many files of one tree.
 #pragma once
 
 #include "support/descriptor.h"
@@ -8,11 +8,11 @@
 
 namespace velacreate {
 
-/// Opens what lies below a directory as openBeneath() does, and keeps open the directory that the last one
-/// was in: of a thousand files in one directory, each then costs a look-up of its last name only.
+/// Opens files like openBeneath(), and keeps the directory of the last file open: each of a thousand files in
+/// one directory then costs only a look-up of its last name.
 class Beneath {
 public:
-    /// @param top  stays open for as long as this lives
+    /// @param top must stay open
     explicit Beneath(int top) : m_top(top) {}
 
     /// @return closed, with errno set, when it cannot be opened
@@ -26,7 +26,7 @@ private:
     int enter(const std::string& path);
 
     int m_top;
-    std::string m_where; ///< the directory that is open; the top itself when empty
+    std::string m_where; ///< the open directory; empty for the top
     Descriptor m_open;
 };
 

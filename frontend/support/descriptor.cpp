@@ -24,7 +24,7 @@
 namespace velacreate {
 namespace {
 
-constexpr std::size_t KERNEL_CHUNK = 8 << 20; ///< between two tellings, where the kernel copies
+constexpr std::size_t KERNEL_CHUNK = 8 << 20; ///< between two reports of progress
 
 bool isSameTime(const timespec& one, const timespec& other) {
     return one.tv_sec == other.tv_sec && one.tv_nsec == other.tv_nsec;
@@ -38,12 +38,12 @@ bool isInterrupted(ssize_t count) {
     return count < 0 && errno == EINTR;
 }
 
-/// Whether errno says that these two files can be copied only by hand.
+/// Whether errno says that the kernel cannot copy between these files.
 bool needsBuffer() {
     return errno == EXDEV || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP || errno == EPERM;
 }
 
-/// A copy under way.
+/// A copy that is being made.
 struct Copy {
     int from;
     const Descriptor& to;
@@ -76,7 +76,7 @@ void copyByBuffer(Copy& copy) {
     }
 }
 
-/// Leaves both files at the place that was reached, when the rest needs a buffer.
+/// When a buffer is needed for the rest, both files are at the position that was reached.
 void copyByKernel(Copy& copy) {
     while (copy.left > 0) {
         const ssize_t count = copy_file_range(copy.from, nullptr, copy.to.number(), nullptr,
@@ -127,8 +127,7 @@ std::string Descriptor::path() const {
 
 namespace {
 
-/// Each trial again after a pause of a millisecond: a file may have a lease that its holder gives up when it
-/// is asked to, or never.
+/// A file may have a lease whose holder may give it up when asked. Each trial is a millisecond later.
 constexpr int TRIALS = 1000;
 
 Descriptor openResolved(int directory, const std::string& path, int flags, unsigned mode,
@@ -139,7 +138,7 @@ Descriptor openResolved(int directory, const std::string& path, int flags, unsig
     how.resolve = resolve;
     for (int trial = 1;; ++trial) {
         const auto number = syscall(SYS_openat2, directory, path.c_str(), &how, sizeof how);
-        // The kernel says EAGAIN also when a directory was moved somewhere while it was looking.
+        // The kernel also says EAGAIN when a directory was moved during the look-up.
         if (number >= 0 || (errno != EAGAIN && errno != EINTR) || trial == TRIALS) {
             return Descriptor(static_cast<int>(number));
         }

@@ -1,5 +1,5 @@
 /// @file
-/// Open files, and how files of a stranger's are opened.
+/// Open files, and safe ways to open files.
 #pragma once
 
 #include <cstddef>
@@ -11,10 +11,10 @@
 
 namespace velacreate {
 
-/// Told of bytes as they are taken in or compared.
+/// Called with the bytes that have been done.
 using Advance = std::function<void(std::uint64_t bytes)>;
 
-/// How much is read at a time. Two such buffers stay in a processor's own cache.
+/// The size of buffers. Two of them fit into a processor's cache.
 constexpr std::size_t BLOCK_SIZE = 128 << 10;
 
 /// Owns an open file descriptor, or none.
@@ -29,19 +29,19 @@ public:
 
     int number() const { return m_number; }
     bool isOpen() const { return m_number >= 0; }
-    /// Gives the number away: whoever takes it closes it.
+    /// Gives the number away; the caller closes it.
     int release();
     /// @throw Failure
     struct stat status() const;
 
-    /// Where the kernel shows the open file, for calls that take only a path.
+    /// A path to the open file, for calls that take only a path.
     std::string path() const;
 
 private:
     int m_number;
 };
 
-/// An open directory and its path, which is for messages.
+/// An open directory, and its path for messages.
 struct NamedDirectory {
     std::string path;
     Descriptor directory;
@@ -49,16 +49,16 @@ struct NamedDirectory {
     int number() const { return directory.number(); }
 };
 
-/// @return the path of something that exists, from the root
+/// @return the absolute path of an existing file
 /// @throw Refusal
 std::string absolutePath(const std::string& path);
 
-/// Opens what lies below a directory, and nothing else: a path that leads out of it, or over a link, does not
-/// open. O_CLOEXEC is added to the flags.
+/// Opens what is below a directory. A path that leads out of it or over a link is not opened. O_CLOEXEC is
+/// added.
 /// @return closed, with errno set, when it cannot be opened
 Descriptor openBeneath(int directory, const std::string& path, int flags, unsigned mode = 0);
 
-/// The same, and never over a mount: what was mounted below the directory does not open either.
+/// The same, but what is mounted below the directory is not opened either.
 Descriptor openWithin(int directory, const std::string& path, int flags, unsigned mode = 0);
 
 /// Opens a file to add to its end, and makes it when it is missing. Only files and devices are opened, over
@@ -67,15 +67,15 @@ Descriptor openWithin(int directory, const std::string& path, int flags, unsigne
 /// @throw Refusal
 Descriptor openToAdd(const std::string& kind, const std::string& path);
 
-/// As pread() does, but in one piece and again after a signal: less than the size is the end.
+/// As pread(), but repeats until all is read. Fewer bytes are the end of the file.
 ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset);
 
-/// Writes all bytes, again after a signal.
+/// Writes all bytes.
 /// @param what  for the message, such as "writing 'x'"
 /// @throw Failure
 void writeAll(const Descriptor& to, const char* data, std::size_t size, const std::string& what);
 
-/// Whether both are one file, by device and number.
+/// Whether both are the same file, by device and number.
 bool isSameFile(const struct stat& one, const struct stat& other);
 
 /// Whether a file is the one that was found before, and has not been written to or changed otherwise since.
