@@ -61,11 +61,6 @@ load words
     isImage work/i.iso a.txt
 }
 
-@test "a limit on the size of files fails the job in words" {
-    ends 4 eval 'ulimit -f 4; iso a.txt'
-    said 'writing the copy of the tool package'
-}
-
 @test "links among the user's files with names of the job's lead nothing astray" {
     ln -s /srv/host work/boot
     ln -s /srv/host work/ISOCreation

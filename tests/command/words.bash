@@ -56,6 +56,8 @@ usb() { velacreate usb --package "${package:-tool.zip}" "$@"; }
 verify() { velacreate verify --package "${package:-tool.zip}" "$@"; }
 made() { (cd work && "$@" >/srv/made); }
 image() { made iso a.txt && mv work/i.iso x.iso; }
+keyImage() { truncate -s 16M key.img && mkfs.vfat --offset 63 key.img >/dev/null; }
+spoil() { printf x | dd of="$1" bs=1 seek="$2" conv=notrunc status=none; } # FILE BYTE
 
 # A call that ends well: it says nothing on standard error, and changes nothing but what it is to make.
 makes() { # CALL...
@@ -87,11 +89,30 @@ ends() { # STATUS CALL...
     ! find /srv -name '.velacreate-*' | grep . || fails "a job directory was left"
 }
 refuses() { # MESSAGE CALL...
-    endsSaying 2 "$@"
+    ends 2 "${@:2}"
+    last "$1"
 }
-endsSaying() { # STATUS MESSAGE CALL...
-    ends "$1" "${@:3}"
-    last "$2"
+# Each row of a table: what is made before, a call that changes nothing, its exit status, and its last words; then, unless
+# that cell is empty, what was told before them, from the reading back on. A * stands for any.
+endsAsTold() { # TABLE
+    local rows row before call status words list
+    mapfile -t rows < <(sed -E 's/^ +| +$//g; s/ *\| */|/g' "$project/tests/tables/$1.txt")
+    for row in "${rows[@]}"; do
+        echo "$row"
+        IFS='|' read -r before call status words list <<<"$row"
+        teardown
+        setup
+        eval "$before"
+        ends "$status" eval "$call"
+        isLike "velacreate: $words" "$(tail -n 1 /srv/err)"
+        [ -z "$list" ] ||
+            isLike "$list" "$({ sed '1,/^Reading back/d; /^Writing out/d' /srv/out; head -n -1 /srv/err; } |
+                paste -sd ';' | sed 's/;/; /g')"
+    done
+}
+isLike() { # PATTERN TEXT
+    # shellcheck disable=SC2053 # a pattern
+    [[ $2 == $(sed 's/[][(?\\]/\\&/g' <<<"$1") ]] || fails "this is not like '$1': $2"
 }
 state() {
     (
@@ -114,7 +135,6 @@ told() { grep -q -- "$1" /srv/out || fails "not told: $1"; }
 said() { grep -qF -- "$1" /srv/err || fails "not said: $1"; }
 last() { [ "$(tail -n 1 /srv/err)" = "velacreate: $1" ] || fails "not the last line: velacreate: $1"; }
 shown() { SHOWN=$1 perl -0777 -ne 'exit !/$ENV{SHOWN}/s' /srv/out || fails "not shown: $1"; } # anywhere in all of it
-logged() { [ "velacreate: $(tail -n 1 "$1" | cut -c 23-)" = "$(tail -n 1 /srv/err)" ] || fails "not logged"; }
 not() { # WORD...: what must not hold
     if "$@" >/srv/answer; then fails "and yet: $*"; fi
 }
@@ -161,8 +181,8 @@ standIn() { # PROGRAM LINE...: does that in the program's place, which is /srv/P
 # about that before.
 kit() { # XORRISO-DOES [CDRECORD-DOES]
     mkdir -p kit
-    printf '#!/bin/bash\n%s\nexec /usr/bin/xorriso "$@"' "$1" >kit/xorriso
-    printf '#!/bin/bash\n[[ "$*" == *-checkdrive ]] || { :;%s\n}\nexec /usr/bin/xorriso -as cdrecord "$@"' "${2:-}" >kit/cdrecord
+    printf '#!/bin/bash\n%s\nexec /usr/bin/xorriso "$@"' "$(declare -f spoil); $1" >kit/xorriso
+    printf '#!/bin/bash\n[[ "$*" == *-checkdrive ]] || { %s\n}\nexec /usr/bin/xorriso -as cdrecord "$@"' "$(declare -f spoil); ${2:-}" >kit/cdrecord
     chmod +x kit/*
 }
 
