@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -10,6 +11,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/mount.h>
 #include <unistd.h>
@@ -99,6 +101,18 @@ __attribute__((visibility("default"))) unsigned sleep(unsigned seconds) {
     return 0;
 }
 
+int runForReal(const std::string& command) {
+    static const auto real = reinterpret_cast<int (*)(const char*)>(dlsym(RTLD_NEXT, "system"));
+    return real(command.c_str());
+}
+
+void shell(const std::string& command) {
+    const int status = runForReal("set -e\n" + command);
+    if (status != 0) {
+        throw std::runtime_error("status " + std::to_string(status) + " of: " + command);
+    }
+}
+
 void RecordingLogger::logMessage(int level, const std::string& message) {
     recording.events.push_back(std::to_string(level) + " " + message);
     if (!throwAt.empty() && message == throwAt) {
@@ -171,7 +185,7 @@ Lines words(const std::string& cell) {
 }
 
 void whileEmpty(const std::string& directory, const std::function<void()>& use) {
-    require(mount("none", directory.c_str(), "tmpfs", 0, nullptr) == 0, "mount " + directory);
+    shell("mount -t tmpfs none " + directory);
     use();
     umount2(directory.c_str(), MNT_DETACH);
 }
@@ -222,13 +236,15 @@ void expectState(VelaCreation::BootableMedia& media) {
 }
 
 int main(int argc, char** argv) {
+    std::string sandbox = TESTS_DIR "/sandbox";
+    std::string build = BUILD;
+    std::string self = fs::read_symlink("/proc/self/exe");
+    std::vector<char*> again = {sandbox.data(), build.data(), self.data()};
+    again.insert(again.end(), argv + 1, argv + argc + 1);
     testing::InitGoogleTest(&argc, argv);
-    try {
-        if (!testing::GTEST_FLAG(list_tests)) {
-            enterSandbox();
-        }
-    } catch (const std::exception& failure) {
-        std::cerr << failure.what() << '\n';
+    if (!testing::GTEST_FLAG(list_tests) && !fs::exists("/srv/fixture")) {
+        execv(again.front(), again.data());
+        std::perror(again.front());
         return EXIT_FAILURE;
     }
     Console console;

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "bootableMedia.h"
-#include "sandbox.h"
 
 #include <functional>
 #include <locale>
@@ -12,10 +11,18 @@
 
 #include <gtest/gtest.h>
 
+/// Runs a command unrecorded; the status is as of system().
+int runForReal(const std::string& command);
+
+/// Runs commands unrecorded, all of which must succeed.
+void shell(const std::string& command);
+
+std::string contentOf(const std::string& path);
+
 /// Skips a test, and tells why, where only the rights of the host's root would do.
 #define NEEDS_ROOT(what)                                                                                     \
     do {                                                                                                     \
-        if (isWithoutRoot()) {                                                                               \
+        if (contentOf("/proc/self/setgroups") == "deny\n") { /* as in a user namespace */                    \
             GTEST_SKIP() << "needs root: " << (what);                                                        \
         }                                                                                                    \
     } while (false)
@@ -52,8 +59,6 @@ Lines events(const std::string& text);
 /// number of events that do not happen then. A command without that may fail without a trace. "@ NAME"
 /// includes another file.
 std::pair<Lines, int> eventsOf(const std::string& job, int failing);
-
-std::string contentOf(const std::string& path);
 
 /// The rows of a table in a file, its cells without the blanks around them; in a cell, \n and \r are a line
 /// feed and a carriage return, and <blank> is a blank.
