@@ -95,8 +95,9 @@ refuses() { # MESSAGE CALL...
 # Each row of a table: what is made before, a call that changes nothing, its exit status, and its last words; then, unless
 # that cell is empty, what was told before them, from the reading back on. A * stands for any.
 endsAsTold() { # TABLE
-    local rows row before call status words list
-    mapfile -t rows < <(sed -E 's/^ +| +$//g; s/ *\| */|/g' "$project/tests/tables/$1.txt")
+    local cells rows row before call status words list
+    cells=$(sed -E 's/^ +| +$//g; s/ *\| */|/g' "$project/tests/tables/$1.txt")
+    mapfile -t rows <<<"$cells"
     for row in "${rows[@]}"; do
         echo "$row"
         IFS='|' read -r before call status words list <<<"$row"
