@@ -13,7 +13,6 @@
 #include <cstdint>
 #include <fstream>
 #include <random>
-#include <regex>
 #include <thread>
 
 #include <fcntl.h>
@@ -35,23 +34,14 @@ std::string holding(const Disk& disk) {
 }
 
 std::string unmounting(const DiskLock& hold) {
-    return outcomeOf([&] {
-        hold.unmount();
-        return std::string("unmounted");
-    });
+    return outcomeOf([&] { hold.unmount(); });
 }
 
 /// What fsck.fat counts as free, in bytes.
 std::uint64_t freeByFsck(const std::string& file) {
-    shell("fsck.fat -nv " + file + " >fsck 2>&1");
-    const auto said = contentOf("fsck");
-    std::smatch size;
-    std::smatch counts;
-    if (!std::regex_search(said, size, std::regex("(\\d+) bytes per cluster")) ||
-        !std::regex_search(said, counts, std::regex(", (\\d+)/(\\d+) clusters"))) {
-        throw std::runtime_error(said);
-    }
-    return std::stoull(size[1]) * (std::stoull(counts[2]) - std::stoull(counts[1]));
+    shell("fsck.fat -nv " + file + R"( | awk '/ bytes per cluster/ { size = $1 }
+        / clusters$/ { split($(NF - 1), used, "/"); print size * (used[2] - used[1]) }' >free)");
+    return std::stoull(contentOf("free"));
 }
 
 std::uint64_t numberIn(const std::string& sector, std::size_t at, std::size_t bytes) {
@@ -70,32 +60,13 @@ void poke(const std::string& path, std::size_t at, const std::string& bytes) {
 
 } // namespace
 
-/// Each row: how the file system is made.
-TEST(FatTest, CapacityIsWhatTheCheckerCountsAsFree) {
+/// Each row: how a file system is made, and its capacity, if that is not what the checker counts as free.
+TEST(FatTest, CapacityIsWhatFilesCanTake) {
     enterFreshJob();
-    for (const auto& row : rows("fat-layouts")) {
+    for (const auto& row : rows("fat-volumes")) {
         SCOPED_TRACE(row[0]);
-        shell("rm -f fat && mkfs.fat -C " + row[0] + " >/dev/null");
-        EXPECT_EQ(fatCapacity(opened("fat"), 0), freeByFsck("fat"));
-    }
-}
-
-TEST(FatTest, CapacityEndsWithTheTable) {
-    enterFreshJob();
-    struct Layout {
-        const char* text;
-        std::string sectors; ///< more than the table has entries for
-        std::uint64_t bitsPerEntry;
-        std::uint64_t clusterSize;
-    };
-    for (const auto& [text, sectors, bitsPerEntry, clusterSize] :
-         {Layout{"-F 12 -s 1 fat 1800", "\xa0\x0f", 12, 512},
-          {"-F 16 -s 4 fat 20000", "\xff\xff", 16, 2048}}) {
-        SCOPED_TRACE(text);
-        shell(std::string("rm -f fat && mkfs.fat -C ") + text + " >/dev/null");
-        poke("fat", 19, sectors);
-        const auto tableSize = numberIn(contentOf("fat"), 22, 2) * 512;
-        EXPECT_EQ(fatCapacity(opened("fat"), 0), (tableSize * 8 / bitsPerEntry - 2) * clusterSize);
+        prepare("rm -f fat; exec >/dev/null; " + row[0]);
+        EXPECT_EQ(fatCapacity(opened("fat"), 0), row[1].empty() ? freeByFsck("fat") : std::stoull(row[1]));
     }
 }
 
@@ -114,26 +85,6 @@ TEST(FatTest, IsFoundWhereItStartsAndNowhereElse) {
         EXPECT_EQ(fatCapacity(opened(file), 1U << 30U), 0U);
     }
     EXPECT_FALSE(isOnFat(key, key.status().st_dev));
-}
-
-TEST(FatTest, BootSectorThatMakesNoSenseHoldsNothing) {
-    enterFreshJob();
-    struct Damage {
-        std::size_t at;
-        std::string bytes;
-    };
-    shell("mkfs.fat -F 16 -s 4 -C whole 20000 >/dev/null");
-    for (const auto& [at, bytes] : {Damage{11, {"\0\0", 2}},
-                                    {13, {"\0", 1}},
-                                    {14, "\xff\xff"},
-                                    {16, {"\0", 1}},
-                                    {19, {"\x10\0", 2}},
-                                    {22, "\xff\xff"}}) {
-        SCOPED_TRACE(at);
-        shell("cp whole fat");
-        poke("fat", at, bytes);
-        EXPECT_EQ(fatCapacity(opened("fat"), 0), 0U);
-    }
 }
 
 TEST(FatTest, RandomBootSectorPromisesNoMoreThanItsSectors) {

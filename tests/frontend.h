@@ -6,6 +6,7 @@
 #include "support/failure.h"
 
 #include <fstream>
+#include <type_traits>
 
 #include <fcntl.h>
 
@@ -17,10 +18,16 @@ inline void prepare(const std::string& cell) {
     ASSERT_EQ(runForReal("bash /srv/cell"), 0) << cell;
 }
 
-/// What a function returns, or what it is refused for or fails for.
-inline std::string outcomeOf(const std::function<std::string()>& function) {
+/// What a function returns, "done" if nothing, or what it is refused for or fails for.
+template <typename Function>
+std::string outcomeOf(const Function& function) {
     try {
-        return function();
+        if constexpr (std::is_void_v<decltype(function())>) {
+            function();
+            return "done";
+        } else {
+            return function();
+        }
     } catch (const velacreate::Refusal& refusal) {
         return std::string("refused: ") + refusal.what();
     } catch (const velacreate::Failure& failure) {

@@ -126,14 +126,18 @@ int RecordingLogger::checkpoint(int level, const std::string& message) {
     return answer;
 }
 
-Lines events(const std::string& text) {
-    const std::string captured = std::regex_replace(text, std::regex(">>(\n|$)"), ">stdout.txt 2>&1\n");
-    std::istringstream lines(std::regex_replace(captured, std::regex("<blank>"), " "));
+Lines lines(const std::string& text) {
+    std::istringstream stream(text);
     Lines result;
-    for (std::string line; std::getline(lines, line);) {
+    for (std::string line; std::getline(stream, line);) {
         result.push_back(line);
     }
     return result;
+}
+
+Lines events(const std::string& text) {
+    const std::string captured = std::regex_replace(text, std::regex(">>(\n|$)"), ">stdout.txt 2>&1\n");
+    return lines(std::regex_replace(captured, std::regex("<blank>"), " "));
 }
 
 std::pair<Lines, int> eventsOf(const std::string& job, int failing) {
@@ -159,9 +163,8 @@ std::string contentOf(const std::string& path) {
 }
 
 std::vector<Lines> rows(const std::string& table) {
-    std::istringstream lines(contentOf(TESTS_DIR "/tables/" + table + ".txt"));
     std::vector<Lines> result;
-    for (std::string line; std::getline(lines, line);) {
+    for (const std::string& line : lines(contentOf(TESTS_DIR "/tables/" + table + ".txt"))) {
         std::istringstream cells(line + "|");
         result.emplace_back();
         for (std::string cell; std::getline(cells, cell, '|');) {

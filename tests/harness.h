@@ -51,6 +51,8 @@ public:
     std::string throwAt; ///< the message that it throws at
 };
 
+Lines lines(const std::string& text);
+
 /// Events as a text has them, one a line; >> stands for " >stdout.txt 2>&1", <blank> for one at the end.
 Lines events(const std::string& text);
 

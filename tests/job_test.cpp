@@ -22,7 +22,6 @@
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/mount.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 using namespace velacreate;
@@ -30,35 +29,6 @@ using namespace velacreate;
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string resultOf(const std::function<void()>& call) {
-    return outcomeOf([&] {
-        call();
-        return std::string("fine");
-    });
-}
-
-/// A pipe whose other end all processes inherit from now on: it says when the last of them is gone.
-class LastBreath {
-public:
-    LastBreath() {
-        std::array<int, 2> ends{};
-        if (pipe(ends.data()) != 0) {
-            throw std::runtime_error("no pipe");
-        }
-        m_here = Descriptor(ends[0]);
-        m_theirs = Descriptor(ends[1]);
-    }
-    bool comes() {
-        m_theirs = Descriptor();
-        pollfd end{m_here.number(), POLLIN, 0};
-        return poll(&end, 1, 3000) == 1;
-    }
-
-private:
-    Descriptor m_here;
-    Descriptor m_theirs;
-};
 
 int endOf(const ChildProcess& process) {
     pollfd ending{process.ending(), POLLIN, 0};
@@ -143,21 +113,6 @@ using WatchTest = FrontEndTest;
 
 } // namespace
 
-/// Each row: an image or a package, its path, what is made there before, and what becomes of it without and
-/// with --force.
-TEST_F(OutputTest, Refusals) {
-    for (const auto& row : rows("outputs")) {
-        SCOPED_TRACE(row[1] + " after " + row[2]);
-        shell("umount p 2>/dev/null || true; rm -rf i.iso p q; " + row[2]);
-        for (const bool force : {false, true}) {
-            const auto result = resultOf([&] {
-                row[0] == "image" ? Output::image(row[1], force) : Output::netbootDirectory(row[1], force);
-            });
-            EXPECT_EQ(result, force && row[4] != "same" ? row[4] : row[3]);
-        }
-    }
-}
-
 TEST_F(OutputTest, TakesItsPlace) {
     shell("cd place && mkdir new && echo 1 >new/file && mkdir dir && echo 2 >dir/ks.zip && "
           "echo 3 >old.iso && ln old.iso old");
@@ -171,7 +126,7 @@ TEST_F(OutputTest, TakesItsPlace) {
     Output::netbootDirectory("place/dir/", true).take(made, "dir");
     EXPECT_EQ(contentOf("place/old.iso") + contentOf("place/dir/ks.zip"), "new\nnew\n");
     EXPECT_EQ(contentOf("place/old"), "3\n");
-    EXPECT_EQ(resultOf([&] { Output::image("place/no.iso", false).take(made, "gone"); }),
+    EXPECT_EQ(outcomeOf([&] { Output::image("place/no.iso", false).take(made, "gone"); }),
               "failed: what was made cannot be found any more: No such file or directory");
 }
 
@@ -185,7 +140,7 @@ TEST_F(OutputTest, WhatCameMeanwhileIsLeftAlone) {
         shell("rm -rf i.iso p q f new; mkdir new; " + made + "; " + row[1]);
         const auto output = isImage ? Output::image(row[0], true) : Output::netbootDirectory(row[0], true);
         shell(row[2]);
-        EXPECT_EQ(resultOf([&] { output.take(opened("new"), "made"); }),
+        EXPECT_EQ(outcomeOf([&] { output.take(opened("new"), "made"); }),
                   "failed: '/srv/job/" + row[0] + "' cannot be put in place: File exists");
         EXPECT_EQ(contentOf(row[3]), "theirs\n");
         EXPECT_EQ(contentOf(isImage ? "new/made" : "new/made/ks.zip"), "new\n");
@@ -254,7 +209,7 @@ TEST_F(JobDirectoryTest, JobSeesNothingOfTheHostsMountPoint) {
     const auto file = opened("file");
     const ChildProcess process(here.number(), [&](Reporter& reporter) {
         const auto again = openAgain(file, "file");
-        const auto refused = resultOf([&] { openAgain(file, "other"); });
+        const auto refused = outcomeOf([&] { openAgain(file, "other"); });
         fs::create_directory(".job");
         enterJobDirectory();
         placeFile(again, "file", "placed");
@@ -284,16 +239,14 @@ TEST_F(ChildTest, EndsAsToldOrBySignal) { // which may come before its first ste
 TEST_F(ChildTest, EndTakesAllThatWasStartedAlong) {
     for (const char* program : {"sleep 1000 &", "setsid sleep 1000 &", "trap '' TERM; sleep 1000 & wait"}) {
         SCOPED_TRACE(program);
-        LastBreath breath;
         const ChildProcess process(here.number(), [&](Reporter& reporter) {
-            runForReal("(touch started; " + std::string(program) + ") &");
+            runForReal("(exec 9>lock; flock 9; touch started; " + std::string(program) + ") &");
             waitForFile("started");
             reporter.note("");
             return 0;
         });
         EXPECT_EQ(endOf(process), 0);
-        EXPECT_TRUE(breath.comes());
-        fs::remove("started");
+        shell("flock -w 3 lock rm started"); // free once the last that inherited it is gone
     }
 }
 
@@ -468,12 +421,9 @@ TEST_F(WatchTest, ReasonIsWhatTheToolSaid) {
     for (const auto& row : rows("reasons")) {
         SCOPED_TRACE(row[0] + " " + row[1]);
         std::ofstream("stdout.txt") << row[1];
-        std::array<int, 2> sockets{};
-        ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, sockets.data()), 0);
-        const Descriptor job(sockets[0]);
-        const Descriptor supervisor(sockets[1]);
-        EXPECT_EQ(reportToolError(std::stoi(row[0]), Reporter(job.number())), std::stoi(row[0]));
-        const auto event = receiveEvent(supervisor.number());
-        EXPECT_EQ(event ? event->text : "", row[2]);
+        const auto outcome =
+            outcomesOf({[&](Reporter& reporter) { return reportToolError(std::stoi(row[0]), reporter); }})[0];
+        EXPECT_EQ(outcome.status, std::stoi(row[0]));
+        EXPECT_EQ(outcome.reason, row[2]);
     }
 }

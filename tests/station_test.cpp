@@ -16,13 +16,6 @@ namespace {
 
 struct StationTest : JobTest {};
 
-std::string outcomeOfCall(const std::function<void()>& function) {
-    return outcomeOf([&] {
-        function();
-        return std::string("done");
-    });
-}
-
 } // namespace
 
 TEST_F(StationTest, NothingIsRecognisedOnAWipedDisk) {
@@ -60,14 +53,14 @@ TEST_F(DisksTest, ImageTakesThePlaceOfAllThatWasThere) {
             }
             runForReal("addpart " + loop.node() + " 4 63 16000 2>/dev/null");
         });
-        EXPECT_EQ(outcomeOfCall([&] { rereadPartitionTable(device, loop.disk(), 4); }), "done");
+        EXPECT_EQ(outcomeOf([&] { rereadPartitionTable(device, loop.disk(), 4); }), "done");
         EXPECT_EQ(partitionSize(loop.disk(), 4), 16000U * 512);
         end.join();
     }
     EXPECT_EQ(told.bytes, 12U << 20U);
     shell("cmp -n 12582912 image " + loop.node() + "; mount /dev/" + loop.disk().partitionName(4) +
           " /mnt/a");
-    EXPECT_EQ(outcomeOfCall([&] { openToWrite(hold.descriptor()); }),
+    EXPECT_EQ(outcomeOf([&] { openToWrite(hold.descriptor()); }),
               "failed: the disk cannot be opened for writing: Device or resource busy");
 }
 
@@ -93,7 +86,7 @@ TEST_F(StationTest, PowerIsTurnedOffOnlyForADiskOfItsOwn) {
                   "done <<END\nusb1 sda 9\nusb2 sdb 9\nusb2 sdc 0\n"
                   "usb3 sdd 9\nusb3 sde 9\nsata sdf 9\nEND\n");
             for (const auto& disk : removableDisks()) {
-                outcomes.push_back(disk.name + " " + outcomeOfCall([&] { powerDown(disk); }));
+                outcomes.push_back(disk.name + " " + outcomeOf([&] { powerDown(disk); }));
             }
             shell("grep -l 1 /sys/block/*/remove >off");
         });
@@ -130,10 +123,9 @@ TEST_F(StationTest, ReportHasALineForEachKey) {
 
 TEST_F(StationTest, ReportThatCannotBeKept) {
     shell("ln -s report link");
-    EXPECT_EQ(outcomeOfCall([] { Report report("link"); }), "refused: the report 'link' is a link");
+    EXPECT_EQ(outcomeOf([] { Report report("link"); }), "refused: the report 'link' is a link");
     Report report("/dev/full");
     const auto append = [&] { report.append({}, {}); };
-    EXPECT_EQ(outcomeOfCall(append),
-              "failed: the report is incomplete from here on: No space left on device");
-    EXPECT_EQ(outcomeOfCall(append), "done");
+    EXPECT_EQ(outcomeOf(append), "failed: the report is incomplete from here on: No space left on device");
+    EXPECT_EQ(outcomeOf(append), "done");
 }
