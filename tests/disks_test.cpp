@@ -9,14 +9,12 @@
 
 #include <mediaRules.h>
 
-#include <array>
 #include <cstdint>
 #include <fstream>
 #include <random>
 #include <thread>
 
 #include <fcntl.h>
-#include <linux/loop.h>
 #include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/sysmacros.h>
@@ -152,9 +150,9 @@ TEST_F(DisksTest, SizesAndNumbersOfALoop) {
     EXPECT_EQ(partitionSize(disk, 4), 16384U * 512);
     EXPECT_EQ(partitionNumber(disk, 3), 0U);
     EXPECT_EQ(partitionSize(disk, 3), 0U);
-    EXPECT_TRUE(isLoopOver(disk.number, loop.file()));
+    EXPECT_TRUE(isLoopOver(disk.number, opened("disk")));
     EXPECT_FALSE(isLoopOver(disk.number, opened("work/tool.zip")));
-    EXPECT_FALSE(isLoopOver(0, loop.file()));
+    EXPECT_FALSE(isLoopOver(0, opened("disk")));
 }
 
 /// Each row: what is done to a blank disk; what is said to be on it.
@@ -218,7 +216,7 @@ TEST_F(DisksTest, ObjectionsToADisk) {
         }
     }
     shell("touch empty");
-    EXPECT_EQ(ineligibilityReason(Loop("disk", LO_FLAGS_READ_ONLY).disk(), true), "is read-only");
+    EXPECT_EQ(ineligibilityReason(Loop("disk", "-r").disk(), true), "is read-only");
     EXPECT_EQ(ineligibilityReason(Loop("empty").disk(), true), "has no medium in it");
 }
 

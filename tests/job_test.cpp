@@ -9,7 +9,6 @@
 #include "support/programs.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>

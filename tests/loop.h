@@ -5,25 +5,23 @@
 #include "disks/sysfs.h"
 #include "frontend.h"
 
-#include <cerrno>
 #include <filesystem>
-#include <stdexcept>
 
-#include <linux/loop.h>
-#include <sys/ioctl.h>
 #include <sys/mount.h>
 
 /// A loop device, which the kernel frees by itself once nothing uses it any more.
 class Loop {
 public:
-    explicit Loop(const std::string& file, unsigned flags = 0, unsigned sectorSize = 512)
-        : m_file(opened(file, O_RDWR)), m_device(attached(m_file, flags, sectorSize)),
+    /// @param options  of losetup
+    explicit Loop(const std::string& file, const std::string& options = "")
+        : m_device(attached(file, options)),
           m_disk{velacreate::deviceDirectory(m_device.status().st_rdev).filename(),
-                 m_device.status().st_rdev} {}
+                 m_device.status().st_rdev} {
+        shell("losetup -d " + node()); // as soon as it is closed
+    }
 
     const velacreate::Disk& disk() const { return m_disk; }
     std::string node() const { return m_disk.node(); }
-    const velacreate::Descriptor& file() const { return m_file; }
 
     /// Makes the partition that a key has, with a file system of its own, and nothing else on it.
     std::string addFourth() const {
@@ -34,26 +32,11 @@ public:
     }
 
 private:
-    static velacreate::Descriptor attached(const velacreate::Descriptor& file, unsigned flags,
-                                           unsigned sectorSize) {
-        const auto control = opened("/dev/loop-control", O_RDWR);
-        for (;;) {
-            auto device =
-                opened("/dev/loop" + std::to_string(ioctl(control.number(), LOOP_CTL_GET_FREE)), O_RDWR);
-            loop_config wanted{};
-            wanted.fd = static_cast<unsigned>(file.number());
-            wanted.block_size = sectorSize;
-            wanted.info.lo_flags = LO_FLAGS_AUTOCLEAR | LO_FLAGS_PARTSCAN | flags;
-            if (ioctl(device.number(), LOOP_CONFIGURE, &wanted) == 0) {
-                return device;
-            }
-            if (errno != EBUSY) { // else somebody else was faster
-                throw std::runtime_error(velacreate::SystemError().about("a loop device"));
-            }
-        }
+    static velacreate::Descriptor attached(const std::string& file, const std::string& options) {
+        shell("losetup -fP --show " + options + " " + file + " 2>&1 | tail -n 1 | tr -d '\\n' >loop");
+        return opened(contentOf("loop"), O_RDWR);
     }
 
-    velacreate::Descriptor m_file;
     velacreate::Descriptor m_device;
     velacreate::Disk m_disk;
 };

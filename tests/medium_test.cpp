@@ -3,11 +3,9 @@
 #include "medium/readBack.h"
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
+#include <map>
 #include <set>
-
-#include <sys/mount.h>
 
 using namespace velacreate;
 namespace fs = std::filesystem;
@@ -17,11 +15,11 @@ namespace {
 using MediumTest = JobTest;
 
 MediumKind mediumOf(const std::string& name) {
-    const Lines names = {"image", "ppc", "key", "package"};
-    const auto place = std::find(names.begin(), names.end(), name) - names.begin();
-    return std::array{MediumKind::image, MediumKind::powerPcImage, MediumKind::key,
-                      MediumKind::netbootDirectory}
-        .at(static_cast<std::size_t>(place));
+    static const std::map<std::string, MediumKind> KINDS = {{"image", MediumKind::image},
+                                                            {"ppc", MediumKind::powerPcImage},
+                                                            {"key", MediumKind::key},
+                                                            {"package", MediumKind::netbootDirectory}};
+    return KINDS.at(name);
 }
 
 /// What is not on the medium though it is in the package's boot directory or was chosen, what takes the place

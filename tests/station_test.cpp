@@ -18,14 +18,11 @@ struct StationTest : JobTest {};
 
 } // namespace
 
+/// Each row: what is done to a blank disk before it is wiped.
 TEST_F(StationTest, NothingIsRecognisedOnAWipedDisk) {
-    for (const char* making :
-         {"mkfs.vfat -I disk >/dev/null", "mkswap disk >/dev/null 2>&1; mke2fs -qE offset=0 disk 16M",
-          "(echo label:gpt; echo ,4M) | sfdisk -q disk; mke2fs -qE offset=4194304 disk 4M",
-          "echo label:gpt | sfdisk -q disk; head -c 1M /dev/zero | dd of=disk conv=notrunc status=none",
-          "mke2fs -q disk; mkfs.vfat -I disk >/dev/null; echo label:dos | sfdisk -q disk"}) {
-        SCOPED_TRACE(making);
-        shell(std::string("rm -f disk; truncate -s 16M disk; ") + making);
+    for (const auto& row : rows("wiped-disks")) {
+        SCOPED_TRACE(row[0]);
+        prepare("exec >/dev/null 2>&1; rm -f disk; truncate -s 16M disk; " + row[0]);
         shell("wipefs -n disk | grep -q 0x");
         wipeSignatures(opened("disk", O_RDWR));
         shell("wipefs -n disk >found; cat found; [ ! -s found ]; blkid -p disk || [ $? = 2 ]");
@@ -68,7 +65,7 @@ TEST_F(DisksTest, ImageTakesThePlaceOfAllThatWasThere) {
 TEST_F(DisksTest, WhatAnImageCannotBeWrittenTo) {
     for (const auto& row : rows("erasing")) {
         shell("rm -f disk; truncate -s " + row[0] + " disk");
-        const Loop loop("disk", 0, static_cast<unsigned>(std::stoul(row[1])));
+        const Loop loop("disk", "-b " + row[1]);
         EXPECT_EQ(eraseIneligibilityReason(loop.disk(), "init1.img", std::stoull(row[2])), row[3]);
     }
 }

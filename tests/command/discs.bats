@@ -48,12 +48,6 @@ load words
     done
 }
 
-@test "an image for PowerPC is verified" {
-    made iso --platform ppc a.txt
-    makes verify --platform ppc --image i.iso a.txt
-    told 'no difference'
-}
-
 @test "a disc, longer than its image, is compared with that and with what would be made" {
     image
     cp x.iso disc

@@ -152,8 +152,3 @@ load words
     output=../out/i.iso makes iso a.txt
     isImage out/i.iso a.txt
 }
-
-@test "brackets in a name are no pattern" {
-    touch 'work/[a.txt]' work/b
-    makesImage '[a.txt]'
-}

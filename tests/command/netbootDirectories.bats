@@ -2,14 +2,10 @@
 # Network-boot directorys as a user asks for them.
 load words
 
-@test "a package holds what was named, and is read back" {
+@test "a package goes into an empty directory, holds what was named, and is read back" {
+    mkdir out
     makesPackage a.txt folder
     told '^Made the network-boot directory ./srv/job/out., .* KiB, read back, in'
-}
-
-@test "a package goes into an empty directory" {
-    mkdir out
-    makesPackage a.txt
 }
 
 @test "an old package is replaced and passes on its owner and mode" {
