@@ -91,11 +91,11 @@ load words
 
 @test "an ordinary user makes an image and a package, which are theirs, with and without user namespaces" {
     theirs
-    local as
-    for as in user confined; do
+    local user
+    for user in user confined; do
         rm -rf work/i.iso out
-        makesImage a.txt folder
-        makesPackage a.txt folder
+        as=$user makesImage a.txt folder
+        as=$user makesPackage a.txt folder
         [ "$(stat -c %u work/i.iso out | xargs)" = '1777 1777' ]
     done
     [ ! -e /var/log/Norvane_Support/talo_cli.xml ]

@@ -1,10 +1,10 @@
 #!/usr/bin/env bats
-# Network-boot directorys as a user asks for them.
+# Network-boot directories as a user asks for them.
 load words
 
 @test "a package goes into an empty directory, holds what was named, and is read back" {
     mkdir out
-    makesPackage a.txt folder
+    output=../out// makesPackage a.txt folder
     told '^Made the network-boot directory ./srv/job/out., .* KiB, read back, in'
 }
 

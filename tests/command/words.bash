@@ -112,7 +112,7 @@ endsAsTold() { # TABLE
     done
 }
 isLike() { # PATTERN TEXT
-    # shellcheck disable=SC2053 # a pattern
+    # shellcheck disable=SC2001,SC2053 # a pattern
     [[ $2 == $(sed 's/[][(?\\]/\\&/g' <<<"$1") ]] || fails "this is not like '$1': $2"
 }
 state() {
