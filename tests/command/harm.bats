@@ -3,14 +3,6 @@
 # shellcheck disable=SC2016 # what is quoted is for other shells
 load words
 
-@test "CDPATH leads nowhere" {
-    mkdir -p other/ISOCreation other/boot other/folder
-    touch other/ISOCreation/x other/boot/x
-    export CDPATH=/srv/job/other
-    makesImage a.txt folder
-    makesPackage a.txt folder
-}
-
 @test "closed descriptors take nothing away and hide nothing" {
     local closed
     for closed in '<&-' '>&-' '2>&-' '<&- >&- 2>&-'; do
@@ -45,20 +37,16 @@ load words
     makesImage a.txt
 }
 
-@test "variables that programs and shells heed do not reach them" {
+@test "variables that programs and shells heed do not reach them, nor does the search path" {
+    files other/ISOCreation/x other/boot/x other/folder/x
     echo 'exit 1' >/srv/host/env
-    makes eval "BASH_ENV=/srv/host/env ENV=/srv/host/env UNZIP='-x boot/grub.cfg' ZIPOPT='-x a.txt' \
-        GREP_OPTIONS=-v iso a.txt && UNZIP='-x boot/grub.cfg' ZIPOPT='-x a.txt' pxe a.txt"
-    isImage work/i.iso a.txt
-    isPackage out a.txt
-}
-
-@test "programs that come first in the path are not run" {
     mkdir bin
     printf '#!/bin/sh\ntouch /srv/host/ran' | tee bin/unzip >bin/cp
     chmod +x bin/*
-    makes eval 'PATH=/srv/job/bin:$PATH iso a.txt'
-    isImage work/i.iso a.txt
+    local variables='CDPATH=/srv/job/other PATH=/srv/job/bin:$PATH BASH_ENV=/srv/host/env ENV=/srv/host/env GREP_OPTIONS=-v'
+    makes eval "export $variables UNZIP='-x boot/grub.cfg' ZIPOPT='-x a.txt'; iso a.txt folder && pxe a.txt folder"
+    isImage work/i.iso a.txt folder
+    isPackage out a.txt folder
 }
 
 @test "links among the user's files with names of the job's lead nothing astray" {
@@ -112,8 +100,9 @@ load words
     said "'/srv/job/work/i.iso.sha256' cannot be put in place: File exists"
 }
 
-@test "jobs side by side do not meet" {
+@test "jobs side by side do not meet, in a directory that passes on its group" {
     mkdir out
+    chmod 2775 out
     makes eval "output=../out/1.iso iso a.txt & output=../out/2.iso iso zephyn folder & output=../out/3 pxe sub/d.txt &
         output=../out/4.iso iso 'b c.txt' & wait -n && wait -n && wait -n && wait -n"
     isImage out/1.iso a.txt
@@ -144,11 +133,4 @@ load words
     mounts --bind mounted2 out/img2a
     ends 2 pxe --force a.txt
     said "it holds 'img2a'"
-}
-
-@test "a directory that passes on its group takes an image" {
-    mkdir out
-    chmod 2775 out
-    output=../out/i.iso makes iso a.txt
-    isImage out/i.iso a.txt
 }
