@@ -5,14 +5,12 @@
 using namespace velacreate;
 
 namespace {
-
 /// The signals are no longer held, so nothing can be read from their descriptor.
 int complain(Console& console, const std::exception& problem, int status) {
     console.watchInterrupts(-1);
     console.complain(problem.what());
     return status;
 }
-
 } // namespace
 
 int main(int argc, char** argv) {

@@ -16,7 +16,6 @@
 
 namespace velacreate {
 namespace {
-
 void addMessageOptions(CLI::App& command, ShowChoices& show) {
     command.add_flag("--verbose", show.verbose, "Show all messages as they come");
     command.add_option("--log", show.log, "Append all messages to this file")->type_name("FILE");
@@ -359,7 +358,6 @@ private:
     bool m_json = false;
     std::string m_command;
 };
-
 } // namespace
 
 int runCommandLine(int argc, char** argv, const CallerEnvironment& caller, Console& console) {

@@ -4,7 +4,6 @@
 
 namespace velacreate {
 namespace {
-
 constexpr std::size_t NAMES_WIDTH = 30;
 constexpr std::size_t TEXT_WIDTH = 79 - NAMES_WIDTH;
 
@@ -19,7 +18,6 @@ std::string inLines(const std::string& text) {
     }
     return lines;
 }
-
 } // namespace
 
 HelpText::HelpText() {

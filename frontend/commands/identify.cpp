@@ -11,7 +11,6 @@
 
 namespace velacreate {
 namespace {
-
 class FailureLogger : public VelaLoggerIfc {
 public:
     explicit FailureLogger(Console& console) : m_console(console) {}
@@ -26,7 +25,6 @@ public:
 private:
     Console& m_console;
 };
-
 } // namespace
 
 int identify(const std::string& device, Console& console) {

@@ -14,7 +14,6 @@
 
 namespace velacreate {
 namespace {
-
 const std::string CHECKSUM_ENDING = ".sha256";
 
 /// What to say of a checksum from before that is not made anew.
@@ -51,7 +50,6 @@ int makeImage(const IsoChoices& choices, const Output& output, const CallerEnvir
                        checksum ? "" : noteOn(output.path() + CHECKSUM_ENDING), workflow},
                       console);
 }
-
 } // namespace
 
 int makeIso(const IsoChoices& choices, const CallerEnvironment& caller, Console& console) {

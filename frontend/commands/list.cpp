@@ -15,7 +15,6 @@
 
 namespace velacreate {
 namespace {
-
 struct Listed {
     explicit Listed(Disk listed)
         : disk(std::move(listed)), about(describe(disk)), content(contentOf(disk)),
@@ -78,7 +77,6 @@ std::string jsonOf(const std::vector<Listed>& disks) {
     // The name of a place may be in no encoding at all.
     return array.dump(INDENT, ' ', false, ordered_json::error_handler_t::replace) + "\n";
 }
-
 } // namespace
 
 int listDisks(bool json, Console& console) {

@@ -13,7 +13,6 @@
 
 namespace velacreate {
 namespace {
-
 void validateOptions(const ServeChoices& choices) {
     requireRoot("machines are served by a program that");
     if (choices.proxy && !choices.range.empty()) {
@@ -52,7 +51,6 @@ void announce(const NetbootDirectory& directory, const NetworkPort& port,
                 (range ? "with addresses from " + range->text() : "beside another DHCP server") +
                 "; Ctrl-C ends it");
 }
-
 } // namespace
 
 int serve(const ServeChoices& choices, Console& console) {

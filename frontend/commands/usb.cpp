@@ -22,7 +22,6 @@ namespace velacreate {
 using VelaCreation::KEY_IMAGE_OFFSET;
 
 namespace {
-
 constexpr std::uint64_t SECTOR = 512;
 
 void validateOptions(const UsbChoices& choices) {
@@ -122,9 +121,7 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirect
               Console& console) {
     const auto path = absolutePath(choices.image);
     const Descriptor image(open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
-    if (!image.isOpen()) {
-        throw Refusal(SystemError().about(quote(path)));
-    }
+    check(image.isOpen()).orRefuse(quote(path));
     const auto about = image.status();
     if (!S_ISREG(about.st_mode)) {
         throw Refusal(quote(path) + " is not a file");
@@ -149,7 +146,6 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirect
     return conclude(console, outcome, medium,
                     sizeText(static_cast<std::uint64_t>(about.st_size)) + readBackText(choices.job.verify));
 }
-
 } // namespace
 
 int makeUsbKey(const UsbChoices& choices, const CallerEnvironment& caller, Console& console) {

@@ -11,7 +11,6 @@
 
 namespace velacreate {
 namespace {
-
 OpenMedium openIsoImage(const std::string& path) {
     auto image = openToCompare("the image", path, S_IFREG);
     if (isoImageSize(image.file) == 0) {
@@ -55,7 +54,6 @@ int verifyAlone(const VerifyChoices& choices, MediumKind kind, const NamedDirect
     };
     return compareAlone(choices.job, inputs, scratch, medium, compare, console);
 }
-
 } // namespace
 
 int verify(const VerifyChoices& choices, const CallerEnvironment& caller, Console& console) {

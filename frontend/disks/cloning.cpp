@@ -17,7 +17,6 @@
 
 namespace velacreate {
 namespace {
-
 using namespace std::chrono_literals;
 
 constexpr std::uint64_t LARGEST_KEY =
@@ -50,7 +49,6 @@ bool becomesTrue(std::chrono::seconds time, const std::function<bool()>& conditi
     }
     return true;
 }
-
 } // namespace
 
 std::string eraseIneligibilityReason(const Disk& disk, const std::string& cloneImage,
@@ -69,9 +67,7 @@ std::string eraseIneligibilityReason(const Disk& disk, const std::string& cloneI
 
 Descriptor openToWrite(const Descriptor& disk) {
     Descriptor device(open(disk.path().c_str(), O_RDWR | O_EXCL | O_CLOEXEC));
-    if (!device.isOpen()) {
-        throw Failure(SystemError().about("the disk cannot be opened for writing"));
-    }
+    check(device.isOpen()).orFail("the disk cannot be opened for writing");
     return device;
 }
 
@@ -82,12 +78,8 @@ void wipeSignatures(const Descriptor& device) {
         if (result == 1) {
             return;
         }
-        if (result != 0) {
-            throw Failure(SystemError().about("looking for what is on the disk"));
-        }
-        if (blkid_do_wipe(probe.get(), 0) != 0) {
-            throw Failure(SystemError().about("what is on the disk cannot be wiped"));
-        }
+        check(result == 0).orFail("looking for what is on the disk");
+        check(blkid_do_wipe(probe.get(), 0) == 0).orFail("what is on the disk cannot be wiped");
     }
     throw Failure("what is on the disk is still there after it was wiped");
 }
@@ -102,9 +94,7 @@ void cloneTo(const Descriptor& device, const Descriptor& image, const Advance& a
         advance(bytes);
     };
     copyContent(image, device, "the clone image", flushAndTell);
-    if (fsync(device.number()) != 0) {
-        throw Failure(SystemError().about("the disk could not take all that was written"));
-    }
+    check(fsync(device.number()) == 0).orFail("the disk could not take all that was written");
 }
 
 void rereadPartitionTable(const Descriptor& device, const Disk& disk, int partition) {

@@ -13,7 +13,6 @@
 
 namespace velacreate {
 namespace {
-
 using namespace std::chrono_literals;
 
 const std::string STAND_IN = "stdio:";
@@ -45,7 +44,6 @@ std::string lackText(int state, const std::string& name) {
         return "there is no disc in " + drive;
     }
 }
-
 } // namespace
 
 bool DiscDrive::isNode(const std::string& name) {
@@ -61,9 +59,7 @@ DiscDrive::DiscDrive(const std::string& name)
     : m_name(name), m_path(pathOf(name)),
       m_drive(open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
     const std::string what = "the drive " + quote(name);
-    if (!m_drive.isOpen()) {
-        throw Refusal(SystemError().about(what));
-    }
+    check(m_drive.isOpen()).orRefuse(what);
     const auto mode = m_drive.status().st_mode;
     if (!S_ISBLK(mode) && !(isStandIn(name) && S_ISREG(mode))) {
         throw Refusal(what + " is no drive");
@@ -101,9 +97,7 @@ std::string DiscDrive::takeDiscIn() const {
 
 Descriptor DiscDrive::openDisc() const {
     Descriptor disc(open(m_drive.path().c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC));
-    if (!disc.isOpen()) {
-        throw Refusal(SystemError().about("the disc in " + quote(m_name)));
-    }
+    check(disc.isOpen()).orRefuse("the disc in " + quote(m_name));
     posix_fadvise(disc.number(), 0, 0, POSIX_FADV_DONTNEED);
     return disc;
 }

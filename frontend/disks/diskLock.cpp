@@ -16,7 +16,6 @@
 
 namespace velacreate {
 namespace {
-
 /// Opened for reading only: udev scans a disk again when a descriptor for writing is closed.
 Descriptor openDisk(const std::string& node, int flags) {
     return Descriptor(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | flags));
@@ -57,13 +56,10 @@ void unmountPlace(const MountedPlace& mounted) {
     }
     throw Refusal(SystemError().about(quote(mounted.place) + " cannot be unmounted"));
 }
-
 } // namespace
 
 DiskLock::DiskLock(const Disk& disk) : m_disk(disk), m_descriptor(openDisk(disk.node(), 0)) {
-    if (!m_descriptor.isOpen()) {
-        throw Refusal(SystemError().about(disk.node()));
-    }
+    check(m_descriptor.isOpen()).orRefuse(disk.node());
     if (m_descriptor.status().st_rdev != disk.number) {
         throw Refusal(disk.node() + " is not the disk any more that it was");
     }

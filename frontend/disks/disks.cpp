@@ -15,7 +15,6 @@ namespace velacreate {
 namespace fs = std::filesystem;
 
 namespace {
-
 constexpr const char* OPTICAL_DRIVE = "5";
 constexpr const char* SD_CARD = "SD";
 constexpr std::uint64_t SECTOR_SIZE = 512; // the kernel's unit for every disk
@@ -59,7 +58,6 @@ std::string firstOf(const std::vector<fs::path>& files) {
     }
     return "";
 }
-
 } // namespace
 
 std::string Disk::partitionName(int partition) const {
@@ -77,9 +75,7 @@ std::string DiskDescription::name() const {
 
 Disk wholeDisk(const std::string& path) {
     struct stat about {};
-    if (stat(path.c_str(), &about) != 0) {
-        throw Refusal(SystemError().about(quote(path)));
-    }
+    check(stat(path.c_str(), &about) == 0).orRefuse(quote(path));
     const auto number = blockDevice(path);
     if (number == 0) {
         throw Refusal(quote(path) + " is not a block device");

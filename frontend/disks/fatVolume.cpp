@@ -14,7 +14,6 @@
 
 namespace velacreate {
 namespace {
-
 using Sector = std::array<unsigned char, 512>;
 
 std::uint64_t number(const Sector& sector, std::size_t at, std::size_t bytes) {
@@ -55,7 +54,6 @@ std::uint64_t capacity(const Sector& sector) {
     const std::uint64_t rootClusters = isFat32 ? 1 : 0;
     return (clusters - std::min(clusters, rootClusters)) * clusterSectors * sectorSize;
 }
-
 } // namespace
 
 bool holdsFat(const Descriptor& disk, std::uint64_t offset) {

@@ -10,7 +10,6 @@
 
 namespace velacreate {
 namespace {
-
 /// What a machine runs from, beside "/". The last five are for live systems.
 constexpr std::array SYSTEM_PLACES = {"/boot",        "/efi",      "/usr",  "/home",     "/var",
                                       "/opt",         "/srv",      "/nix",  "/run/live", "/run/initramfs",
@@ -58,7 +57,6 @@ std::string usedBySystem(const Disk& disk) {
     }
     return "";
 }
-
 } // namespace
 
 std::string ineligibilityReason(const Disk& disk, bool anyDisk) {

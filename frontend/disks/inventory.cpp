@@ -11,7 +11,6 @@
 
 namespace velacreate {
 namespace {
-
 constexpr int MOST_PARTITIONS = 6; // shown at most
 constexpr std::size_t LONGEST_LABEL = 32;
 constexpr std::uint64_t SECTOR = 512; // libblkid's unit for every disk
@@ -106,7 +105,6 @@ std::string unrecognised(const Descriptor& disk) {
     start.resize(static_cast<std::size_t>(size));
     return start.find_first_not_of(start.front()) == std::string::npos ? "blank" : "unrecognised";
 }
-
 } // namespace
 
 std::string contentOf(const Disk& disk) {

@@ -16,7 +16,6 @@ namespace velacreate {
 namespace fs = std::filesystem;
 
 namespace {
-
 constexpr const char* MOUNTS = "/proc/self/mountinfo";
 constexpr const char* SWAPS = "/proc/swaps";
 
@@ -25,9 +24,7 @@ using Table = std::unique_ptr<libmnt_table, decltype(&mnt_unref_table)>;
 
 Table readMounts() {
     Table mounts(mnt_new_table_from_file(MOUNTS), mnt_unref_table);
-    if (!mounts) {
-        throw Refusal(SystemError().about(MOUNTS));
-    }
+    check(mounts != nullptr).orRefuse(MOUNTS);
     return mounts;
 }
 
@@ -122,7 +119,6 @@ private:
     const Table& m_mounts;
     Names m_names;
 };
-
 } // namespace
 
 std::vector<InUse> mountsInUse() {

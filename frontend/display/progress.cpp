@@ -13,7 +13,6 @@
 
 namespace velacreate {
 namespace {
-
 bool isTerminal() {
     const char* const type = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe)
     return isatty(STDOUT_FILENO) != 0 && type != nullptr && std::string(type) != "dumb";
@@ -155,7 +154,6 @@ private:
     std::size_t m_drawn = 0; ///< lines on the terminal
     std::vector<Row> m_rows;
 };
-
 } // namespace
 
 std::unique_ptr<Progress> makeProgress(const Screen& screen, const std::vector<std::string>& media) {

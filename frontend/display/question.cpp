@@ -11,7 +11,6 @@
 
 namespace velacreate {
 namespace {
-
 /// @return nothing after an interrupt
 std::optional<std::string> readAnswer(const HeldSignals& signals) {
     std::string line;
@@ -29,7 +28,6 @@ std::optional<std::string> readAnswer(const HeldSignals& signals) {
         line += sources[0].revents != 0 ? std::string(1, character) : "";
     }
 }
-
 } // namespace
 
 int askForYes(const HeldSignals& signals, const std::string& unasked, const std::string& refused,

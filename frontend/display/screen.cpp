@@ -10,10 +10,8 @@
 
 namespace velacreate {
 namespace {
-
 constexpr int FOR_EVER = -1;
 constexpr int HARDLY_MS = 200;
-
 } // namespace
 
 void Screen::write(int descriptor, const std::string& text) const {

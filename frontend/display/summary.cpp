@@ -5,7 +5,6 @@
 
 namespace velacreate {
 namespace {
-
 /// What is said of a kind.
 struct Words {
     const char* done;      ///< in front of the medium
@@ -36,7 +35,6 @@ bool isFinding(const Outcome& outcome) {
 std::string ended(const std::string& sentence) {
     return std::string(".!?").find(sentence.back()) != std::string::npos ? sentence : sentence + ".";
 }
-
 } // namespace
 
 std::string failureText(const Outcome& outcome) {

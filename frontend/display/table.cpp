@@ -12,7 +12,6 @@
 
 namespace velacreate {
 namespace {
-
 using Layout = std::unique_ptr<libscols_table, decltype(&scols_unref_table)>;
 
 void require(bool isDone) {
@@ -36,7 +35,6 @@ std::string withoutBlanksAtTheEnd(const std::string& text) {
     }
     return result;
 }
-
 } // namespace
 
 Table::Table(std::vector<std::string> headings) : m_headings(std::move(headings)) {}

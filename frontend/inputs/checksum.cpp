@@ -9,7 +9,6 @@
 #include <openssl/evp.h>
 namespace velacreate {
 namespace {
-
 void require(bool done) {
     if (!done) {
         throw Failure("a SHA-256 sum cannot be worked out here");
@@ -25,7 +24,6 @@ std::string hexadecimal(const unsigned char* bytes, std::size_t size) {
     }
     return text;
 }
-
 } // namespace
 
 std::string sha256Of(const Descriptor& file, const Advance& advance) {

@@ -8,7 +8,6 @@
 
 namespace velacreate {
 namespace {
-
 namespace fs = std::filesystem;
 
 /// @return the parts of a path without empty ones and "."
@@ -35,7 +34,6 @@ bool removeStart(std::vector<std::string>& parts, const std::vector<std::string>
     parts.erase(parts.begin(), parts.begin() + static_cast<std::ptrdiff_t>(start.size()));
     return true;
 }
-
 } // namespace
 
 ChosenPaths::ChosenPaths(const std::string& directory, const Descriptor& open)

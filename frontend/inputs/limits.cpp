@@ -13,7 +13,6 @@
 
 namespace velacreate {
 namespace {
-
 constexpr std::uint64_t LARGEST_FILE = (std::uint64_t{1} << 32) - 1;
 constexpr std::size_t LONGEST_FAT_NAME = 255;
 constexpr wchar_t LAST_OF_ONE_UNIT = 0xffff; ///< longer characters take two units of UTF-16
@@ -42,7 +41,6 @@ std::string objectionTo(const std::string& part) {
     }
     return utf16Units(*characters) > LONGEST_FAT_NAME ? "has a part that is too long" : "";
 }
-
 } // namespace
 
 void requireFatNames(const std::vector<std::string>& places) {
@@ -74,9 +72,7 @@ void requireFileSize(const std::string& place, std::uint64_t size, const std::st
 
 void requireSpace(const NamedDirectory& directory, std::uint64_t bytes) {
     struct statvfs space {};
-    if (fstatvfs(directory.number(), &space) != 0) {
-        throw Failure(SystemError().about("the free space in " + quote(directory.path)));
-    }
+    check(fstatvfs(directory.number(), &space) == 0).orFail("the free space in " + quote(directory.path));
     const std::uint64_t free = space.f_bavail * space.f_frsize;
     if (free < bytes) {
         throw Refusal("the job needs " + sizeText(bytes) + " in " + quote(directory.path) + ", where " +

@@ -12,12 +12,10 @@ namespace velacreate {
 using VelaCreation::BootableMedia;
 
 namespace {
-
 template <typename Names>
 bool contains(const Names& names, const std::string& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
-
 } // namespace
 
 bool isJobName(const std::string& name) {

@@ -11,7 +11,6 @@
 
 namespace velacreate {
 namespace {
-
 constexpr std::size_t LONGEST_PART = 255; ///< the limit of file systems
 constexpr std::size_t LONGEST_NAME = 1024;
 constexpr std::size_t MOST_PARTS = 64; ///< each part may be a directory of its own
@@ -60,7 +59,6 @@ std::string objectionToParts(const std::string& name) {
     }
     return "";
 }
-
 } // namespace
 
 std::string packageText(const std::string& path) {

@@ -9,7 +9,6 @@
 
 namespace velacreate {
 namespace {
-
 // An archive's times begin with 1980 and end with 2107; those of an image reach further.
 constexpr std::uint64_t EARLIEST = 315532800;
 constexpr std::uint64_t LATEST = 4354819198;
@@ -20,7 +19,6 @@ bool isSourceDate(const std::string& text) {
                           text.front() != '0' && std::all_of(text.begin(), text.end(), isDigit);
     return isNumber && std::stoull(text) >= EARLIEST && std::stoull(text) <= LATEST;
 }
-
 } // namespace
 
 void requireSourceDate() {

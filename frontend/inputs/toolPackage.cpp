@@ -15,7 +15,6 @@
 
 namespace velacreate {
 namespace {
-
 constexpr const char* BOOT = "boot";
 
 /// Small where entries are skipped, as each skip is followed by a whole block.
@@ -25,9 +24,7 @@ using Entries = std::map<std::string, ToolPackage::Entry>;
 
 Descriptor openedFile(const std::string& path) {
     Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (!file.isOpen()) {
-        throw Refusal(SystemError().about(packageText(path)));
-    }
+    check(file.isOpen()).orRefuse(packageText(path));
     if (!S_ISREG(file.status().st_mode)) {
         throw Refusal(packageText(path) + " is no file");
     }
@@ -154,7 +151,6 @@ private:
     Archive m_archive;
     ArchiveEntry m_entry;
 };
-
 } // namespace
 
 ToolPackage::ToolPackage(const std::string& path, CloneImages cloneImages)
@@ -237,7 +233,7 @@ void ToolPackage::unpackTo(const Descriptor& directory, const Advance& advance) 
         const auto file = target.open(reader.name(), O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
         check(file.isOpen()).orFail(problem);
         reader.read([&](const void* data, std::size_t size) {
-            writeAll(file, static_cast<const char*>(data), size, problem);
+            writeAll(file, static_cast<const char*>(data), size, reader.name());
             advance(size);
         });
     });

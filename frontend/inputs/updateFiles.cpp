@@ -14,7 +14,6 @@
 
 namespace velacreate {
 namespace {
-
 /// A stranger's file may have become a FIFO meanwhile, which would wait for somebody who writes to it.
 constexpr int TO_READ = O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY;
 
@@ -167,7 +166,6 @@ private:
     std::vector<struct stat>& m_whole;
     std::vector<Pending> m_pending;
 };
-
 } // namespace
 
 UpdateFiles::UpdateFiles(const std::string& directory, const std::vector<std::string>& chosen)
@@ -213,7 +211,6 @@ bool UpdateFiles::hold(const struct stat& directory) const {
 }
 
 namespace {
-
 void copyFile(Beneath& from, Beneath& to, const std::string& place, const UpdateFiles::Entry& entry,
               const Advance& advance) {
     const Descriptor source = from.open(entry.source, TO_READ);
@@ -238,7 +235,6 @@ void copyFile(Beneath& from, Beneath& to, const std::string& place, const Update
         throw Failure(SystemError().about("the time of " + named(entry.source)));
     }
 }
-
 } // namespace
 
 void UpdateFiles::copyTo(int directory, const Advance& advance) const {

@@ -16,7 +16,6 @@
 
 namespace velacreate {
 namespace {
-
 std::string variable(const char* name) {
     const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): the only thread so far
     return value != nullptr ? value : "";
@@ -81,7 +80,6 @@ void openStandardDescriptors() {
     close(number);
     syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
 }
-
 } // namespace
 
 CallerEnvironment isolateFromCaller() {

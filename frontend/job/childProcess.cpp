@@ -20,7 +20,6 @@
 
 namespace velacreate {
 namespace {
-
 bool mountsAreOwn = false;
 int supervisorSocket = -1;
 
@@ -80,20 +79,16 @@ int run(const std::function<int(Reporter&)>& work, int socket) {
         return EXIT_UNFINISHED;
     }
 }
-
 } // namespace
 
 ChildProcess::ChildProcess(int directory, const std::function<int(Reporter&)>& work) {
     std::array<int, 2> events{};
     std::array<int, 2> output{};
-    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, events.data()) != 0) {
-        throw Failure(SystemError().about("no socket for the job"));
-    }
+    check(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, events.data()) == 0)
+        .orFail("no socket for the job");
     m_events = Descriptor(events[0]);
     const Descriptor jobsEvents(events[1]);
-    if (pipe2(output.data(), O_CLOEXEC) != 0) {
-        throw Failure(SystemError().about("no pipe for the job"));
-    }
+    check(pipe2(output.data(), O_CLOEXEC) == 0).orFail("no pipe for the job");
     m_output = Descriptor(output[0]);
     const Descriptor jobsOutput(output[1]);
     fcntl(m_output.number(), F_SETFL, O_NONBLOCK);
@@ -103,9 +98,7 @@ ChildProcess::ChildProcess(int directory, const std::function<int(Reporter&)>& w
     const gid_t group = getegid();
     // Where the process starts is the one place that is carried over into its mounts.
     const Descriptor here(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (fchdir(directory) != 0) {
-        throw Failure(SystemError().about("the job directory cannot be entered"));
-    }
+    check(fchdir(directory) == 0).orFail("the job directory cannot be entered");
     const std::uint64_t own = CLONE_NEWPID | CLONE_NEWNS | (user == 0 ? 0 : CLONE_NEWUSER);
     int process = -1;
     bool isApart = true;
@@ -114,9 +107,7 @@ ChildProcess::ChildProcess(int directory, const std::function<int(Reporter&)>& w
         isApart = false;
         m_number = cloneProcess(0, process);
     }
-    if (m_number < 0) {
-        throw Failure(SystemError().about("no process for the job"));
-    }
+    check(m_number >= 0).orFail("no process for the job");
     if (m_number == 0) {
         m_events = Descriptor();
         m_output = Descriptor();

@@ -9,7 +9,6 @@
 
 namespace velacreate {
 namespace {
-
 sigset_t endingSignals() {
     sigset_t signals;
     sigemptyset(&signals);
@@ -22,16 +21,13 @@ sigset_t endingSignals() {
     }
     return signals;
 }
-
 } // namespace
 
 HeldSignals::HeldSignals() {
     const sigset_t signals = endingSignals();
     sigprocmask(SIG_BLOCK, &signals, nullptr);
     m_descriptor = Descriptor(signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC));
-    if (!m_descriptor.isOpen()) {
-        throw Failure(SystemError().about("no descriptor for signals"));
-    }
+    check(m_descriptor.isOpen()).orFail("no descriptor for signals");
 }
 
 int HeldSignals::take() const {

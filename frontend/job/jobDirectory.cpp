@@ -19,15 +19,13 @@
 
 namespace velacreate {
 namespace {
-
 constexpr const char* OWN_PLACE = "/mnt/job";
 constexpr const char* PREFIX = ".velacreate-";
 
 std::string freshName() {
     std::array<unsigned char, 8> bytes{};
-    if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-        throw Failure(SystemError().about("no name for the job directory"));
-    }
+    check(getrandom(bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size()))
+        .orFail("no name for the job directory");
     std::string name = PREFIX;
     for (const unsigned char byte : bytes) {
         name += "abcdefghijklmnopqrstuvwxyz234567"[byte & 31U];
@@ -71,7 +69,6 @@ void removeAbandoned(const Descriptor& parent) {
         }
     });
 }
-
 } // namespace
 
 JobDirectory::JobDirectory(const NamedDirectory& parent) : m_parent(parent), m_name(freshName()) {
@@ -134,7 +131,6 @@ void removeContents(const Descriptor& directory, const std::string& besides) {
 }
 
 namespace {
-
 /// Some file systems have no links.
 void linkFile(const Descriptor& from, const Descriptor& to, const std::string& name) {
     if (linkat(from.number(), name.c_str(), to.number(), name.c_str(), 0) == 0) {
@@ -146,7 +142,6 @@ void linkFile(const Descriptor& from, const Descriptor& to, const std::string& n
     check(original.isOpen() && copy.isOpen()).orFail(quote(name));
     copyContent(original, copy, name, [](std::uint64_t /*bytes*/) {});
 }
-
 } // namespace
 
 void linkContents(const Descriptor& from, const Descriptor& to, const std::string& besides) {

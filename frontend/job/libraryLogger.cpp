@@ -15,7 +15,6 @@
 
 namespace velacreate {
 namespace {
-
 bool looksLikeFailure(std::string line) {
     std::transform(line.begin(), line.end(), line.begin(),
                    [](unsigned char byte) { return std::tolower(byte); });
@@ -32,7 +31,6 @@ bool isFull() {
     struct statvfs about {};
     return statvfs(".", &about) == 0 && about.f_bavail * about.f_frsize < HARDLY_ANY;
 }
-
 } // namespace
 
 std::string reasonIn(const std::string& said) {

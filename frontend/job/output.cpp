@@ -18,7 +18,6 @@ namespace velacreate {
 namespace fs = std::filesystem;
 
 namespace {
-
 constexpr mode_t ACCESS = S_IRWXU | S_IRWXG | S_IRWXO;
 
 bool isRegularFile(const Descriptor& directory, const std::string& name) {
@@ -63,7 +62,6 @@ bool rename(const Descriptor& from, const std::string& oldName, int to, const st
 bool lacksFlags() {
     return errno == EINVAL || errno == EXDEV;
 }
-
 } // namespace
 
 Output::Output(const std::string& path) {
@@ -81,9 +79,8 @@ Output::Output(const std::string& path) {
     if (error) {
         throw Refusal("the directory of the output " + quote(path) + ": " + error.message());
     }
-    if (faccessat(m_parent.number(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
-        throw Refusal(SystemError().about("nothing can be written to " + quote(m_parent.path)));
-    }
+    check(faccessat(m_parent.number(), ".", W_OK | X_OK, AT_EACCESS) == 0)
+        .orRefuse("nothing can be written to " + quote(m_parent.path));
     struct stat about {};
     if (fstatat(m_parent.number(), m_name.c_str(), &about, AT_SYMLINK_NOFOLLOW) == 0) {
         m_present = about;
@@ -138,9 +135,7 @@ Output Output::netbootDirectory(const std::string& path, bool force) {
 
 Descriptor Output::openPresent() const {
     auto present = openBeneath(m_parent.number(), m_name, O_RDONLY);
-    if (!present.isOpen()) {
-        throw Refusal(SystemError().about(quote(path())));
-    }
+    check(present.isOpen()).orRefuse(quote(path()));
     return present;
 }
 
@@ -150,9 +145,7 @@ std::string Output::path() const {
 
 struct stat Output::take(const Descriptor& directory, const std::string& name) const {
     const auto made = openBeneath(directory.number(), name, O_RDONLY);
-    if (!made.isOpen()) {
-        throw Failure(SystemError().about("what was made cannot be found any more"));
-    }
+    check(made.isOpen()).orFail("what was made cannot be found any more");
     if (m_present) {
         [[maybe_unused]] const int owned = fchown(made.number(), m_present->st_uid, m_present->st_gid);
         fchmod(made.number(), m_present->st_mode & ACCESS);
@@ -161,9 +154,7 @@ struct stat Output::take(const Descriptor& directory, const std::string& name) c
                              ? exchange(directory, name)
                              : rename(directory, name, m_parent.number(), m_name, RENAME_NOREPLACE) ||
                                    (lacksFlags() && rename(directory, name, m_parent.number(), m_name, 0));
-    if (!isThere) {
-        throw Failure(SystemError().about(quote(path()) + " cannot be put in place"));
-    }
+    check(isThere).orFail(quote(path()) + " cannot be put in place");
     fsync(m_parent.number());
     return made.status();
 }

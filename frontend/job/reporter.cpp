@@ -7,9 +7,7 @@
 
 namespace velacreate {
 namespace {
-
 constexpr std::size_t LONGEST = 32768; // longer texts are cut
-
 } // namespace
 
 void Reporter::stage(const std::string& text, std::uint64_t bytes) {

@@ -7,9 +7,7 @@
 #include <utility>
 
 namespace {
-
 bool pauseIsDue = false; // after a stage line; it is left out
-
 } // namespace
 
 /// Replaces the C library's function for the library, since the executable's symbols come first.
@@ -24,7 +22,6 @@ extern "C" __attribute__((visibility("default"))) unsigned int sleep(unsigned in
 
 namespace velacreate {
 namespace {
-
 /// Replaces standard output for the library, which flushes each stage line at once.
 class StageLines : public std::stringbuf {
 public:
@@ -45,7 +42,6 @@ private:
     std::function<void(const std::string&)> m_announce;
     bool m_keepPauses;
 };
-
 } // namespace
 
 void watchStages(const std::function<void(const std::string& stage)>& announce, bool keepPauses) {

@@ -17,7 +17,6 @@
 
 namespace velacreate {
 namespace {
-
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds REDRAWN_EVERY(200);
@@ -341,7 +340,6 @@ private:
     bool m_hasWarned = false;
     Clock::time_point m_drawn;
 };
-
 } // namespace
 
 std::vector<Outcome> supervise(const std::vector<MediumJob>& jobs, std::size_t atOnce,

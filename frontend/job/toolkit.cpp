@@ -13,7 +13,6 @@ namespace velacreate {
 namespace fs = std::filesystem;
 
 namespace {
-
 constexpr const char* BURNER = "cdrecord";
 constexpr const char* ZIP = "zip";
 
@@ -32,7 +31,6 @@ void searchHereFirst() {
     }
     here.release();
 }
-
 } // namespace
 
 Toolkit::Toolkit(const std::string& folder, Launchers launchers) : m_isOwn(folder.empty()) {

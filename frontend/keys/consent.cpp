@@ -9,7 +9,6 @@
 
 namespace velacreate {
 namespace {
-
 std::string tableOf(const std::vector<Key>& keys) {
     Table table({"Key", "Port", "Model", "Serial number", "Size", "Holds", "Mounted on", "Not to be made"});
     for (const auto& key : keys) {
@@ -29,7 +28,6 @@ std::string consequence(const UsbChoices& choices, bool isOne) {
                                                         : "filled.";
     return (isOne ? "Its fourth partition will be " : "Their fourth partitions will be ") + done;
 }
-
 } // namespace
 
 int askForConsent(const std::vector<Key>& keys, const UsbChoices& choices, const HeldSignals& signals,

@@ -29,7 +29,6 @@ namespace velacreate {
 using VelaCreation::BootableUSB;
 
 namespace {
-
 constexpr const char* SOFT_KEY = "TALO_SOFT_USBKEY";
 const std::string KEY_LINK = "/mnt/key";
 
@@ -77,9 +76,7 @@ std::vector<std::string> unexpectedFilesOn(const KeyJob& job) {
 /// own.
 int decideFormat(const KeyJob& job, BootableUSB& builder, bool& format, const Reporter& reporter) {
     const Descriptor partition(open(job.target.disk->keyPartitionNode().c_str(), O_RDONLY | O_CLOEXEC));
-    if (!partition.isOpen()) {
-        throw Failure(SystemError().about(job.target.disk->keyPartitionNode()));
-    }
+    check(partition.isOpen()).orFail(job.target.disk->keyPartitionNode());
     if (!holdsFat(partition, 0)) {
         reporter.message(2, "The key holds no FAT file system, hence it is formatted");
         format = true;
@@ -171,12 +168,9 @@ int fillAndReadBack(const KeyJob& job, const Descriptor& image, const Descriptor
         return result;
     }
     reporter.stage(STAGE_WRITING_OUT);
-    if (fsync(job.target.open.number()) != 0) {
-        throw Failure(SystemError().about("the key could not take all that was written"));
-    }
+    check(fsync(job.target.open.number()) == 0).orFail("the key could not take all that was written");
     return job.all.call.choices.verify ? readBack(job, jobDirectory.number(), reporter) : 0;
 }
-
 } // namespace
 
 int fillKey(const KeyJob& job, Reporter& reporter) {

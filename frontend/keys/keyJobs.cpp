@@ -8,7 +8,6 @@
 
 namespace velacreate {
 namespace {
-
 void sumUp(const UpdateFiles& updates, const Descriptor& staged, Reporter& reporter) {
     reporter.stage("Summing up the files");
     for (const auto& [place, entry] : updates.entries()) {
@@ -17,7 +16,6 @@ void sumUp(const UpdateFiles& updates, const Descriptor& staged, Reporter& repor
         }
     }
 }
-
 } // namespace
 
 std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, UpdateSums* sums) {

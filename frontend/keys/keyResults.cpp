@@ -11,7 +11,6 @@
 
 namespace velacreate {
 namespace {
-
 /// "11 keys made, 1 failed"
 std::string countsText(const std::map<std::string, std::size_t>& counts) {
     std::string text;
@@ -70,7 +69,6 @@ int concludeSeveral(Console& console, const std::vector<Key>& keys, const std::v
     console.say(countsText(counts));
     return status;
 }
-
 } // namespace
 
 int concludeKeys(Console& console, const std::vector<Key>& keys, const std::vector<KeyResult>& results,

@@ -16,12 +16,10 @@ namespace velacreate {
 using VelaCreation::KEY_IMAGE_OFFSET;
 
 namespace {
-
 const std::string IMAGE_NAME = "key.img";
 const std::string IMAGE_PLACE = "/mnt/job/.job/" + IMAGE_NAME;
 
 constexpr const char* READING_PLACE = "/mnt/read";
-
 } // namespace
 
 ReadOnlyMount::ReadOnlyMount(const std::string& source, const std::string& options) {

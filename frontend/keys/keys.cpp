@@ -18,7 +18,6 @@ namespace velacreate {
 using VelaCreation::KEY_IMAGE_OFFSET;
 
 namespace {
-
 constexpr std::uint64_t SECTOR = 512;
 
 void refuseFor(const Disk& disk, const std::string& reason) {
@@ -96,7 +95,6 @@ void leaveOutForeign(std::vector<Key>& keys, Console& console) {
         throw Refusal("there is no removable medium for a key; a USB hard disk has to be named");
     }
 }
-
 } // namespace
 
 std::vector<Disk> namedDisks(const std::vector<std::string>& paths) {

@@ -10,7 +10,6 @@
 
 namespace velacreate {
 namespace {
-
 /// By its fourth partition's end address, which the library reads the geometry from.
 void requireGeometry(const Descriptor& image, const std::string& name) {
     std::uint8_t sector = 0;
@@ -34,20 +33,15 @@ int fitImage(KeyBuilder& builder, LibraryLogger& logger) {
 void wipePartition(const Disk& disk) {
     const auto node = disk.keyPartitionNode();
     const Descriptor partition(open(node.c_str(), O_RDWR | O_CLOEXEC));
-    if (!partition.isOpen()) {
-        throw Failure(SystemError().about(node));
-    }
+    check(partition.isOpen()).orFail(node);
     wipeSignatures(partition);
 }
-
 } // namespace
 
 int makeNewKey(const Disk& disk, const Descriptor& held, const std::string& cloneImage, KeyBuilder& builder,
                LibraryLogger& logger, Reporter& reporter) {
     const Descriptor image(open(cloneImage.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!image.isOpen()) {
-        throw Failure(SystemError().about(quote(cloneImage)));
-    }
+    check(image.isOpen()).orFail(quote(cloneImage));
     requireGeometry(image, cloneImage);
     const auto device = openToWrite(held);
     reporter.changing();

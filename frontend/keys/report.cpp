@@ -12,7 +12,6 @@
 
 namespace velacreate {
 namespace {
-
 using Json = nlohmann::ordered_json;
 
 std::string lineOf(const KeyRecord& key, const UpdateSums& updates) {
@@ -38,7 +37,6 @@ std::string lineOf(const KeyRecord& key, const UpdateSums& updates) {
 bool isFlushed(const Descriptor& file) {
     return fsync(file.number()) == 0 || errno == EINVAL;
 }
-
 } // namespace
 
 Report::Report(const std::string& path)

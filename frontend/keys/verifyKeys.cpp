@@ -20,7 +20,6 @@ namespace velacreate {
 using VelaCreation::KEY_IMAGE_OFFSET;
 
 namespace {
-
 /// What is written to it meanwhile would not be seen, and it cannot be mounted to be read only.
 void requireNotWritten(const Disk& disk) {
     for (const auto& [place, device] : mountedPlaces(disk)) {
@@ -37,9 +36,7 @@ void requireKey(const Disk& disk) {
         throw Refusal(disk.node() + " is no key: it has no fourth partition");
     }
     const Descriptor partition(open(disk.keyPartitionNode().c_str(), O_RDONLY | O_CLOEXEC));
-    if (!partition.isOpen()) {
-        throw Refusal(SystemError().about(disk.keyPartitionNode()));
-    }
+    check(partition.isOpen()).orRefuse(disk.keyPartitionNode());
     if (!holdsFat(partition, 0)) {
         throw Refusal("partition 4 of " + disk.node() + " holds no FAT file system");
     }
@@ -81,7 +78,6 @@ int conclude(Console& console, const std::vector<Key>& keys, const std::vector<O
     }
     return concludeKeys(console, keys, results, false);
 }
-
 } // namespace
 
 int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {

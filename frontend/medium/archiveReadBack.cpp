@@ -18,7 +18,6 @@
 
 namespace velacreate {
 namespace {
-
 ArchiveReader::Format formatOf(const Descriptor& archive) {
     std::array<char, 4> start{};
     const bool isRead =
@@ -209,7 +208,6 @@ private:
     std::string m_end; ///< why it cannot be read any further
     Differences m_differences;
 };
-
 } // namespace
 
 std::vector<std::string> compareArchive(int jobDirectory, const Tree& expected, const Descriptor& archive,

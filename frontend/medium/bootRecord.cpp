@@ -9,7 +9,6 @@
 
 namespace velacreate {
 namespace {
-
 using namespace std::literals;
 
 constexpr std::uint64_t SECTOR = 512; ///< in which the sizes are told, whatever the image's blocks are
@@ -130,7 +129,6 @@ private:
     Sources m_sources;
     std::vector<std::string> m_faults;
 };
-
 } // namespace
 
 std::vector<std::string> faultsOfEfiBootRecord(int jobDirectory, const Tree& expected,

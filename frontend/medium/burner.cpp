@@ -22,7 +22,6 @@
 
 namespace velacreate {
 namespace {
-
 const std::string IMAGE = "image.iso"; // in the library folder
 
 Descriptor openImage(const std::string& path) {
@@ -30,9 +29,7 @@ Descriptor openImage(const std::string& path) {
         throw Refusal(quote(path) + " does not end in .iso");
     }
     Descriptor image(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    if (!image.isOpen()) {
-        throw Refusal(SystemError().about(quote(path)));
-    }
+    check(image.isOpen()).orRefuse(quote(path));
     if (!S_ISREG(image.status().st_mode)) {
         throw Refusal(quote(path) + " is not a file");
     }
@@ -61,9 +58,7 @@ void requireDevice(const std::string& device) {
         return; // in one of the burner's own notations
     }
     struct stat about {};
-    if (stat(device.c_str(), &about) != 0) {
-        throw Refusal(SystemError().about(what));
-    }
+    check(stat(device.c_str(), &about) == 0).orRefuse(what);
     if (!S_ISBLK(about.st_mode)) {
         throw Refusal(what + " is no drive");
     }
@@ -125,7 +120,6 @@ std::string asShellWord(const std::string& text) {
     }
     return word + "'";
 }
-
 } // namespace
 
 Burner::Burner(std::string device, const CallerEnvironment& caller)

@@ -12,7 +12,6 @@
 
 namespace velacreate {
 namespace {
-
 void stagePackage(const ToolPackage& package, PackageForm form, const Descriptor& jobDirectory,
                   const Advance& advance) {
     if (form == PackageForm::unpacked) {
@@ -24,7 +23,6 @@ void stagePackage(const ToolPackage& package, PackageForm form, const Descriptor
     check(archive.isOpen()).orFail("the tool package cannot be copied");
     package.writeTo(archive, advance);
 }
-
 } // namespace
 
 void stageFiles(const Inputs& inputs, PackageForm form, const Descriptor& jobDirectory, Reporter& reporter) {

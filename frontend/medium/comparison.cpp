@@ -12,7 +12,6 @@
 
 namespace velacreate {
 namespace {
-
 MediumJob comparingJob(const std::string& medium, const Descriptor& directory, const Compare& compare,
                        JobKind kind) {
     const auto work = [compare, kind, &directory](Reporter& reporter) {
@@ -20,7 +19,6 @@ MediumJob comparingJob(const std::string& medium, const Descriptor& directory, c
     };
     return {medium, directory.number(), work, {}, nullptr, kind};
 }
-
 } // namespace
 
 std::vector<Outcome> compareMedia(const Call& call, const std::vector<ComparedMedium>& media) {
@@ -43,9 +41,7 @@ std::vector<Outcome> compareMedia(const Call& call, const std::vector<ComparedMe
 OpenMedium openToCompare(const std::string& kind, const std::string& path, mode_t type) {
     auto absolute = absolutePath(path);
     Descriptor file(open(absolute.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (!file.isOpen()) {
-        throw Refusal(SystemError().about(quote(path)));
-    }
+    check(file.isOpen()).orRefuse(quote(path));
     if ((file.status().st_mode & S_IFMT) != type) {
         throw Refusal(quote(path) + " is not a " + (type == S_IFDIR ? "directory" : "file"));
     }

@@ -10,7 +10,6 @@
 
 namespace velacreate {
 namespace {
-
 constexpr const char* BOOT = "boot/";
 
 /// What becomes of files on their way to one kind of medium.
@@ -122,7 +121,6 @@ void addBesideArchive(Contents& contents, const std::vector<const char*>& names,
         }
     }
 }
-
 } // namespace
 
 std::uint64_t Contents::size() const {

@@ -7,12 +7,10 @@
 
 namespace velacreate {
 namespace {
-
 std::string named(const std::string& place, const Part& part) {
     const std::string origin = topOf(part.source) == "boot" ? "boot " : "update ";
     return origin + (part.isDirectory ? "directory " : "file ") + quote(place);
 }
-
 } // namespace
 
 void Differences::addMissing(const std::string& place, const Part& part) {

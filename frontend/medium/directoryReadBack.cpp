@@ -15,7 +15,6 @@
 
 namespace velacreate {
 namespace {
-
 class DirectoryComparison {
 public:
     DirectoryComparison(int jobDirectory, const Descriptor& directory, const Advance& advance)
@@ -115,7 +114,6 @@ bool isIgnored(const std::vector<std::string>& ignored, const std::string& place
     const auto isSame = [&](const std::string& name) { return inCapitals(name) == inCapitals(place); };
     return std::any_of(ignored.begin(), ignored.end(), isSame);
 }
-
 } // namespace
 
 std::vector<std::string> compareDirectory(int jobDirectory, const Tree& expected, const Descriptor& directory,

@@ -12,7 +12,6 @@
 
 namespace velacreate {
 namespace {
-
 std::string atByte(std::size_t offset) {
     return " at byte " + std::to_string(offset);
 }
@@ -21,7 +20,6 @@ std::vector<std::string> joined(std::vector<std::string> lines, const std::vecto
     lines.insert(lines.end(), more.begin(), more.end());
     return lines;
 }
-
 } // namespace
 
 std::vector<std::string> compareEfiImage(int jobDirectory, const Contents& contents, const Descriptor& image,

@@ -5,7 +5,6 @@
 
 namespace velacreate {
 namespace {
-
 using namespace VelaCreation;
 
 const std::string IMAGE_PLACE = std::string(LIBRARY_FOLDER) + "/image.iso";
@@ -69,7 +68,6 @@ Kind netbootDirectory() {
     kind.compare = compareNetbootDirectory;
     return kind;
 }
-
 } // namespace
 
 const Kind& kindOf(MediumKind kind) {

@@ -22,16 +22,13 @@
 
 namespace velacreate {
 namespace {
-
 std::string checksumPlace(const Kind& kind) {
     return kind.place + ".sha256";
 }
 
 void flush(const std::string& path) {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!file.isOpen()) {
-        throw Failure(SystemError().about(quote(path)));
-    }
+    check(file.isOpen()).orFail(quote(path));
     if (S_ISDIR(file.status().st_mode)) {
         forEachEntry(file.number(), [&](const std::string& name) { flush(path + "/" + name); });
     }
@@ -127,7 +124,6 @@ std::map<std::string, Gauge> gaugesOf(const Inputs& inputs, int jobDirectory) {
     }
     return gauges;
 }
-
 } // namespace
 
 void requireProgramsOf(const Kind& kind, const Toolkit& toolkit) {

@@ -9,7 +9,6 @@
 
 namespace velacreate {
 namespace {
-
 /// The port's own address is never handed out, nor are the first and the last one of a network.
 AddressRange checked(const AddressRange& range) {
     const auto& network = range.network;
@@ -21,7 +20,6 @@ AddressRange checked(const AddressRange& range) {
     }
     return range;
 }
-
 } // namespace
 
 std::string addressText(Address address) {

@@ -20,7 +20,6 @@
 
 namespace velacreate {
 namespace {
-
 constexpr const char* PROGRAM = "dnsmasq";
 constexpr int NOBODY = 65534;
 constexpr int NO_GROUP = 65534;
@@ -119,7 +118,6 @@ void becomeNobody(const std::vector<unsigned>& capabilities) {
           capng_apply(CAPNG_SELECT_AMBIENT) == 0 && prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0)
         .orFail("the server's rights cannot be taken away");
 }
-
 } // namespace
 
 void becomeServer(const NetworkPort& port, const std::optional<AddressRange>& range) {

@@ -11,7 +11,6 @@
 
 namespace velacreate {
 namespace {
-
 constexpr std::size_t LONGEST_LINE = 900;    ///< the server cuts longer ones off, where a stranger may choose
 constexpr std::size_t MOST_MACHINES = 10000; ///< a stranger may have any number of hardware addresses
 
@@ -37,7 +36,6 @@ bool startsWith(const std::string& text, const std::string& start) {
 std::string plainName(const std::string& name) {
     return std::filesystem::path(name).relative_path().lexically_normal().string();
 }
-
 } // namespace
 
 std::optional<Machines::News> Machines::take(const std::string& line) {

@@ -13,7 +13,6 @@
 
 namespace velacreate {
 namespace {
-
 /// Not who asks must be able to, but everybody: that is what the server is.
 void requireReadable(const struct stat& about, const std::string& what) {
     if ((about.st_mode & S_IROTH) == 0) {
@@ -21,14 +20,11 @@ void requireReadable(const struct stat& about, const std::string& what) {
                       " cannot be read by everybody, which the server needs; \"chmod a+r\" makes it so");
     }
 }
-
 } // namespace
 
 NetbootDirectory::NetbootDirectory(std::string path)
     : m_path(std::move(path)), m_directory(::open(m_path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-    if (!m_directory.isOpen()) {
-        throw Refusal(SystemError().about(quote(m_path)));
-    }
+    check(m_directory.isOpen()).orRefuse(quote(m_path));
     for (const std::string name : VelaCreation::NETBOOT_FILES) {
         const auto file = open(name);
         if (!file.isOpen() && name == VelaCreation::NETBOOT_LOADER) {

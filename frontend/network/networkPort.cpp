@@ -14,7 +14,6 @@
 
 namespace velacreate {
 namespace {
-
 constexpr std::uint16_t DHCP_PORT = 67;
 constexpr std::uint16_t TFTP_PORT = 69;
 constexpr std::uint16_t BOOT_PORT = 4011; ///< where the boot question is asked when it is asked apart
@@ -26,9 +25,7 @@ using Addresses = std::unique_ptr<ifaddrs, AddressesFreer>;
 
 Addresses addressesOfAll() {
     ifaddrs* addresses = nullptr;
-    if (getifaddrs(&addresses) != 0) {
-        throw Failure(SystemError().about("the network ports cannot be listed"));
-    }
+    check(getifaddrs(&addresses) == 0).orFail("the network ports cannot be listed");
     return Addresses(addresses);
 }
 
@@ -68,7 +65,6 @@ void requireFree(std::uint16_t number, Address address, const std::string& port)
                       std::to_string(number) + "); end it first");
     }
 }
-
 } // namespace
 
 NetworkPort::NetworkPort(const std::string& name) : m_name(name), m_index(if_nametoindex(name.c_str())) {

@@ -7,7 +7,6 @@
 
 namespace velacreate {
 namespace {
-
 constexpr int LEVEL_OF_SERVER = 2;
 
 /// The server's words so far.
@@ -43,7 +42,6 @@ struct ServerLog {
         console.say(machines.total());
     }
 };
-
 } // namespace
 
 std::optional<std::string> serveMachines(const NetbootDirectory& directory, const NetworkPort& port,

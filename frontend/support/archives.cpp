@@ -9,9 +9,7 @@
 
 namespace velacreate {
 namespace {
-
 constexpr int WRITE_BLOCK = 1 << 20;
-
 } // namespace
 
 void ArchiveCloser::operator()(archive* handle) const {
@@ -43,9 +41,7 @@ Archive beginZip(const Descriptor& output) {
 // descriptors they were started with.
 ArchiveReader::ArchiveReader(const Descriptor& file, Format format, std::size_t blockSize)
     : m_file(open(file.path().c_str(), O_RDONLY | O_CLOEXEC)), m_archive(archive_read_new()) {
-    if (!m_file.isOpen()) {
-        throw Failure(SystemError().about("opening an archive again"));
-    }
+    check(m_file.isOpen()).orFail("opening an archive again");
     if (format == Format::zip) {
         archive_read_support_format_zip_seekable(m_archive.get());
     } else {

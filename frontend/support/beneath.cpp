@@ -5,7 +5,6 @@
 
 namespace velacreate {
 namespace {
-
 std::string parentOf(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     return slash == std::string::npos ? "" : path.substr(0, slash);
@@ -14,7 +13,6 @@ std::string parentOf(const std::string& path) {
 std::string nameOf(const std::string& path) {
     return path.substr(path.rfind('/') + 1);
 }
-
 } // namespace
 
 int Beneath::enter(const std::string& path) {

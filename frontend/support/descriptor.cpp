@@ -23,7 +23,6 @@
 
 namespace velacreate {
 namespace {
-
 constexpr std::size_t KERNEL_CHUNK = 8 << 20; ///< between two reports of progress
 
 bool isSameTime(const timespec& one, const timespec& other) {
@@ -71,7 +70,7 @@ void copyByBuffer(Copy& copy) {
         if (count < 0) {
             throw Failure(SystemError().about("reading " + quote(copy.name)));
         }
-        writeAll(copy.to, buffer.data(), static_cast<std::size_t>(count), "writing " + quote(copy.name));
+        writeAll(copy.to, buffer.data(), static_cast<std::size_t>(count), copy.name);
         copy.advanceBy(count);
     }
 }
@@ -93,7 +92,6 @@ void copyByKernel(Copy& copy) {
         copy.advanceBy(count);
     }
 }
-
 } // namespace
 
 Descriptor::Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
@@ -115,9 +113,7 @@ int Descriptor::release() {
 
 struct stat Descriptor::status() const {
     struct stat result {};
-    if (fstat(m_number, &result) != 0) {
-        throw Failure(SystemError().about("an open file"));
-    }
+    check(fstat(m_number, &result) == 0).orFail("an open file");
     return result;
 }
 
@@ -126,7 +122,6 @@ std::string Descriptor::path() const {
 }
 
 namespace {
-
 /// A file may have a lease whose holder may give it up when asked. Each trial is a millisecond later.
 constexpr int TRIALS = 1000;
 
@@ -147,7 +142,6 @@ Descriptor openResolved(int directory, const std::string& path, int flags, unsig
 }
 
 constexpr std::uint64_t BENEATH = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
-
 } // namespace
 
 std::string absolutePath(const std::string& path) {
@@ -199,13 +193,15 @@ ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset) {
     return static_cast<ssize_t>(done);
 }
 
-void writeAll(const Descriptor& to, const char* data, std::size_t size, const std::string& what) {
+void writeAll(const Descriptor& to, const char* data, std::size_t size, const std::string& name) {
     while (size > 0) {
         const ssize_t count = write(to.number(), data, size);
         if (isInterrupted(count)) {
             continue;
         }
-        check(count >= 0).orFail(what);
+        if (count < 0) {
+            throw Failure(SystemError().about("writing " + quote(name)));
+        }
         data += count;
         size -= static_cast<std::size_t>(count);
     }
@@ -223,9 +219,7 @@ bool isUnchanged(const struct stat& found, const struct stat& now) {
 void forEachEntry(int directory, const std::function<void(const std::string& name)>& use) {
     Descriptor again = openBeneath(directory, ".", O_RDONLY | O_DIRECTORY);
     const std::unique_ptr<DIR, DirectoryCloser> entries(again.isOpen() ? fdopendir(again.number()) : nullptr);
-    if (!entries) {
-        throw Failure(SystemError().about("reading a directory"));
-    }
+    check(entries != nullptr).orFail("reading a directory");
     again.release();
     for (;;) {
         errno = 0;
@@ -238,9 +232,7 @@ void forEachEntry(int directory, const std::function<void(const std::string& nam
             use(std::string(name));
         }
     }
-    if (errno != 0) {
-        throw Failure(SystemError().about("reading a directory"));
-    }
+    check(errno == 0).orFail("reading a directory");
 }
 
 void copyContent(const Descriptor& from, const Descriptor& to, const std::string& name,

@@ -71,9 +71,9 @@ Descriptor openToAdd(const std::string& kind, const std::string& path);
 ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset);
 
 /// Writes all bytes.
-/// @param what  for the message, such as "writing 'x'"
+/// @param name  of the file, for the message
 /// @throw Failure
-void writeAll(const Descriptor& to, const char* data, std::size_t size, const std::string& what);
+void writeAll(const Descriptor& to, const char* data, std::size_t size, const std::string& name);
 
 /// Whether both are the same file, by device and number.
 bool isSameFile(const struct stat& one, const struct stat& other);

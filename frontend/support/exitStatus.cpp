@@ -7,7 +7,6 @@
 
 namespace velacreate {
 namespace {
-
 using namespace VelaCreation;
 
 constexpr ExitStatus TABLE[] = {
@@ -40,7 +39,6 @@ constexpr ExitStatus TABLE[] = {
 };
 
 constexpr ExitStatus UNKNOWN{EXIT_UNFINISHED, "the job's process was ended", ""};
-
 } // namespace
 
 const ExitStatus& exitStatus(int status) {

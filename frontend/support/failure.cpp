@@ -19,6 +19,12 @@ void Checked::orFail(const std::string& what) const {
     }
 }
 
+void Checked::orRefuse(const std::string& what) const {
+    if (!m_isDone) {
+        throw Refusal(m_error.about(what));
+    }
+}
+
 std::string printable(const std::string& text) {
     std::string result;
     for (std::size_t at = 0; at < text.size();) {

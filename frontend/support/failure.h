@@ -39,6 +39,8 @@ public:
 
     /// @throw Failure "WHAT: the system's text for the reason", unless it was
     void orFail(const std::string& what) const;
+    /// @throw Refusal with the same text
+    void orRefuse(const std::string& what) const;
 
 private:
     bool m_isDone;

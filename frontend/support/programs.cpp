@@ -16,7 +16,6 @@
 
 namespace velacreate {
 namespace {
-
 struct Origin {
     const char* program;
     const char* package;
@@ -87,9 +86,7 @@ pid_t start(const std::vector<std::string>& command, int output) {
 int statusOf(pid_t process) {
     int status = 0;
     while (waitpid(process, &status, 0) < 0) {
-        if (errno != EINTR) {
-            throw Failure(SystemError().about("waiting for a program"));
-        }
+        check(errno == EINTR).orFail("waiting for a program");
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
@@ -100,25 +97,20 @@ std::string contentOf(const Descriptor& file) {
     for (;;) {
         const ssize_t count =
             pread(file.number(), buffer.data(), buffer.size(), static_cast<off_t>(content.size()));
-        if (count < 0) {
-            throw Failure(SystemError().about("reading a program's output"));
-        }
+        check(count >= 0).orFail("reading a program's output");
         if (count == 0) {
             return content;
         }
         content.append(buffer.data(), static_cast<std::size_t>(count));
     }
 }
-
 } // namespace
 
 // A file in memory takes the output, and not a pipe: a process that the program leaves behind would keep a
 // pipe open.
 ProgramResult runProgram(const std::vector<std::string>& command) {
     const Descriptor output(memfd_create("output", MFD_CLOEXEC));
-    if (!output.isOpen()) {
-        throw Failure(SystemError().about("a file for a program's output"));
-    }
+    check(output.isOpen()).orFail("a file for a program's output");
     const pid_t process = start(command, output.number());
     if (process == 0) {
         return {127, ""};

@@ -9,13 +9,11 @@
 
 namespace velacreate {
 namespace {
-
 std::string formatted(const std::tm& time, const char* format) {
     std::ostringstream text;
     text << std::put_time(&time, format);
     return text.str();
 }
-
 } // namespace
 
 std::string sizeText(std::uint64_t bytes) {

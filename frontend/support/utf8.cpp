@@ -7,7 +7,6 @@
 
 namespace velacreate {
 namespace {
-
 /// Made once and kept, since making one reads files.
 locale_t utf8() {
     static const locale_t LOCALE = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
@@ -16,7 +15,6 @@ locale_t utf8() {
     }
     return LOCALE;
 }
-
 } // namespace
 
 Utf8Locale::Utf8Locale() : m_before(uselocale(utf8())) {}
