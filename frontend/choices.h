@@ -38,7 +38,7 @@ struct UsbChoices {
     std::string image;
     bool erase = false;
     std::string format = "auto";
-    std::size_t jobs = 0; ///< at a time; 0 for all
+    std::size_t jobs = 0; ///< at a time; 0 means all
     std::string report;
     bool eject = false;
     bool anyDisk = false;
@@ -61,7 +61,7 @@ struct BurnChoices {
 };
 
 struct VerifyChoices {
-    JobChoices job; ///< the package may be empty, where a disc is compared with its image
+    JobChoices job; ///< the package is empty when a disc is compared with its image
     std::string image;
     std::vector<std::string> devices;
     std::string keyImage;

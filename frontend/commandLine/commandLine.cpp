@@ -80,7 +80,7 @@ void requireOneOf(const CLI::App& command, std::initializer_list<const char*> op
     }
 }
 
-/// A variable of the caller's that is not set, or an option that was taken for the value of the one before.
+/// The value may be an empty variable, or the next option.
 void requireValues(const CLI::App& command) {
     for (const auto* option : command.get_options()) {
         for (const auto& value : option->results()) {
@@ -92,7 +92,7 @@ void requireValues(const CLI::App& command) {
     }
 }
 
-/// Options that mean nothing without one of others.
+/// Refuses options that need one of others.
 void refuseWithout(const CLI::App& command, std::initializer_list<const char*> needed,
                    std::initializer_list<const char*> options) {
     const auto isGiven = [&](const char* option) { return command.count(option) != 0; };
@@ -102,9 +102,9 @@ void refuseWithout(const CLI::App& command, std::initializer_list<const char*> n
     }
 }
 
-constexpr int MOST_JOBS = 10000; // more than there are ports
+constexpr int MOST_JOBS = 10000; // more than any machine has ports
 
-/// The whole command line, and what the user has chosen on it.
+/// The command line, and what the user has chosen on it.
 class CommandLine {
 public:
     CommandLine(const CallerEnvironment& caller, Console& console)
@@ -141,7 +141,7 @@ private:
         return *m_app.add_subcommand(name, description);
     }
 
-    /// When it is this command that the user names.
+    /// Runs a function if the user has chosen this command.
     void call(CLI::App& command, const std::function<int()>& run) {
         command.callback([this, run, &command] {
             requireValues(command);
@@ -298,7 +298,7 @@ private:
         }
     }
 
-    /// The parser would take "[x,y]" for a list of x and y.
+    /// The parser would read "[x,y]" as a list of x and y.
     static std::vector<std::string> argumentsFromTheEnd(int argc, char** argv) {
         std::vector<std::string> arguments(argv + 1, argv + argc);
         for (auto& argument : arguments) {
@@ -310,7 +310,7 @@ private:
         return arguments;
     }
 
-    /// In words of our own, where the parser's are about itself.
+    /// The parser's own messages are about the parser.
     static std::string meaningOf(const CLI::ParseError& error) {
         const std::string text = error.what();
         if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
@@ -320,7 +320,7 @@ private:
         return printable(text);
     }
 
-    /// What nobody knows is named before what is missing, which may be but mistyped.
+    /// An unknown word is reported first: it may be a misspelt option that seems to be missing.
     [[noreturn]] void refuse(const CLI::ParseError& error) const {
         if (const auto early = m_app.remaining(); !early.empty() && !m_app.get_subcommands().empty()) {
             throw Refusal("put " + printable(early.front()) + " after the command");

@@ -1,5 +1,5 @@
 /// @file
-/// From the arguments to a command and the user's choices for it.
+/// Reads the arguments, and runs the chosen command.
 #pragma once
 
 #include "display/console.h"
@@ -7,9 +7,8 @@
 
 namespace velacreate {
 
-/// Runs the command that the arguments name, or shows help.
 /// @return the exit status
-/// @throw Refusal when the arguments make no sense; what the command throws
+/// @throw Refusal when the arguments are wrong; what the command throws
 int runCommandLine(int argc, char** argv, const CallerEnvironment& caller, Console& console);
 
 } // namespace velacreate

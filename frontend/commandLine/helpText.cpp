@@ -26,7 +26,7 @@ HelpText::HelpText() {
 
 std::string HelpText::make_option_name(const CLI::Option* option, bool isPositional) const {
     const auto name = CLI::Formatter::make_option_name(option, isPositional);
-    return name.substr(0, name.find('{')); // the value that the negative form of a flag sets
+    return name.substr(0, name.find('{')); // hides the value of the negative form
 }
 
 std::string HelpText::make_option_opts(const CLI::Option* option) const {

@@ -1,5 +1,5 @@
 /// @file
-/// The look of the help that --help shows.
+/// The form of --help.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -8,7 +8,7 @@
 
 namespace velacreate {
 
-/// Options with what they take, and what stands when they are left out.
+/// Shows each option with its value and its default.
 class HelpText : public CLI::Formatter {
 public:
     HelpText();

@@ -16,7 +16,7 @@ namespace velacreate {
 namespace {
 const std::string CHECKSUM_ENDING = ".sha256";
 
-/// What to say of a checksum from before that is not made anew.
+/// A checksum from before that is not made anew belongs to the old image.
 std::string noteOn(const std::string& checksum) {
     const bool isThere = std::filesystem::exists(std::filesystem::symlink_status(checksum));
     return isThere ? "Note: " + quote(checksum) + " is of an earlier image" : "";
@@ -38,7 +38,7 @@ int makeImage(const IsoChoices& choices, const Output& output, const CallerEnvir
         inputs.requireOther(*checksum);
     }
     inputs.requireMakeable();
-    inputs.requireRoom(output.parent(), 2, 2); // packed and unpacked; staged, and as the image
+    inputs.requireRoom(output.parent(), 2, 2); // packed and unpacked; staged, and the image
 
     const auto workflow = [&](VelaLoggerIfc& logger) {
         VelaCreation::BootableISO builder(logger);

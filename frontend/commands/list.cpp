@@ -29,7 +29,7 @@ struct Listed {
     DiskDescription about;
     std::string content;
     std::vector<MountedPlace> mounted;
-    std::string reason; ///< why it must not be made a key; empty when it may
+    std::string reason; ///< why it cannot become a key; empty when it can
     bool needsErase;
 };
 
@@ -74,7 +74,7 @@ std::string jsonOf(const std::vector<Listed>& disks) {
         array.push_back(objectOf(listed));
     }
     constexpr int INDENT = 2;
-    // The name of a place may be in no encoding at all.
+    // The name of a mount point may be in any encoding.
     return array.dump(INDENT, ' ', false, ordered_json::error_handler_t::replace) + "\n";
 }
 } // namespace

@@ -16,7 +16,7 @@ int makeNetbootDirectory(const PxeChoices& choices, const CallerEnvironment& cal
     const Inputs inputs(choices.job, MediumKind::netbootDirectory);
     inputs.requireOther(output);
     inputs.requireMakeable();
-    inputs.requireRoom(output.parent(), 2, 2); // packed and unpacked; staged, and in the archive
+    inputs.requireRoom(output.parent(), 2, 2); // packed and unpacked; staged, and the archive
 
     const auto workflow = [&](VelaLoggerIfc& logger) {
         VelaCreation::BootableIMG builder(logger);

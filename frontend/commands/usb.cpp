@@ -51,7 +51,7 @@ void requireProgramsFor(const UsbChoices& choices) {
     }
 }
 
-/// By the kernel's own count, which also shows the flushing that would otherwise look like a standstill.
+/// The kernel's count includes the flushing, which would otherwise look like a standstill.
 std::map<std::string, Gauge> gaugesOf(const DiskLock& lock, std::uint64_t expected) {
     const Gauge written{expected, [&lock] { return lock.traffic().written * SECTOR; }};
     std::map<std::string, Gauge> gauges;
@@ -75,12 +75,12 @@ std::vector<KeyTask> tasksFor(const std::vector<Key>& keys, std::uint64_t expect
     return tasks;
 }
 
-/// How many job directories are full at a time.
+/// How many job directories hold the files at a time.
 std::size_t countFull(const UsbChoices& choices, std::size_t keys) {
     return choices.jobs == 0 || choices.job.keep ? keys : std::min(choices.jobs, keys);
 }
 
-/// As with the log file, what is checked last is what is made.
+/// Opened last, like the log file, since this makes it.
 Report openReport(const std::string& path, const std::string& log, const Inputs& inputs) {
     struct stat about {};
     struct stat logs {};

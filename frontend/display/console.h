@@ -1,5 +1,5 @@
 /// @file
-/// The one place through which everything is shown and logged. What would upset a terminal is shown as "?".
+/// Everything that is shown or logged goes through the console. Control characters are shown as "?".
 #pragma once
 
 #include "display/progress.h"
@@ -15,9 +15,9 @@ namespace velacreate {
 
 class Console {
 public:
-    /// What was said before is logged, too.
-    /// @param verbose  whether the library's messages are shown as they come
-    /// @param logFile  to which every message is appended from now on; may be empty
+    /// Opens the log. What was said before is logged, too.
+    /// @param verbose whether the library's messages are shown at once
+    /// @param logFile all messages are appended to it; may be empty
     /// @throw Refusal when it cannot be opened, or is neither a file nor a device
     void openLog(bool verbose, const std::string& logFile);
 
@@ -25,34 +25,34 @@ public:
     /// See Screen::watchInterrupts.
     void watchInterrupts(int interrupts) { m_screen.watchInterrupts(interrupts); }
 
-    /// Shows how far media are, from now on until `endProgress`.
+    /// Shows the progress of media until `endProgress`.
     Progress& beginProgress(const std::vector<std::string>& media);
     void endProgress();
 
-    /// A message of the library's, or what a program said.
+    /// A message of the library or of a program.
     void message(int level, const std::string& text);
 
-    /// A line of velacreate's own, to standard output.
+    /// A line to standard output.
     void say(const std::string& text);
     /// Several lines, such as a table.
     void sayLines(const std::string& lines);
 
-    /// A line of velacreate's own, to standard error.
+    /// A line to standard error.
     void complain(const std::string& text);
 
-    /// A question, whose line is not ended.
+    /// A question. The answer is typed on the same line.
     void ask(const std::string& question);
-    /// Ends the line of a question that has got no answer.
+    /// Ends the line of a question without an answer.
     void endQuestion();
 
     /// A line to standard error that is not logged.
     void showUnlogged(const std::string& text);
 
-    /// To the log only.
+    /// Only to the log.
     void log(int level, const std::string& text);
 
-    /// What a command is called for, such as a list that a program may read: as it is, to standard output.
-    /// @throw Failure when it cannot be written to its end
+    /// The result of a command, such as a list for a program: unchanged, to standard output.
+    /// @throw Failure when not all of it can be written
     static void printResult(const std::string& text);
 
     bool isVerbose() const { return m_verbose; }
@@ -67,7 +67,7 @@ private:
     bool m_verbose = false;
     bool m_isLogChosen = false;
     Descriptor m_log;
-    std::vector<std::string> m_unlogged; ///< before it is known whether there is a log
+    std::vector<std::string> m_unlogged; ///< until it is known whether there is a log
     std::unique_ptr<Progress> m_progress;
 };
 

@@ -18,7 +18,7 @@ bool isTerminal() {
     return isatty(STDOUT_FILENO) != 0 && type != nullptr && std::string(type) != "dumb";
 }
 
-/// What a line, and what all lines may take: the last column and the last line are the cursor's.
+/// The cursor needs the last column and the last line.
 winsize terminalSize() {
     winsize size{};
     const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0;
@@ -151,7 +151,7 @@ private:
     }
 
     const Screen& m_screen;
-    std::size_t m_drawn = 0; ///< lines on the terminal
+    std::size_t m_drawn = 0; ///< on the terminal
     std::vector<Row> m_rows;
 };
 } // namespace

@@ -1,5 +1,5 @@
 /// @file
-/// The question that comes before something is done that cannot be undone.
+/// A question before something that cannot be undone.
 #pragma once
 
 #include "display/console.h"
@@ -10,8 +10,8 @@
 namespace velacreate {
 
 /// Asks for a "yes".
-/// @param unasked  what is said where nobody can be asked
-/// @param refused  what is said of any other answer
+/// @param unasked the refusal when nobody can be asked
+/// @param refused the refusal for any other answer
 /// @return 0, or EXIT_INTERRUPTED
 /// @throw Refusal
 int askForYes(const HeldSignals& signals, const std::string& unasked, const std::string& refused,

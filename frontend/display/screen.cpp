@@ -19,7 +19,7 @@ void Screen::write(int descriptor, const std::string& text) const {
         if (!canWrite(descriptor)) {
             return;
         }
-        // As much as a pipe takes at once when it takes anything.
+        // A pipe that is ready takes this much at once.
         const auto size = std::min<std::size_t>(text.size() - at, PIPE_BUF);
         const ssize_t written = ::write(descriptor, text.data() + at, size);
         if (written < 0 && errno != EINTR && errno != EAGAIN) {

@@ -6,13 +6,13 @@
 
 namespace velacreate {
 
-/// Whoever reads them may stop doing so, such as a pager. An interrupt is heard nevertheless: what cannot be
-/// written at once is then lost.
+/// A reader, such as a pager, may stop reading. An interrupt still works: after it, what cannot be written at
+/// once is lost.
 class Screen {
 public:
-    /// From now on, a readable descriptor stands for an interrupt.
+    /// @param interrupts a descriptor that is readable after an interrupt
     void watchInterrupts(int interrupts) { m_interrupts = interrupts; }
-    /// There was one.
+    /// To be called after an interrupt.
     void stopWaiting() const { m_hasStopped = true; }
 
     void write(int descriptor, const std::string& text) const;

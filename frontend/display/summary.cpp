@@ -5,12 +5,12 @@
 
 namespace velacreate {
 namespace {
-/// What is said of a kind.
+/// The words for a kind of job.
 struct Words {
-    const char* done;      ///< in front of the medium
-    const char* result;    ///< of the medium in a table
-    const char* finding;   ///< behind the medium, when it was done
-    const char* undone;    ///< behind the medium
+    const char* done;      ///< before the medium
+    const char* result;    ///< in a table
+    const char* finding;   ///< behind the medium, on success
+    const char* undone;    ///< behind the medium, on failure
     const char* different; ///< what a difference means
 };
 
@@ -27,7 +27,7 @@ Words wordsOf(const Outcome& outcome) {
     return {"Made ", "made", "", "was not made", exitStatus(EXIT_DIFFERENT).meaning};
 }
 
-/// Where the difference is no failure, but what was asked for.
+/// Whether the job has found the differences that it looked for.
 bool isFinding(const Outcome& outcome) {
     return outcome.status == EXIT_DIFFERENT && outcome.kind != JobKind::making;
 }

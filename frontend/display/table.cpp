@@ -46,7 +46,7 @@ void Table::add(std::vector<std::string> cells) {
 }
 
 std::string Table::text() const {
-    const Utf8Locale locale; // which is asked how wide a character is
+    const Utf8Locale locale; // in which the width of characters is known
     const Layout layout(scols_new_table(), scols_unref_table);
     require(layout && scols_table_set_column_separator(layout.get(), "  ") == 0 &&
             scols_table_set_termforce(layout.get(), SCOLS_TERMFORCE_NEVER) == 0);

@@ -1,5 +1,5 @@
 /// @file
-/// Rows of text in columns.
+/// Text in columns.
 #pragma once
 
 #include <string>
@@ -7,15 +7,15 @@
 
 namespace velacreate {
 
-/// A column in which every cell is empty is left out, with its heading.
+/// Columns without any text are left out.
 class Table {
 public:
     explicit Table(std::vector<std::string> headings);
 
-    /// @param cells  one for each heading; what would upset a terminal is shown as "?"
+    /// @param cells one for each heading
     void add(std::vector<std::string> cells);
 
-    /// @return a line for the headings and one for each row, two blanks between columns
+    /// @return lines with two blanks between the columns
     std::string text() const;
 
 private:

@@ -1,5 +1,5 @@
 /// @file
-/// The question that comes before a key is changed.
+/// The question before keys are changed.
 #pragma once
 
 #include "choices.h"
@@ -10,9 +10,9 @@
 
 namespace velacreate {
 
-/// Shows the keys, and asks for a "yes" unless the user has given it already.
+/// Shows the keys, and asks for "yes" unless --yes is given.
 /// @return 0, or EXIT_INTERRUPTED
-/// @throw Refusal on any other answer, or where nobody can be asked
+/// @throw Refusal for any other answer, or when nobody can be asked
 int askForConsent(const std::vector<Key>& keys, const UsbChoices& choices, const HeldSignals& signals,
                   Console& console);
 

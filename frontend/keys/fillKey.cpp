@@ -32,12 +32,12 @@ namespace {
 constexpr const char* SOFT_KEY = "TALO_SOFT_USBKEY";
 const std::string KEY_LINK = "/mnt/key";
 
-/// Named in the place of a key when there is only an image: a key would be mounted under the image and stay
-/// so.
+/// The library's device when there is only an image. A real key would be mounted below the image and stay
+/// mounted.
 const std::string NO_KEY = "/nonexistent/key";
 
-/// The library takes the name of partition 4 to be the disk's with a "4" behind it. Where the kernel puts a
-/// "p" between, a pair of links is what it says.
+/// The library appends "4" to the disk's name for partition 4. Where the kernel's name has a "p" before the
+/// number, two links provide that name.
 std::string deviceForLibrary(const KeyJob& job, const Descriptor& image) {
     if (!job.target.disk) {
         const auto place = placeImage(job.target, image);
@@ -56,7 +56,7 @@ std::string deviceForLibrary(const KeyJob& job, const Descriptor& image) {
     return KEY_LINK;
 }
 
-/// What the copying goes to must be the key's FAT: another file system could lead it off the key by links.
+/// Files must go to the key's own FAT file system. Another one could have links that lead elsewhere.
 bool isKeyMounted(const KeyJob& job) {
     const Descriptor place(open(BootableUSB::MOUNT_POINT.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!place.isOpen()) {
@@ -72,8 +72,7 @@ std::vector<std::string> unexpectedFilesOn(const KeyJob& job) {
     return unexpectedFiles(job.inputs().contents.tree, mount.open());
 }
 
-/// Files that this job would not write could not stay on the key: another machine would take them for its
-/// own.
+/// A machine would take files of an earlier job for its own.
 int decideFormat(const KeyJob& job, BootableUSB& builder, bool& format, const Reporter& reporter) {
     const Descriptor partition(open(job.target.disk->keyPartitionNode().c_str(), O_RDONLY | O_CLOEXEC));
     check(partition.isOpen()).orFail(job.target.disk->keyPartitionNode());
@@ -109,7 +108,7 @@ int readBack(const KeyJob& job, int jobDirectory, Reporter& reporter) {
                              reporter);
 }
 
-/// The status file tells of one job; of several, each has one that nobody else sees.
+/// The status file tells of one job. Each of several jobs gets a private one.
 void hideStatusFile(BootableUSB& builder) {
     const auto directory = std::filesystem::path(builder.getErrorMessageFilePath()).parent_path();
     if (exists(directory) &&
@@ -149,8 +148,7 @@ int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) 
     return reportToolError(result, reporter);
 }
 
-/// Then the tools' own words may be any, even that there is no space left. They may fail a moment before the
-/// kernel has taken the disk away.
+/// When a key is pulled out, tools fail with any message, and may fail before the kernel removes the disk.
 bool isGone(const KeyJob& job) {
     if (!job.target.disk) {
         return false;
@@ -190,7 +188,7 @@ int fillKey(const KeyJob& job, Reporter& reporter) {
     if (result != 0 && isGone(job)) {
         reporter.reason("the key was pulled out");
     }
-    tidyUp(job.all.call.choices, jobDirectory); // also of what failed: others may need the space
+    tidyUp(job.all.call.choices, jobDirectory); // also after a failure: other jobs may need the space
     return result;
 }
 

@@ -1,5 +1,5 @@
 /// @file
-/// The job of a key, in a process of its own.
+/// The job of one key.
 #pragma once
 
 #include "keys/keyTarget.h"
@@ -16,15 +16,15 @@ struct KeyJobs {
 
 struct KeyJob {
     const KeyJobs& all;
-    const Descriptor& staged;       ///< the directory of the shared staging
-    const Descriptor& jobDirectory; ///< as the supervisor opened it: files are linked within one mount only
+    const Descriptor& staged;       ///< of the shared staging
+    const Descriptor& jobDirectory; ///< opened by the supervisor: links work within one mount only
     KeyTarget target;
 
     const Inputs& inputs() const { return all.call.inputs; }
 };
 
-/// Fills the key, reads it back, and tells of it all.
-/// @return the job's exit status
+/// Fills the key, and reads it back.
+/// @return the exit status of the job
 int fillKey(const KeyJob& job, Reporter& reporter);
 
 } // namespace velacreate

@@ -1,5 +1,5 @@
 /// @file
-/// Keys made side by side from what is taken in once.
+/// Makes several keys from one staging.
 #pragma once
 
 #include "keys/fillKey.h"
@@ -13,17 +13,17 @@
 
 namespace velacreate {
 
-/// One of them, and what is to be shown of it.
+/// The job of one key.
 struct KeyTask {
     std::string medium; ///< such as "/dev/sdb"
     KeyTarget target;
-    std::map<std::string, Gauge> gauges;       ///< by the stage
-    std::function<void(const Outcome&)> ended; ///< told at once; may be null
+    std::map<std::string, Gauge> gauges;       ///< by stage
+    std::function<void(const Outcome&)> ended; ///< called at once; may be null
 };
 
-/// Stages all files once, and makes the keys of them.
-/// @param sums  set to the SHA-256 sum of each update file, by place, unless it is null
-/// @return their outcomes, in order; when the staging has failed, each is that of the staging
+/// Stages all files once, and makes the keys from them.
+/// @param sums set to the SHA-256 sum of each update file, by place; may be null
+/// @return their outcomes, in order; each is that of the staging when that has failed
 std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, UpdateSums* sums);
 
 } // namespace velacreate

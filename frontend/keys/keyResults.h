@@ -1,5 +1,5 @@
 /// @file
-/// What is kept and said of keys.
+/// The results of keys.
 #pragma once
 
 #include "display/summary.h"
@@ -15,34 +15,32 @@ namespace velacreate {
 /// What became of one key.
 struct KeyResult {
     Outcome outcome;
-    std::string addition; ///< of its powering down, behind what is said of the key
+    std::string addition; ///< about powering down
 };
 
-/// Says it: of one key alone in a line, of several in a table.
-/// @param results  one for each key
-/// @return the exit status: 0 when all went well, else that of the first that did not
+/// Shows one key in a line, several in a table.
+/// @return the exit status: 0, or that of the first key that failed
 int concludeKeys(Console& console, const std::vector<Key>& keys, const std::vector<KeyResult>& results,
                  bool wasReadBack);
 
-/// @param ofSelected  the outcomes of the keys that were selected, in order
-/// @return one for each key; the others were refused
+/// @param ofSelected the outcomes of the selected keys, in order
+/// @return the outcomes of all keys; the others are refused
 std::vector<Outcome> outcomesOfAll(const std::vector<Key>& keys, const std::vector<Outcome>& ofSelected,
                                    JobKind kind);
 
-/// The outcomes of all keys of a call that makes them; the keys must outlive this.
+/// Collects the outcomes of keys that are made. The keys must outlive this.
 class KeyResults {
 public:
     KeyResults(const std::vector<Key>& keys, const UsbChoices& choices, Report& report, Console& console)
         : m_keys(keys), m_choices(choices), m_report(report), m_console(console), m_settled(keys.size()) {}
 
-    /// The sums that go into the record.
+    /// For the report.
     UpdateSums sums;
 
-    /// As soon as a key's job has ended: keeps the record, and powers the key down when the user wants it.
+    /// To be called when a key's job ends: adds it to the report, and powers it down if wanted.
     void settle(std::size_t key, const Outcome& outcome);
 
-    /// Settles what is left, and says it all.
-    /// @param ofSelected  as of outcomesOfAll
+    /// Settles the other keys, and shows all results.
     /// @return the exit status, as of concludeKeys
     int conclude(const std::vector<Outcome>& ofSelected);
 

@@ -1,5 +1,5 @@
 /// @file
-/// What a job works on that fills or reads a key.
+/// The key, or the image of a key, that a job fills or reads.
 #pragma once
 
 #include "disks/disks.h"
@@ -13,34 +13,34 @@ namespace velacreate {
 /// A key, or the image of one in its place.
 struct KeyTarget {
     const Descriptor& open;   ///< the whole disk, or the image
-    std::optional<Disk> disk; ///< of a key
-    std::string imagePath;    ///< of an image
+    std::optional<Disk> disk; ///< none for an image
+    std::string imagePath;    ///< empty for a key
 };
 
-/// The FAT file system of a key, mounted in a job's own mounts for as long as this lives.
+/// A key's FAT file system, mounted in the job's own mounts until this is destroyed.
 class ReadOnlyMount {
 public:
-    /// @param source   a device's node, or a file
-    /// @param options  further ones, each with a comma in front
-    /// @throw Failure, with mount's own words
+    /// @param source a node or a file
+    /// @param options more mount options, each after a comma
+    /// @throw Failure with mount's message
     explicit ReadOnlyMount(const std::string& source, const std::string& options = "");
     ~ReadOnlyMount();
     ReadOnlyMount(const ReadOnlyMount&) = delete;
     ReadOnlyMount& operator=(const ReadOnlyMount&) = delete;
 
-    /// Opens its top.
+    /// Opens its top directory.
     Descriptor open() const;
 };
 
-/// @name In the job's process, when it has entered its job directory
+/// @name In the job's process, in its job directory
 /// @{
 
-/// Lets the image stand where the job finds it.
-/// @param image  opened again
-/// @return its path there
+/// Puts the image where the job expects it.
+/// @param image opened again
+/// @return its path
 std::string placeImage(const KeyTarget& target, const Descriptor& image);
 
-/// The image must stand there already.
+/// An image must have been placed.
 ReadOnlyMount mountToRead(const KeyTarget& target);
 /// @}
 

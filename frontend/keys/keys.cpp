@@ -26,7 +26,7 @@ void refuseFor(const Disk& disk, const std::string& reason) {
     }
 }
 
-/// Of files, at the most. What a new file system takes for itself is not known before.
+/// An upper limit: a new file system takes an unknown part for itself.
 std::uint64_t capacityOf(const Disk& disk, const std::string& format) {
     if (format != "never") {
         return partitionSize(disk, KEY_PARTITION);

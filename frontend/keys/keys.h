@@ -1,5 +1,5 @@
 /// @file
-/// The keys that a call is about.
+/// The keys of a call.
 #pragma once
 
 #include "choices.h"
@@ -13,49 +13,48 @@
 
 namespace velacreate {
 
-/// A key that was named or found, held from now on, and what is known of it.
+/// A key, locked from now on.
 struct Key {
     Disk disk;
     DiskDescription about;
-    std::optional<DiskLock> lock; ///< unless it is not to be made
-    std::string ineligibility;    ///< a sentence that says why not; empty when it is
-    bool isForKeys;               ///< whether the guard lets it be made a key at all
+    std::optional<DiskLock> lock; ///< none when the key is not selected
+    std::string ineligibility;    ///< why it is not selected; empty when it is
+    bool isForKeys;               ///< whether the guard allows this disk
 };
 
-/// Those that were named, in their order, each looked at by the guard; or every removable medium that the
-/// guard takes, the others being named on standard output.
-/// @throw Refusal when one that was named is no disk or was named twice, when one alone is not to be made, or
-/// when there is no removable medium for a key
+/// The named keys in their order, or all removable media that the guard allows. Media that are left out are
+/// shown.
+/// @throw Refusal when a path names no disk or a disk twice, when the only key is not selected, or when there
+/// is no removable medium
 std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs, Console& console);
 
-/// @return the disks that paths name
-/// @throw Refusal when one is none, or was named twice
+/// @throw Refusal when a path names no disk, or a disk twice
 std::vector<Disk> namedDisks(const std::vector<std::string>& paths);
 
-/// Whether it is still to be made.
+/// Whether the key is to be made.
 inline bool isSelected(const Key& key) {
     return key.ineligibility.empty();
 }
 
 std::size_t countSelected(const std::vector<Key>& keys);
 
-/// "the key /dev/sdb", or "2 keys".
+/// @return "the key /dev/sdb", or "2 keys"
 std::string mediaText(const std::vector<Key>& keys);
 
-/// Of several, each has its line in the table.
-/// @throw Refusal when there is but one, and it is not to be made
+/// Several keys are refused in a table.
+/// @throw Refusal when there is only one key, and it is not selected
 void requireSelectedIfAlone(const std::vector<Key>& keys);
 
-/// Unmounts what is mounted of those that are to be made; one with a place that is busy is not made.
-/// @throw Refusal when there is but this one
+/// Unmounts the selected keys. A busy key is no longer selected.
+/// @throw Refusal when it is the only key
 void unmountKeys(std::vector<Key>& keys);
 
 /// Refuses files that do not fit.
 /// @param medium  for the message, such as "partition 4 of /dev/sdb"
 void requireFitting(const Contents& contents, std::uint64_t capacity, const std::string& medium);
 
-/// @param size  of a key, in bytes
-/// @return the name of its clone image in the tool package
+/// @param size of a key, in bytes
+/// @return the clone image's name in the tool package
 std::string cloneImageFor(std::uint64_t size);
 
 } // namespace velacreate

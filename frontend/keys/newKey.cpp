@@ -10,7 +10,7 @@
 
 namespace velacreate {
 namespace {
-/// By its fourth partition's end address, which the library reads the geometry from.
+/// The library takes the geometry from the fourth partition's end address.
 void requireGeometry(const Descriptor& image, const std::string& name) {
     std::uint8_t sector = 0;
     if (readAt(image.number(), &sector, 1, VelaCreation::END_ADDRESS_OFFSET + 1) != 1 ||
@@ -19,8 +19,8 @@ void requireGeometry(const Descriptor& image, const std::string& name) {
     }
 }
 
-/// The library chooses and fits the image on the way to its check, which then finds nothing to mount. That it
-/// came so far shows by the first sector, which cannot be the image's after the wiping.
+/// The library fits the image before its check, which then fails as nothing can be mounted. It has come that
+/// far if it reports another first sector, since the key's own was wiped.
 int fitImage(KeyBuilder& builder, LibraryLogger& logger) {
     bool isOther = false;
     logger.setTrying(true);
@@ -29,7 +29,7 @@ int fitImage(KeyBuilder& builder, LibraryLogger& logger) {
     return isOther ? 0 : result;
 }
 
-/// Older file systems may have left something where the partition now begins.
+/// An older file system may have left signatures where the partition begins.
 void wipePartition(const Disk& disk) {
     const auto node = disk.keyPartitionNode();
     const Descriptor partition(open(node.c_str(), O_RDWR | O_CLOEXEC));

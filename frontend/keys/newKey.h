@@ -1,5 +1,5 @@
 /// @file
-/// What makes a key of any stick.
+/// Makes a key of any stick.
 #pragma once
 
 #include "disks/disks.h"
@@ -13,7 +13,7 @@
 
 namespace velacreate {
 
-/// The library's builder, which also tells the name of the clone image that it has fitted to a key.
+/// The library's builder, with the name of the clone image that it has fitted.
 class KeyBuilder : public VelaCreation::BootableUSB {
 public:
     using BootableUSB::BootableUSB;
@@ -21,11 +21,11 @@ public:
     const std::string& cloneImage() const { return m_cloneFile; }
 };
 
-/// In the job's process: writes the clone image, fitted to the stick, over whatever is there. What is left is
-/// to format partition 4 and to fill it.
-/// @param held        what the stick is held open by
-/// @param cloneImage  the name of the one for a stick of this size
-/// @param builder     initialized, with this logger
+/// In the job's process: writes the fitted clone image over the whole stick. Partition 4 is then to be
+/// formatted and filled.
+/// @param held the open stick
+/// @param cloneImage for a stick of this size
+/// @param builder initialized with this logger
 /// @return the result of the library's fitting
 /// @throw Failure
 int makeNewKey(const Disk& disk, const Descriptor& held, const std::string& cloneImage, KeyBuilder& builder,

@@ -33,7 +33,7 @@ std::string lineOf(const KeyRecord& key, const UpdateSums& updates) {
     return line.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
-/// Devices take what is written without that.
+/// A device needs no flushing.
 bool isFlushed(const Descriptor& file) {
     return fsync(file.number()) == 0 || errno == EINVAL;
 }

@@ -1,5 +1,5 @@
 /// @file
-/// The record that a workshop keeps of its keys.
+/// The report of keys, for a workshop.
 #pragma once
 
 #include "disks/disks.h"
@@ -10,7 +10,7 @@
 
 namespace velacreate {
 
-/// The SHA-256 sums of the update files, by their place on the medium.
+/// SHA-256 sums, by place on the medium.
 using UpdateSums = std::map<std::string, std::string>;
 
 /// What became of one key.
@@ -22,15 +22,15 @@ struct KeyRecord {
     double seconds;
 };
 
-/// A file with a JSON object on each line, for all keys of all calls.
+/// A file with a JSON object on each line. Each call appends to it.
 class Report {
 public:
-    /// @param path  empty when no record is kept
+    /// @param path empty for no report
     /// @throw Refusal
     explicit Report(const std::string& path);
 
-    /// Adds a line, whole even when another call adds to the file at the same time, and flushes.
-    /// @throw Failure, but once only: after it no record is kept
+    /// Appends a whole line, also when other calls append at the same time, and flushes.
+    /// @throw Failure once; nothing is appended afterwards
     void append(const KeyRecord& key, const UpdateSums& updates);
 
 private:

@@ -20,7 +20,7 @@ namespace velacreate {
 using VelaCreation::KEY_IMAGE_OFFSET;
 
 namespace {
-/// What is written to it meanwhile would not be seen, and it cannot be mounted to be read only.
+/// What is written meanwhile would not be noticed, and the key could not be mounted read-only.
 void requireNotWritten(const Disk& disk) {
     for (const auto& [place, device] : mountedPlaces(disk)) {
         struct statvfs about {};

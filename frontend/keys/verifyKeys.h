@@ -1,5 +1,5 @@
 /// @file
-/// Keys made earlier, compared with what would be made now.
+/// Compares keys with what would be made now.
 #pragma once
 
 #include "choices.h"
@@ -8,11 +8,11 @@
 
 namespace velacreate {
 
-/// The keys that were named, side by side.
+/// Compares the named keys side by side.
 /// @return the exit status
 int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console);
 
-/// The image of a key.
+/// Compares the image of a key.
 int verifyKeyImage(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console);
 
 } // namespace velacreate

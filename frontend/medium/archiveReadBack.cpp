@@ -26,7 +26,7 @@ ArchiveReader::Format formatOf(const Descriptor& archive) {
     return isZip ? ArchiveReader::Format::zip : ArchiveReader::Format::iso9660;
 }
 
-/// The name without a slash at the end.
+/// @return the name without a slash at the end
 std::string placeOf(archive_entry* entry) {
     const char* name = archive_entry_pathname(entry);
     std::string place = name != nullptr ? name : "";
@@ -59,7 +59,7 @@ public:
     }
 
 private:
-    /// A file whose bytes are stored as those of another one, which the archive has named before.
+    /// A file that shares its stored bytes with a file before it.
     struct Linked {
         std::string place;
         std::string stored;
@@ -76,7 +76,7 @@ private:
         return result == ARCHIVE_OK || result == ARCHIVE_WARN;
     }
 
-    /// What is wrong with the archive, as far as it is not the reading of the file it is in.
+    /// @return what is wrong with the archive. Errors of the file that holds it are failures.
     std::string problem() const {
         if (m_reader.problemNumber() == EIO) {
             throw Failure("reading it back: " + m_reader.problem());
@@ -89,8 +89,7 @@ private:
         if (place.empty() || place == "." || isIgnored(place)) {
             return;
         }
-        if (place.size() >
-            PATH_MAX) { // which nothing expected has; of as many parts, each would be remembered
+        if (place.size() > PATH_MAX) { // nothing expected is that long, and memory is limited
             m_unexpected.insert(place);
             return;
         }
@@ -150,7 +149,7 @@ private:
         }
     }
 
-    /// The archive has one copy of such bytes, which was found to be as it should for another file.
+    /// The bytes are stored once, and were right for the other file.
     void compareLinked() {
         Sources others(m_workplace);
         for (const auto& [place, stored] : m_linked) {
@@ -177,8 +176,8 @@ private:
         }
     }
 
-    /// A directory that only the names of others tell of is there as well: of the image's, libarchive leaves
-    /// out one that is called as the one in which deep directories are kept.
+    /// A directory also exists when only the paths of its files name it. libarchive leaves out a directory
+    /// with the name of the one for deep directories.
     void addMissing() {
         for (const auto& [place, part] : m_expected) {
             if (m_seen.count(place) > 0 || isIgnored(place) ||
@@ -201,11 +200,11 @@ private:
     ArchiveReader m_reader;
 
     std::set<std::string> m_seen;
-    std::set<std::string> m_implied; ///< directories on the way to others
+    std::set<std::string> m_implied; ///< directories that paths name
     std::set<std::string> m_same;
     std::set<std::string> m_unexpected;
     std::vector<Linked> m_linked;
-    std::string m_end; ///< why it cannot be read any further
+    std::string m_end; ///< why the rest cannot be read
     Differences m_differences;
 };
 } // namespace

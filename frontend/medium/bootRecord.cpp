@@ -11,15 +11,15 @@ namespace velacreate {
 namespace {
 using namespace std::literals;
 
-constexpr std::uint64_t SECTOR = 512; ///< in which the sizes are told, whatever the image's blocks are
+constexpr std::uint64_t SECTOR = 512; ///< the unit of sizes
 
-/// Where a record says that the bytes are which a machine loads.
+/// The bytes that a machine loads.
 struct Extent {
     std::uint64_t offset;
     std::uint64_t size;
 };
 
-/// A catalog's beginning, whose 16-bit words add up to nothing.
+/// The 16-bit words of the first entry add up to 0.
 bool isValidCatalog(const ImageBlock& catalog) {
     constexpr std::size_t entrySize = 32;
     std::uint64_t sum = 0;
@@ -29,7 +29,7 @@ bool isValidCatalog(const ImageBlock& catalog) {
     return catalog.has(0, "\x01"sv) && catalog.has(30, "\x55\xAA"sv) && sum % 0x10000 == 0;
 }
 
-/// A size below two sectors stands for all that follows, as for files whose size the field cannot hold.
+/// Fewer than two sectors mean: to the end. The field is too small for large files.
 Extent extentOfCatalog(const ImageBlock& catalog) {
     const auto sectors = catalog.number(38, 2);
     return {catalog.number(40, 4) * ImageBlock::SIZE,
@@ -67,7 +67,7 @@ public:
             add("the boot catalog is missing or damaged");
         } else if (!catalog.has(1, "\xEF"sv)) {
             add("the boot catalog is not for EFI");
-        } else if (!catalog.has(32, "\x88\0"sv)) { // which is without emulation of another medium
+        } else if (!catalog.has(32, "\x88\0"sv)) { // bootable, without emulation
             add("the boot catalog has no entry that EFI starts from");
         } else {
             checkExtent("the boot record", extentOfCatalog(catalog), "efibootimg");

@@ -1,5 +1,5 @@
 /// @file
-/// What a machine reads of an ISO 9660 image before any file, to start from it.
+/// The boot record of an ISO 9660 image.
 #pragma once
 
 #include "medium/contents.h"
@@ -10,11 +10,10 @@
 
 namespace velacreate {
 
-/// Looks for the boot record of the platform that an image is for, and compares the bytes that it leads to
-/// with the file that a machine is to start from.
+/// Compares the bytes that the boot record points to with the boot file.
 /// @return a line for each fault: "the boot record is missing", "the boot record does not point to the bytes
 /// of 'efibootimg'"
-/// @throw Failure when the file's source is not what it was, or the image cannot be read
+/// @throw Failure when the boot file in the job directory has changed, or the image cannot be read
 std::vector<std::string> faultsOfEfiBootRecord(int jobDirectory, const Tree& expected,
                                                const Descriptor& image);
 std::vector<std::string> faultsOfPowerPcBootRecord(int jobDirectory, const Tree& expected,

@@ -44,7 +44,7 @@ bool isPlain(const std::string& device) {
                std::string::npos;
 }
 
-/// The name goes into a command as it is, and is taken by a program that stands elsewhere.
+/// The name becomes part of a command, and the program runs in another directory.
 void requireDevice(const std::string& device) {
     const std::string what = "the drive " + quote(device);
     const std::string standIn = "stdio:";
@@ -55,7 +55,7 @@ void requireDevice(const std::string& device) {
         throw Refusal(what + " is not named by its path from the root");
     }
     if (device.front() != '/') {
-        return; // in one of the burner's own notations
+        return; // a burner's own notation
     }
     struct stat about {};
     check(stat(device.c_str(), &about) == 0).orRefuse(what);
@@ -78,7 +78,7 @@ void requireDisc(const std::string& device) {
     }
 }
 
-/// By what the burner itself has to say of it.
+/// Asks the burner itself.
 void requireAnswer(const std::string& device, const Toolkit& toolkit) {
     const auto check = toolkit.runBurner({"dev=" + device, "-checkdrive"});
     if (check.status != 0) {
@@ -100,7 +100,7 @@ int makeDisc(const Descriptor& image, const std::string& path, const std::string
     return reportToolError(builder.BurnISO(IMAGE, device, "", !isQuiet), reporter);
 }
 
-/// @return refused, when the disc is out of reach
+/// @return refused, when the disc cannot be read
 Outcome compareBurnt(const std::string& device, const Descriptor& image, const HeldSignals& signals,
                      Console& console) {
     if (!DiscDrive::isNode(device)) {
@@ -108,7 +108,7 @@ Outcome compareBurnt(const std::string& device, const Descriptor& image, const H
     }
     try {
         return compareWithImage(DiscDrive(device), image, signals, console);
-    } catch (const Refusal& refusal) { // of the drive, which may be gone
+    } catch (const Refusal& refusal) { // the drive may be gone
         return {EXIT_REFUSED, refusal.what(), {}, false, 0};
     }
 }

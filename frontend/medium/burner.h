@@ -14,14 +14,12 @@ namespace velacreate {
 
 class Burner {
 public:
-    /// @param device  as cdrecord's dev= takes it
-    /// @throw Refusal when nothing could be burned with it, as far as that can be known beforehand: by the
-    /// kernel, and by the burner
+    /// @param device as cdrecord's dev= takes it
+    /// @throw Refusal when the kernel or the burner knows that it cannot burn
     Burner(std::string device, const CallerEnvironment& caller);
 
     /// Burns an image.
-    /// @param verify  whether the disc is read back, where the drive takes it in again; else the user is told
-    /// how to do that
+    /// @param verify whether the disc is read back if the drive takes it in again; else the user is told how
     /// @return the exit status
     int burn(const std::string& path, bool isQuiet, bool verify, const ShowChoices& show,
              Console& console) const;

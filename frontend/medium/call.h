@@ -1,5 +1,5 @@
 /// @file
-/// What the jobs of one call have in common, from the staging of the files to the end of their directories.
+/// What the jobs of one call have in common.
 #pragma once
 
 #include "choices.h"
@@ -13,39 +13,38 @@
 
 namespace velacreate {
 
-/// What a call works with when all has been checked.
+/// The checked parts of a call.
 struct Call {
     const JobChoices& choices;
     const Inputs& inputs;
-    const NamedDirectory& place; ///< where its job directories lie
+    const NamedDirectory& place; ///< parent of the job directories
     const HeldSignals& signals;
     Console& console;
 };
 
-/// How the tool package stands in a job directory: as an archive for the library, or as the boot files that a
-/// medium is compared with.
+/// The form of the tool package in a job directory: an archive for the library, or boot files to compare
+/// with.
 enum class PackageForm { archive, unpacked };
 
-/// In the job's process: copies what a medium is made from into a job directory.
-/// @throw Refusal or Failure when it is no longer what it was
+/// In the job's process: copies the tool package and the update files into a job directory.
+/// @throw Refusal or Failure when they have changed
 void stageFiles(const Inputs& inputs, PackageForm form, const Descriptor& jobDirectory, Reporter& reporter);
 
-/// Does that in a job of its own, for several media.
-/// @param andThen  done last, in the same process; may be null
-/// @return interrupted, also when it had just ended by itself
+/// Stages the files in a job of its own, for several media.
+/// @param andThen called last, in the same process; may be null
+/// @return interrupted, also when the job had just ended
 Outcome stageShared(const Call& call, PackageForm form, const JobDirectory& sharedStaging,
                     const std::function<void(const Descriptor& staged, Reporter& reporter)>& andThen);
 
-/// In the job's process, which starts in its job directory: enters the library folder, which then is the
-/// current directory, and shows the library's stages.
+/// In the job's process, in its job directory: makes the library folder the current directory, and shows the
+/// library's stages.
 /// @return the job directory
 Descriptor enterLibraryFolder(bool keepPauses, Reporter& reporter);
 
-/// In the job's process: removes everything from the job directory but the output, so that the supervisor,
-/// which has other media to look after, need not.
+/// In the job's process: removes everything but the output, so that the supervisor need not.
 void tidyUp(const JobChoices& choices, const Descriptor& jobDirectory);
 
-/// Keeps the job directory and names it, when the user wants it.
+/// With --keep, keeps the job directory and shows its path.
 void keepIfWanted(const JobChoices& choices, JobDirectory& jobDirectory, Console& console);
 
 } // namespace velacreate

@@ -12,15 +12,15 @@ namespace velacreate {
 namespace {
 constexpr const char* BOOT = "boot/";
 
-/// What becomes of files on their way to one kind of medium.
+/// Which files reach a medium of one kind.
 class Way {
 public:
     explicit Way(const Kind& kind) : m_kind(kind) {}
 
-    /// Whether what stands at a place is removed again, or never gets there.
+    /// Whether a file never reaches the medium, or is removed from it again.
     bool loses(const Tree& tree, const std::string& place) const {
         const std::string top = topOf(place);
-        if (!m_kind.besideArchive.empty() && top.front() == '.') { // which "*" leaves out
+        if (!m_kind.besideArchive.empty() && top.front() == '.') { // "*" does not match it
             return true;
         }
         const bool isDirectory = tree.at(top).isDirectory;
@@ -39,7 +39,7 @@ public:
     }
 
 private:
-    /// A key's file system finds a file by its name in capitals, too.
+    /// FAT finds a file by its name in any case.
     bool isNamed(const std::string& top, const char* name) const {
         return m_kind.isFat ? inCapitals(top) == inCapitals(name) : top == name;
     }
@@ -47,7 +47,7 @@ private:
     const Kind& m_kind;
 };
 
-/// All that "boot/*" names: no names at its top that begin with a dot.
+/// "boot/*" does not match names that begin with a dot.
 Tree bootTree(const ToolPackage& package) {
     Tree tree;
     for (const auto& [name, entry] : package.entries()) {

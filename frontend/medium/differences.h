@@ -1,5 +1,5 @@
 /// @file
-/// What the reading back of a medium finds.
+/// The differences of a medium.
 #pragma once
 
 #include "medium/contents.h"
@@ -11,8 +11,8 @@
 
 namespace velacreate {
 
-/// A line for each difference, by the place on the medium. Of a directory that is missing or too much as a
-/// whole, what is in it has no line of its own, provided that it is told of later.
+/// A line for each difference, by place. A directory that differs as a whole has one line, if it is added
+/// before what is in it.
 class Differences {
 public:
     void addMissing(const std::string& place, const Part& part);
@@ -21,7 +21,7 @@ public:
     void addTwice(const std::string& place);
     void addUnexpected(const std::string& place);
 
-    /// @return in the order of the places
+    /// @return in order of the places
     std::vector<std::string> lines() const;
 
 private:

@@ -36,7 +36,7 @@ private:
     void addClosed(const std::string& place, const Part& part) {
         if (errno == ENOENT) {
             m_differences.addMissing(place, part);
-        } else if (errno == ENOTDIR || errno == ELOOP) { // a file where a directory should be, or a link
+        } else if (errno == ENOTDIR || errno == ELOOP) { // a file instead of a directory, or a link
             m_differences.addDiffering(place, part);
         } else {
             addUnreadable(place, part);
@@ -63,7 +63,7 @@ private:
     Differences m_differences;
 };
 
-/// Goes through a directory, but not into what is not expected.
+/// Does not look into unexpected directories.
 class UnexpectedFiles {
 public:
     UnexpectedFiles(const Tree& expected, const Descriptor& directory) : m_directory(directory) {
@@ -88,7 +88,7 @@ private:
         const Descriptor directory = openBeneath(m_directory.number(), place.empty() ? "." : place,
                                                  O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
         if (!directory.isOpen()) {
-            if (errno == ENOTDIR || errno == ELOOP) { // no directory after all, and nothing in it
+            if (errno == ENOTDIR || errno == ELOOP) { // it is no directory
                 return;
             }
             throw Failure(SystemError().about("the directory " + quote(place)));
@@ -105,7 +105,7 @@ private:
     }
 
     const Descriptor& m_directory;
-    std::map<std::string, bool> m_expected; ///< and whether it is a directory
+    std::map<std::string, bool> m_expected; ///< whether it is a directory
     std::vector<std::string> m_pending;
     std::vector<std::string> m_unexpected;
 };

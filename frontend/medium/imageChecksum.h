@@ -1,5 +1,5 @@
 /// @file
-/// The checksum that stands beside an image.
+/// The checksum of an image.
 #pragma once
 
 #include "job/reporter.h"
@@ -14,18 +14,18 @@ namespace velacreate {
 /// In the job's process.
 class ImageChecksum {
 public:
-    /// Begins to sum an image up, beside what is done with it meanwhile.
+    /// Begins to read the image, in a thread of its own.
     explicit ImageChecksum(std::string image);
 
-    /// Waits for the sum, and writes it to a new file, flushed, for "sha256sum -c".
-    /// @param name  the image's, where it will stand
+    /// Waits for the sum, and writes it to a new file for "sha256sum -c".
+    /// @param name of the finished image
     /// @throw Failure
     void writeTo(const std::string& path, const std::string& name, Reporter& reporter);
 
 private:
     std::string m_image;
     std::atomic<std::uint64_t> m_done{0};
-    std::future<std::string> m_sum; ///< waits for its end before what it uses goes
+    std::future<std::string> m_sum; ///< the last member: its thread uses the others
 };
 
 } // namespace velacreate

@@ -41,7 +41,7 @@ std::vector<std::string> compareDisc(const Descriptor& image, const Descriptor& 
     std::vector<char> wanted(BLOCK_SIZE);
     for (std::size_t done = 0; done < size;) {
         const ssize_t count = pread(disc.number(), found.data(), std::min(size - done, found.size()),
-                                    static_cast<off_t>(done)); // as far as it can be read
+                                    static_cast<off_t>(done)); // it may be shorter
         if (count < 0 && errno == EINTR) {
             continue;
         }

@@ -9,8 +9,8 @@ namespace velacreate {
 namespace {
 using namespace std::literals;
 
-constexpr std::uint64_t FIRST_DESCRIPTOR = 16; // the block in which the volume is described
-constexpr std::size_t BLOCKS_OF_VOLUME = 80;   // a number of four bytes
+constexpr std::uint64_t FIRST_DESCRIPTOR = 16; // the block of the primary volume descriptor
+constexpr std::size_t BLOCKS_OF_VOLUME = 80;   // offset of a number of four bytes
 constexpr auto MARK = "\1CD001"sv;             // of a primary volume descriptor
 } // namespace
 

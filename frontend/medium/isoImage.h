@@ -1,5 +1,5 @@
 /// @file
-/// ISO 9660 images, by what they say of themselves.
+/// ISO 9660 images.
 #pragma once
 
 #include "support/descriptor.h"
@@ -18,21 +18,21 @@ class ImageBlock {
 public:
     static constexpr std::size_t SIZE = 2048;
 
-    /// @return none, with errno set, when it cannot be read; all zeros when the image does not have all of it
+    /// @return none, with errno set, when it cannot be read; zeros behind the end of the image
     static std::optional<ImageBlock> read(const Descriptor& image, std::uint64_t place);
 
     bool has(std::size_t at, std::string_view text) const;
-    std::uint64_t number(std::size_t at, std::size_t bytes) const; ///< the lowest byte first
+    std::uint64_t number(std::size_t at, std::size_t bytes) const; ///< little-endian
 
 private:
     std::array<unsigned char, SIZE> m_bytes{};
 };
 
-/// @return how many bytes an image has that is whole, at the least; 0 when the file is no ISO 9660 image
+/// @return the least size of the whole image, by its own descriptor; 0 for another file
 std::uint64_t isoImageSize(const Descriptor& file);
 
 /// @param path  for the message
-/// @throw Refusal when a file is none, or only the beginning of one
+/// @throw Refusal when it is another file, or incomplete
 void requireWholeIsoImage(const Descriptor& file, const std::string& path);
 
 } // namespace velacreate

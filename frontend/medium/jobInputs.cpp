@@ -73,8 +73,8 @@ void Inputs::announce(Console& console, const std::string& beginning) const {
 
 void Inputs::requireRoom(const NamedDirectory& directory, std::size_t copiesOfPackage,
                          std::size_t copiesOfMedium) const {
-    constexpr std::uint64_t BLOCK = 4096;        // that each file may take besides its size
-    constexpr std::uint64_t PADDING = 1U << 20U; // that tools add
+    constexpr std::uint64_t BLOCK = 4096;        // a file may take up to one more
+    constexpr std::uint64_t PADDING = 1U << 20U; // added by tools
     const std::uint64_t files = copiesOfPackage * package.entries().size() + updates.entries().size() +
                                 copiesOfMedium * contents.tree.size();
     requireSpace(directory, copiesOfPackage * package.unpackedSize() + updates.totalSize() +

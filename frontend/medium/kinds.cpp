@@ -24,7 +24,7 @@ Kind image() {
     kind.place = IMAGE_PLACE;
     kind.stages = {{STAGE_COPYING, BootableMedia::ISO_DIR_NAME}, {STAGE_MAKING_ISO, IMAGE_PLACE}};
     kind.removals = listOf(IMAGE_REMOVALS);
-    kind.removals.push_back({"boot.catalog", true}); // the ISO tool writes its own in the place of any
+    kind.removals.push_back({"boot.catalog", true}); // the ISO tool overwrites it
     kind.added = {"boot.catalog"};
     kind.fileSizeLimit = "an ISO image";
     kind.compare = compareEfiImage;
@@ -75,7 +75,7 @@ const Kind& kindOf(MediumKind kind) {
     static const Kind POWER_PC_IMAGE = powerPcImage();
     static const Kind KEY = key();
     static const Kind NETBOOT_DIRECTORY = netbootDirectory();
-    switch (kind) { // the compiler refuses a kind that is not here
+    switch (kind) { // a missing kind does not compile
     case MediumKind::image:
         return IMAGE;
     case MediumKind::powerPcImage:

@@ -1,5 +1,5 @@
 /// @file
-/// The kinds of medium. All in which they differ stands in one table.
+/// The kinds of medium, in one table.
 #pragma once
 
 #include "inputs/toolPackage.h"
@@ -18,42 +18,42 @@ constexpr const char* STAGE_WRITING_OUT = "Writing out";
 
 enum class MediumKind { image, powerPcImage, key, netbootDirectory };
 
-/// A boot file of the tool package from which a machine starts.
+/// A boot file that machines start from.
 struct BootFile {
     std::string name;
     std::string purpose; ///< for a message, such as "the image starts from it"
 };
 
-/// A stage of a job whose bytes are counted from outside the job.
+/// A stage whose bytes are counted from outside the job.
 struct MeasuredStage {
     std::string text;
-    std::string growing; ///< what is filled in it, below the job directory; empty for the medium itself
+    std::string growing; ///< what grows, below the job directory; empty for the medium itself
 };
 
 /// Compares a medium with what should be on it, byte for byte.
-/// @param jobDirectory  where the files are that it should hold
-/// @param medium        an image, a directory, or the top directory of a mounted key
+/// @param jobDirectory with the files that it should hold
+/// @param medium an image, a directory, or the top directory of a mounted key
 /// @return a line for each difference, as in readBack.h
 using CompareMedium = std::vector<std::string> (*)(int jobDirectory, const Contents& contents,
                                                    const Descriptor& medium, const Advance& advance);
 
-/// What holds for all media of one kind.
+/// What is common to all media of one kind.
 struct Kind {
     std::string name;                                ///< for messages, such as "the image"
-    std::vector<BootFile> bootFiles;                 ///< that the tool package must have
-    CloneImages cloneImages = CloneImages::unwanted; ///< whether the job uses those of the tool package
-    std::vector<const char*> programs;               ///< that the job runs
-    std::vector<const char*> toolkitPrograms;        ///< that velacreate's own launchers run
-    std::string place;                               ///< where the output grows below the job directory
+    std::vector<BootFile> bootFiles;                 ///< required in the tool package
+    CloneImages cloneImages = CloneImages::unwanted; ///< whether the job needs them
+    std::vector<const char*> programs;               ///< the job runs them
+    std::vector<const char*> toolkitPrograms;        ///< velacreate's own launchers run them
+    std::string place;                               ///< of the growing output, below the job directory
     std::vector<MeasuredStage> stages;
 
-    std::vector<VelaCreation::Removal> removals; ///< at the top of the medium
-    bool updatesComeLast = false;                ///< after these removals
+    std::vector<VelaCreation::Removal> removals; ///< from the top of the medium
+    bool updatesComeLast = false;                ///< update files are copied after the removals
     std::vector<const char*> besideArchive; ///< boot files; all other files are in an archive, which has no
                                             ///< names at its top that begin with a dot
     std::vector<std::string> added;         ///< by the tool that makes the medium
-    bool isFat = false;                     ///< names are found whatever their case is, and are limited
-    std::string fileSizeLimit;              ///< what holds files of less than 4 GiB only; else empty
+    bool isFat = false;                     ///< names are limited, and found in any case
+    std::string fileSizeLimit;              ///< what limits files to less than 4 GiB; else empty
 
     CompareMedium compare = nullptr;
 };

@@ -35,7 +35,7 @@ void flush(const std::string& path) {
     check(fsync(file.number()) == 0).orFail("what was made cannot be written out");
 }
 
-/// Once the output is made, the reading back needs only the files that it was made of.
+/// The reading back needs only the files that the output was made of.
 void dropStaging(const JobChoices& choices, const Descriptor& jobDirectory) {
     const auto staging =
         openBeneath(jobDirectory.number(), VelaCreation::BootableMedia::ISO_DIR_NAME, O_RDONLY | O_DIRECTORY);
@@ -51,10 +51,10 @@ int readBack(const Inputs& inputs, const Descriptor& jobDirectory, Reporter& rep
                              JobKind::making, reporter);
 }
 
-/// Reads back what was made. Meanwhile it is flushed to the disk, and its checksum is made.
+/// Reads the output back. Meanwhile it is flushed, and its checksum is made.
 int finish(const OutputJob& job, const Descriptor& jobDirectory, Reporter& reporter) {
     const auto& kind = job.inputs.kind;
-    const auto& path = kind.place; // the library has gone to the job directory
+    const auto& path = kind.place; // the current directory is the job directory now
     if (access(path.c_str(), R_OK) != 0) {
         throw Failure("the tool ended without a failure, but made nothing");
     }
@@ -88,7 +88,7 @@ int make(const OutputJob& job, Reporter& reporter) {
     return finish(job, jobDirectory, reporter);
 }
 
-/// The checksum comes after its image: one that is there speaks of an image that is there.
+/// The checksum comes second, so that it never belongs to a missing image.
 void putAllInPlace(const OutputJob& job, const Descriptor& jobDirectory, Outcome& outcome) {
     const auto& place = job.inputs.kind.place;
     const auto taken = job.output.take(jobDirectory, place);
@@ -103,7 +103,7 @@ void putAllInPlace(const OutputJob& job, const Descriptor& jobDirectory, Outcome
     }
 }
 
-/// Where it fails, so does the job.
+/// The job fails when this fails.
 void putInPlace(const OutputJob& job, const JobDirectory& jobDirectory, Outcome& outcome) {
     if (outcome.status != 0) {
         return;

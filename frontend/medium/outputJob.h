@@ -20,16 +20,16 @@ struct OutputJob {
     const Inputs& inputs;
     const Toolkit& toolkit;
     const Output& output;
-    const Output* checksum; ///< of the output; null when none is to be made
-    std::string note;       ///< said when the output is in place; may be empty
-    /// The library's workflow, which makes the output at its kind's place below the job directory.
+    const Output* checksum; ///< null when none is wanted
+    std::string note;       ///< shown on success; may be empty
+    /// The library's workflow. It makes the output at its kind's place.
     std::function<int(VelaLoggerIfc&)> workflow;
 };
 
-/// Refuses a call for which a program is missing that the job runs.
+/// @throw Refusal when a program is missing
 void requireProgramsOf(const Kind& kind, const Toolkit& toolkit);
 
-/// Runs the job, reads back what it has made, and puts that in place.
+/// Makes the output, reads it back, and puts it in place.
 /// @return the exit status
 int makeOutput(const OutputJob& job, Console& console);
 

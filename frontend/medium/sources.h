@@ -13,19 +13,19 @@
 
 namespace velacreate {
 
-/// The sources of a medium's parts in a job directory, one at a time.
+/// Reads the sources of parts in a job directory, one at a time.
 class Sources {
 public:
     explicit Sources(int jobDirectory) : m_workplace(jobDirectory) {}
 
-    /// Goes to the source of a part.
-    /// @throw Failure when it is not there, or not of the part's size
+    /// Opens the source of a part.
+    /// @throw Failure when it is missing, or has another size
     void enter(const Part& part);
 
-    /// The one that was gone to.
+    /// The open source.
     const Descriptor& current() const { return m_file; }
 
-    /// Whether it has these bytes at an offset, and does not end before their end.
+    /// Whether it has these bytes at an offset.
     /// @throw Failure when it cannot be read
     bool hold(std::uint64_t offset, const void* data, std::size_t size);
 
@@ -38,12 +38,12 @@ private:
 
 enum class Finding { same, different, unreadable };
 
-/// Compares the source that was gone to with as many bytes of a file, from an offset on.
-/// @return unreadable, with errno set, when the file is
+/// Compares the open source with as many bytes of a file at an offset.
+/// @return unreadable, with errno set, when the file cannot be read
 /// @throw Failure when the source cannot be read
 Finding compareBytes(const Descriptor& file, std::uint64_t offset, Sources& sources, const Advance& advance);
 
-/// Compares it with a whole file, the same way.
+/// Compares the open source with a whole file.
 Finding compareFile(const Descriptor& file, Sources& sources, const Advance& advance);
 
 } // namespace velacreate

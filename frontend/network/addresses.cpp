@@ -9,7 +9,7 @@
 
 namespace velacreate {
 namespace {
-/// The port's own address is never handed out, nor are the first and the last one of a network.
+/// The port's own address, and the first and the last of a network, are never handed out.
 AddressRange checked(const AddressRange& range) {
     const auto& network = range.network;
     if (range.first <= network.first() || range.last >= network.last()) {
@@ -50,7 +50,7 @@ std::string AddressRange::text() const {
 }
 
 AddressRange upperHalf(const Network& network) {
-    constexpr Address SMALLEST = 3; // of the part that counts machines: beside the port, one more
+    constexpr Address SMALLEST = 3; // one address beside the port's, and the two for the whole network
     if (~network.mask < SMALLEST) {
         throw Refusal("the network " + network.text() + " has no address to hand out");
     }

@@ -1,5 +1,5 @@
 /// @file
-/// IPv4 addresses, and those that are handed out.
+/// IPv4 addresses and ranges.
 #pragma once
 
 #include <cstdint>
@@ -9,15 +9,15 @@
 
 namespace velacreate {
 
-/// In the machine's own byte order, so that addresses can be counted.
+/// In host byte order, so that addresses can be counted.
 using Address = std::uint32_t;
 
 std::string addressText(Address address);
 
-/// @return nothing unless the text is four numbers with points between them
+/// @return nothing unless the text is a dotted address
 std::optional<Address> readAddress(const std::string& text);
 
-/// What a network port is in: its own address there, and the bits of the network's part.
+/// A port's own address, and the mask of its network.
 struct Network {
     Address own;
     Address mask;
@@ -30,7 +30,7 @@ struct Network {
     std::string text() const;
 };
 
-/// The addresses that a network's machines are given, both ends included.
+/// Addresses to hand out, from the first to the last.
 struct AddressRange {
     Network network;
     Address first;
@@ -40,11 +40,11 @@ struct AddressRange {
     std::string text() const;
 };
 
-/// @throw Refusal when the network is too small to hand any out
+/// @throw Refusal when the network is too small
 AddressRange upperHalf(const Network& network);
 
 /// @param text      "FIRST,LAST"
-/// @param networks  of the port; the range must lie in one of them
+/// @param networks of the port; one of them must hold the range
 /// @throw Refusal
 AddressRange readRange(const std::string& text, const std::vector<Network>& networks);
 

@@ -27,8 +27,7 @@ constexpr auto ALL_SETS = static_cast<capng_type_t>(CAPNG_EFFECTIVE | CAPNG_PERM
                                                     CAPNG_BOUNDING_SET | CAPNG_AMBIENT);
 constexpr mode_t FOR_EVERYBODY = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
 
-/// The file is what it was when it was looked at, or nothing: neither a link nor a pipe can come in its
-/// place.
+/// Mounts a regular file. Nothing can replace it by a link or a pipe afterwards.
 void mountFile(const Descriptor& directory, const std::string& name) {
     constexpr unsigned long CONFINED = MS_RDONLY | MS_NOSUID | MS_NODEV | MS_NOEXEC | MS_NOSYMFOLLOW;
     const auto file = openBeneath(directory.number(), name, O_PATH);
@@ -42,7 +41,7 @@ void mountFile(const Descriptor& directory, const std::string& name) {
         .orFail(quote(name) + " cannot be mounted for the server");
 }
 
-/// Nothing stands there but the files of a network-boot directory, whatever else is in it or comes there.
+/// The server sees only the files of a network-boot directory.
 void mountNetbootDirectory() {
     if (!hasOwnMounts()) {
         throw Failure("mounts of its own cannot be had for the server");
@@ -58,13 +57,13 @@ void mountNetbootDirectory() {
     mountFile(directory, VelaCreation::NETBOOT_ARCHIVE);
 }
 
-/// Its words are read: they are to be the English ones.
+/// Its messages are read, so they must be in English.
 void useCLocale() {
     check(setenv("LC_ALL", "C", 1) == 0)
         .orFail("no language for the server"); // NOLINT(concurrency-mt-unsafe)
 }
 
-/// It looks whether an address is in use before it hands it out, which takes a raw socket.
+/// Before it hands out an address, it checks by a raw socket whether the address is in use.
 std::vector<unsigned> capabilities(bool isProxy) {
     std::vector<unsigned> needed = {CAP_NET_BIND_SERVICE, CAP_NET_ADMIN};
     if (!isProxy) {
@@ -98,21 +97,20 @@ std::vector<std::string> serverCommand(const NetworkPort& port, const std::optio
     }
     command.push_back("--dhcp-range=" + addressText(range->first) + "," + addressText(range->last) + "," +
                       addressText(range->network.mask) + ",1h");
-    // One address a machine, whatever its firmware, its loader and its system call themselves. No way out to
-    // other networks is promised, as there is none.
+    // Each machine gets one address, also when its firmware, its loader and its system send different
+    // identifiers. No router is announced.
     command.insert(command.end(), {"--dhcp-boot=pxelinux.0", "--dhcp-lease-max=10000", "--dhcp-ignore-clid",
                                    "--dhcp-option=option:router"});
     return command;
 }
 
-/// Becomes a user without rights but these few of root's, which can get no others, not even as another
-/// program.
+/// Becomes a user without privileges but these capabilities. No program that it runs can get more.
 void becomeNobody(const std::vector<unsigned>& capabilities) {
     capng_clear(CAPNG_SELECT_ALL);
     for (const unsigned number : capabilities) {
         capng_update(CAPNG_ADD, ALL_SETS, number);
     }
-    // The bounding set needs a right that goes with root; ambient ones do not outlast a change of the user.
+    // Reducing the bounding set needs a capability of root. A change of the user clears the ambient set.
     check(capng_apply(CAPNG_SELECT_BOUNDS) == 0 &&
           capng_change_id(NOBODY, NO_GROUP, CAPNG_DROP_SUPP_GRP) == 0 &&
           capng_apply(CAPNG_SELECT_AMBIENT) == 0 && prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0)
@@ -125,7 +123,7 @@ void becomeServer(const NetworkPort& port, const std::optional<AddressRange>& ra
     std::vector<char*> arguments;
     arguments.reserve(command.size() + 1);
     for (const auto& argument : command) {
-        arguments.push_back(const_cast<char*>(argument.c_str())); // the call wants it so, and changes nothing
+        arguments.push_back(const_cast<char*>(argument.c_str())); // execvp() does not change it
     }
     arguments.push_back(nullptr);
     mountNetbootDirectory();

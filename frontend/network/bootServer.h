@@ -1,5 +1,5 @@
 /// @file
-/// The program that answers machines on a network.
+/// The server that machines boot from.
 #pragma once
 
 #include "network/addresses.h"
@@ -9,12 +9,11 @@
 
 namespace velacreate {
 
-/// Where the network-boot directory stands for the server.
+/// The network-boot directory in the server's mounts.
 constexpr const char* SERVED_PLACE = "/mnt/package";
 
-/// In a job's process, which starts in the network-boot directory: becomes the server, which sees it without
-/// a way out of it.
-/// @param range  the addresses to hand out; none where another server does that
+/// In a job's process, in the network-boot directory: becomes the server.
+/// @param range to hand out; none when another server does that
 /// @throw Failure
 [[noreturn]] void becomeServer(const NetworkPort& port, const std::optional<AddressRange>& range);
 

@@ -11,8 +11,8 @@
 
 namespace velacreate {
 namespace {
-constexpr std::size_t LONGEST_LINE = 900;    ///< the server cuts longer ones off, where a stranger may choose
-constexpr std::size_t MOST_MACHINES = 10000; ///< a stranger may have any number of hardware addresses
+constexpr std::size_t LONGEST_LINE = 900;    ///< the server cuts longer lines, whose end a machine may choose
+constexpr std::size_t MOST_MACHINES = 10000; ///< a machine can use any number of hardware addresses
 
 std::vector<std::string> wordsOf(const std::string& text) {
     std::istringstream stream(text);
@@ -32,7 +32,7 @@ bool startsWith(const std::string& text, const std::string& start) {
     return text.compare(0, start.size(), start) == 0;
 }
 
-/// One name for each file, however it was asked for.
+/// The same file may be requested by different paths.
 std::string plainName(const std::string& name) {
     return std::filesystem::path(name).relative_path().lexically_normal().string();
 }

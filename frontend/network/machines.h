@@ -1,5 +1,5 @@
 /// @file
-/// The machines on a network, as far as the server tells of them.
+/// The machines that the server has told of.
 #pragma once
 
 #include <cstddef>
@@ -12,23 +12,22 @@ namespace velacreate {
 
 class Machines {
 public:
-    /// Something that happened to a machine.
+    /// A change of a machine's state.
     struct News {
         std::size_t machine;
-        std::string text; ///< a line that tells of it
+        std::string text; ///< to be shown
     };
 
-    /// Takes a line of the server's log. What a stranger may have put into it, such as the name of a file
-    /// that is not there, is not taken for a word of the server's.
-    /// @return nothing when it has no news
+    /// Reads a line of the server's log. Names that a machine has sent are not taken for the server's words.
+    /// @return nothing when nothing has changed
     std::optional<News> take(const std::string& line);
 
     std::size_t count() const { return m_machines.size(); }
 
-    /// A line with all that is known of one.
+    /// A line with all that is known of a machine.
     std::string text(std::size_t machine) const;
 
-    /// Whether it has had the archive, which is all that it wants.
+    /// Whether it has got the archive, the last file.
     bool isServed(std::size_t machine) const { return !m_machines.at(machine).archived.empty(); }
 
     /// Such as "4 machines were served, 4 had the archive".
@@ -36,10 +35,10 @@ public:
 
 private:
     struct Machine {
-        std::string hardware; ///< its hardware address; empty when the server has not named it
+        std::string hardware; ///< empty when unknown
         std::string address;
         std::vector<std::string> files;
-        std::string archived; ///< when it had the archive
+        std::string archived; ///< time of day when it had got the archive; else empty
         bool isTurnedAway = false;
     };
 

@@ -13,7 +13,7 @@
 
 namespace velacreate {
 namespace {
-/// Not who asks must be able to, but everybody: that is what the server is.
+/// The server runs without privileges, so the file must be readable for everybody.
 void requireReadable(const struct stat& about, const std::string& what) {
     if ((about.st_mode & S_IROTH) == 0) {
         throw Refusal(what +
@@ -49,7 +49,7 @@ bool NetbootDirectory::isThere() const {
     return m_directory.status().st_nlink > 0;
 }
 
-/// @return closed when it is not there
+/// @return closed when it is missing
 Descriptor NetbootDirectory::open(const std::string& name) const {
     const std::string what = quote(name) + " in " + text();
     auto file = openBeneath(m_directory.number(), name, O_RDONLY | O_NONBLOCK | O_NOCTTY);

@@ -1,5 +1,5 @@
 /// @file
-/// The network-boot directory that is served.
+/// A network-boot directory to serve.
 #pragma once
 
 #include "support/descriptor.h"
@@ -11,18 +11,17 @@ namespace velacreate {
 
 class NetbootDirectory {
 public:
-    /// Reads its archive to the end, sums included.
-    /// @param path  for messages, too
-    /// @throw Refusal when no machine could boot from it, or the server, who has no rights, could not read it
+    /// Reads the whole archive, sums included.
+    /// @throw Refusal when no machine could boot from the directory, or the server could not read it
     explicit NetbootDirectory(std::string path);
 
     const Descriptor& directory() const { return m_directory; }
-    /// Boot files that it lacks, though the loader starts without them.
+    /// Missing boot files. The loader starts without them.
     const std::vector<std::string>& missing() const { return m_missing; }
     /// Such as "the network-boot directory '/x'".
     std::string text() const;
 
-    /// Whether its directory still is somewhere.
+    /// Whether the directory still exists.
     bool isThere() const;
 
 private:

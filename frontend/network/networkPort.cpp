@@ -16,7 +16,7 @@ namespace velacreate {
 namespace {
 constexpr std::uint16_t DHCP_PORT = 67;
 constexpr std::uint16_t TFTP_PORT = 69;
-constexpr std::uint16_t BOOT_PORT = 4011; ///< where the boot question is asked when it is asked apart
+constexpr std::uint16_t BOOT_PORT = 4011; ///< for boot questions without a request for an address
 
 struct AddressesFreer {
     void operator()(ifaddrs* addresses) const { freeifaddrs(addresses); }
@@ -33,7 +33,7 @@ Address addressIn(const sockaddr* address) {
     return ntohl(reinterpret_cast<const sockaddr_in*>(address)->sin_addr.s_addr);
 }
 
-/// The server takes some characters for a pattern or for the end of a name.
+/// The server reads some characters as a pattern or as the end of a name.
 bool isPlain(const std::string& name) {
     return std::all_of(name.begin(), name.end(), [](char character) {
         const bool isLetter =
@@ -43,7 +43,7 @@ bool isPlain(const std::string& name) {
     });
 }
 
-/// Only who does not mean to share it finds out whether somebody has it.
+/// Binds without SO_REUSEADDR, or EADDRINUSE would not be reported.
 bool isInUse(std::uint16_t number, Address address, const std::string& port) {
     const Descriptor trial(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     sockaddr_in place{};

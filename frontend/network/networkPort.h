@@ -1,5 +1,5 @@
 /// @file
-/// The network port that machines are served on.
+/// The network port of a server.
 #pragma once
 
 #include "network/addresses.h"
@@ -11,20 +11,19 @@ namespace velacreate {
 
 class NetworkPort {
 public:
-    /// @throw Refusal unless it is there, up, and has an address
+    /// @throw Refusal when it is missing, down, or without an address
     explicit NetworkPort(const std::string& name);
 
     const std::string& name() const { return m_name; }
-    /// One for each of its addresses; there is one at least.
+    /// One for each of its addresses; never empty.
     const std::vector<Network>& networks() const { return m_networks; }
     bool isPluggedIn() const { return m_isPluggedIn; }
 
-    /// @return why it can be served no longer; empty when it can
+    /// @return why it can no longer be served; empty when it can
     std::string change() const;
 
-    /// Refuses a port on which another program of this machine answers already: the system would let both do
-    /// so, and give each request to one of them.
-    /// @param isProxy  whether addresses are left to another server
+    /// Refuses a port that another program serves. The system would give each request to either of them.
+    /// @param isProxy whether another server hands out addresses
     void requireUnserved(bool isProxy) const;
 
 private:

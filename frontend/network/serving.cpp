@@ -9,7 +9,7 @@ namespace velacreate {
 namespace {
 constexpr int LEVEL_OF_SERVER = 2;
 
-/// The server's words so far.
+/// What the server has said so far.
 struct ServerLog {
     Console& console;
     Machines machines;
@@ -19,7 +19,7 @@ struct ServerLog {
         if (line.empty()) {
             return;
         }
-        if (line.rfind("dnsmasq: ", 0) == 0) { // else it has a date in front, and is no failure
+        if (line.rfind("dnsmasq: ", 0) == 0) { // a line without a date is a failure
             lastWords = line;
         }
         console.message(LEVEL_OF_SERVER, line);

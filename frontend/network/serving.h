@@ -1,5 +1,5 @@
 /// @file
-/// The server as it runs, and what it tells.
+/// Serves a network-boot directory.
 #pragma once
 
 #include "display/console.h"
@@ -13,10 +13,10 @@
 
 namespace velacreate {
 
-/// Serves a directory until an interrupt, or until the server ends or what it serves, or on, is gone. Shows
-/// each machine meanwhile, and says at the end what became of it.
-/// @param range  the addresses to hand out; none where another server does that
-/// @return why it ended; nothing when the user wanted it to
+/// Serves until an interrupt, until the server ends, or until the directory or the port is gone. Shows each
+/// machine.
+/// @param range to hand out; none when another server does that
+/// @return why it ended; nothing after an interrupt
 std::optional<std::string> serveMachines(const NetbootDirectory& directory, const NetworkPort& port,
                                          const std::optional<AddressRange>& range, const HeldSignals& signals,
                                          Console& console);
