@@ -2,7 +2,6 @@
 #include "inputs/limits.h"
 #include "inputs/toolPackage.h"
 #include "inputs/updateFiles.h"
-#include "support/sizes.h"
 #include "support/texts.h"
 
 #include <cerrno>

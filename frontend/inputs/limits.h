@@ -1,14 +1,23 @@
 /// @file
-/// What a medium cannot hold.
+/// Limits of media and of sizes.
 #pragma once
 
 #include "support/descriptor.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 namespace velacreate {
+
+/// Larger than any disk. A few such sizes can be added without an overflow.
+constexpr std::uint64_t LARGEST_SUM = std::uint64_t{1} << 60;
+
+/// Adds two sizes of unknown origin, up to the largest sum.
+constexpr std::uint64_t sumOf(std::uint64_t one, std::uint64_t other) {
+    return std::min(std::min(one, LARGEST_SUM) + std::min(other, LARGEST_SUM), LARGEST_SUM);
+}
 
 /// Refuses names that FAT cannot hold unchanged: with one of "*:<>?|\ in them, with a blank or a dot at the
 /// end of a part, with a part of more than 255 UTF-16 units, or not in UTF-8. Refuses two names that differ

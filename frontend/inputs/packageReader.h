@@ -47,7 +47,7 @@ private:
     std::string m_name;
 };
 
-/// How messages name a tool package.
+/// @return the name of a tool package for messages
 std::string packageText(const std::string& path);
 
 } // namespace velacreate

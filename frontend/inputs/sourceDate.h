@@ -1,10 +1,10 @@
 /// @file
-/// The time that an image or a package bears when it is to be the same from the same files.
+/// The time in images and network-boot directories that can be made again bit for bit.
 #pragma once
 
 namespace velacreate {
 
-/// @throw Refusal when SOURCE_DATE_EPOCH is set, but to no time that both an image and an archive can carry
+/// @throw Refusal when SOURCE_DATE_EPOCH is set to a time that an image or an archive cannot hold
 void requireSourceDate();
 
 } // namespace velacreate

@@ -1,10 +1,10 @@
 #include "inputs/toolPackage.h"
 
+#include "inputs/limits.h"
 #include "inputs/names.h"
 #include "inputs/packageReader.h"
 #include "support/beneath.h"
 #include "support/failure.h"
-#include "support/sizes.h"
 
 #include <algorithm>
 #include <set>
@@ -17,7 +17,7 @@ namespace velacreate {
 namespace {
 constexpr const char* BOOT = "boot";
 
-/// Small where entries are skipped, as each skip is followed by a whole block.
+/// Small, since each skipped entry is followed by a whole block.
 constexpr std::size_t BLOCK_FOR_HEADERS = 16 << 10;
 
 using Entries = std::map<std::string, ToolPackage::Entry>;
@@ -31,7 +31,7 @@ Descriptor openedFile(const std::string& path) {
     return file;
 }
 
-/// What the job has a use for.
+/// Whether the job needs it.
 bool isWanted(const std::string& name, CloneImages cloneImages) {
     return topOf(name) == BOOT || (cloneImages == CloneImages::wanted && isCloneImage(name));
 }
@@ -50,7 +50,7 @@ void checkTop(const PackageReader& reader) {
     }
 }
 
-/// All entries of a package; each has its name to itself.
+/// All entries of a package, without two of one name.
 class Listing {
 public:
     void add(const PackageReader& reader) {
@@ -79,7 +79,7 @@ public:
         return result;
     }
 
-    /// @return the folder that the boot directory lies in, when it lies one level too deep; else nothing
+    /// @return the folder with the boot directory, when that is one level too deep
     std::string wrapper() const {
         for (const auto& [name, entry] : m_all) {
             const std::vector<std::string> parts = partsOf(name);
@@ -92,11 +92,10 @@ public:
 
 private:
     Entries m_all;
-    std::set<std::string> m_named; ///< without the directories that only paths name
+    std::set<std::string> m_named; ///< without directories that only paths name
 };
 
-/// Whether it is something that is put on a medium: what begins with a dot is not, in the boot directory
-/// itself.
+/// Whether it gets on a medium. "boot/*" does not match names that begin with a dot.
 bool isBootFile(const std::string& name) {
     const std::vector<std::string> parts = partsOf(name);
     return parts.size() > 1 && parts[0] == BOOT && parts[1].front() != '.';
@@ -113,7 +112,7 @@ void requireBoot(const Listing& listing, const Entries& wanted, const std::strin
     throw Refusal(packageText(path) + (wanted.count(BOOT) > 0 ? " has nothing in boot/" : " has no boot/"));
 }
 
-/// Writes the entries of a package anew.
+/// Writes entries into a new archive.
 class Rewriter {
 public:
     explicit Rewriter(const Descriptor& output) : m_archive(beginZip(output)), m_entry(archive_entry_new()) {}
@@ -136,7 +135,7 @@ public:
     void end() { require(archive_write_close(m_archive.get()) == ARCHIVE_OK); }
 
 private:
-    /// As the package has them, but such that the owner can do with the file what has to be done.
+    /// The package's mode. The owner may always read and write.
     static mode_t rights(const PackageReader& reader) {
         const mode_t own = reader.isDirectory() ? S_IRWXU : S_IRUSR | S_IWUSR;
         return (archive_entry_perm(reader.header()) & (S_IRWXU | S_IRWXG | S_IRWXO)) | own;

@@ -1,10 +1,10 @@
 #include "inputs/updateFiles.h"
 
 #include "inputs/chosenPaths.h"
+#include "inputs/limits.h"
 #include "inputs/names.h"
 #include "support/beneath.h"
 #include "support/failure.h"
-#include "support/sizes.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -14,7 +14,7 @@
 
 namespace velacreate {
 namespace {
-/// A stranger's file may have become a FIFO meanwhile, which would wait for somebody who writes to it.
+/// A file may have become a FIFO; O_NONBLOCK keeps the open from waiting for a writer.
 constexpr int TO_READ = O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY;
 
 std::string named(const std::string& source) {
@@ -47,11 +47,11 @@ void requirePlace(const std::string& place, const std::string& source) {
 
 using Entries = std::map<std::string, UpdateFiles::Entry>;
 
-/// Finds what was chosen, place by place.
+/// Finds the chosen files.
 class Search {
 public:
     /// @param where  the directory, for messages
-    /// @param whole  is told all directories that are taken with what is in them
+    /// @param whole to which all chosen directories are added
     Search(int directory, std::string where, Entries& entries, std::vector<struct stat>& whole)
         : m_directory(directory), m_where(std::move(where)), m_tree(directory), m_entries(entries),
           m_whole(whole) {}
@@ -75,7 +75,7 @@ private:
         std::string place;
     };
 
-    /// What one entry of the directory is, by name and in no case over a link.
+    /// @return the status of an entry; links are not followed
     struct stat kindOf(const std::string& source) {
         const Descriptor entry = m_tree.open(source, O_PATH | O_NOFOLLOW);
         if (!entry.isOpen()) {
@@ -99,7 +99,7 @@ private:
         throw Refusal(SystemError().about(named(source) + (isMissing ? " is not in " + quote(m_where) : "")));
     }
 
-    /// The directories on the way to a file that was named by its path.
+    /// The directories of a file that was named by its path.
     void addAncestors(const std::string& place, const std::string& source) {
         for (const std::string& ancestor : ancestorsOf(place)) {
             const auto known = m_entries.find(ancestor);

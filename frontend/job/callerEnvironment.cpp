@@ -52,7 +52,7 @@ void resetSignals() {
     sigaction(SIGHUP, nullptr, &hangUp);
     for (int number = 1; number < NSIG; ++number) {
         const bool isIgnored = number == SIGPIPE || number == SIGXFSZ ||
-                               (number == SIGHUP && hangUp.sa_handler == SIG_IGN); // by nohup
+                               (number == SIGHUP && hangUp.sa_handler == SIG_IGN); // set by nohup
         static_cast<void>(std::signal(number, isIgnored ? SIG_IGN : SIG_DFL));
     }
     sigset_t none;
@@ -60,7 +60,7 @@ void resetSignals() {
     sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-/// A deep directory takes one for each level.
+/// Each level of a deep directory takes a descriptor.
 void allowDescriptors() {
     rlimit limit{};
     if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {

@@ -1,21 +1,21 @@
 /// @file
-/// What velacreate keeps of the caller that it is started in.
+/// The caller's environment, and protection from it.
 #pragma once
 
 #include <string>
 
 namespace velacreate {
 
-/// Settings of the caller's that the environment no longer holds afterwards. Empty when not given.
+/// Settings of the caller that are removed from the environment; empty when not set.
 struct CallerEnvironment {
-    std::string toolkit;            ///< VELACREATE_TOOLKIT, the launchers' folder
+    std::string toolkit;            ///< VELACREATE_TOOLKIT, the folder of the launchers
     std::string temporaryDirectory; ///< TMPDIR
 };
 
-/// To be called before anything else, as a job relies on it: descriptors 0 to 2 are open, no other one
-/// reaches a program, no signal is blocked or ignored (but a hang-up under nohup; and SIGPIPE and SIGXFSZ,
-/// since output that cannot be written must not end the supervisor), files are made with umask 022, and the
-/// environment holds a fixed search path, the language, the time zone, TERM and SOURCE_DATE_EPOCH only.
+/// To be called first. Jobs rely on it: descriptors 0 to 2 are open, and no other one is inherited; no signal
+/// is blocked or ignored, except SIGHUP under nohup, and SIGPIPE and SIGXFSZ, so that a failed write does not
+/// end the supervisor; the umask is 022; the environment holds only a fixed search path, the language, the
+/// time zone, TERM and SOURCE_DATE_EPOCH.
 CallerEnvironment isolateFromCaller();
 
 } // namespace velacreate

@@ -23,7 +23,7 @@ namespace {
 bool mountsAreOwn = false;
 int supervisorSocket = -1;
 
-/// Like fork(), with a descriptor of the process.
+/// Like fork(), also with a descriptor of the process.
 pid_t cloneProcess(std::uint64_t namespaces, int& descriptor) {
     clone_args arguments{};
     arguments.flags = namespaces | CLONE_PIDFD;
@@ -96,7 +96,7 @@ ChildProcess::ChildProcess(int directory, const std::function<int(Reporter&)>& w
 
     const uid_t user = geteuid();
     const gid_t group = getegid();
-    // Where the process starts is the one place that is carried over into its mounts.
+    // The current directory is the only directory that a new process keeps in its own mounts.
     const Descriptor here(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
     check(fchdir(directory) == 0).orFail("the job directory cannot be entered");
     const std::uint64_t own = CLONE_NEWPID | CLONE_NEWNS | (user == 0 ? 0 : CLONE_NEWUSER);
@@ -112,7 +112,7 @@ ChildProcess::ChildProcess(int directory, const std::function<int(Reporter&)>& w
         m_events = Descriptor();
         m_output = Descriptor();
         setUpProcess(jobsEvents.number(), jobsOutput.number());
-        // What the user unmounts outside must not live on in here, unflushed.
+        // What is unmounted outside must not stay mounted here.
         mountsAreOwn = isApart && (user == 0 || mapOwnIds(user, group)) &&
                        mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr) == 0;
         _exit(run(work, jobsEvents.number()));
@@ -127,7 +127,7 @@ void ChildProcess::signal(int number) const {
 }
 
 int ChildProcess::reap() const {
-    signal(SIGKILL); // whoever is left of the group
+    signal(SIGKILL); // the rest of the group
     int status = 0;
     while (waitpid(m_number, &status, 0) < 0 && errno == EINTR) {
     }

@@ -1,5 +1,5 @@
 /// @file
-/// The process in which a job runs, with all that it starts.
+/// The process of a job.
 #pragma once
 
 #include "job/reporter.h"
@@ -12,28 +12,28 @@
 
 namespace velacreate {
 
-/// A process in a group of its own, without input. Where the rights allow (root, or a user who may have user
-/// namespaces) it also has process numbers and mounts of its own: then the kernel ends all that it has
-/// started with it, and unmounts what it has mounted, even when its supervisor is killed.
+/// A process in a group of its own, without input. Where possible (for root, or a user with user namespaces)
+/// it has its own process numbers and mounts: then all that it has started ends with it, and all that it has
+/// mounted is unmounted, even when the supervisor is killed.
 class ChildProcess {
 public:
-    /// Starts a function, in a directory. What it returns becomes the exit status; a Refusal becomes
-    /// EXIT_REFUSED and any other exception EXIT_UNFINISHED, with its text told as the reason. SIGTERM should
-    /// be held (see HeldSignals): one that comes before the process can handle it would be lost.
-    /// @throw Failure when no process can be had
+    /// Starts a function in a directory. Its result becomes the exit status; a Refusal becomes EXIT_REFUSED,
+    /// another exception EXIT_UNFINISHED, with its text as the reason. SIGTERM should be held (see
+    /// HeldSignals), since the process cannot handle it from the start.
+    /// @throw Failure when there can be no process
     ChildProcess(int directory, const std::function<int(Reporter&)>& work);
 
     /// Readable when the process has ended.
     int ending() const { return m_process.number(); }
     /// Readable when there are events.
     int events() const { return m_events.number(); }
-    /// Readable when it, or a program without a capture file, has said something.
+    /// Readable when the process or a program has written something.
     int output() const { return m_output.number(); }
 
-    /// Sends a signal to all of the group.
+    /// Sends a signal to the whole group.
     void signal(int number) const;
 
-    /// To be called once it has ended, and with it everything in its group.
+    /// To be called when it has ended. Ends the rest of its group.
     /// @return the exit status, or 128 and the signal's number
     int reap() const;
 
@@ -44,11 +44,11 @@ private:
     Descriptor m_output;
 };
 
-/// Whether this is a job's process that has mounts of its own, in which it may do as it likes.
+/// Whether this is a job's process with mounts of its own.
 bool hasOwnMounts();
 
-/// Lets a job's process end with its supervisor. It does so from the start, but not any more once it is
-/// another user's: then this is to be called again.
+/// Ends a job's process when its supervisor ends. A process starts like this, but must call it again after it
+/// has changed its user.
 void dieWithSupervisor();
 
 } // namespace velacreate

@@ -15,7 +15,7 @@ sigset_t endingSignals() {
     for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP}) {
         struct sigaction current {};
         sigaction(number, nullptr, &current);
-        if (current.sa_handler != SIG_IGN) { // as under nohup
+        if (current.sa_handler != SIG_IGN) { // set by nohup
             sigaddset(&signals, number);
         }
     }

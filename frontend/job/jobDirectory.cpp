@@ -33,8 +33,8 @@ std::string freshName() {
     return name;
 }
 
-/// Whoever owns the parent may have put something else in the place of a directory of ours. Not every file
-/// system keeps the rights that a directory is made with, but nobody else may change what is in it.
+/// The parent's owner may have replaced our directory. Some file systems do not keep modes, but nobody else
+/// may be able to write to it.
 bool isOurs(const Descriptor& directory) {
     const auto about = directory.status();
     return about.st_uid == geteuid() && (about.st_mode & (S_IWGRP | S_IWOTH)) == 0;
@@ -50,12 +50,12 @@ void removeJobDirectory(int parent, const std::string& name, const Descriptor& d
     try {
         removeContents(directory);
     } catch (const Failure&) {
-        return; // what cannot be listed cannot be removed
+        return; // it cannot be listed
     }
     unlinkat(parent, name.c_str(), AT_REMOVEDIR);
 }
 
-/// Only what bears the mark of a job directory within is taken for one: anybody may give a name.
+/// Anybody can use the name, so only a directory with the library folder is removed.
 void removeAbandoned(const Descriptor& parent) {
     forEachEntry(parent.number(), [&](const std::string& name) {
         if (name.rfind(PREFIX, 0) != 0) {

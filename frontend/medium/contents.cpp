@@ -3,7 +3,6 @@
 #include "inputs/limits.h"
 #include "inputs/names.h"
 #include "support/failure.h"
-#include "support/sizes.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,5 +1,5 @@
 /// @file
-/// How velacreate ends: with 0, with the library's result code, or with a status of its own.
+/// Exit statuses: 0, the library's result codes, and the command's own.
 #pragma once
 
 #include <string>
@@ -9,18 +9,18 @@ namespace velacreate {
 constexpr int EXIT_REFUSED = 2;
 constexpr int EXIT_DIFFERENT = 3;
 constexpr int EXIT_UNFINISHED = 4;
-constexpr int EXIT_INTERRUPTED = 130; ///< as shells report it
+constexpr int EXIT_INTERRUPTED = 130; ///< as in shells
 
 struct ExitStatus {
     int status;
-    const char* meaning;  ///< in plain words, to follow a colon
-    const char* nextStep; ///< what to do about it, as a sentence; may be empty
+    const char* meaning;  ///< follows a colon
+    const char* nextStep; ///< a sentence; may be empty
 };
 
-/// @return the entry of a status; one that says so for a status that is in no table
+/// @return the entry of a status, also for an unknown one
 const ExitStatus& exitStatus(int status);
 
-/// All of them, a line each.
+/// @return a line for each status
 std::string exitStatusTable();
 
 } // namespace velacreate

@@ -1,5 +1,5 @@
 /// @file
-/// The two ways in which a job does not come about for a reason of velacreate's own.
+/// The command's own failures.
 #pragma once
 
 #include <stdexcept>
@@ -7,20 +7,20 @@
 
 namespace velacreate {
 
-/// The call is wrong or would do harm. Thrown only while neither an output nor a medium has been touched.
+/// The call is wrong or dangerous. Thrown only before an output or a medium is changed.
 class Refusal : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// The job cannot be finished, for a reason that no result code stands for.
+/// The job cannot be finished. There is no result code for the reason.
 class Failure : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// The system's reason for a call that has just failed. It is taken here and now: errno may change while the
-/// text of a message is built.
+/// The reason of a system call that has just failed. It is taken at once, since errno may change while a
+/// message is built.
 class SystemError {
 public:
     SystemError();
@@ -37,7 +37,7 @@ class Checked {
 public:
     explicit Checked(bool isDone) : m_isDone(isDone) {}
 
-    /// @throw Failure "WHAT: the system's text for the reason", unless it was
+    /// @throw Failure "WHAT: the system's text for the reason" after a failed call
     void orFail(const std::string& what) const;
     /// @throw Refusal with the same text
     void orRefuse(const std::string& what) const;
@@ -51,11 +51,10 @@ inline Checked check(bool isDone) {
     return Checked(isDone);
 }
 
-/// @return the text for a message; what would upset a terminal (control characters, also those beyond ASCII,
-/// and bytes that are not UTF-8) is shown as "?"
+/// @return the text for a message: control characters, and bytes that are not UTF-8, are replaced by "?"
 std::string printable(const std::string& text);
 
-/// @return the same between single quotes, for a name
+/// @return the same in single quotes
 std::string quote(const std::string& text);
 
 } // namespace velacreate

@@ -48,7 +48,7 @@ std::string advice(const std::string& program) {
     return "";
 }
 
-/// The standard streams of a program: nothing to read, and both outputs to one place.
+/// A program reads nothing, and writes both outputs to one place.
 class Streams {
 public:
     explicit Streams(int output) {
@@ -72,7 +72,7 @@ pid_t start(const std::vector<std::string>& command, int output) {
     std::vector<char*> arguments;
     arguments.reserve(command.size() + 1);
     for (const std::string& argument : command) {
-        arguments.push_back(const_cast<char*>(argument.c_str())); // the call wants it so, and changes nothing
+        arguments.push_back(const_cast<char*>(argument.c_str())); // posix_spawnp() does not change it
     }
     arguments.push_back(nullptr);
     const Streams streams(output);

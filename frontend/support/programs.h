@@ -1,5 +1,5 @@
 /// @file
-/// The programs that velacreate itself needs, run without a shell.
+/// Runs programs without a shell.
 #pragma once
 
 #include <string>
@@ -7,12 +7,12 @@
 
 namespace velacreate {
 
-/// The one search path for everything that a job runs, whatever the caller's is.
+/// The search path of all jobs, whatever the caller's is.
 constexpr const char* SEARCH_PATH = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
 
 struct ProgramResult {
-    int status;         ///< its exit status; 127 when it could not be started
-    std::string output; ///< what it wrote, standard error included
+    int status;         ///< 127 when it could not be started
+    std::string output; ///< standard output and standard error
 };
 
 ProgramResult runProgram(const std::vector<std::string>& command);
@@ -21,7 +21,7 @@ ProgramResult runProgram(const std::vector<std::string>& command);
 /// @throw Refusal "WHAT takes root's rights; ..." for any other user
 void requireRoot(const std::string& what);
 
-/// Refuses to go on when one of the programs is not on the search path, and names its Debian package.
+/// @throw Refusal with the Debian package of a program that is missing
 void requirePrograms(const std::vector<const char*>& names);
 
 } // namespace velacreate

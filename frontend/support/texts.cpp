@@ -19,7 +19,7 @@ std::string formatted(const std::tm& time, const char* format) {
 std::string sizeText(std::uint64_t bytes) {
     constexpr std::array<const char*, 6> UNITS = {" KiB", " MiB", " GiB", " TiB", " PiB", " EiB"};
     constexpr double STEP = 1024;
-    constexpr double LARGEST = STEP - 0.05; // which would be rounded to the next unit
+    constexpr double LARGEST = STEP - 0.05; // larger counts would be rounded to the next unit
     if (bytes < 1024) {
         return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
     }

@@ -7,7 +7,7 @@
 
 namespace velacreate {
 namespace {
-/// Made once and kept, since making one reads files.
+/// Kept, since making one reads files.
 locale_t utf8() {
     static const locale_t LOCALE = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     if (LOCALE == nullptr) {
@@ -27,7 +27,7 @@ std::size_t readCharacter(const std::string& text, std::size_t at, wchar_t& char
     const Utf8Locale locale;
     std::mbstate_t state{};
     const std::size_t length = std::mbrtowc(&character, text.data() + at, text.size() - at, &state);
-    return length > text.size() ? 0 : length; // the two values that stand for an error are the largest
+    return length > text.size() ? 0 : length; // the two error values are the largest
 }
 
 bool isControl(wchar_t character) {

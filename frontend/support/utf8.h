@@ -1,5 +1,5 @@
 /// @file
-/// Names as UTF-8, whatever the user's language is.
+/// UTF-8, in any locale of the user's.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 namespace velacreate {
 
-/// The C library, and what builds on it, takes this thread's text for UTF-8 as long as it lives.
+/// While this lives, the C library reads this thread's text as UTF-8.
 class Utf8Locale {
 public:
     Utf8Locale();
@@ -22,20 +22,20 @@ private:
     locale_t m_before;
 };
 
-/// Reads the character that begins at a byte of a text.
-/// @return its length in bytes; 0 when what is there is not UTF-8, or a NUL
+/// Reads a character of a text.
+/// @return its length in bytes; 0 for a NUL or an invalid byte
 std::size_t readCharacter(const std::string& text, std::size_t at, wchar_t& character);
 
-/// Whether it is one of the control characters, of which some lie beyond ASCII.
+/// Whether it is a control character, also beyond ASCII.
 bool isControl(wchar_t character);
 
-/// Whether it turns the order around in which a terminal shows others, or breaks the line.
+/// Whether it changes the direction of text, or breaks the line.
 bool isLayout(wchar_t character);
 
-/// @return the characters of a text; none when it is not in UTF-8
+/// @return the characters of a text; none when it is not UTF-8
 std::optional<std::wstring> decoded(const std::string& text);
 
-/// @return the text in capitals, so that two that differ only in upper and lower case become the same
+/// @return the text in capitals, for comparing without case
 std::wstring withoutCase(std::wstring text);
 
 } // namespace velacreate
