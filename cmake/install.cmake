@@ -1,4 +1,4 @@
-# What is installed where. A component is what a distribution would put into one package.
+# The installation. Each component is meant for one package of a distribution.
 install(TARGETS velacreation EXPORT VelaCreation
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         COMPONENT libvelacreation1 NAMELINK_COMPONENT libvelacreation-dev)
@@ -12,7 +12,7 @@ write_basic_package_version_file(VelaCreationConfigVersion.cmake COMPATIBILITY S
 install(FILES ${PROJECT_BINARY_DIR}/VelaCreationConfigVersion.cmake
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/VelaCreation COMPONENT libvelacreation-dev)
 
-# A directory may be absolute, wherever the rest goes; pkg-config finds the others from where its file lies.
+# Directories may be absolute. Others are relative to the .pc file, so that the installation can be moved.
 file(RELATIVE_PATH toPrefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 set(pcPrefix "\${pcfiledir}/${toPrefix}")
 if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})

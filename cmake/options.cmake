@@ -1,5 +1,4 @@
-# How everything of this project is compiled and linked: warnings, hidden visibility, hardening, sanitizers. What not every
-# compiler or processor has is asked for.
+# Compiler and linker options of the whole project. An option that some compilers lack is tested first.
 include(CheckCXXCompilerFlag)
 include(CheckCXXSourceCompiles)
 include(CheckLinkerFlag)
@@ -19,7 +18,7 @@ check_pie_supported()
 add_library(velacreation_options INTERFACE)
 
 function(add_flags_where_known)
-    set(CMAKE_REQUIRED_FLAGS -Werror) # some compilers only warn of what they do not know
+    set(CMAKE_REQUIRED_FLAGS -Werror) # some compilers only warn about unknown flags
     foreach(flag ${ARGN})
         string(MAKE_C_IDENTIFIER "VELACREATION_HAS${flag}" known)
         check_cxx_compiler_flag(${flag} ${known})
@@ -39,11 +38,11 @@ function(add_linker_flags_where_known)
     endforeach()
 endfunction()
 
-# Clone images and updates of more than 2 GiB, on 32-bit machines too.
+# For files of more than 2 GiB on 32-bit machines.
 target_compile_definitions(velacreation_options INTERFACE _FILE_OFFSET_BITS=64)
 target_compile_options(velacreation_options INTERFACE $<$<BOOL:${VELACREATION_WERROR}>:-Werror>)
 add_flags_where_known(-Wall -Wextra -Wpedantic -Wconversion -Wshadow)
-# Two builds in two places are the same.
+# Builds in different directories must be identical.
 check_cxx_compiler_flag(-ffile-prefix-map=.=. VELACREATION_HAS_FILE_PREFIX_MAP)
 if(VELACREATION_HAS_FILE_PREFIX_MAP)
     target_compile_options(velacreation_options INTERFACE
@@ -60,8 +59,7 @@ endif()
 add_flags_where_known(-fstack-protector-strong -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
 add_linker_flags_where_known(-z,relro -z,now -z,noexecstack -z,defs)
 
-# The fortified functions need an optimising build. A distribution that asks for them, or whose compiler does by itself,
-# knows the degree that it wants.
+# Fortified functions need an optimising build. If the distribution or its compiler sets a level, it is kept.
 set(CMAKE_REQUIRED_FLAGS -O2)
 check_cxx_source_compiles("
     #ifdef _FORTIFY_SOURCE

@@ -36,9 +36,9 @@ bool isNetbootName(const std::string& name) {
 struct Present {
     bool isEmpty = true;
     bool hasArchive = false;
-    std::string stranger; ///< an entry of no network-boot directory
+    std::string foreignEntry; ///< an entry of no network-boot directory
 
-    bool isReplaceable() const { return isEmpty || (hasArchive && stranger.empty()); }
+    bool isReplaceable() const { return isEmpty || (hasArchive && foreignEntry.empty()); }
 };
 
 Present lookInto(const Descriptor& directory) {
@@ -47,7 +47,7 @@ Present lookInto(const Descriptor& directory) {
         present.isEmpty = false;
         present.hasArchive = present.hasArchive || name == VelaCreation::NETBOOT_ARCHIVE;
         if (!isNetbootName(name) || !isRegularFile(directory, name)) {
-            present.stranger = name;
+            present.foreignEntry = name;
         }
     });
     return present;
@@ -125,7 +125,7 @@ Output Output::netbootDirectory(const std::string& path, bool force) {
     const auto present = lookInto(output.openPresent());
     if (!present.isReplaceable()) {
         throw Refusal(quote(path) + " is not empty, and no network-boot directory" +
-                      (present.stranger.empty() ? "" : ": it holds " + quote(present.stranger)));
+                      (present.foreignEntry.empty() ? "" : ": it holds " + quote(present.foreignEntry)));
     }
     if (!present.isEmpty && !force) {
         throw Refusal(quote(path) + " holds a network-boot directory (--force replaces it)");
