@@ -114,11 +114,13 @@ TEST_F(DisplayTest, TableAlignsWhatIsThere) {
     Table table({"Key", "Port", "Model", "Result"});
     table.add({"sda", "", "St\u00fcck", "made"});
     table.add({"sdb", "", "\033[2J"});
+    table.add({"\\x20", "", "plain", "\u0378"}); // like an escape, and unknown to the C library
     table.add({"a long name", "", "\xfcx", "failed"});
     table.add({"wide", "", "\u6280\u8853", "u\u0308"}); // of two columns each, and of none
     EXPECT_EQ(table.text(), "Key          Model  Result\n"
                             "sda          St\u00fcck  made\n"
                             "sdb          ?[2J\n"
+                            "\\x20         plain  \u0378\n"
                             "a long name  ?x     failed\n"
                             "wide         \u6280\u8853   u\u0308\n");
 }

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
-#include <sstream>
 
 #include <libsmartcols.h>
 
@@ -26,15 +25,6 @@ std::string printed(const Layout& layout) {
     const std::unique_ptr<char, decltype(&std::free)> owner(data, std::free);
     return data;
 }
-
-std::string withoutBlanksAtTheEnd(const std::string& text) {
-    std::istringstream lines(text);
-    std::string result;
-    for (std::string line; std::getline(lines, line);) {
-        result += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
-    }
-    return result;
-}
 } // namespace
 
 Table::Table(std::vector<std::string> headings) : m_headings(std::move(headings)) {}
@@ -49,6 +39,8 @@ std::string Table::text() const {
     const Utf8Locale locale; // in which the width of characters is known
     const Layout layout(scols_new_table(), scols_unref_table);
     require(layout && scols_table_set_column_separator(layout.get(), "  ") == 0 &&
+            scols_table_enable_minout(layout.get(), 1) == 0 &&     // no blanks at the end of a line
+            scols_table_enable_noencoding(layout.get(), 1) == 0 && // the cells are printable already
             scols_table_set_termforce(layout.get(), SCOLS_TERMFORCE_NEVER) == 0);
     std::vector<std::size_t> columns;
     for (std::size_t column = 0; column < m_headings.size(); ++column) {
@@ -65,7 +57,7 @@ std::string Table::text() const {
             require(scols_line_set_data(line, at, row[columns[at]].c_str()) == 0);
         }
     }
-    return withoutBlanksAtTheEnd(printed(layout));
+    return printed(layout) + "\n";
 }
 
 } // namespace velacreate
