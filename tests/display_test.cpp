@@ -13,6 +13,7 @@
 #include <thread>
 
 #include <poll.h>
+#include <sys/eventfd.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -108,6 +109,28 @@ TEST_F(DisplayTest, FiguresGoWholeFromANarrowTerminal) {
     EXPECT_TRUE(std::regex_match(drawn, std::regex("\033\\[3A" + lines))) << drawn;
     EXPECT_TRUE(std::regex_match(said, std::regex("\033\\[3A\r\033\\[Jsaid\r\n" + lines))) << said;
     EXPECT_EQ(readFrom(master), "\033[3A\r\033[J");
+}
+
+TEST_F(DisplayTest, SlowReaderMissesNothingWhenInterruptsAreNoLongerWatched) {
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(pipe2(pipe.data(), O_CLOEXEC), 0);
+    const Descriptor reading(pipe[0]);
+    const Descriptor writing(pipe[1]);
+    const std::string filling(static_cast<std::size_t>(fcntl(pipe[1], F_GETPIPE_SZ)), 'x');
+    ASSERT_EQ(write(pipe[1], filling.data(), filling.size()), static_cast<ssize_t>(filling.size()));
+    std::string text;
+    std::thread reader([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        text = readFrom(reading);
+    });
+    {
+        const Redirected output(STDOUT_FILENO, writing);
+        Console console;
+        console.watchInterrupts(Descriptor(eventfd(0, EFD_CLOEXEC)).number());
+        console.say("said");
+    }
+    reader.join();
+    EXPECT_TRUE(text + readFrom(reading) == filling + "said\n");
 }
 
 TEST_F(DisplayTest, TableAlignsWhatIsThere) {

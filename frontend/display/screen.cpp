@@ -1,10 +1,13 @@
 #include "display/screen.h"
 
+#include "support/failure.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
 
+#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -13,6 +16,11 @@ namespace {
 constexpr int FOR_EVER = -1;
 constexpr int HARDLY_MS = 200;
 } // namespace
+
+void Screen::watchInterrupts(int interrupts) {
+    m_interrupts = Descriptor(fcntl(interrupts, F_DUPFD_CLOEXEC, 0));
+    check(m_interrupts.isOpen()).orFail("no descriptor for interrupts");
+}
 
 void Screen::write(int descriptor, const std::string& text) const {
     for (std::size_t at = 0; at < text.size();) {
@@ -32,7 +40,7 @@ void Screen::write(int descriptor, const std::string& text) const {
 bool Screen::canWrite(int descriptor) const {
     for (;;) {
         std::array<pollfd, 2> sources = {
-            {{descriptor, POLLOUT, 0}, {m_hasStopped ? -1 : m_interrupts, POLLIN, 0}}};
+            {{descriptor, POLLOUT, 0}, {m_hasStopped ? -1 : m_interrupts.number(), POLLIN, 0}}};
         const int ready = poll(sources.data(), sources.size(), m_hasStopped ? HARDLY_MS : FOR_EVER);
         if (ready < 0 && errno != EINTR) {
             return false;

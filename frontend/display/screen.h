@@ -2,6 +2,8 @@
 /// Standard output and standard error.
 #pragma once
 
+#include "support/descriptor.h"
+
 #include <string>
 
 namespace velacreate {
@@ -10,8 +12,9 @@ namespace velacreate {
 /// once is lost.
 class Screen {
 public:
-    /// @param interrupts a descriptor that is readable after an interrupt
-    void watchInterrupts(int interrupts) { m_interrupts = interrupts; }
+    /// @param interrupts a descriptor that is readable after an interrupt; its owner may close it
+    /// @throw Failure
+    void watchInterrupts(int interrupts);
     /// To be called after an interrupt.
     void stopWaiting() const { m_hasStopped = true; }
 
@@ -20,7 +23,7 @@ public:
 private:
     bool canWrite(int descriptor) const;
 
-    int m_interrupts = -1;
+    Descriptor m_interrupts;
     mutable bool m_hasStopped = false;
 };
 
