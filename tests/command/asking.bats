@@ -5,6 +5,8 @@ load words
 @test "list shows the disks" {
     makes eval 'velacreate list 2>&1'
     [ -s /srv/out ]
+    ends 4 eval 'velacreate list --json >/dev/full'
+    last 'what was found could not be shown'
 }
 
 # The options with their values: of a command's help, and of its synopses in the man page.
