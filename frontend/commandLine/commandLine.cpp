@@ -284,7 +284,7 @@ private:
         call(command, [this] {
             const auto& told = m_command.empty() ? m_app : commandNamed(m_command);
             const auto name = m_command.empty() ? "velacreate" : "velacreate " + m_command;
-            Console::printResult(m_app.get_formatter()->make_help(&told, name, CLI::AppFormatMode::Normal));
+            m_console.printResult(m_app.get_formatter()->make_help(&told, name, CLI::AppFormatMode::Normal));
             return 0;
         });
         command.add_option("COMMAND", m_command, "The command to explain");

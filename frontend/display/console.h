@@ -53,7 +53,7 @@ public:
 
     /// The result of a command, such as a list for a program: unchanged, to standard output.
     /// @throw Failure when not all of it can be written
-    static void printResult(const std::string& text);
+    void printResult(const std::string& text);
 
     bool isVerbose() const { return m_verbose; }
 
