@@ -239,11 +239,17 @@ void expectState(VelaCreation::BootableMedia& media) {
 }
 
 int main(int argc, char** argv) {
-    std::string sandbox = TESTS_DIR "/sandbox";
-    std::string build = BUILD;
-    std::string self = fs::read_symlink("/proc/self/exe");
-    std::vector<char*> again = {sandbox.data(), build.data(), self.data()};
-    again.insert(again.end(), argv + 1, argv + argc + 1);
+    Lines call = {TESTS_DIR "/sandbox", BUILD};
+    std::ifstream whole(
+        "/proc/self/cmdline"); // with the loader, where one for another architecture runs this
+    for (std::string argument; std::getline(whole, argument, '\0');) {
+        call.push_back(call.size() == 2 ? fs::absolute(argument).string() : argument);
+    }
+    std::vector<char*> again;
+    for (auto& argument : call) {
+        again.push_back(argument.data());
+    }
+    again.push_back(nullptr);
     testing::InitGoogleTest(&argc, argv);
     if (!testing::GTEST_FLAG(list_tests) && !fs::exists("/srv/fixture")) {
         execv(again.front(), again.data());
