@@ -26,7 +26,7 @@ std::string joined(const std::vector<std::string>& parts) {
     return path;
 }
 
-/// @return whether the parts began like that
+/// @return whether the parts began with the start, which is then removed
 bool removeStart(std::vector<std::string>& parts, const std::vector<std::string>& start) {
     if (parts.size() < start.size() || !std::equal(start.begin(), start.end(), parts.begin())) {
         return false;

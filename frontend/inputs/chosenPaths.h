@@ -13,7 +13,7 @@ namespace velacreate {
 class ChosenPaths {
 public:
     /// @param directory  as the user named it
-    /// @param open the same directory
+    /// @param open       the same directory, open
     ChosenPaths(const std::string& directory, const Descriptor& open);
 
     /// @throw Refusal when the path does not lie below the directory

@@ -15,7 +15,7 @@ namespace velacreate {
 namespace {
 constexpr std::uint64_t LARGEST_FILE = (std::uint64_t{1} << 32) - 1;
 constexpr std::size_t LONGEST_FAT_NAME = 255;
-constexpr wchar_t LAST_OF_ONE_UNIT = 0xffff; ///< longer characters take two units of UTF-16
+constexpr wchar_t LAST_OF_ONE_UNIT = 0xffff; ///< higher characters take two units of UTF-16
 
 std::size_t utf16Units(const std::wstring& text) {
     const auto pairs = std::count_if(text.begin(), text.end(),
@@ -44,7 +44,7 @@ std::string objectionTo(const std::string& part) {
 } // namespace
 
 void requireFatNames(const std::vector<std::string>& places) {
-    std::set<std::string> fine; // directories are in many places, and checked once
+    std::set<std::string> fine; // a directory is part of many places, but is checked once
     std::map<std::wstring, const std::string*> known;
     for (const std::string& place : places) {
         for (const std::string& part : partsOf(place)) {

@@ -13,7 +13,6 @@ constexpr const char* LIBRARY_FOLDER = ".job";   ///< where the library runs and
 /// Whether the job or the library uses this name at the top of the job directory. No medium can hold it.
 bool isJobName(const std::string& name);
 
-/// Whether it is the name of a clone image.
 bool isCloneImage(const std::string& name);
 
 /// @return the parts between the slashes, also empty ones
@@ -22,13 +21,13 @@ std::vector<std::string> partsOf(const std::string& path);
 /// @return the first part of a path
 std::string topOf(const std::string& path);
 
-/// @return the directories on the way to a path, outermost first: "a" and "a/b" for "a/b/c"
+/// @return the directories above a path, outermost first: "a" and "a/b" for "a/b/c"
 std::vector<std::string> ancestorsOf(const std::string& path);
 
 /// @return the text with a to z as capitals, in any locale
 std::string inCapitals(std::string text);
 
-/// Control characters beyond ASCII count where the text is UTF-8.
+/// Control characters beyond ASCII count only if the text is UTF-8.
 bool holdsControlCharacter(const std::string& text);
 
 } // namespace velacreate

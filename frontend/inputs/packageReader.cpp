@@ -13,7 +13,7 @@ namespace velacreate {
 namespace {
 constexpr std::size_t LONGEST_PART = 255; ///< the limit of file systems
 constexpr std::size_t LONGEST_NAME = 1024;
-constexpr std::size_t MOST_PARTS = 64; ///< each part may be a directory of its own
+constexpr std::size_t MOST_PARTS = 64; ///< the path of each directory is kept in memory
 constexpr std::uint64_t LARGEST_FILE = std::uint64_t{1} << 40;
 
 /// Zip archives mark a directory with a slash at the end, and some programs write "./" in front.
@@ -80,7 +80,7 @@ bool PackageReader::next() {
         const char* name = archive_entry_pathname(header());
         m_name = plainName(name != nullptr ? name : "");
         checkKind();
-        if (!m_name.empty() || !isDirectory()) { // else it is "./", the folder that was packed
+        if (!m_name.empty() || !isDirectory()) { // "./" is the folder that was packed
             checkName();
             return true;
         }
@@ -131,7 +131,7 @@ void PackageReader::read(const UseBlock& use) {
         if (status != ARCHIVE_OK && status != ARCHIVE_EOF) {
             refuse("cannot be unpacked: " + m_reader.problem());
         }
-        if (block.size > left) { // it might be endless
+        if (block.size > left) { // stop, because the data may never end
             refuse("is larger than the archive says");
         }
         left -= block.size;

@@ -11,17 +11,17 @@
 
 namespace velacreate {
 
-/// Refuses each entry that a tool package must not have: other than files and directories, encrypted ones,
-/// and those with a dangerous name.
+/// Refuses entries that a tool package must not have: anything but files and directories, encrypted entries,
+/// and unsafe names.
 class PackageReader {
 public:
     /// @param path       for messages
-    /// @param blockSize  how much is read at a time, also after a skip
+    /// @param blockSize  bytes per read, also after a skipped entry
     PackageReader(const Descriptor& file, std::string path, std::size_t blockSize);
 
     /// Goes to the next entry.
     /// @return false at the end
-    /// @throw Refusal, also for another file than a zip archive
+    /// @throw Refusal when the entry is not allowed, or the file is not a zip archive
     bool next();
 
     /// The name without "./" in front and without a slash at the end.
@@ -32,10 +32,10 @@ public:
 
     using UseBlock = std::function<void(const void* data, std::size_t size)>;
     /// Reads the whole current file.
-    /// @throw Refusal when its sum or its size is wrong, or when the archive ends too early
+    /// @throw Refusal when its checksum or size is wrong, or the archive ends too early
     void read(const UseBlock& use);
 
-    /// Refuses the package for its current entry.
+    /// Refuses the package because of its current entry.
     [[noreturn]] void refuse(const std::string& objection) const;
 
 private:

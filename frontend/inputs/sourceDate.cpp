@@ -9,7 +9,7 @@
 
 namespace velacreate {
 namespace {
-// An archive's times begin with 1980 and end with 2107; those of an image reach further.
+// A zip archive can hold times from 1980 to 2107. The range of an image is larger.
 constexpr std::uint64_t EARLIEST = 315532800;
 constexpr std::uint64_t LATEST = 4354819198;
 
@@ -22,7 +22,7 @@ bool isSourceDate(const std::string& text) {
 } // namespace
 
 void requireSourceDate() {
-    const char* const date = std::getenv("SOURCE_DATE_EPOCH"); // NOLINT(concurrency-mt-unsafe): none sets it
+    const char* const date = std::getenv("SOURCE_DATE_EPOCH"); // NOLINT(concurrency-mt-unsafe): no setenv()
     if (date != nullptr && !isSourceDate(date)) {
         throw Refusal("SOURCE_DATE_EPOCH is " + quote(date) + ", and no number of seconds from " +
                       std::to_string(EARLIEST) + " (the year 1980) to " + std::to_string(LATEST) + " (2107)");

@@ -1,5 +1,5 @@
 /// @file
-/// The time in images and network-boot directories that can be made again bit for bit.
+/// SOURCE_DATE_EPOCH, the time in reproducible images and network-boot directories.
 #pragma once
 
 namespace velacreate {

@@ -17,7 +17,7 @@ namespace velacreate {
 namespace {
 constexpr const char* BOOT = "boot";
 
-/// Small, since each skipped entry is followed by a whole block.
+/// Small, because a whole block is read after each skipped entry.
 constexpr std::size_t BLOCK_FOR_HEADERS = 16 << 10;
 
 using Entries = std::map<std::string, ToolPackage::Entry>;
@@ -31,7 +31,6 @@ Descriptor openedFile(const std::string& path) {
     return file;
 }
 
-/// Whether the job needs it.
 bool isWanted(const std::string& name, CloneImages cloneImages) {
     return topOf(name) == BOOT || (cloneImages == CloneImages::wanted && isCloneImage(name));
 }
@@ -50,7 +49,7 @@ void checkTop(const PackageReader& reader) {
     }
 }
 
-/// All entries of a package, without two of one name.
+/// All entries of a package, with unique names.
 class Listing {
 public:
     void add(const PackageReader& reader) {
@@ -79,7 +78,7 @@ public:
         return result;
     }
 
-    /// @return the folder with the boot directory, when that is one level too deep
+    /// @return the folder with the boot directory, when that is one level too deep; else empty
     std::string wrapper() const {
         for (const auto& [name, entry] : m_all) {
             const std::vector<std::string> parts = partsOf(name);
@@ -92,10 +91,10 @@ public:
 
 private:
     Entries m_all;
-    std::set<std::string> m_named; ///< without directories that only paths name
+    std::set<std::string> m_named; ///< without directories that occur only in paths of files
 };
 
-/// Whether it gets on a medium. "boot/*" does not match names that begin with a dot.
+/// Whether it is copied to a medium: "boot/*" does not match names that begin with a dot.
 bool isBootFile(const std::string& name) {
     const std::vector<std::string> parts = partsOf(name);
     return parts.size() > 1 && parts[0] == BOOT && parts[1].front() != '.';
@@ -112,7 +111,6 @@ void requireBoot(const Listing& listing, const Entries& wanted, const std::strin
     throw Refusal(packageText(path) + (wanted.count(BOOT) > 0 ? " has nothing in boot/" : " has no boot/"));
 }
 
-/// Writes entries into a new archive.
 class Rewriter {
 public:
     explicit Rewriter(const Descriptor& output) : m_archive(beginZip(output)), m_entry(archive_entry_new()) {}

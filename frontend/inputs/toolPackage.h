@@ -16,11 +16,11 @@ class PackageReader;
 /// Only jobs of keys need the clone images.
 enum class CloneImages { wanted, unwanted };
 
-/// A zip archive from somebody else. It is held open, and libarchive checks its entries. What is unpacked
-/// later is an archive that velacreate has written itself from these entries: programs read a damaged archive
-/// in different ways, so a check of the original would prove nothing.
+/// A zip archive from someone else. It is held open, and libarchive checks its entries. The library unpacks
+/// only a new archive, which velacreate writes from these entries: programs read a malformed archive in
+/// different ways, so a check of the original would prove nothing.
 ///
-/// Only "boot" is used, and the clone images where they are wanted.
+/// Only "boot" is used, and the clone images if they are wanted.
 class ToolPackage {
 public:
     struct Entry {
@@ -28,47 +28,46 @@ public:
         bool isDirectory;
     };
 
-    /// Opens it and checks the headers of all entries.
-    ///
-    /// Refused are: another file than a zip archive; an entry that is neither a file nor a directory, or is
-    /// encrypted; a name that is absolute, empty, too long, not in UTF-8, of more than 64 parts, with "..",
-    /// ";", a control character or a backslash (other systems write one for a slash), or with "-" at the
-    /// beginning of one of its first two parts; a file of more than 1 TiB; two entries with one name; a
-    /// top-level name of the job (see names.h) except "boot" and the clone images; a package without "boot/"
-    /// or with an empty one. The message names the package and the entry. A "boot" one level too deep has a
-    /// message of its own.
+    /// Opens the package and checks the headers of all entries.
+    /// Refuses a file that is not a zip archive; an entry that is encrypted, or is neither a file nor a
+    /// directory; a name that is absolute, empty, too long, not UTF-8, has more than 64 parts, contains "..",
+    /// ";", a control character or a backslash (other systems write it instead of a slash), or has "-" at the
+    /// beginning of its first or second part; a file of more than 1 TiB; two entries with the same name; a
+    /// top-level name of the job (see names.h) except "boot" and the clone images; a package with no "boot/"
+    /// or an empty one. The message names the package and the entry. It says when "boot" is one level too
+    /// deep.
     /// @throw Refusal
     ToolPackage(const std::string& path, CloneImages cloneImages);
 
-    /// All that is used, by name without a slash at the end, such as "boot/grub.cfg". Directories are
-    /// included that only the paths of files name.
+    /// The entries that are used, by name without a slash at the end, such as "boot/grub.cfg". Directories
+    /// that occur only in paths of files are included.
     const std::map<std::string, Entry>& entries() const { return m_entries; }
 
     /// Refuses a package without this file, such as "boot/efibootimg".
     /// @param purpose  for the message, such as "a UEFI image starts from it"
     void requireFile(const std::string& name, const std::string& purpose) const;
 
-    /// The size of all that is used.
+    /// The size of all used entries.
     std::uint64_t unpackedSize() const;
 
-    /// As the user named it.
+    /// The path as the user wrote it.
     const std::string& path() const { return m_path; }
 
     /// Whether a file is this package.
     bool isFile(const struct stat& other) const { return isSameFile(m_found, other); }
 
-    /// Writes all that is used as a new zip archive without compression, with times and modes; the owner may
-    /// always read and write. Reads the whole package, sums included, and checks each entry again.
+    /// Writes the used entries as a new, uncompressed zip archive, with times and modes; the owner may always
+    /// read and write. Reads the whole package, including checksums, and checks each entry again.
     /// @throw Refusal when the package is damaged or has changed; Failure when the output cannot be written
     void writeTo(const Descriptor& output, const Advance& advance) const;
 
-    /// Unpacks "boot" into a directory, for the owner only, with the same checks.
+    /// Unpacks "boot" into a directory with the same checks. Only the owner may read and write the files.
     /// @throw as above
     void unpackTo(const Descriptor& directory, const Advance& advance) const;
 
 private:
     /// Reads the whole package.
-    /// @param cloneImages whether they are passed on beside "boot"
+    /// @param cloneImages  whether they are passed on too
     void readWhole(CloneImages cloneImages, const std::function<void(PackageReader& reader)>& use) const;
 
     std::string m_path;

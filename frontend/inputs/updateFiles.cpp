@@ -14,7 +14,7 @@
 
 namespace velacreate {
 namespace {
-/// A file may have become a FIFO; O_NONBLOCK keeps the open from waiting for a writer.
+/// The file may have been replaced by a FIFO; O_NONBLOCK keeps the open from waiting for a writer.
 constexpr int TO_READ = O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY;
 
 std::string named(const std::string& source) {
@@ -47,11 +47,10 @@ void requirePlace(const std::string& place, const std::string& source) {
 
 using Entries = std::map<std::string, UpdateFiles::Entry>;
 
-/// Finds the chosen files.
 class Search {
 public:
     /// @param where  the directory, for messages
-    /// @param whole to which all chosen directories are added
+    /// @param whole  gets all directories that are copied with their content
     Search(int directory, std::string where, Entries& entries, std::vector<struct stat>& whole)
         : m_directory(directory), m_where(std::move(where)), m_tree(directory), m_entries(entries),
           m_whole(whole) {}
@@ -99,7 +98,7 @@ private:
         throw Refusal(SystemError().about(named(source) + (isMissing ? " is not in " + quote(m_where) : "")));
     }
 
-    /// The directories of a file that was named by its path.
+    /// Adds the directories above a chosen file.
     void addAncestors(const std::string& place, const std::string& source) {
         for (const std::string& ancestor : ancestorsOf(place)) {
             const auto known = m_entries.find(ancestor);

@@ -12,7 +12,7 @@
 namespace velacreate {
 
 /// Files and directories below one directory, which is held open and only read. Its owner may change it at
-/// any time, so it is entered only through the open descriptor, and links are not followed.
+/// any time, so files are opened only through the open descriptor, and never through links.
 class UpdateFiles {
 public:
     struct Entry {
@@ -23,33 +23,31 @@ public:
     };
 
     /// Finds all chosen files.
+    /// On the medium, a file has its path below the directory, and a chosen directory has its last name, as
+    /// the library copies them. A path may be relative to the directory, or absolute and below it, by its
+    /// given or its real name. A slash at the end and repeated names are allowed.
     ///
-    /// The library copies a file to its path below the directory, and a directory to its last name. A path
-    /// may be relative to the directory, or absolute and below it. A slash at the end and repeated names are
-    /// allowed.
-    ///
-    /// Refused are: a path that does not exist, lies elsewhere, has "..", or is the directory itself;
-    /// anything but files and directories; what cannot be read; two files with one place on the medium; a
-    /// name with a control character; a place that begins with "-", with a name of the job (see names.h), or
-    /// with a name that holds a double quote, "$", a backquote or a backslash, which no command can hold.
+    /// Refuses a path that does not exist, lies elsewhere, contains "..", or is the directory itself;
+    /// anything but files and directories; what cannot be read; two files with the same place on the medium;
+    /// a name with a control character; a top-level name that begins with "-", is used by the job (see
+    /// names.h), or contains a double quote, "$", a backquote or a backslash, which the library cannot quote.
     /// @throw Refusal
     UpdateFiles(const std::string& directory, const std::vector<std::string>& chosen);
 
-    /// By place on the medium, with the directories of each place.
+    /// By place on the medium, including the directories above each place.
     const std::map<std::string, Entry>& entries() const { return m_entries; }
 
     /// The top-level names of all places, for the library.
     std::vector<std::string> topLevel() const;
 
-    /// The number of files, also in directories.
+    /// The number of files, including those in directories.
     std::size_t fileCount() const;
     std::uint64_t totalSize() const;
 
     /// Whether a file is one of them.
     bool contain(const struct stat& other) const;
 
-    /// Whether an open directory is chosen, or lies in a chosen one. The directories of a chosen file are not
-    /// chosen.
+    /// Whether an open directory was chosen or lies in a chosen one. Output made there would be copied too.
     bool hold(const struct stat& directory) const;
 
     /// Copies all files to their places below a directory. They keep their time and the owner's right to
@@ -60,7 +58,7 @@ public:
 private:
     Descriptor m_directory;
     std::map<std::string, Entry> m_entries;
-    std::vector<struct stat> m_whole; ///< that are chosen with all that is in them
+    std::vector<struct stat> m_whole; ///< the directories that are copied with their content
 };
 
 } // namespace velacreate
