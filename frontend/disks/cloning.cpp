@@ -20,8 +20,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::uint64_t LARGEST_KEY =
-    0xfffffffeULL * 512;                   // sectors are counted in 32 bits, one value means none
-constexpr const char* SECTOR_SIZE = "512"; // that its table counts in
+    0xfffffffeULL * 512;                   // sector counts have 32 bits; the largest means unknown
+constexpr const char* SECTOR_SIZE = "512"; // the unit of the partition table
 
 /// A limit for a disk that ignores writes and keeps its signatures.
 constexpr int MOST_SIGNATURES = 1000;
@@ -85,7 +85,7 @@ void wipeSignatures(const Descriptor& device) {
 }
 
 void cloneTo(const Descriptor& device, const Descriptor& image, const Advance& advance) {
-    if (lseek(device.number(), 0, SEEK_SET) != 0) { // it may have been read from
+    if (lseek(device.number(), 0, SEEK_SET) != 0) { // earlier reads may have moved the offset
         throw Failure(SystemError().about("the beginning of the disk"));
     }
     // Flushed piece by piece, so that progress counts only bytes that are on the disk.

@@ -12,16 +12,15 @@ namespace velacreate {
 
 /// @param cloneImage  the name of the image in the package
 /// @return why a clone image cannot make the disk a key; empty when it can
-///
 /// - "is smaller than 'init1.img' of the package (64.0 MiB)"
 /// - "is too large: a key has less than 2 TiB"
 /// - "has sectors of 4096 bytes, which a key cannot have"
 std::string eraseIneligibilityReason(const Disk& disk, const std::string& cloneImage,
                                      std::uint64_t imageSize);
 
-/// Opens the disk that is already open for writing, even if its name belongs to another disk by now. Nothing
-/// of the disk can be mounted while it is open.
-/// @throw Failure, also when something of it is mounted anywhere
+/// Opens an open disk again for writing, even if its name belongs to another disk by now. While it is open,
+/// nothing on the disk can be mounted.
+/// @throw Failure, also when something on it is mounted anywhere
 Descriptor openToWrite(const Descriptor& disk);
 
 /// Removes all signatures of file systems, RAIDs and partition tables, also those at the end of the disk,
@@ -30,7 +29,7 @@ Descriptor openToWrite(const Descriptor& disk);
 /// @throw Failure
 void wipeSignatures(const Descriptor& device);
 
-/// Writes an image to the beginning of a device, and flushes. Both were just opened.
+/// Writes a newly opened image to the beginning of a device, and flushes it.
 /// @throw Failure
 void cloneTo(const Descriptor& device, const Descriptor& image, const Advance& advance);
 

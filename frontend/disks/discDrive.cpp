@@ -25,7 +25,7 @@ std::string pathOf(const std::string& name) {
     return isStandIn(name) ? name.substr(STAND_IN.size()) : name;
 }
 
-/// A drive that does not know its state, and a device that is no drive, count as loaded.
+/// A drive that does not know its state counts as loaded, and so does a device that is not a drive.
 int stateOf(const Descriptor& drive) {
     const int state = ioctl(drive.number(), CDROM_DRIVE_STATUS, CDSL_CURRENT);
     return state < 0 || state == CDS_NO_INFO ? CDS_DISC_OK : state;
@@ -76,7 +76,7 @@ std::string DiscDrive::lacksDisc() const {
     return lackText(stateOf(m_drive), m_name);
 }
 
-// A tray without a motor stays open, and a drive may call a disc missing that it has just taken in.
+// A tray without a motor stays open. A drive may report a missing disc for a while after its tray was closed.
 std::string DiscDrive::takeDiscIn() const {
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + 60s;

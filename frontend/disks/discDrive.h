@@ -8,14 +8,13 @@
 
 namespace velacreate {
 
-/// A drive or another block device; or a file, named by "stdio:" and its path. The last two always have a
-/// disc.
+/// A drive, another block device, or a file named by "stdio:" and its path. The last two always have a disc.
 class DiscDrive {
 public:
-    /// Whether a name is one of these. Burners also have notations of their own.
+    /// Whether a name has one of these forms. Burners also have other notations.
     static bool isNode(const std::string& name);
 
-    /// Whether the drive of this name would be this file.
+    /// Whether a drive's name leads to this file.
     static bool isFile(const std::string& name, const struct stat& file);
 
     /// @throw Refusal when it cannot be opened, or is no drive
@@ -29,15 +28,15 @@ public:
     /// Whether the kernel knows that the drive cannot burn.
     bool isReadOnly() const;
 
-    /// @return why there is no disc to read or burn: "there is no disc in the drive '/dev/sr0'"; empty when
-    /// there is one, or when the drive does not say
+    /// @return why there is no disc to read or burn, such as "there is no disc in the drive '/dev/sr0'";
+    /// empty when there is one or the drive does not say
     std::string lacksDisc() const;
 
     /// Closes the tray if necessary, and waits until the drive is ready.
     /// @return as above
     std::string takeDiscIn() const;
 
-    /// Opens the disc that is in the drive now. Nothing that was cached of an earlier one is read.
+    /// Opens the disc that is in the drive now, without data cached from an earlier disc.
     /// @throw Refusal
     Descriptor openDisc() const;
 

@@ -16,7 +16,7 @@
 
 namespace velacreate {
 namespace {
-/// Opened for reading only: udev scans a disk again when a descriptor for writing is closed.
+/// Opens for reading only: udev scans a disk again when a descriptor for writing is closed.
 Descriptor openDisk(const std::string& node, int flags) {
     return Descriptor(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | flags));
 }
@@ -67,11 +67,11 @@ DiskLock::DiskLock(const Disk& disk) : m_disk(disk), m_descriptor(openDisk(disk.
 }
 
 void DiskLock::unmount() const {
-    // The last mount may lie on the others. Mounts are shared, so unmounting one may remove others.
+    // The last mount may be on top of the others. Mounts are shared, so unmounting one may remove others.
     for (auto places = mountedPlaces(m_disk); !places.empty(); places = mountedPlaces(m_disk)) {
         unmountPlace(places.back());
     }
-    // Mounts in another mount namespace are not listed, but they keep the disk from being claimed.
+    // Mounts in other mount namespaces are not listed, but O_EXCL fails because of them.
     if (openDisk(m_disk.node(), O_EXCL).isOpen()) {
         return;
     }

@@ -1,5 +1,5 @@
 /// @file
-/// A key is locked from the question until its job has ended.
+/// Locks a key from the question to the user until its job has ended.
 #pragma once
 
 #include "disks/disks.h"
@@ -7,9 +7,9 @@
 
 namespace velacreate {
 
-/// Keeps a whole disk open and locked (flock). While it is open, the kernel gives its name to no other disk,
-/// so a job on a swapped stick fails and does not overwrite the other stick. The lock keeps udev,
-/// automounters and a second job away.
+/// Keeps a whole disk open and locked (flock). While it is open, the kernel gives its name to no other disk:
+/// if the stick is swapped, the job fails and does not overwrite the other stick. The lock keeps udev,
+/// automounters and other jobs away.
 class DiskLock {
 public:
     /// @throw Refusal when it cannot be opened, is another disk by now, or is locked by another program
@@ -18,13 +18,12 @@ public:
     const Disk& disk() const { return m_disk; }
     const Descriptor& descriptor() const { return m_descriptor; }
 
-    /// Unmounts all that is mounted of it.
-    /// @throw Refusal when a place is busy or covered by another mount, naming it; or when something out of
-    /// sight keeps the disk, such as a mount in another namespace
+    /// Unmounts everything on the disk.
+    /// @throw Refusal when a mount point is busy or covered by another mount, or when the disk is in use
+    /// elsewhere, such as in another mount namespace
     void unmount() const;
 
-    /// Sectors of 512 bytes that were written to and read from the whole disk so far; 0 when the disk is
-    /// gone.
+    /// Sectors of 512 bytes written to and read from the whole disk so far; 0 when the disk is gone.
     struct Traffic {
         std::uint64_t written;
         std::uint64_t read;

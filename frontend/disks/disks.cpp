@@ -31,8 +31,7 @@ std::uint64_t sizeOf(const fs::path& directory) {
     return sectors.empty() ? 0 : std::stoull(sectors) * SECTOR_SIZE;
 }
 
-/// The kernel does not call a card in a built-in reader removable. An eMMC, which is soldered in, has another
-/// type.
+/// The kernel does not report a card in a built-in reader as removable. A soldered eMMC has another type.
 bool holdsRemovable(const fs::path& directory) {
     return attribute(directory / "removable") == "1" || attribute(directory / "device/type") == SD_CARD;
 }
@@ -114,7 +113,7 @@ DiskDescription describe(const Disk& disk) {
     DiskDescription about;
     about.size = sizeOf(directory);
     about.model = firstOf({device / "model", device / "name"});
-    // Without a model, this is the number of a bus.
+    // Without a model, the vendor is the number of a bus.
     about.vendor = fs::exists(device / "model") ? firstOf({device / "vendor"}) : "";
     about.serial = firstOf({device / "serial", directory / "serial"});
     if (const auto usb = usbDevice(directory); !usb.empty()) {

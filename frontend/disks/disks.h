@@ -33,7 +33,7 @@ struct DiskDescription {
     std::string port;       ///< such as "usb 1-2"
     std::uint64_t size = 0; ///< in bytes
 
-    /// Vendor and model in one.
+    /// Vendor and model.
     std::string name() const;
 };
 
@@ -44,7 +44,7 @@ Disk wholeDisk(const std::string& path);
 /// @return the removable disks and the USB disks with a medium, by name; no optical drives
 std::vector<Disk> removableDisks();
 
-/// Whether the medium is removable, as in a stick or an SD card. That of a USB hard disk is not.
+/// Whether the medium is removable, such as a stick or an SD card, but not a USB hard disk.
 bool isRemovableMedium(const Disk& disk);
 
 DiskDescription describe(const Disk& disk);
@@ -55,7 +55,7 @@ dev_t partitionNumber(const Disk& disk, int partition);
 /// @return the size of a partition in bytes; 0 when there is none
 std::uint64_t partitionSize(const Disk& disk, int partition);
 
-/// A mount of a disk, or of a device on top of it.
+/// A mount of a disk, or of a device on top of it, such as LVM.
 struct MountedPlace {
     std::string place;
     dev_t device;

@@ -10,7 +10,7 @@
 
 namespace velacreate {
 namespace {
-/// What a machine runs from, beside "/". The last five are for live systems.
+/// Directories of the running system, in addition to "/". The last five are for live systems.
 constexpr std::array SYSTEM_PLACES = {"/boot",        "/efi",      "/usr",  "/home",     "/var",
                                       "/opt",         "/srv",      "/nix",  "/run/live", "/run/initramfs",
                                       "/run/archiso", "/lib/live", "/cdrom"};
@@ -28,8 +28,7 @@ bool isRemovable(const Disk& disk) {
                        [&](const Disk& other) { return other.number == disk.number; });
 }
 
-/// @return a device mapper or RAID device on top of the disk or of one of its partitions; empty when there is
-/// none
+/// @return a device mapper or RAID device on the disk or on one of its partitions; empty when there is none
 std::string holder(const std::filesystem::path& directory) {
     for (const auto& above : entriesOf(directory / "holders")) {
         return above.filename();

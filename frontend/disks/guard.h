@@ -8,11 +8,9 @@
 
 namespace velacreate {
 
-/// Stacks (LVM, RAID, encryption, loop devices over files, btrfs over several disks) are followed down to the
-/// disks.
-/// @param anyDisk whether the disk may be neither removable nor on USB
+/// Follows stacks (LVM, RAID, encryption, loop devices, btrfs over several disks) down to the disks.
+/// @param anyDisk  whether the disk may be neither removable nor on USB
 /// @return why the disk must not become a key; empty when it may
-///
 /// - "has no medium in it"
 /// - "is neither removable nor on USB (--any-disk lets it)"
 /// - "carries '/home' of this machine", "carries swap space of this machine"

@@ -20,7 +20,7 @@ std::string valueOf(const Probe& probe, const char* name) {
     return blkid_probe_lookup_value(probe.get(), name, &value, nullptr) == 0 ? value : "";
 }
 
-/// A label is a text of unknown origin.
+/// A label may be any text.
 std::string labelText(const std::string& label) {
     auto text = printable(label);
     std::size_t end = 0;

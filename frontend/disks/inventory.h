@@ -8,11 +8,10 @@
 
 namespace velacreate {
 
-/// Partitions are listed in order, with their number where it differs from their position.
-///
+/// Lists partitions in order, with their number if it differs from their position.
 /// - "GPT: vfat 'BOOT', ext4", "MBR: vfat 'KEY' on 4", "MBR: no partition"
 /// - "vfat 'STICK', no partition table"
-/// - "blank", or "unrecognised" when there is something
+/// - "blank", or "unrecognised" when there is unknown data
 /// - "not readable", or "unknown" when the user may not read it
 std::string contentOf(const Disk& disk);
 

@@ -14,7 +14,7 @@ namespace velacreate {
 using Probe = std::unique_ptr<blkid_struct_probe, decltype(&blkid_free_probe)>;
 
 /// @param offset  in bytes, like the size
-/// @param size 0 for everything behind the offset
+/// @param size    0 for everything from the offset on
 /// @return none when the disk has no such part
 inline Probe probeOf(const Descriptor& disk, std::uint64_t offset = 0, std::uint64_t size = 0) {
     Probe probe(blkid_new_probe(), blkid_free_probe);

@@ -75,7 +75,7 @@ public:
         }
     }
 
-    /// The file may have been deleted; its path is looked up among the mounts.
+    /// Looks the path up among the mounts, because the file may have been deleted.
     void addFile(const std::string& path) {
         if (const auto device = blockDevice(path); device != 0) {
             addDevice(deviceDirectory(device));

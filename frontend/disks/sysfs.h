@@ -10,15 +10,13 @@
 
 namespace velacreate {
 
-/// @return the directory of a block device, with links resolved; a path that does not exist when there is
-/// none
+/// @return the directory of a block device, with links resolved; a path that does not exist if there is none
 std::filesystem::path deviceDirectory(dev_t device);
 
 /// @return the number of the device in a directory; 0 when there is none
 dev_t deviceNumber(const std::filesystem::path& directory);
 
-/// @return the directory of the USB device that a block device belongs to, such as ".../usb1/1-2"; empty when
-/// there is none
+/// @return the directory of a block device's USB device, such as ".../usb1/1-2"; empty when there is none
 std::filesystem::path usbDevice(std::filesystem::path directory);
 
 /// @return the text of a file without the white space around it; empty when it cannot be read
