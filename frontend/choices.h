@@ -1,5 +1,5 @@
 /// @file
-/// What a user may choose for each command.
+/// The options of each command.
 #pragma once
 
 #include <string>

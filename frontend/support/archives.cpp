@@ -37,8 +37,7 @@ Archive beginZip(const Descriptor& output) {
     return handle;
 }
 
-// The file is opened again, for a place in it that is nobody else's: jobs are processes that share the
-// descriptors they were started with.
+// Opens the file again for a file offset of its own, because processes of jobs share inherited descriptors.
 ArchiveReader::ArchiveReader(const Descriptor& file, Format format, std::size_t blockSize)
     : m_file(open(file.path().c_str(), O_RDONLY | O_CLOEXEC)), m_archive(archive_read_new()) {
     check(m_file.isOpen()).orFail("opening an archive again");

@@ -33,7 +33,7 @@ class ArchiveReader {
 public:
     enum class Format { zip, iso9660 };
 
-    /// @param blockSize  how much is read at a time, also after a skip
+    /// @param blockSize  bytes per read, also after a skipped entry
     /// @throw Failure
     ArchiveReader(const Descriptor& file, Format format, std::size_t blockSize);
 

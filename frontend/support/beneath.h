@@ -8,11 +8,11 @@
 
 namespace velacreate {
 
-/// Opens files like openBeneath(), and keeps the directory of the last file open: each of a thousand files in
-/// one directory then costs only a look-up of its last name.
+/// Opens files like openBeneath(), but keeps the directory of the last file open. For a thousand files in one
+/// directory, each open then looks up only the last name.
 class Beneath {
 public:
-    /// @param top must stay open
+    /// @param top  must stay open
     explicit Beneath(int top) : m_top(top) {}
 
     /// @return closed, with errno set, when it cannot be opened

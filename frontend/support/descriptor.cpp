@@ -42,7 +42,6 @@ bool needsBuffer() {
     return errno == EXDEV || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP || errno == EPERM;
 }
 
-/// A copy that is being made.
 struct Copy {
     int from;
     const Descriptor& to;
@@ -75,7 +74,7 @@ void copyByBuffer(Copy& copy) {
     }
 }
 
-/// When a buffer is needed for the rest, both files are at the position that was reached.
+/// Returns early when the rest needs a buffer. Both files are then at the position that was reached.
 void copyByKernel(Copy& copy) {
     while (copy.left > 0) {
         const ssize_t count = copy_file_range(copy.from, nullptr, copy.to.number(), nullptr,
@@ -122,7 +121,7 @@ std::string Descriptor::path() const {
 }
 
 namespace {
-/// A file may have a lease whose holder may give it up when asked. Each trial is a millisecond later.
+/// A file may have a lease, which its holder may give up when asked. There is a millisecond between trials.
 constexpr int TRIALS = 1000;
 
 Descriptor openResolved(int directory, const std::string& path, int flags, unsigned mode,

@@ -11,10 +11,10 @@
 
 namespace velacreate {
 
-/// Called with the bytes that have been done.
+/// Called with the number of bytes that were processed since the last call.
 using Advance = std::function<void(std::uint64_t bytes)>;
 
-/// The size of buffers. Two of them fit into a processor's cache.
+/// The size of buffers. Two of them fit into a processor core's cache.
 constexpr std::size_t BLOCK_SIZE = 128 << 10;
 
 /// Owns an open file descriptor, or none.
@@ -53,21 +53,19 @@ struct NamedDirectory {
 /// @throw Refusal
 std::string absolutePath(const std::string& path);
 
-/// Opens what is below a directory. A path that leads out of it or over a link is not opened. O_CLOEXEC is
-/// added.
+/// Opens a path below a directory, but none that leads out of it or through a link. Adds O_CLOEXEC.
 /// @return closed, with errno set, when it cannot be opened
 Descriptor openBeneath(int directory, const std::string& path, int flags, unsigned mode = 0);
 
-/// The same, but what is mounted below the directory is not opened either.
+/// The same, but does not cross mount points either.
 Descriptor openWithin(int directory, const std::string& path, int flags, unsigned mode = 0);
 
-/// Opens a file to add to its end, and makes it when it is missing. Only files and devices are opened, over
-/// no link.
+/// Opens a file for appending, and creates it if missing. Refuses links and all but files and devices.
 /// @param kind  for the message, such as "the log file"
 /// @throw Refusal
 Descriptor openToAdd(const std::string& kind, const std::string& path);
 
-/// As pread(), but repeats until all is read. Fewer bytes are the end of the file.
+/// Like pread(), but repeats until all bytes are read. Fewer bytes mean the end of the file.
 ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset);
 
 /// Writes all bytes.
@@ -78,16 +76,15 @@ void writeAll(const Descriptor& to, const char* data, std::size_t size, const st
 /// Whether both are the same file, by device and number.
 bool isSameFile(const struct stat& one, const struct stat& other);
 
-/// Whether a file is the one that was found before, and has not been written to or changed otherwise since.
+/// Whether a file is the same as before and has not been changed since.
 bool isUnchanged(const struct stat& found, const struct stat& now);
 
-/// Calls a function with the name of each entry of a directory but "." and "..", in no order. The descriptor
-/// itself is not read from.
+/// Calls a function with each entry's name except "." and "..", in any order. Keeps the descriptor's offset.
 /// @throw Failure
 void forEachEntry(int directory, const std::function<void(const std::string& name)>& use);
 
-/// Copies a file's content into a new file, both just opened; cloned where the file system can, and no more
-/// than it has at the start, also when the file grows meanwhile. Tells of the bytes as they come.
+/// Copies a file's content into a new file, both just opened. Clones it if the file system can. Copies no
+/// more than the file's size at the start, even if the file grows meanwhile.
 /// @throw Failure, with the name in its text
 void copyContent(const Descriptor& from, const Descriptor& to, const std::string& name,
                  const Advance& advance);

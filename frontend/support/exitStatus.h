@@ -17,7 +17,7 @@ struct ExitStatus {
     const char* nextStep; ///< a sentence; may be empty
 };
 
-/// @return the entry of a status, also for an unknown one
+/// @return the entry of a status; for an unknown status, an entry that says so
 const ExitStatus& exitStatus(int status);
 
 /// @return a line for each status

@@ -19,8 +19,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// The reason of a system call that has just failed. It is taken at once, since errno may change while a
-/// message is built.
+/// The reason of a failed system call. Reads errno at once, because building a message may change it.
 class SystemError {
 public:
     SystemError();

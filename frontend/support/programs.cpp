@@ -48,7 +48,7 @@ std::string advice(const std::string& program) {
     return "";
 }
 
-/// A program reads nothing, and writes both outputs to one place.
+/// Standard input is empty. Standard output and standard error go to the same file.
 class Streams {
 public:
     explicit Streams(int output) {
@@ -106,8 +106,7 @@ std::string contentOf(const Descriptor& file) {
 }
 } // namespace
 
-// A file in memory takes the output, and not a pipe: a process that the program leaves behind would keep a
-// pipe open.
+// The output goes to a file in memory: a background process of the program would keep a pipe open.
 ProgramResult runProgram(const std::vector<std::string>& command) {
     const Descriptor output(memfd_create("output", MFD_CLOEXEC));
     check(output.isOpen()).orFail("a file for a program's output");

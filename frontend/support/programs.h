@@ -21,7 +21,7 @@ ProgramResult runProgram(const std::vector<std::string>& command);
 /// @throw Refusal "WHAT takes root's rights; ..." for any other user
 void requireRoot(const std::string& what);
 
-/// @throw Refusal with the Debian package of a program that is missing
+/// @throw Refusal with the Debian package of a missing program
 void requirePrograms(const std::vector<const char*>& names);
 
 } // namespace velacreate

@@ -1,5 +1,5 @@
 /// @file
-/// Numbers and times in words.
+/// Numbers and times as text.
 #pragma once
 
 #include <cstdint>

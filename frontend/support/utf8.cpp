@@ -7,7 +7,7 @@
 
 namespace velacreate {
 namespace {
-/// Kept, since making one reads files.
+/// Kept, because creating a locale reads files.
 locale_t utf8() {
     static const locale_t LOCALE = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     if (LOCALE == nullptr) {

@@ -1,12 +1,12 @@
 /// @file
-/// UTF-8, in any locale of the user's.
+/// UTF-8 text, in any locale.
 #pragma once
 
 #include <cstddef>
 #include <optional>
 #include <string>
 
-#include <locale.h> // NOLINT(modernize-deprecated-headers): locale_t and uselocale are of this one
+#include <locale.h> // NOLINT(modernize-deprecated-headers): declares locale_t and uselocale
 
 namespace velacreate {
 
@@ -22,14 +22,13 @@ private:
     locale_t m_before;
 };
 
-/// Reads a character of a text.
-/// @return its length in bytes; 0 for a NUL or an invalid byte
+/// @return the length in bytes of the character at a position; 0 for a NUL or an invalid byte
 std::size_t readCharacter(const std::string& text, std::size_t at, wchar_t& character);
 
 /// Whether it is a control character, also beyond ASCII.
 bool isControl(wchar_t character);
 
-/// Whether it changes the direction of text, or breaks the line.
+/// Whether it changes the direction of text or breaks the line.
 bool isLayout(wchar_t character);
 
 /// @return the characters of a text; none when it is not UTF-8
