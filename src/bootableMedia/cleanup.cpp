@@ -8,7 +8,7 @@ namespace VelaCreation {
 
 namespace {
 
-/// One plain word: not a home directory's, a comment's or an option's beginning either.
+/// At the beginning, "~" means a home directory, "#" a comment and "-" an option.
 bool isSingleShellWord(const std::string& entry) {
     return entry.find_first_of("~#-") != 0 &&
            entry.find_first_of(" \t\n\v\f\r'\"\\;&|<>()$`") == std::string::npos;

@@ -5,8 +5,8 @@
 
 namespace VelaCreation {
 
-/// Puts errno back at the end of a scope, so that reporting or tidying up after a failed call does not hide
-/// its error from a message that is still to come.
+/// Restores errno at the end of a scope, so that logging or cleaning up after a failed call does not change
+/// the error of a later message.
 class KeepErrno {
 public:
     KeepErrno() = default;

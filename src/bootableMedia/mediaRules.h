@@ -1,5 +1,5 @@
 /// @file
-/// What the workflows do to media, for the workflows themselves and for whoever judges a medium.
+/// What the workflows copy to media and remove from them. Code that checks media uses the same rules.
 #ifndef VELACREATION_MEDIARULES_H
 #define VELACREATION_MEDIARULES_H
 
@@ -37,8 +37,7 @@ constexpr const char* STAGE_BLANKING = "Blanking the CD/DVD media";
 constexpr const char* STAGE_BURNING = "Burning the CD/DVD media";
 /// @}
 
-/// A name at the top of a medium that does not stay there: removed by "rm -f", which leaves a directory
-/// alone, or by "rm -rf".
+/// A name to remove from the top level of a medium, by "rm -rf" or by "rm -f", which keeps directories.
 struct Removal {
     const char* name;
     bool isRecursive;
@@ -49,7 +48,7 @@ constexpr std::array<Removal, 2> IMAGE_REMOVALS = {{{"pxelinux.cfg", true}, {"px
 constexpr std::array<Removal, 4> KEY_REMOVALS = {
     {{"pxelinux.cfg", true}, {"pxelinux.0", false}, {"boot.catalog", false}, {"isolinux.bin", false}}};
 
-/// From the archive beside the boot files. It is not the list of those: grub.cfg stays in the archive.
+/// Removed from a network-boot archive. Differs from NETBOOT_FILES: grub.cfg stays in the archive.
 constexpr std::array<Removal, 14> ARCHIVE_REMOVALS = {{{"pxelinux.cfg", true},
                                                        {"img2a", false},
                                                        {"img3a", false},
@@ -65,15 +64,15 @@ constexpr std::array<Removal, 14> ARCHIVE_REMOVALS = {{{"pxelinux.cfg", true},
                                                        {"boot", false},
                                                        {"EFI", false}}};
 
-/// The boot files that lie in a network-boot directory beside the archive: a machine fetches them one by one,
-/// before it can read an archive.
+/// The boot files beside the archive of a network-boot directory. A machine fetches them one by one, before
+/// it can read an archive.
 constexpr std::array<const char*, 9> NETBOOT_FILES = {"grub.cfg",   "img2a",       "img3a",
                                                       "pxelinux.0", "ksrootfs",    "bsb1.lss",
                                                       "bsb.msg",    "unicode.pf2", "splash.xpm.gz"};
-constexpr const char* NETBOOT_LOADER = "pxelinux.0"; ///< the first of them that a machine fetches
+constexpr const char* NETBOOT_LOADER = "pxelinux.0"; ///< the first file that a machine fetches
 constexpr const char* NETBOOT_ARCHIVE = "ks.zip";    ///< all other files
 
-/// The working files that removeTempFilesAndDirs() removes from the working directory by "rm -f", in order.
+/// The working files that removeTempFilesAndDirs() removes by "rm -f", in this order.
 inline std::array<std::string, 14> removedWorkingFiles() {
     using Media = BootableMedia;
     return {Media::MINIUNZ_TOOL_NAME, Media::IMAGE_1,           Media::IMAGE_2,
@@ -94,18 +93,18 @@ inline const std::string& cloneImageFor(std::int64_t capacity) {
                                              : BootableMedia::IMAGE_8;
 }
 
-/// @name Offsets in a clone image's boot record, in the entry of the fourth partition
+/// @name Offsets in a clone image's boot record, of fields in the entry of the fourth partition
 /// @{
 constexpr std::int64_t END_ADDRESS_OFFSET = 499; ///< head, then sector and cylinder; the first sector follows
 constexpr std::int64_t LENGTH_OFFSET = 0x1FA;
 /// @}
 
-/// By the first byte of the sector and cylinder in a CHS address.
+/// @param sectorAndCylinder  the second byte of a CHS address
 constexpr std::uint32_t sectorsPerTrack(std::uint8_t sectorAndCylinder) {
     return sectorAndCylinder & 0x3FU;
 }
 
-/// Where the file system begins in an image of a key that is mounted in the place of a key, in bytes.
+/// The offset in bytes of the file system in an image of a key. Such an image is mounted instead of a key.
 constexpr std::uint64_t KEY_IMAGE_OFFSET = 32256;
 
 inline bool endsWithIso(const std::string& name) {

@@ -1,4 +1,4 @@
-// How an operation reports its start, its end and its failures to the caller's logger.
+// Logs the start, the end and the failures of a workflow's operations.
 #ifndef VELACREATION_OPERATION_H
 #define VELACREATION_OPERATION_H
 
@@ -12,36 +12,35 @@ constexpr int LEVEL_FAILURE = 0;
 constexpr int LEVEL_PROGRESS = 2;
 constexpr int LEVEL_CHECKPOINT = 6;
 
-/// Hands a message to the logger; errno survives it.
+/// Passes a message to the logger and keeps errno.
 void log(VelaLoggerIfc& logger, int level, const std::string& message);
 
-/// The system's text for an error number.
 std::string errorText(int error);
 
-/// One run of an operation of the interface, from its start line to its result.
+/// One call of a public operation, from its start to its result.
 class Operation {
 public:
-    /// Logs the start. The name is the one printed, such as "BootableUSB::init()".
+    /// Logs the start. The name is printed, such as "BootableUSB::init()".
     Operation(VelaLoggerIfc& logger, std::string name);
 
-    /// Logs a message at level 2, as it stands.
+    /// Logs a message at level 2, unchanged.
     void progress(const std::string& message) const;
 
     /// Logs "WHAT. In NAME" at level 2.
     void note(const std::string& what) const;
 
-    /// Logs a message at level 0, as it stands.
+    /// Logs a message at level 0, unchanged.
     void warn(const std::string& message) const;
 
-    /// Asks the caller whether to go on; anything but 0 is the result of the operation.
+    /// Asks the caller whether to continue. If the answer is not 0, it becomes the result of the operation.
     [[nodiscard]] int checkpoint() const;
 
     /// Logs "WHAT. In NAME" at level 0 and returns the code.
     [[nodiscard]] int failed(int code, const std::string& what) const;
 
     /// Logs "WHAT, and last error message is ERROR. In NAME" at level 0 and returns the code.
-    /// @param error  errno as the failed call left it
-    /// @param what   no string: making one could change errno before it is read
+    /// @param error  errno after the failed call
+    /// @param what   not a std::string: constructing one could change errno before it is read
     [[nodiscard]] int failedWithError(int code, int error, const char* what) const;
 
     /// Logs the end and returns 0.

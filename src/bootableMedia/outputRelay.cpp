@@ -9,19 +9,19 @@ namespace VelaCreation {
 
 namespace {
 
-// A large capture takes a tenth longer to read by the stream's own buffer of eight KiB.
+// With the stream's default buffer of 8 KiB, reading a large capture takes 10 percent longer.
 constexpr std::streamsize BUFFER_SIZE = 0x10000;
 
-// The read that meets the end of the file counts as one more, empty, line.
+// The read at the end of the file yields one more, empty line.
 template <typename Use>
 void forEachLine(const std::string& path, Use use) {
     std::vector<char> buffer(BUFFER_SIZE);
     std::ifstream file;
-    file.rdbuf()->pubsetbuf(buffer.data(), BUFFER_SIZE); // heeded only while no file is open
+    file.rdbuf()->pubsetbuf(buffer.data(), BUFFER_SIZE); // has an effect only before a file is opened
     file.open(path);
     std::string line;
     while (!file.fail()) {
-        line.clear(); // the last read leaves it as it was
+        line.clear(); // the last read does not change it
         std::getline(file, line);
         use(line);
     }

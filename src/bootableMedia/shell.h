@@ -1,4 +1,4 @@
-// The one place where commands are run.
+// Builds and runs shell commands.
 #ifndef VELACREATION_SHELL_H
 #define VELACREATION_SHELL_H
 
@@ -8,19 +8,17 @@ namespace VelaCreation {
 
 struct Removal;
 
-/// Runs a command as it stands; true when it succeeds.
+/// @return whether the command succeeded
 bool run(const std::string& command);
 
-/// The command with its output sent to the capture file.
+/// @return the command with its output redirected to the capture file
 std::string captured(const std::string& command);
 
-/// Runs a command with its output sent to the capture file; true when it succeeds.
 bool runCaptured(const std::string& command);
 
-/// The command that removes a name from a directory.
 std::string removalCommand(const Removal& removal, const std::string& directory);
 
-/// The path between double quotes.
+/// @return the path in double quotes
 std::string inQuotes(const std::string& path);
 
 } // namespace VelaCreation

@@ -1,4 +1,4 @@
-// How a workflow announces what it does next.
+// Announces the stages of a workflow.
 #ifndef VELACREATION_STAGE_H
 #define VELACREATION_STAGE_H
 

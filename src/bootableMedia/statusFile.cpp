@@ -13,7 +13,7 @@ void BootableMedia::saveErrorMessageFile(int code, std::string message, int step
     if (!file.is_open()) {
         return;
     }
-    // to_string, as a caller's global locale may have the stream group digits
+    // A stream may group digits if the caller has set a global locale; to_string() does not.
     file << CLI_ERROR << CLI_ERROR_CODE << std::to_string(code) << CLI_ERROR_CODE_E << CLI_ERROR_MESSAGE
          << message << CLI_ERROR_MESSAGE_E << CLI_STEP_SERIAL << std::to_string(step) << CLI_STEP_SERIAL_E
          << CLI_ERROR_E;

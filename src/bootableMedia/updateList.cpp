@@ -15,7 +15,7 @@ void BootableMedia::filterFileList(std::vector<std::string>& files, std::string 
         if (name == namesToDrop.end()) {
             return false;
         }
-        namesToDrop.erase(name); // a name drops one entry only
+        namesToDrop.erase(name); // each name drops only one entry
         return true;
     };
     files.erase(std::remove_if(files.begin(), files.end(), isToDrop), files.end());

@@ -64,8 +64,8 @@ int BootableIMG::CreateIMG(std::string workDir, std::string pxeDir, std::vector<
     }
     m_workDirEntered = true;
     operation.note("After changing, current working directory is " + m_workDir);
-    // The archive is made from inside the staging directory, where a relative path would name another place.
-    // An empty one stays empty, and fails when it is to be made.
+    // The archive is made in the staging directory, where a relative path would lead to another place. An
+    // empty path stays empty, and creating its directory fails.
     std::error_code ignored;
     pxeDir = std::filesystem::absolute(pxeDir, ignored).string();
     if (const int result = unpack(*this, operation, toolPackage); result != VELAERROR_SUCCESS) {

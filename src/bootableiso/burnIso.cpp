@@ -13,7 +13,7 @@ namespace {
 
 enum class BurnFailure { overburnNeeded, noDisc, discTooSmall, other };
 
-/// The first line that names a known cause decides.
+/// The first line with a known cause counts.
 BurnFailure burnFailure(const std::string& capturePath) {
     std::ifstream capture(capturePath);
     for (std::string line; std::getline(capture, line);) {

@@ -31,15 +31,15 @@ bool writeAt(const Descriptor& file, std::int64_t offset, const Bytes& bytes) {
     return pwrite(file.number(), bytes.data(), bytes.size(), offset) == static_cast<ssize_t>(bytes.size());
 }
 
-/// What has to be known of a clone image before it can be adjusted.
+/// The fields of a clone image that its adjustment needs.
 struct CloneLayout {
     EndAddress end;
     Geometry geometry;
     std::uint8_t firstSector;
 };
 
-/// Adjusting an image overwrites the end address that its geometry is read from. So that an image can be
-/// adjusted again, the geometry is kept for as long as the address written with it still stands.
+/// An adjustment overwrites the end address, from which the geometry is read. The geometry is kept for the
+/// next adjustment. It is valid while the image still has the written end address.
 struct Adjustment {
     Geometry geometry;
     EndAddress written;

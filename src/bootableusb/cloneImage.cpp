@@ -6,7 +6,7 @@ namespace VelaCreation {
 
 namespace {
 
-// The boot sector of a partition that starts at sector 32, or 63; the field is at 0x20 in it.
+// The partition starts at sector 32 or 63. The field is at 0x20 in its boot sector.
 constexpr std::int64_t TOTAL_SECTORS_AFTER_32 = 0x4020;
 constexpr std::int64_t TOTAL_SECTORS_AFTER_63 = 0x7E20;
 

@@ -1,5 +1,4 @@
-// The arithmetic of a clone image: where and how its master boot record and FAT
-// boot sector hold the key's capacity. No I/O.
+// Calculates how a clone image's boot record and FAT boot sector hold the key's capacity. No I/O.
 #ifndef VELACREATION_CLONEIMAGE_H
 #define VELACREATION_CLONEIMAGE_H
 
@@ -8,23 +7,23 @@
 
 namespace VelaCreation {
 
-/// The geometry that the addresses of an image are written in.
+/// The geometry of an image's CHS addresses.
 struct Geometry {
     std::uint32_t heads;
     std::uint32_t sectorsPerTrack;
 };
 
-/// The ending head, sector and cylinder of a partition, as the three bytes of its entry.
+/// The last head, sector and cylinder of a partition, as the three bytes in its entry.
 using EndAddress = std::array<std::uint8_t, 3>;
 
-/// The geometry that an end address at the very end of a cylinder implies.
+/// @param end  the end address of a partition that ends with a whole cylinder
 Geometry geometryOf(const EndAddress& end);
 
-/// The address of the last sector of a key. Cylinders from 1024 on do not fit their ten bits and run into the
-/// other ones.
+/// @return the address of the last sector of a key. A cylinder of 1024 or more does not fit into its ten
+/// bits: its higher bits change the lower ones.
 EndAddress lastSectorAddress(std::int64_t capacity, const Geometry& geometry);
 
-/// Where the FAT boot sector of a partition of this length holds its number of sectors.
+/// @return where the image holds the sector count of the FAT boot sector, for a partition of this length
 std::int64_t totalSectorsOffset(std::int64_t partitionLength);
 
 /// The low 32 bits of a number, lowest byte first.

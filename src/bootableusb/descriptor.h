@@ -10,7 +10,7 @@
 
 namespace VelaCreation {
 
-/// An open file descriptor, closed on every path; errno survives the closing.
+/// Owns a file descriptor. Closing it keeps errno.
 class Descriptor {
 public:
     Descriptor(const std::string& path, int flags) : m_number(open(path.c_str(), flags | O_CLOEXEC)) {}

@@ -20,7 +20,7 @@ namespace {
 
 constexpr int WORD_LIMIT = 255;
 
-/// Reads a line of the kernel's SCSI list; false at its end and at a line of 80 characters or more.
+/// @return false at the end of the kernel's SCSI list, and for a line of 80 characters or more
 bool readListLine(std::istream& list, std::string& line) {
     std::array<char, 80> buffer{};
     if (!list.getline(buffer.data(), buffer.size())) {
@@ -30,7 +30,7 @@ bool readListLine(std::istream& list, std::string& line) {
     return true;
 }
 
-/// Assigns the first word of a file; false, with the word untouched, when the file cannot be opened.
+/// @return false, with the word unchanged, when the file cannot be opened
 bool readFirstWord(const std::string& path, std::string& word) {
     std::ifstream file(path);
     if (!file.is_open()) {
@@ -47,7 +47,7 @@ bool readFirstWord(const std::string& path, std::string& word) {
 
 std::uint32_t BootableUSB::getUSBCapacity(std::string devicePath) {
     const Descriptor device(devicePath, O_RDONLY);
-    unsigned long sectors = 0; // the request fills a whole long
+    unsigned long sectors = 0; // BLKGETSIZE writes a long
     if (!device.isOpen() || ioctl(device.number(), BLKGETSIZE, &sectors) != 0) {
         return CAPACITY_UNKNOWN;
     }

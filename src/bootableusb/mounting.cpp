@@ -23,7 +23,7 @@ int BootableUSB::mountUsb() {
 int BootableUSB::unMountUsb() {
     const Operation operation(*m_logger, "BootableUSB::unMountUsb()");
 
-    // Most of these are not mounted, so their failure means nothing.
+    // Most of these are not mounted, so failures are ignored.
     for (const char* partition : {"", "1", "2", "3", "4"}) {
         runCaptured("umount " + m_usbDevice + partition);
     }

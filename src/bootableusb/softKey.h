@@ -5,7 +5,7 @@
 
 namespace VelaCreation {
 
-/// The disk image that takes the key's place, or null for an ordinary key. An empty value counts as set.
+/// @return the disk image that replaces the key; null for an ordinary key. An empty value counts as set.
 inline const char* softKeyImage() {
     return std::getenv("TALO_SOFT_USBKEY");
 }
