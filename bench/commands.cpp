@@ -20,8 +20,7 @@ double ownProcessorSeconds() {
     return static_cast<double>(used.tv_sec) + 1e-9 * static_cast<double>(used.tv_nsec);
 }
 
-// These take the place of the C library's: the executable comes first where the library's names are looked
-// up.
+// These replace the C library's functions, because symbols are looked up in the executable first.
 extern "C" {
 
 VELACREATION_EXPORT unsigned int sleep(unsigned int /*seconds*/) {

@@ -1,1 +1,1 @@
-// Empty, to show what any shared object costs.
+// An empty shared object, to measure the cost of loading one.

@@ -1,11 +1,10 @@
-// Runs one job of the library, or prepares a place for it.
+// Runs one job of the library in a sandbox, or creates the sandbox.
 //
-//   sandbox PROGRAM [ARGUMENT...]   gives the program mounts of its own and a scratch directory in memory
-//   iso|pxe|usb DIRECTORY           makes a medium of DIRECTORY/updates, only there
-//   relay FILE                      relays a file into the log, only there
+//   sandbox PROGRAM [ARGUMENT...]   runs the program with its own mounts and a scratch directory in memory
+//   iso|pxe|usb DIRECTORY           makes a medium of DIRECTORY/updates; only in the sandbox
+//   relay FILE                      relays a file into the log; only in the sandbox
 //
-// The latter leave in the scratch directory what they used ("usage.DIRECTORY") and the commands that they ran
-// as scripts.
+// Jobs write their resource usage ("usage.DIRECTORY") and their commands, as scripts, to that directory.
 #include "bootableimg.h"
 #include "bootableiso.h"
 #include "bootableusb.h"
@@ -46,7 +45,7 @@ void enterSandbox() {
     require(mounted, "cannot mount memory");
     fs::create_directory("/var/log/Norvane_Support");
     fs::create_directory(SCRATCH);
-    // As long as a process stands here, the key job's "umount /mnt" finds it busy.
+    // "umount /mnt" of the key job fails, because /mnt is busy while it contains a working directory.
     fs::current_path(SCRATCH);
 }
 
@@ -90,7 +89,7 @@ int relay(const std::string& file) {
     return logger.bytes > 0 ? 0 : 1;
 }
 
-/// In KiB. Unlike the peak that getrusage knows, it does not count what ran in this process before.
+/// In KiB. The peak of getrusage() also counts the program that this process ran before exec.
 long peakMemory() {
     std::ifstream status("/proc/self/status");
     std::string word;
@@ -101,7 +100,7 @@ long peakMemory() {
     return peak;
 }
 
-/// A script stops where a command ends with another status than it had in the job.
+/// A script stops at a command whose exit status differs from that in the job.
 void writeScripts() {
     std::ofstream ownShells(SCRATCH + "own-shells");
     std::ofstream oneShell(SCRATCH + "one-shell");
@@ -121,8 +120,8 @@ double commandsProcessorSeconds() {
            1e-6 * static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
 }
 
-/// Adds a line: processor seconds of the library outside its commands and those of the commands, seconds
-/// outside the commands and in them, peak memory.
+/// Appends a line: processor seconds of the library without its commands, processor seconds of the commands,
+/// seconds outside the commands, seconds in the commands, peak memory.
 void addUsage(const std::string& path, double ownTotal, double total) {
     double ownInCommands = 0;
     double inCommands = 0;

@@ -1,5 +1,5 @@
-// What the library does by itself: relaying lines, filtering names, being loaded. Runs beside the file
-// "capture" and the programs "load_velacreation" and "load_velacreation_bench_empty".
+// Measures the library without commands: relaying lines, filtering names, loading. The current directory must
+// have the file "capture" and the programs "load_velacreation" and "load_velacreation_bench_empty".
 #include "bootableimg.h"
 #include "quietLogger.h"
 
@@ -34,7 +34,7 @@ void relay(benchmark::State& state) {
 BENCHMARK(relay<&BootableMedia::writeFileToLog>)->Name("writeFileToLog");
 BENCHMARK(relay<&BootableMedia::saveFile>)->Name("saveFile");
 
-/// Hands its lines to the same logger.
+/// For comparison: reads and logs the same lines without the library.
 void bareReader(benchmark::State& state) {
     for ([[maybe_unused]] auto iteration : state) {
         QuietLogger logger;
@@ -48,7 +48,7 @@ void bareReader(benchmark::State& state) {
 }
 BENCHMARK(bareReader);
 
-/// Some of the names to drop come first, so that all that follows moves up.
+/// The names to drop come first, so that all others are moved.
 void filter(benchmark::State& state) {
     std::vector<std::string> files = {"boot", "stdout.txt", "tool.zip"};
     for (std::int64_t number = 0; number < state.range(0); ++number) {

@@ -1,5 +1,4 @@
-// Preloaded into xorriso: it looks for its end in steps of a tenth of a second and more, in which a ratio
-// would drown.
+// Preloaded into xorriso. It waits for its end in steps of 0.1 s or more, which would hide differences.
 #include <chrono>
 #include <thread>
 
