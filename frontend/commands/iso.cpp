@@ -3,6 +3,7 @@
 #include "inputs/names.h"
 #include "inputs/sourceDate.h"
 #include "medium/burner.h"
+#include "medium/imageChecksum.h"
 #include "medium/outputJob.h"
 #include "support/failure.h"
 
@@ -14,7 +15,6 @@
 
 namespace velacreate {
 namespace {
-const std::string CHECKSUM_ENDING = ".sha256";
 
 /// A checksum from before that is not made anew belongs to the old image.
 std::string noteOn(const std::string& checksum) {
@@ -24,12 +24,12 @@ std::string noteOn(const std::string& checksum) {
 
 int makeImage(const IsoChoices& choices, const Output& output, const CallerEnvironment& caller,
               Console& console) {
-    const bool isPowerPc = choices.platform == "ppc";
     std::optional<Output> checksum;
     if (choices.checksum) {
         checksum = Output::checksum(choices.output + CHECKSUM_ENDING, choices.force);
     }
-    const auto medium = isPowerPc ? MediumKind::powerPcImage : MediumKind::image;
+    const auto medium = imageFor(choices.platform);
+    const bool isPowerPc = medium == MediumKind::powerPcImage;
     const Toolkit toolkit(caller.toolkit);
     requireProgramsOf(kindOf(medium), toolkit);
     const Inputs inputs(choices.job, medium);

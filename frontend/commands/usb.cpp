@@ -22,8 +22,6 @@ namespace velacreate {
 using VelaCreation::KEY_IMAGE_OFFSET;
 
 namespace {
-constexpr std::uint64_t SECTOR = 512;
-
 void validateOptions(const UsbChoices& choices) {
     if (choices.erase && choices.format == "never") {
         throw Refusal("what is erased is formatted; leave out --format never");

@@ -74,10 +74,9 @@ int verify(const VerifyChoices& choices, const CallerEnvironment& caller, Consol
         const auto directory = openToCompare("the network-boot directory", choices.netbootDirectory, S_IFDIR);
         return verifyAlone(choices, MediumKind::netbootDirectory, scratch, directory, console);
     }
-    const auto kind = choices.platform == "ppc" ? MediumKind::powerPcImage : MediumKind::image;
     const auto medium =
         choices.image.empty() ? openDiscIn(DiscDrive(choices.disc)) : openIsoImage(choices.image);
-    return verifyAlone(choices, kind, scratch, medium, console);
+    return verifyAlone(choices, imageFor(choices.platform), scratch, medium, console);
 }
 
 } // namespace velacreate

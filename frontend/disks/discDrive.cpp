@@ -15,8 +15,6 @@ namespace velacreate {
 namespace {
 using namespace std::chrono_literals;
 
-const std::string STAND_IN = "stdio:";
-
 bool isStandIn(const std::string& name) {
     return name.rfind(STAND_IN, 0) == 0;
 }

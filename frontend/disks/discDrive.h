@@ -8,6 +8,9 @@
 
 namespace velacreate {
 
+/// In front of the path of a file that stands in for a drive.
+const std::string STAND_IN = "stdio:";
+
 /// A drive, another block device, or a file named by "stdio:" and its path. The last two always have a disc.
 class DiscDrive {
 public:

@@ -17,7 +17,6 @@ namespace fs = std::filesystem;
 namespace {
 constexpr const char* OPTICAL_DRIVE = "5";
 constexpr const char* SD_CARD = "SD";
-constexpr std::uint64_t SECTOR_SIZE = 512; // the kernel's unit for every disk
 
 bool isPlainWord(const std::string& name) {
     const auto isPlain = [](unsigned char letter) {
@@ -28,7 +27,7 @@ bool isPlainWord(const std::string& name) {
 
 std::uint64_t sizeOf(const fs::path& directory) {
     const auto sectors = attribute(directory / "size");
-    return sectors.empty() ? 0 : std::stoull(sectors) * SECTOR_SIZE;
+    return sectors.empty() ? 0 : std::stoull(sectors) * SECTOR;
 }
 
 /// The kernel does not report a card in a built-in reader as removable. A soldered eMMC has another type.

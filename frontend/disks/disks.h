@@ -23,6 +23,8 @@ struct Disk {
     std::string keyPartitionNode() const;
 };
 
+constexpr std::uint64_t SECTOR = 512; ///< the kernel's and libblkid's unit for every disk, in bytes
+
 constexpr int KEY_PARTITION = 4; ///< the partition with a key's files
 
 /// What a user recognises a disk by; empty where unknown.

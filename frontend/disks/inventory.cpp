@@ -13,8 +13,6 @@ namespace velacreate {
 namespace {
 constexpr int MOST_PARTITIONS = 6; // shown at most
 constexpr std::size_t LONGEST_LABEL = 32;
-constexpr std::uint64_t SECTOR = 512; // libblkid's unit for every disk
-
 std::string valueOf(const Probe& probe, const char* name) {
     const char* value = nullptr;
     return blkid_probe_lookup_value(probe.get(), name, &value, nullptr) == 0 ? value : "";

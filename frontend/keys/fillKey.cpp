@@ -172,10 +172,7 @@ int fillAndReadBack(const KeyJob& job, const Descriptor& image, const Descriptor
 } // namespace
 
 int fillKey(const KeyJob& job, Reporter& reporter) {
-    if (!hasOwnMounts()) {
-        throw Refusal("a key needs mounts of its own, and this machine does not grant them");
-    }
-    const auto image = job.target.disk ? Descriptor() : openAgain(job.target.open, job.target.imagePath);
+    const auto image = openImageAgain(job.target);
     linkContents(job.staged, job.jobDirectory, LIBRARY_FOLDER);
     const auto jobDirectory = enterLibraryFolder(job.all.call.choices.show.pauses, reporter);
     int result = 0;

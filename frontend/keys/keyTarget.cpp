@@ -1,6 +1,7 @@
 #include "keys/keyTarget.h"
 
 #include "disks/fatVolume.h"
+#include "job/childProcess.h"
 #include "job/jobDirectory.h"
 #include "support/failure.h"
 #include "support/programs.h"
@@ -38,6 +39,13 @@ ReadOnlyMount::~ReadOnlyMount() {
 
 Descriptor ReadOnlyMount::open() const {
     return Descriptor(::open(READING_PLACE, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+Descriptor openImageAgain(const KeyTarget& target) {
+    if (!hasOwnMounts()) {
+        throw Refusal("a key needs mounts of its own, and this machine does not grant them");
+    }
+    return target.disk ? Descriptor() : openAgain(target.open, target.imagePath);
 }
 
 std::string placeImage(const KeyTarget& target, const Descriptor& image) {

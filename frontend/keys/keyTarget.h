@@ -32,6 +32,12 @@ public:
     Descriptor open() const;
 };
 
+/// In the job's process, before it enters its job directory: opens an image again, in this process's own
+/// mounts.
+/// @return closed for a key
+/// @throw Refusal when it has no mounts of its own; Failure
+Descriptor openImageAgain(const KeyTarget& target);
+
 /// @name In the job's process, in its job directory
 /// @{
 

@@ -18,8 +18,6 @@ namespace velacreate {
 using VelaCreation::KEY_IMAGE_OFFSET;
 
 namespace {
-constexpr std::uint64_t SECTOR = 512;
-
 void refuseFor(const Disk& disk, const std::string& reason) {
     if (!reason.empty()) {
         throw Refusal(disk.node() + " " + reason);

@@ -1,7 +1,6 @@
 #include "keys/verifyKeys.h"
 
 #include "disks/fatVolume.h"
-#include "job/childProcess.h"
 #include "keys/keyResults.h"
 #include "keys/keyTarget.h"
 #include "keys/keys.h"
@@ -58,10 +57,7 @@ Key examined(const Disk& disk) {
 /// In the job's process.
 std::vector<std::string> compareKey(const KeyTarget& target, const Inputs& inputs, const Descriptor& staged,
                                     Reporter& reporter) {
-    if (!hasOwnMounts()) {
-        throw Refusal("a key needs mounts of its own, and this machine does not grant them");
-    }
-    const auto image = target.disk ? Descriptor() : openAgain(target.open, target.imagePath);
+    const auto image = openImageAgain(target);
     enterJobDirectory();
     if (image.isOpen()) {
         placeImage(target, image);

@@ -47,11 +47,10 @@ bool isPlain(const std::string& device) {
 /// The name becomes part of a command, and the program runs in another directory.
 void requireDevice(const std::string& device) {
     const std::string what = "the drive " + quote(device);
-    const std::string standIn = "stdio:";
     if (!isPlain(device)) {
         throw Refusal(what + " has a character in its name that no command can carry");
     }
-    if (device.rfind(standIn, 0) == 0 && device.compare(standIn.size(), 1, "/") != 0) {
+    if (device.rfind(STAND_IN, 0) == 0 && device.compare(STAND_IN.size(), 1, "/") != 0) {
         throw Refusal(what + " is not named by its path from the root");
     }
     if (device.front() != '/') {

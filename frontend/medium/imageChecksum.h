@@ -11,6 +11,9 @@
 
 namespace velacreate {
 
+/// Behind the name of the image.
+constexpr const char* CHECKSUM_ENDING = ".sha256";
+
 /// In the job's process.
 class ImageChecksum {
 public:

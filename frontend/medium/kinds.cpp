@@ -88,4 +88,8 @@ const Kind& kindOf(MediumKind kind) {
     return NETBOOT_DIRECTORY;
 }
 
+MediumKind imageFor(const std::string& platform) {
+    return platform == "ppc" ? MediumKind::powerPcImage : MediumKind::image;
+}
+
 } // namespace velacreate

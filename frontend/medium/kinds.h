@@ -60,4 +60,7 @@ struct Kind {
 
 const Kind& kindOf(MediumKind kind);
 
+/// @param platform  "linux" or "ppc"
+MediumKind imageFor(const std::string& platform);
+
 } // namespace velacreate

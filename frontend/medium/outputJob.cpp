@@ -23,7 +23,7 @@
 namespace velacreate {
 namespace {
 std::string checksumPlace(const Kind& kind) {
-    return kind.place + ".sha256";
+    return kind.place + CHECKSUM_ENDING;
 }
 
 void flush(const std::string& path) {

@@ -99,8 +99,9 @@ std::vector<std::string> serverCommand(const NetworkPort& port, const std::optio
                       addressText(range->network.mask) + ",1h");
     // Each machine gets one address, also when its firmware, its loader and its system send different
     // identifiers. No router is announced.
-    command.insert(command.end(), {"--dhcp-boot=pxelinux.0", "--dhcp-lease-max=10000", "--dhcp-ignore-clid",
-                                   "--dhcp-option=option:router"});
+    command.insert(command.end(),
+                   {"--dhcp-boot=" + std::string(VelaCreation::NETBOOT_LOADER), "--dhcp-lease-max=10000",
+                    "--dhcp-ignore-clid", "--dhcp-option=option:router"});
     return command;
 }
 
