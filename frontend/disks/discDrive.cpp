@@ -56,11 +56,10 @@ bool DiscDrive::isFile(const std::string& name, const struct stat& file) {
 DiscDrive::DiscDrive(const std::string& name)
     : m_name(name), m_path(pathOf(name)),
       m_drive(open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
-    const std::string what = "the drive " + quote(name);
-    check(m_drive.isOpen()).orRefuse(what);
+    check(m_drive.isOpen()).orRefuse("the drive " + quote(name));
     const auto mode = m_drive.status().st_mode;
     if (!S_ISBLK(mode) && !(isStandIn(name) && S_ISREG(mode))) {
-        throw Refusal(what + " is no drive");
+        throw Refusal("the drive " + quote(name) + " is no drive");
     }
 }
 
