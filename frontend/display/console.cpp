@@ -86,7 +86,7 @@ void Console::append(const std::string& line) {
     if (!m_log.isOpen()) {
         return;
     }
-    if (write(m_log.number(), line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
+    if (!writeText(m_log, line)) {
         const auto reason = SystemError().about("the log file is incomplete from here on");
         m_log = Descriptor();
         complain(reason);

@@ -138,8 +138,9 @@ void linkFile(const Descriptor& from, const Descriptor& to, const std::string& n
     }
     check(errno == EPERM || errno == EOPNOTSUPP || errno == EMLINK || errno == EXDEV).orFail(quote(name));
     const auto original = openWithin(from.number(), name, O_RDONLY);
+    check(original.isOpen()).orFail(quote(name));
     const auto copy = openWithin(to.number(), name, O_WRONLY | O_CREAT | O_EXCL, S_IRWXU);
-    check(original.isOpen() && copy.isOpen()).orFail(quote(name));
+    check(copy.isOpen()).orFail(quote(name));
     copyContent(original, copy, name, [](std::uint64_t /*bytes*/) {});
 }
 } // namespace

@@ -57,10 +57,9 @@ ProgramResult Toolkit::runBurner(const std::vector<std::string>& arguments) cons
 void Toolkit::copyHere() const {
     for (const auto& name : m_names) {
         const Descriptor from(openat(m_folder.number(), name.c_str(), O_RDONLY | O_CLOEXEC));
+        check(from.isOpen()).orFail("the launcher " + quote(name));
         const Descriptor to(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRWXU));
-        if (!from.isOpen() || !to.isOpen()) {
-            throw Failure(SystemError().about("the launcher " + quote(name)));
-        }
+        check(to.isOpen()).orFail("the launcher " + quote(name));
         copyContent(from, to, name, [](std::uint64_t /*bytes*/) {});
         if (name == ZIP) {
             searchHereFirst();

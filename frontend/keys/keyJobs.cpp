@@ -1,6 +1,7 @@
 #include "keys/keyJobs.h"
 
 #include "inputs/checksum.h"
+#include "support/failure.h"
 
 #include <deque>
 
@@ -12,7 +13,9 @@ void sumUp(const UpdateFiles& updates, const Descriptor& staged, Reporter& repor
     reporter.stage("Summing up the files");
     for (const auto& [place, entry] : updates.entries()) {
         if (!entry.isDirectory) {
-            reporter.sum(place, sha256Of(openBeneath(staged.number(), place, O_RDONLY)));
+            const auto file = openBeneath(staged.number(), place, O_RDONLY);
+            check(file.isOpen()).orFail(quote(place));
+            reporter.sum(place, sha256Of(file));
         }
     }
 }

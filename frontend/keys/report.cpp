@@ -46,11 +46,7 @@ void Report::append(const KeyRecord& key, const UpdateSums& updates) {
     if (!m_file.isOpen()) {
         return;
     }
-    const auto line = lineOf(key, updates);
-    const auto count = write(m_file.number(), line.data(), line.size());
-    if (count >= 0 && count != static_cast<ssize_t>(line.size())) {
-        errno = ENOSPC;
-    } else if (count >= 0 && isFlushed(m_file)) {
+    if (writeText(m_file, lineOf(key, updates)) && isFlushed(m_file)) {
         return;
     }
     const auto reason = SystemError().about("the report is incomplete from here on");

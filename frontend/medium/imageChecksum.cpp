@@ -16,6 +16,7 @@ namespace velacreate {
 ImageChecksum::ImageChecksum(std::string image)
     : m_image(std::move(image)), m_sum(std::async(std::launch::async, [this] {
           const Descriptor file(open(m_image.c_str(), O_RDONLY | O_CLOEXEC));
+          check(file.isOpen()).orFail("the image cannot be summed up");
           return sha256Of(file, [this](std::uint64_t bytes) { m_done += bytes; });
       })) {}
 
@@ -27,13 +28,10 @@ void ImageChecksum::writeTo(const std::string& path, const std::string& name, Re
         reporter.advance(done - told);
         told = done;
     }
-    const auto line = checksumLine(m_sum.get(), name);
+    const auto sum = m_sum.get();
     const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
-    if (!file.isOpen() ||
-        write(file.number(), line.data(), line.size()) != static_cast<ssize_t>(line.size()) ||
-        fsync(file.number()) != 0) {
-        throw Failure(SystemError().about("the checksum cannot be written"));
-    }
+    check(file.isOpen() && writeText(file, checksumLine(sum, name)) && fsync(file.number()) == 0)
+        .orFail("the checksum cannot be written");
 }
 
 } // namespace velacreate

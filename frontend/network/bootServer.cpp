@@ -109,7 +109,9 @@ std::vector<std::string> serverCommand(const NetworkPort& port, const std::optio
 void becomeNobody(const std::vector<unsigned>& capabilities) {
     capng_clear(CAPNG_SELECT_ALL);
     for (const unsigned number : capabilities) {
-        capng_update(CAPNG_ADD, ALL_SETS, number);
+        if (capng_update(CAPNG_ADD, ALL_SETS, number) != 0) {
+            throw Failure("the server's rights cannot be chosen");
+        }
     }
     // Reducing the bounding set needs a capability of root. A change of the user clears the ambient set.
     check(capng_apply(CAPNG_SELECT_BOUNDS) == 0 &&

@@ -39,8 +39,9 @@ Archive beginZip(const Descriptor& output) {
 
 // Opens the file again for a file offset of its own, because processes of jobs share inherited descriptors.
 ArchiveReader::ArchiveReader(const Descriptor& file, Format format, std::size_t blockSize)
-    : m_file(open(file.path().c_str(), O_RDONLY | O_CLOEXEC)), m_archive(archive_read_new()) {
+    : m_file(open(file.path().c_str(), O_RDONLY | O_CLOEXEC)) {
     check(m_file.isOpen()).orFail("opening an archive again");
+    m_archive.reset(archive_read_new());
     if (format == Format::zip) {
         archive_read_support_format_zip_seekable(m_archive.get());
     } else {

@@ -2,6 +2,8 @@
 
 #include "support/failure.h"
 
+#include <keepErrno.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -102,6 +104,7 @@ Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
 
 Descriptor::~Descriptor() {
     if (isOpen()) {
+        const VelaCreation::KeepErrno errorOfEarlierCall;
         close(m_number);
     }
 }
@@ -190,6 +193,14 @@ ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset) {
         done += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
     }
     return static_cast<ssize_t>(done);
+}
+
+bool writeText(const Descriptor& to, const std::string& text) {
+    const auto count = write(to.number(), text.data(), text.size());
+    if (count >= 0 && count != static_cast<ssize_t>(text.size())) {
+        errno = ENOSPC;
+    }
+    return count == static_cast<ssize_t>(text.size());
 }
 
 void writeAll(const Descriptor& to, const char* data, std::size_t size, const std::string& name) {

@@ -68,6 +68,10 @@ Descriptor openToAdd(const std::string& kind, const std::string& path);
 /// Like pread(), but repeats until all bytes are read. Fewer bytes mean the end of the file.
 ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset);
 
+/// Writes a text with one call, so that no other writer's text comes in between.
+/// @return false, with errno set, when not all of it could be written
+bool writeText(const Descriptor& to, const std::string& text);
+
 /// Writes all bytes.
 /// @param name  of the file, for the message
 /// @throw Failure

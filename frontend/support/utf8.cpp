@@ -9,10 +9,11 @@ namespace velacreate {
 namespace {
 /// Kept, because creating a locale reads files.
 locale_t utf8() {
-    static const locale_t LOCALE = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    if (LOCALE == nullptr) {
-        throw Failure(SystemError().about("the locale C.UTF-8"));
-    }
+    static const locale_t LOCALE = [] {
+        const auto locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+        check(locale != nullptr).orFail("the locale C.UTF-8");
+        return locale;
+    }();
     return LOCALE;
 }
 } // namespace
