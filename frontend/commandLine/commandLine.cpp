@@ -11,6 +11,7 @@
 #include <functional>
 #include <initializer_list>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -129,7 +130,10 @@ public:
         try {
             m_app.parse(argumentsFromTheEnd(argc, argv));
         } catch (const CLI::Success& asked) { // for help, or the version
-            return m_app.exit(asked);
+            std::ostringstream text;
+            const int status = m_app.exit(asked, text, text);
+            m_console.printResult(text.str());
+            return status;
         } catch (const CLI::ParseError& error) {
             refuse(error);
         }

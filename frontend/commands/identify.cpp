@@ -32,8 +32,8 @@ int identify(const std::string& device, Console& console) {
     FailureLogger logger(console);
     VelaCreation::_USBDATA about;
     VelaCreation::BootableUSB(logger).getUSBData(disk.node(), &about);
-    console.printResult("vendor: " + about.vendor + "\nmodel:  " + about.model + "\nsize:   " + about.size +
-                        "\n");
+    console.printResult("vendor: " + printable(about.vendor) + "\nmodel:  " + printable(about.model) +
+                        "\nsize:   " + about.size + "\n");
     if (access(disk.node().c_str(), R_OK) != 0) {
         console.complain(SystemError().about(disk.node() + " cannot be read, so not all is detected"));
     }
