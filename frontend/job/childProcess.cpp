@@ -2,9 +2,9 @@
 
 #include "support/exitStatus.h"
 #include "support/failure.h"
+#include "support/programs.h"
 
 #include <array>
-#include <cerrno>
 #include <csignal>
 #include <iostream>
 
@@ -15,7 +15,6 @@
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace velacreate {
@@ -34,8 +33,7 @@ pid_t cloneProcess(std::uint64_t namespaces, int& descriptor) {
 
 bool write(const char* path, const std::string& text) {
     const Descriptor file(open(path, O_WRONLY | O_CLOEXEC));
-    return file.isOpen() &&
-           ::write(file.number(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
+    return file.isOpen() && writeText(file, text);
 }
 
 /// A user is nobody in a new user namespace until told who it is there: the same as before.
@@ -128,10 +126,7 @@ void ChildProcess::signal(int number) const {
 
 int ChildProcess::reap() const {
     signal(SIGKILL); // the rest of the group
-    int status = 0;
-    while (waitpid(m_number, &status, 0) < 0 && errno == EINTR) {
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return exitStatusOf(m_number);
 }
 
 bool hasOwnMounts() {

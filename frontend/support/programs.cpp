@@ -83,14 +83,6 @@ pid_t start(const std::vector<std::string>& command, int output) {
     return process;
 }
 
-int statusOf(pid_t process) {
-    int status = 0;
-    while (waitpid(process, &status, 0) < 0) {
-        check(errno == EINTR).orFail("waiting for a program");
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
 std::string contentOf(const Descriptor& file) {
     std::string content;
     std::array<char, 4096> buffer{};
@@ -106,6 +98,14 @@ std::string contentOf(const Descriptor& file) {
 }
 } // namespace
 
+int exitStatusOf(pid_t process) {
+    int status = 0;
+    while (waitpid(process, &status, 0) < 0) {
+        check(errno == EINTR).orFail("waiting for a process");
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
 // The output goes to a file in memory: a background process of the program would keep a pipe open.
 ProgramResult runProgram(const std::vector<std::string>& command) {
     const Descriptor output(memfd_create("output", MFD_CLOEXEC));
@@ -114,7 +114,7 @@ ProgramResult runProgram(const std::vector<std::string>& command) {
     if (process == 0) {
         return {127, ""};
     }
-    const int status = statusOf(process);
+    const int status = exitStatusOf(process);
     return {status, contentOf(output)};
 }
 

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include <sys/types.h>
+
 namespace velacreate {
 
 /// The search path of all jobs, whatever the caller's is.
@@ -14,6 +16,11 @@ struct ProgramResult {
     int status;         ///< 127 when it could not be started
     std::string output; ///< standard output and standard error
 };
+
+/// Waits for the end of a child process.
+/// @return its exit status, or 128 and the signal's number
+/// @throw Failure
+int exitStatusOf(pid_t process);
 
 ProgramResult runProgram(const std::vector<std::string>& command);
 
