@@ -31,13 +31,20 @@ struct IsoChoices {
     std::string burner;
 };
 
+/// @name When to format a key
+/// @{
+constexpr const char* FORMAT_ALWAYS = "always";
+constexpr const char* FORMAT_NEVER = "never";
+constexpr const char* FORMAT_AUTO = "auto";
+/// @}
+
 struct UsbChoices {
     JobChoices job;
     std::vector<std::string> devices;
     bool all = false;
     std::string image;
     bool erase = false;
-    std::string format = "auto";
+    std::string format = FORMAT_AUTO;
     std::size_t jobs = 0; ///< at a time; 0 means all
     std::string report;
     bool eject = false;

@@ -1,19 +1,10 @@
 #include "commandLine/commandLine.h"
 #include "support/exitStatus.h"
-#include "support/failure.h"
 
 using namespace velacreate;
 
 int main(int argc, char** argv) {
     Console console;
-    try {
-        const auto caller = isolateFromCaller();
-        return runCommandLine(argc, argv, caller, console);
-    } catch (const Refusal& refusal) {
-        console.complain(refusal.what());
-        return EXIT_REFUSED;
-    } catch (const std::exception& failure) {
-        console.complain(failure.what());
-        return EXIT_UNFINISHED;
-    }
+    return exitStatusAfter([&] { return runCommandLine(argc, argv, isolateFromCaller(), console); },
+                           [&](const char* text) { console.complain(text); });
 }

@@ -186,7 +186,7 @@ private:
                         "has no FAT, or holds other files")
             ->capture_default_str()
             ->type_name("always|never|auto")
-            ->check(CLI::IsMember({"always", "never", "auto"}).description(""));
+            ->check(CLI::IsMember({FORMAT_ALWAYS, FORMAT_NEVER, FORMAT_AUTO}).description(""));
         command.add_flag("--erase", m_usb.erase, "Make a key of any stick; this erases everything on it");
         command.add_option("--jobs", m_usb.jobs, "Make at most N keys at the same time (default: all)")
             ->type_name("N")

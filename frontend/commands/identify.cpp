@@ -4,6 +4,7 @@
 #include "support/failure.h"
 
 #include <bootableusb.h>
+#include <mediaRules.h>
 
 #include <string>
 
@@ -16,7 +17,7 @@ public:
     explicit FailureLogger(Console& console) : m_console(console) {}
 
     void logMessage(int level, const std::string& message) override {
-        if (level == 0) {
+        if (level == VelaCreation::LEVEL_FAILURE) {
             m_console.showUnlogged(message);
         }
     }

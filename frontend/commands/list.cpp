@@ -7,10 +7,7 @@
 #include "display/table.h"
 #include "support/texts.h"
 
-#include <nlohmann/json.hpp>
-
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace velacreate {
@@ -53,29 +50,22 @@ nlohmann::ordered_json objectOf(const Listed& listed) {
     for (const auto& mounted : listed.mounted) {
         places.push_back(mounted.place);
     }
-    const auto& about = listed.about;
-    return {{"node", listed.disk.node()},
-            {"port", about.port},
-            {"vendor", about.vendor},
-            {"model", about.model},
-            {"serial", about.serial},
-            {"size", about.size},
-            {"content", listed.content},
-            {"mounted", places},
-            {"accepted", listed.reason.empty()},
-            {"needsErase", listed.needsErase},
-            {"reason", listed.reason}};
+    auto object = jsonOf(listed.disk.node(), listed.about);
+    object.update({{"content", listed.content},
+                   {"mounted", places},
+                   {"accepted", listed.reason.empty()},
+                   {"needsErase", listed.needsErase},
+                   {"reason", listed.reason}});
+    return object;
 }
 
-std::string jsonOf(const std::vector<Listed>& disks) {
-    using nlohmann::ordered_json;
-    auto array = ordered_json::array();
+std::string listOf(const std::vector<Listed>& disks) {
+    auto array = nlohmann::ordered_json::array();
     for (const auto& listed : disks) {
         array.push_back(objectOf(listed));
     }
     constexpr int INDENT = 2;
-    // The name of a mount point may be in any encoding.
-    return array.dump(INDENT, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+    return textOf(array, INDENT); // the name of a mount point may be in any encoding
 }
 } // namespace
 
@@ -87,7 +77,7 @@ int listDisks(bool json, Console& console) {
     if (!json && disks.empty()) {
         console.showUnlogged("There is no removable or USB disk.");
     } else {
-        console.printResult(json ? jsonOf(disks) : tableOf(disks));
+        console.printResult(json ? listOf(disks) : tableOf(disks));
     }
     return 0;
 }

@@ -2,6 +2,7 @@
 
 #include "display/question.h"
 #include "medium/jobInputs.h"
+#include "network/bootServer.h"
 #include "network/serving.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
@@ -9,15 +10,12 @@
 
 #include <optional>
 
-#include <unistd.h>
-
 namespace velacreate {
 namespace {
 void validateOptions(const ServeChoices& choices) {
     requireRoot("machines are served by a program that");
-    if (choices.proxy && !choices.range.empty()) {
-        throw Refusal("with --proxy no addresses are handed out; leave out --range");
-    }
+    refuseIf(choices.proxy && !choices.range.empty(),
+             "with --proxy no addresses are handed out; leave out --range");
 }
 
 std::optional<AddressRange> rangeFor(const ServeChoices& choices, const NetworkPort& port) {
@@ -55,7 +53,7 @@ void announce(const NetbootDirectory& directory, const NetworkPort& port,
 
 int serve(const ServeChoices& choices, Console& console) {
     validateOptions(choices);
-    requirePrograms({"dnsmasq"});
+    requirePrograms({BOOT_SERVER});
     const auto path = absolutePath(choices.directory);
     const NetbootDirectory directory(path);
     const NetworkPort port(choices.interface);

@@ -14,8 +14,6 @@
 #include <algorithm>
 
 #include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
 
 namespace velacreate {
 
@@ -23,28 +21,23 @@ using VelaCreation::KEY_IMAGE_OFFSET;
 
 namespace {
 void validateOptions(const UsbChoices& choices) {
-    if (choices.erase && choices.format == "never") {
-        throw Refusal("what is erased is formatted; leave out --format never");
-    }
-    if (choices.job.show.pauses && (choices.all || choices.devices.size() > 1)) {
-        throw Refusal("the status file does not tell of several keys; leave out --pauses");
-    }
+    refuseIf(choices.erase && choices.format == FORMAT_NEVER,
+             "what is erased is formatted; leave out --format never");
+    refuseIf(choices.job.show.pauses && (choices.all || choices.devices.size() > 1),
+             "the status file does not tell of several keys; leave out --pauses");
     if (choices.image.empty()) {
         return;
     }
-    if (choices.erase || choices.format == "always") {
-        throw Refusal(std::string("an image is not formatted; leave out ") +
-                      (choices.erase ? "--erase" : "--format always"));
-    }
-    if (choices.eject || !choices.report.empty()) {
-        throw Refusal(std::string("an image is no key; leave out ") +
-                      (choices.eject ? "--eject" : "--report"));
-    }
+    refuseIf(choices.erase || choices.format == FORMAT_ALWAYS,
+             std::string("an image is not formatted; leave out ") +
+                 (choices.erase ? "--erase" : "--format always"));
+    refuseIf(choices.eject || !choices.report.empty(),
+             std::string("an image is no key; leave out ") + (choices.eject ? "--eject" : "--report"));
 }
 
 void requireProgramsFor(const UsbChoices& choices) {
     requirePrograms(kindOf(MediumKind::key).programs);
-    if (choices.image.empty() && choices.format != "never") {
+    if (choices.image.empty() && choices.format != FORMAT_NEVER) {
         requirePrograms({"mkfs", "mkfs.vfat", "sfdisk"});
     }
 }
@@ -84,9 +77,8 @@ Report openReport(const std::string& path, const std::string& log, const Inputs&
     struct stat logs {};
     if (!path.empty() && stat(path.c_str(), &about) == 0) {
         inputs.requireOther(about, "the report " + quote(path));
-        if (!log.empty() && stat(log.c_str(), &logs) == 0 && isSameFile(about, logs)) {
-            throw Refusal("the report " + quote(path) + " is the log file");
-        }
+        refuseIf(!log.empty() && stat(log.c_str(), &logs) == 0 && isSameFile(about, logs),
+                 "the report " + quote(path) + " is the log file");
     }
     return Report(path);
 }
@@ -118,25 +110,19 @@ int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirecto
 int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
               Console& console) {
     const auto path = absolutePath(choices.image);
-    const Descriptor image(open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
-    check(image.isOpen()).orRefuse(quote(path));
+    const auto image = openChosen(path, O_RDWR, S_IFREG);
     const auto about = image.status();
-    if (!S_ISREG(about.st_mode)) {
-        throw Refusal(quote(path) + " is not a file");
-    }
     inputs.requireOther(about, "the image " + quote(path));
     requireFitting(inputs.contents, fatCapacity(image, KEY_IMAGE_OFFSET),
                    quote(path) + ", at byte " + std::to_string(KEY_IMAGE_OFFSET) + ",");
-    if (flock(image.number(), LOCK_EX | LOCK_NB) != 0) {
-        throw Refusal("another program is working on " + quote(path));
-    }
+    lockKeyImage(image, quote(path));
     inputs.requireRoom(scratch, 2, 0); // packed and unpacked
     openLog(console, choices.job.show, path, &inputs);
     const HeldSignals signals;
     const auto medium = "the key image " + quote(path);
     inputs.announce(console, "Making " + medium + " from");
     UsbChoices asItIs = choices;
-    asItIs.format = "never";
+    asItIs.format = FORMAT_NEVER;
     const Call call{choices.job, inputs, scratch, signals, console};
     const auto outcome =
         runKeyJobs({call, asItIs, true}, {{medium, {image, std::nullopt, path}, {}, nullptr}}, nullptr)

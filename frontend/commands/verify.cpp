@@ -13,9 +13,7 @@ namespace velacreate {
 namespace {
 OpenMedium openIsoImage(const std::string& path) {
     auto image = openToCompare("the image", path, S_IFREG);
-    if (isoImageSize(image.file) == 0) {
-        throw Refusal(quote(path) + " is no ISO 9660 image");
-    }
+    requireIsoImage(image.file, path);
     return image;
 }
 
@@ -26,15 +24,12 @@ OpenMedium openDiscIn(const DiscDrive& drive) {
 
 /// Compares a disc with the image that it was burned from.
 int verifyBurntDisc(const VerifyChoices& choices, Console& console) {
-    if (choices.job.files.size() != 1) {
-        throw Refusal("a disc is compared with one image, or with a --package and update files");
-    }
+    refuseIf(choices.job.files.size() != 1,
+             "a disc is compared with one image, or with a --package and update files");
     const auto& path = choices.job.files.front();
     const auto image = openToCompare("the image", path, S_IFREG);
     requireWholeIsoImage(image.file, path);
-    if (DiscDrive::isFile(choices.disc, image.file.status())) {
-        throw Refusal("the drive " + quote(choices.disc) + " is the image itself");
-    }
+    DiscDrive::requireOther(choices.disc, image.file.status());
     const DiscDrive drive(choices.disc);
     requireOtherLog(choices.job.show, image.path);
     openLog(console, choices.job.show, absolutePath(drive.path()));

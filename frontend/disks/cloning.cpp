@@ -4,11 +4,10 @@
 #include "disks/sysfs.h"
 #include "support/failure.h"
 #include "support/texts.h"
+#include "support/waiting.h"
 
 #include <cerrno>
 #include <chrono>
-#include <functional>
-#include <thread>
 
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -20,7 +19,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::uint64_t LARGEST_KEY =
-    0xfffffffeULL * 512;                   // sector counts have 32 bits; the largest means unknown
+    0xfffffffeULL * SECTOR;                // sector counts have 32 bits; the largest means unknown
 constexpr const char* SECTOR_SIZE = "512"; // the unit of the partition table
 
 /// A limit for a disk that ignores writes and keeps its signatures.
@@ -29,25 +28,12 @@ constexpr int MOST_SIGNATURES = 1000;
 /// Finds the same signatures as wipefs.
 Probe signatureProbe(const Descriptor& device) {
     Probe probe = probeOf(device);
-    if (!probe || blkid_probe_enable_superblocks(probe.get(), 1) != 0 ||
-        blkid_probe_set_superblocks_flags(probe.get(), BLKID_SUBLKS_MAGIC | BLKID_SUBLKS_BADCSUM) != 0 ||
-        blkid_probe_enable_partitions(probe.get(), 1) != 0 ||
-        blkid_probe_set_partitions_flags(probe.get(), BLKID_PARTS_MAGIC | BLKID_PARTS_FORCE_GPT) != 0) {
-        throw Failure(SystemError().about("looking for what is on the disk"));
-    }
+    check(probe && blkid_probe_enable_superblocks(probe.get(), 1) == 0 &&
+          blkid_probe_set_superblocks_flags(probe.get(), BLKID_SUBLKS_MAGIC | BLKID_SUBLKS_BADCSUM) == 0 &&
+          blkid_probe_enable_partitions(probe.get(), 1) == 0 &&
+          blkid_probe_set_partitions_flags(probe.get(), BLKID_PARTS_MAGIC | BLKID_PARTS_FORCE_GPT) == 0)
+        .orFail("looking for what is on the disk");
     return probe;
-}
-
-/// @return whether it became true in time
-bool becomesTrue(std::chrono::seconds time, const std::function<bool()>& condition) {
-    const auto end = std::chrono::steady_clock::now() + time;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end) {
-            return false;
-        }
-        std::this_thread::sleep_for(50ms);
-    }
-    return true;
 }
 } // namespace
 
@@ -85,9 +71,8 @@ void wipeSignatures(const Descriptor& device) {
 }
 
 void cloneTo(const Descriptor& device, const Descriptor& image, const Advance& advance) {
-    if (lseek(device.number(), 0, SEEK_SET) != 0) { // earlier reads may have moved the offset
-        throw Failure(SystemError().about("the beginning of the disk"));
-    }
+    // Earlier reads may have moved the offset.
+    check(lseek(device.number(), 0, SEEK_SET) == 0).orFail("the beginning of the disk");
     // Flushed piece by piece, so that progress counts only bytes that are on the disk.
     const auto flushAndTell = [&](std::uint64_t bytes) {
         fdatasync(device.number());

@@ -48,9 +48,10 @@ bool DiscDrive::isNode(const std::string& name) {
     return isStandIn(name) || name.rfind('/', 0) == 0;
 }
 
-bool DiscDrive::isFile(const std::string& name, const struct stat& file) {
+void DiscDrive::requireOther(const std::string& name, const struct stat& image) {
     struct stat about {};
-    return stat(pathOf(name).c_str(), &about) == 0 && isSameFile(about, file);
+    refuseIf(stat(pathOf(name).c_str(), &about) == 0 && isSameFile(about, image),
+             "the drive " + quote(name) + " is the image itself");
 }
 
 DiscDrive::DiscDrive(const std::string& name)
@@ -58,9 +59,8 @@ DiscDrive::DiscDrive(const std::string& name)
       m_drive(open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
     check(m_drive.isOpen()).orRefuse("the drive " + quote(name));
     const auto mode = m_drive.status().st_mode;
-    if (!S_ISBLK(mode) && !(isStandIn(name) && S_ISREG(mode))) {
-        throw Refusal("the drive " + quote(name) + " is no drive");
-    }
+    refuseIf(!S_ISBLK(mode) && !(isStandIn(name) && S_ISREG(mode)),
+             "the drive " + quote(name) + " is no drive");
 }
 
 bool DiscDrive::isReadOnly() const {

@@ -17,8 +17,8 @@ public:
     /// Whether a name has one of these forms. Burners also have other notations.
     static bool isNode(const std::string& name);
 
-    /// Whether a drive's name leads to this file.
-    static bool isFile(const std::string& name, const struct stat& file);
+    /// Refuses an image as its own drive.
+    static void requireOther(const std::string& name, const struct stat& image);
 
     /// @throw Refusal when it cannot be opened, or is no drive
     explicit DiscDrive(const std::string& name);

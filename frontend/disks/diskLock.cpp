@@ -2,11 +2,10 @@
 
 #include "disks/sysfs.h"
 #include "support/failure.h"
+#include "support/waiting.h"
 
 #include <cerrno>
-#include <chrono>
 #include <sstream>
-#include <thread>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -24,16 +23,12 @@ Descriptor openDisk(const std::string& node, int flags) {
 /// udev holds the lock for a moment while it scans a disk.
 void lock(const Descriptor& descriptor, const std::string& node) {
     using namespace std::chrono_literals;
-    const auto end = std::chrono::steady_clock::now() + 2s;
-    while (flock(descriptor.number(), LOCK_EX | LOCK_NB) != 0) {
-        if (errno != EWOULDBLOCK && errno != EINTR) {
-            throw Refusal(SystemError().about(node));
-        }
-        if (std::chrono::steady_clock::now() > end) {
-            throw Refusal("another program is working on " + node);
-        }
-        std::this_thread::sleep_for(100ms);
-    }
+    const bool isLocked = becomesTrue(2s, [&] {
+        const bool isDone = flock(descriptor.number(), LOCK_EX | LOCK_NB) == 0;
+        check(isDone || errno == EWOULDBLOCK || errno == EINTR).orRefuse(node);
+        return isDone;
+    });
+    refuseIf(!isLocked, "another program is working on " + node);
 }
 
 /// Whether another file system is mounted over this one; it would be unmounted instead.
@@ -45,24 +40,20 @@ bool isCovered(const MountedPlace& mounted) {
 }
 
 void unmountPlace(const MountedPlace& mounted) {
-    if (isCovered(mounted)) {
-        throw Refusal(quote(mounted.place) + " has another file system mounted over it; unmount both");
-    }
+    refuseIf(isCovered(mounted),
+             quote(mounted.place) + " has another file system mounted over it; unmount both");
     if (umount2(mounted.place.c_str(), UMOUNT_NOFOLLOW) == 0) {
         return;
     }
-    if (errno == EBUSY) {
-        throw Refusal(quote(mounted.place) + " is in use; close what is open there, or unmount it");
-    }
+    refuseIf(errno == EBUSY, quote(mounted.place) + " is in use; close what is open there, or unmount it");
     throw Refusal(SystemError().about(quote(mounted.place) + " cannot be unmounted"));
 }
 } // namespace
 
 DiskLock::DiskLock(const Disk& disk) : m_disk(disk), m_descriptor(openDisk(disk.node(), 0)) {
     check(m_descriptor.isOpen()).orRefuse(disk.node());
-    if (m_descriptor.status().st_rdev != disk.number) {
-        throw Refusal(disk.node() + " is not the disk any more that it was");
-    }
+    refuseIf(m_descriptor.status().st_rdev != disk.number,
+             disk.node() + " is not the disk any more that it was");
     lock(m_descriptor, disk.node());
 }
 
@@ -75,9 +66,8 @@ void DiskLock::unmount() const {
     if (openDisk(m_disk.node(), O_EXCL).isOpen()) {
         return;
     }
-    if (errno == EBUSY) {
-        throw Refusal(m_disk.node() + " is still in use, though not mounted here; a container may have it");
-    }
+    refuseIf(errno == EBUSY,
+             m_disk.node() + " is still in use, though not mounted here; a container may have it");
     throw Refusal(SystemError().about(m_disk.node()));
 }
 

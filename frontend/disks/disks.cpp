@@ -8,6 +8,7 @@
 #include <cctype>
 #include <filesystem>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace velacreate {
@@ -67,6 +68,10 @@ std::string Disk::keyPartitionNode() const {
     return "/dev/" + partitionName(KEY_PARTITION);
 }
 
+Descriptor Disk::openKeyPartition() const {
+    return Descriptor(open(keyPartitionNode().c_str(), O_RDONLY | O_CLOEXEC));
+}
+
 std::string DiskDescription::name() const {
     return vendor + (vendor.empty() || model.empty() ? "" : " ") + model;
 }
@@ -75,17 +80,13 @@ Disk wholeDisk(const std::string& path) {
     struct stat about {};
     check(stat(path.c_str(), &about) == 0).orRefuse(quote(path));
     const auto number = blockDevice(path);
-    if (number == 0) {
-        throw Refusal(quote(path) + " is not a block device");
-    }
+    refuseIf(number == 0, quote(path) + " is not a block device");
     const auto directory = deviceDirectory(number);
-    if (!fs::exists(directory / "size") || fs::exists(directory / "partition")) {
-        throw Refusal(quote(path) + " is not a whole disk");
-    }
+    refuseIf(!fs::exists(directory / "size") || fs::exists(directory / "partition"),
+             quote(path) + " is not a whole disk");
     Disk disk{directory.filename(), number};
-    if (!isPlainWord(disk.name) || blockDevice(disk.node()) != number) {
-        throw Refusal(quote(path) + " has no node of its own right below '/dev'");
-    }
+    refuseIf(!isPlainWord(disk.name) || blockDevice(disk.node()) != number,
+             quote(path) + " has no node of its own right below '/dev'");
     return disk;
 }
 

@@ -2,6 +2,10 @@
 /// The disks of this machine.
 #pragma once
 
+#include "support/descriptor.h"
+
+#include <mediaRules.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -21,11 +25,14 @@ struct Disk {
 
     /// The node of the partition with a key's files.
     std::string keyPartitionNode() const;
+    /// Opens it for reading.
+    /// @return closed, with errno set, when it cannot be opened
+    Descriptor openKeyPartition() const;
 };
 
 constexpr std::uint64_t SECTOR = 512; ///< the kernel's and libblkid's unit for every disk, in bytes
 
-constexpr int KEY_PARTITION = 4; ///< the partition with a key's files
+using VelaCreation::KEY_PARTITION;
 
 /// What a user recognises a disk by; empty where unknown.
 struct DiskDescription {

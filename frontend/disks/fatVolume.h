@@ -5,7 +5,6 @@
 #include "support/descriptor.h"
 
 #include <cstdint>
-#include <string>
 
 namespace velacreate {
 

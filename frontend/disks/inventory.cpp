@@ -120,4 +120,13 @@ std::string contentOf(const Disk& disk) {
     return text.empty() ? unrecognised(descriptor) : text + ", no partition table";
 }
 
+nlohmann::ordered_json jsonOf(const std::string& node, const DiskDescription& about) {
+    return {{"node", node},         {"port", about.port},     {"vendor", about.vendor},
+            {"model", about.model}, {"serial", about.serial}, {"size", about.size}};
+}
+
+std::string textOf(const nlohmann::ordered_json& json, int indent) {
+    return json.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
 } // namespace velacreate

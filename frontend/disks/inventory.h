@@ -4,6 +4,8 @@
 
 #include "disks/disks.h"
 
+#include <nlohmann/json.hpp>
+
 #include <string>
 
 namespace velacreate {
@@ -14,5 +16,11 @@ namespace velacreate {
 /// - "blank", or "unrecognised" when there is unknown data
 /// - "not readable", or "unknown" when the user may not read it
 std::string contentOf(const Disk& disk);
+
+/// What identifies a disk, for programs: "node", "port", "vendor", "model", "serial" and "size".
+nlohmann::ordered_json jsonOf(const std::string& node, const DiskDescription& about);
+
+/// @return such an object or list as text; what is not UTF-8 is replaced
+std::string textOf(const nlohmann::ordered_json& json, int indent = -1);
 
 } // namespace velacreate

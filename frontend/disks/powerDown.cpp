@@ -27,9 +27,7 @@ void powerDown(const Disk& disk) {
         }
     }
     const Descriptor remove(open((usb / "remove").c_str(), O_WRONLY | O_CLOEXEC));
-    if (!remove.isOpen() || write(remove.number(), "1", 1) != 1) {
-        throw Failure(SystemError().about("its USB port cannot be turned off"));
-    }
+    check(remove.isOpen() && write(remove.number(), "1", 1) == 1).orFail("its USB port cannot be turned off");
 }
 
 } // namespace velacreate

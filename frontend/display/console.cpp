@@ -3,6 +3,8 @@
 #include "support/failure.h"
 #include "support/texts.h"
 
+#include <mediaRules.h>
+
 #include <iostream>
 #include <sstream>
 #include <utility>
@@ -34,12 +36,12 @@ void Console::endProgress() {
 void Console::message(int level, const std::string& text) {
     log(level, text);
     if (m_verbose) {
-        show(level == 0 ? STDERR_FILENO : STDOUT_FILENO, text);
+        show(level == VelaCreation::LEVEL_FAILURE ? STDERR_FILENO : STDOUT_FILENO, text);
     }
 }
 
 void Console::say(const std::string& text) {
-    log(LEVEL_SAID, text);
+    log(VelaCreation::LEVEL_PROGRESS, text);
     show(STDOUT_FILENO, text);
 }
 
@@ -51,12 +53,12 @@ void Console::sayLines(const std::string& lines) {
 }
 
 void Console::complain(const std::string& text) {
-    log(0, text);
+    log(VelaCreation::LEVEL_FAILURE, text);
     show(STDERR_FILENO, "velacreate: " + text);
 }
 
 void Console::ask(const std::string& question) {
-    log(LEVEL_SAID, question);
+    log(VelaCreation::LEVEL_PROGRESS, question);
     m_screen.write(STDOUT_FILENO, question + " ");
 }
 

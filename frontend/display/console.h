@@ -8,7 +8,6 @@
 
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace velacreate {
@@ -60,8 +59,6 @@ public:
 private:
     void append(const std::string& line);
     void show(int descriptor, const std::string& text);
-
-    static constexpr int LEVEL_SAID = 2;
 
     Screen m_screen;
     bool m_verbose = false;

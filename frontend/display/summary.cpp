@@ -17,14 +17,14 @@ struct Words {
 Words wordsOf(const Outcome& outcome) {
     switch (outcome.kind) {
     case JobKind::verifying:
-        return {"Verified ", "the same", ", no difference", "was not verified",
+        return {"Verified ", RESULT_SAME, ", no difference", "was not verified",
                 "differs from what would be made now"};
     case JobKind::comparing:
-        return {"Compared ", "the same", ", no difference", "was not compared", "differs from its image"};
+        return {"Compared ", RESULT_SAME, ", no difference", "was not compared", "differs from its image"};
     case JobKind::making:
         break;
     }
-    return {"Made ", "made", "", "was not made", exitStatus(EXIT_DIFFERENT).meaning};
+    return {"Made ", RESULT_MADE, "", "was not made", exitStatus(EXIT_DIFFERENT).meaning};
 }
 
 /// Whether the job has found the differences that it looked for.
@@ -56,9 +56,9 @@ std::string nextStep(const Outcome& outcome) {
 
 std::string resultWord(const Outcome& outcome) {
     return outcome.status == 0                  ? wordsOf(outcome).result
-           : outcome.status == EXIT_INTERRUPTED ? "interrupted"
-           : isFinding(outcome)                 ? "different"
-                                                : "failed";
+           : outcome.status == EXIT_INTERRUPTED ? RESULT_INTERRUPTED
+           : isFinding(outcome)                 ? RESULT_DIFFERENT
+                                                : RESULT_FAILED;
 }
 
 std::string readBackText(bool wasReadBack) {
@@ -77,6 +77,15 @@ std::string resultText(const Outcome& outcome, bool wasReadBack) {
            readBackText(wasReadBack);
 }
 
+void showFailures(Console& console, const Outcome& outcome, const std::string& name) {
+    if (console.isVerbose() || outcome.status == EXIT_REFUSED || outcome.status == EXIT_INTERRUPTED) {
+        return;
+    }
+    for (const auto& line : outcome.failures) {
+        console.showUnlogged(name + line);
+    }
+}
+
 int conclude(Console& console, const Outcome& outcome, const std::string& medium, const std::string& made) {
     const auto words = wordsOf(outcome);
     const std::string state = outcome.hasChanged ? "is now incomplete" : words.undone;
@@ -93,11 +102,7 @@ int conclude(Console& console, const Outcome& outcome, const std::string& medium
         console.complain(outcome.reason);
         return outcome.status;
     }
-    if (!console.isVerbose()) {
-        for (const auto& line : outcome.failures) {
-            console.showUnlogged(line);
-        }
-    }
+    showFailures(console, outcome, "");
     const auto what = (isFinding(outcome) ? "" : state + ": ") + failureText(outcome);
     const auto step = nextStep(outcome);
     console.complain(ended(medium + " " + what) + (step.empty() ? "" : " ") + step);

@@ -5,6 +5,7 @@
 #include "display/console.h"
 #include "job/outcome.h"
 
+#include <array>
 #include <string>
 
 namespace velacreate {
@@ -15,7 +16,15 @@ std::string failureText(const Outcome& outcome);
 /// What the user can do, as a sentence; may be empty.
 std::string nextStep(const Outcome& outcome);
 
-/// @return "made", "the same", "different", "failed" or "interrupted"
+constexpr const char* RESULT_MADE = "made";
+constexpr const char* RESULT_SAME = "the same";
+constexpr const char* RESULT_DIFFERENT = "different";
+constexpr const char* RESULT_FAILED = "failed";
+constexpr const char* RESULT_INTERRUPTED = "interrupted";
+inline constexpr std::array RESULT_WORDS = {RESULT_MADE, RESULT_SAME, RESULT_DIFFERENT, RESULT_FAILED,
+                                            RESULT_INTERRUPTED};
+
+/// @return one of the words
 std::string resultWord(const Outcome& outcome);
 
 /// @return such as "made, 52 s, 41 MB/s, read back", or "failed: " and the reason
@@ -23,6 +32,9 @@ std::string resultText(const Outcome& outcome, bool wasReadBack);
 
 /// @return ", read back" for a medium that was
 std::string readBackText(bool wasReadBack);
+
+/// Shows the library's failures, unless they were shown as they came. A refusal or an interrupt needs none.
+void showFailures(Console& console, const Outcome& outcome, const std::string& name);
 
 /// Shows the result: success on standard output; failures and differences on standard error, after the
 /// library's messages.

@@ -42,19 +42,13 @@ ChosenPaths::ChosenPaths(const std::string& directory, const Descriptor& open)
 
 std::string ChosenPaths::below(const std::string& path) const {
     const std::string text = "update file " + quote(path);
-    if (path.empty()) {
-        throw Refusal("an update file has no name");
-    }
+    refuseIf(path.empty(), "an update file has no name");
     std::vector<std::string> parts = significantParts(path);
-    if (std::find(parts.begin(), parts.end(), "..") != parts.end()) {
-        throw Refusal(text + " is not named by a path below " + quote(m_directory));
-    }
-    if (path.front() == '/' && !removeStart(parts, m_asNamed) && !removeStart(parts, m_asItIs)) {
-        throw Refusal(text + " is not below " + quote(m_directory));
-    }
-    if (parts.empty()) {
-        throw Refusal(text + " is the directory of the update files itself");
-    }
+    refuseIf(std::find(parts.begin(), parts.end(), "..") != parts.end(),
+             text + " is not named by a path below " + quote(m_directory));
+    refuseIf(path.front() == '/' && !removeStart(parts, m_asNamed) && !removeStart(parts, m_asItIs),
+             text + " is not below " + quote(m_directory));
+    refuseIf(parts.empty(), text + " is the directory of the update files itself");
     return joined(parts);
 }
 

@@ -64,20 +64,16 @@ void requireFatNames(const std::vector<std::string>& places) {
 }
 
 void requireFileSize(const std::string& place, std::uint64_t size, const std::string& medium) {
-    if (size > LARGEST_FILE) {
-        throw Refusal(quote(place) + " has " + sizeText(size) + "; " + medium +
-                      " holds files of less than 4 GiB");
-    }
+    refuseIf(size > LARGEST_FILE,
+             quote(place) + " has " + sizeText(size) + "; " + medium + " holds files of less than 4 GiB");
 }
 
 void requireSpace(const NamedDirectory& directory, std::uint64_t bytes) {
     struct statvfs space {};
     check(fstatvfs(directory.number(), &space) == 0).orFail("the free space in " + quote(directory.path));
     const std::uint64_t free = space.f_bavail * space.f_frsize;
-    if (free < bytes) {
-        throw Refusal("the job needs " + sizeText(bytes) + " in " + quote(directory.path) + ", where " +
-                      sizeText(free) + " are free");
-    }
+    refuseIf(free < bytes, "the job needs " + sizeText(bytes) + " in " + quote(directory.path) + ", where " +
+                               sizeText(free) + " are free");
 }
 
 } // namespace velacreate

@@ -27,9 +27,13 @@ bool isJobName(const std::string& name) {
 }
 
 bool isCloneImage(const std::string& name) {
-    static const std::array<std::string, 4> IMAGES = {BootableMedia::IMAGE_1, BootableMedia::IMAGE_2,
-                                                      BootableMedia::IMAGE_4, BootableMedia::IMAGE_8};
+    static const auto IMAGES = VelaCreation::cloneImages();
     return contains(IMAGES, name);
+}
+
+bool isBootFile(const std::string& name) {
+    const auto parts = partsOf(name);
+    return parts.size() > 1 && parts[0] == BootableMedia::BOOT_FILE && parts[1].front() != '.';
 }
 
 std::vector<std::string> partsOf(const std::string& path) {

@@ -10,10 +10,17 @@ namespace velacreate {
 constexpr const char* PACKAGE_NAME = "tool.zip"; ///< the tool package in a job directory
 constexpr const char* LIBRARY_FOLDER = ".job";   ///< where the library runs and the output grows
 
+/// No path in a command of the library may hold one of these.
+constexpr const char* UNSAFE_IN_COMMANDS = "\"$`\\";
+
 /// Whether the job or the library uses this name at the top of the job directory. No medium can hold it.
 bool isJobName(const std::string& name);
 
 bool isCloneImage(const std::string& name);
+
+/// Whether a file of the tool package is copied to a medium: "boot/*" does not match names that begin with a
+/// dot.
+bool isBootFile(const std::string& name);
 
 /// @return the parts between the slashes, also empty ones
 std::vector<std::string> partsOf(const std::string& path);

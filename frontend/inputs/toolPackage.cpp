@@ -6,6 +6,8 @@
 #include "support/beneath.h"
 #include "support/failure.h"
 
+#include <bootableMedia.h>
+
 #include <algorithm>
 #include <set>
 
@@ -15,7 +17,7 @@
 
 namespace velacreate {
 namespace {
-constexpr const char* BOOT = "boot";
+const std::string& BOOT = VelaCreation::BootableMedia::BOOT_FILE;
 
 /// Small, because a whole block is read after each skipped entry.
 constexpr std::size_t BLOCK_FOR_HEADERS = 16 << 10;
@@ -93,12 +95,6 @@ private:
     Entries m_all;
     std::set<std::string> m_named; ///< without directories that occur only in paths of files
 };
-
-/// Whether it is copied to a medium: "boot/*" does not match names that begin with a dot.
-bool isBootFile(const std::string& name) {
-    const std::vector<std::string> parts = partsOf(name);
-    return parts.size() > 1 && parts[0] == BOOT && parts[1].front() != '.';
-}
 
 void requireBoot(const Listing& listing, const Entries& wanted, const std::string& path) {
     if (std::any_of(wanted.begin(), wanted.end(), [](const auto& item) { return isBootFile(item.first); })) {

@@ -23,9 +23,7 @@ std::string named(const std::string& source) {
 
 Descriptor openedDirectory(const std::string& path) {
     Descriptor directory(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!directory.isOpen()) {
-        throw Refusal(SystemError().about("the directory " + quote(path)));
-    }
+    check(directory.isOpen()).orRefuse("the directory " + quote(path));
     return directory;
 }
 
@@ -40,7 +38,7 @@ void requirePlace(const std::string& place, const std::string& source) {
     if (isJobName(top)) {
         throw Refusal(named(source) + " has a name that the job uses itself; rename it");
     }
-    if (const std::size_t at = top.find_first_of("\"$`\\"); at != std::string::npos) {
+    if (const std::size_t at = top.find_first_of(UNSAFE_IN_COMMANDS); at != std::string::npos) {
         throw Refusal(named(source) + " holds the character " + top[at] + "; rename it");
     }
 }
@@ -136,9 +134,7 @@ private:
 
     void requireReadable(const std::string& source, const struct stat& found) {
         const Descriptor file = m_tree.open(source, TO_READ);
-        if (!file.isOpen()) {
-            throw Refusal(SystemError().about(named(source) + " cannot be read"));
-        }
+        check(file.isOpen()).orRefuse(named(source) + " cannot be read");
         if (!isUnchanged(found, file.status())) {
             throw Refusal(named(source) + " is being changed");
         }
@@ -146,9 +142,7 @@ private:
 
     void addContent(const std::string& source, const std::string& place) {
         const Descriptor directory = openBeneath(m_directory, source, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
-        if (!directory.isOpen()) {
-            throw Refusal(SystemError().about(named(source) + " cannot be read"));
-        }
+        check(directory.isOpen()).orRefuse(named(source) + " cannot be read");
         forEachEntry(directory.number(), [&](const std::string& name) {
             const std::string inner = source + "/" + name;
             if (holdsControlCharacter(name)) {
@@ -213,9 +207,7 @@ namespace {
 void copyFile(Beneath& from, Beneath& to, const std::string& place, const UpdateFiles::Entry& entry,
               const Advance& advance) {
     const Descriptor source = from.open(entry.source, TO_READ);
-    if (!source.isOpen()) {
-        throw Failure(SystemError().about(named(entry.source) + " cannot be read any more"));
-    }
+    check(source.isOpen()).orFail(named(entry.source) + " cannot be read any more");
     const auto requireUnchanged = [&] {
         if (!isUnchanged(entry.found, source.status())) {
             throw Failure(named(entry.source) + " was changed after it had been checked");
@@ -224,15 +216,11 @@ void copyFile(Beneath& from, Beneath& to, const std::string& place, const Update
     requireUnchanged();
     const bool isProgram = (entry.found.st_mode & S_IXUSR) != 0;
     const Descriptor copy = to.open(place, O_WRONLY | O_CREAT | O_EXCL, isProgram ? 0755 : 0644);
-    if (!copy.isOpen()) {
-        throw Failure(SystemError().about("the copy of " + named(entry.source)));
-    }
+    check(copy.isOpen()).orFail("the copy of " + named(entry.source));
     copyContent(source, copy, entry.source, advance);
     requireUnchanged();
     const struct timespec times[] = {entry.found.st_mtim, entry.found.st_mtim};
-    if (futimens(copy.number(), times) != 0) {
-        throw Failure(SystemError().about("the time of " + named(entry.source)));
-    }
+    check(futimens(copy.number(), times) == 0).orFail("the time of " + named(entry.source));
 }
 } // namespace
 
@@ -242,8 +230,8 @@ void UpdateFiles::copyTo(int directory, const Advance& advance) const {
     for (const auto& [place, entry] : m_entries) {
         if (!entry.isDirectory) {
             copyFile(from, to, place, entry, advance);
-        } else if (!to.makeDirectory(place, 0755)) {
-            throw Failure(SystemError().about("the copy of " + named(entry.source)));
+        } else {
+            check(to.makeDirectory(place, 0755)).orFail("the copy of " + named(entry.source));
         }
     }
 }

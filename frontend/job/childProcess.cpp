@@ -67,15 +67,7 @@ void setUpProcess(int socket, int output) {
 
 int run(const std::function<int(Reporter&)>& work, int socket) {
     Reporter reporter(socket);
-    try {
-        return work(reporter);
-    } catch (const Refusal& refusal) {
-        reporter.reason(refusal.what());
-        return EXIT_REFUSED;
-    } catch (const std::exception& failure) {
-        reporter.reason(failure.what());
-        return EXIT_UNFINISHED;
-    }
+    return exitStatusAfter([&] { return work(reporter); }, [&](const char* text) { reporter.reason(text); });
 }
 } // namespace
 

@@ -6,7 +6,6 @@
 #include "support/descriptor.h"
 
 #include <functional>
-#include <optional>
 
 #include <sys/types.h>
 

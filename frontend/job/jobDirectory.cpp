@@ -19,7 +19,6 @@
 
 namespace velacreate {
 namespace {
-constexpr const char* OWN_PLACE = "/mnt/job";
 constexpr const char* PREFIX = ".velacreate-";
 
 std::string freshName() {
@@ -112,9 +111,8 @@ NamedDirectory scratchDirectory(const std::string& chosen, const CallerEnvironme
     NamedDirectory scratch;
     scratch.path = absolutePath(!chosen.empty() ? chosen : !preset.empty() ? preset : "/var/tmp");
     scratch.directory = Descriptor(open(scratch.path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!scratch.directory.isOpen() || faccessat(scratch.number(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
-        throw Refusal(SystemError().about("no job directory can be made in " + quote(scratch.path)));
-    }
+    check(scratch.directory.isOpen() && faccessat(scratch.number(), ".", W_OK | X_OK, AT_EACCESS) == 0)
+        .orRefuse("no job directory can be made in " + quote(scratch.path));
     return scratch;
 }
 
@@ -186,7 +184,7 @@ void enterJobDirectory() {
     }
     std::error_code error;
     const std::string here = std::filesystem::current_path(error).string();
-    if (error || here.find_first_of("\"$`\\\n") != std::string::npos) {
+    if (error || here.find_first_of(std::string(UNSAFE_IN_COMMANDS) + "\n") != std::string::npos) {
         throw Refusal("the job directory " + quote(here) +
                       " has a character in its path that no command can carry, and "
                       "mounts of its own cannot be had; choose another place");

@@ -9,10 +9,14 @@
 
 namespace velacreate {
 
+/// The job directory in a job's own mounts.
+constexpr const char* OWN_PLACE = "/mnt/job";
+
 /// A fresh directory that only its user can enter. The supervisor makes it, and removes it however the job
-/// ends. It holds the update files as they will be on the medium, the tool package as "tool.zip", and the
-/// library folder. It is used through its descriptor only, since the owner of its parent may rename it. It is
-/// locked: one without a lock has lost its supervisor, and the next job beside it removes it.
+/// ends. It holds the update files as they will be on the medium, the tool package (as "tool.zip", or
+/// unpacked to be compared with), and the library folder. It is used through its descriptor only, since the
+/// owner of its parent may rename it. It is locked: one without a lock has lost its supervisor, and the next
+/// job beside it removes it.
 class JobDirectory {
 public:
     /// @param parent  must outlive this

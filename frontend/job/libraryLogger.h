@@ -9,7 +9,7 @@
 #include <string>
 #include <utility>
 
-#include <bootableMedia.h>
+#include <mediaRules.h>
 
 namespace velacreate {
 
@@ -20,7 +20,7 @@ public:
         : m_reporter(reporter), m_checkpoint(std::move(checkpoint)) {}
 
     void logMessage(int level, const std::string& message) override {
-        m_reporter.message(m_isTrying ? std::max(level, 1) : level, message);
+        m_reporter.message(m_isTrying ? std::max(level, VelaCreation::LEVEL_FAILURE + 1) : level, message);
     }
     int checkpoint(int level, const std::string& message) override {
         logMessage(level, message);

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
-#include <vector>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -67,18 +66,15 @@ bool lacksFlags() {
 Output::Output(const std::string& path) {
     const auto absolute = fs::path(path).has_filename() ? fs::path(path) : fs::path(path).parent_path();
     m_name = absolute.filename();
-    if (m_name.empty() || m_name == "." || m_name == "..") {
-        throw Refusal("the output " + quote(path) + " has no name of its own");
-    }
+    refuseIf(m_name.empty() || m_name == "." || m_name == "..",
+             "the output " + quote(path) + " has no name of its own");
     std::error_code error;
     m_parent.path = fs::canonical(absolute.has_parent_path() ? absolute.parent_path() : ".", error);
     if (!error) {
         m_parent.directory = Descriptor(open(m_parent.path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         error.assign(m_parent.directory.isOpen() ? 0 : errno, std::generic_category());
     }
-    if (error) {
-        throw Refusal("the directory of the output " + quote(path) + ": " + error.message());
-    }
+    refuseIf(bool{error}, "the directory of the output " + quote(path) + ": " + error.message());
     check(faccessat(m_parent.number(), ".", W_OK | X_OK, AT_EACCESS) == 0)
         .orRefuse("nothing can be written to " + quote(m_parent.path));
     struct stat about {};
@@ -91,19 +87,14 @@ Output::Output(const std::string& path) {
 
 Output Output::file(const std::string& path, bool force, const std::string& kind) {
     Output output(path);
-    if (output.m_present && !S_ISREG(output.m_present->st_mode)) {
-        throw Refusal(quote(path) + " is no file and cannot be replaced by " + kind);
-    }
-    if (output.m_present && !force) {
-        throw Refusal(quote(path) + " exists (--force replaces it)");
-    }
+    refuseIf(output.m_present && !S_ISREG(output.m_present->st_mode),
+             quote(path) + " is no file and cannot be replaced by " + kind);
+    refuseIf(output.m_present && !force, quote(path) + " exists (--force replaces it)");
     return output;
 }
 
 Output Output::image(const std::string& path, bool force) {
-    if (!VelaCreation::endsWithIso(path)) {
-        throw Refusal("the output " + quote(path) + " does not end in .iso");
-    }
+    refuseIf(!VelaCreation::endsWithIso(path), "the output " + quote(path) + " does not end in .iso");
     return file(path, force, "an image");
 }
 
@@ -116,20 +107,16 @@ Output Output::netbootDirectory(const std::string& path, bool force) {
     if (!output.m_present) {
         return output;
     }
-    if (!S_ISDIR(output.m_present->st_mode)) {
-        throw Refusal(quote(path) + " is no directory and cannot be replaced by a network-boot directory");
-    }
-    if (output.m_present->st_dev != output.m_parent.directory.status().st_dev) {
-        throw Refusal(quote(path) + " is a mount point; choose a directory below it");
-    }
+    refuseIf(!S_ISDIR(output.m_present->st_mode),
+             quote(path) + " is no directory and cannot be replaced by a network-boot directory");
+    refuseIf(output.m_present->st_dev != output.m_parent.directory.status().st_dev,
+             quote(path) + " is a mount point; choose a directory below it");
     const auto present = lookInto(output.openPresent());
-    if (!present.isReplaceable()) {
-        throw Refusal(quote(path) + " is not empty, and no network-boot directory" +
-                      (present.foreignEntry.empty() ? "" : ": it holds " + quote(present.foreignEntry)));
-    }
-    if (!present.isEmpty && !force) {
-        throw Refusal(quote(path) + " holds a network-boot directory (--force replaces it)");
-    }
+    refuseIf(!present.isReplaceable(),
+             quote(path) + " is not empty, and no network-boot directory" +
+                 (present.foreignEntry.empty() ? "" : ": it holds " + quote(present.foreignEntry)));
+    refuseIf(!present.isEmpty && !force,
+             quote(path) + " holds a network-boot directory (--force replaces it)");
     return output;
 }
 

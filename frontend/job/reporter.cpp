@@ -1,5 +1,7 @@
 #include "job/reporter.h"
 
+#include <mediaRules.h>
+
 #include <array>
 #include <cerrno>
 
@@ -28,7 +30,7 @@ void Reporter::advance(std::uint64_t bytes) {
 }
 
 void Reporter::message(int level, const std::string& text) const {
-    send(level == 0 ? Event::Kind::failure : Event::Kind::progress, text);
+    send(level == VelaCreation::LEVEL_FAILURE ? Event::Kind::failure : Event::Kind::progress, text);
 }
 
 void Reporter::send(Event::Kind kind, const std::string& text) const {

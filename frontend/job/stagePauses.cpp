@@ -1,6 +1,5 @@
 #include "job/stagePauses.h"
 
-#include <cerrno>
 #include <ctime>
 #include <iostream>
 #include <sstream>

@@ -5,6 +5,8 @@
 #include "support/exitStatus.h"
 #include "support/failure.h"
 
+#include <mediaRules.h>
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -138,7 +140,7 @@ private:
             takeFailure(event.text);
             break;
         case Event::Kind::progress:
-            m_console.message(2, m_name + event.text);
+            m_console.message(VelaCreation::LEVEL_PROGRESS, m_name + event.text);
             break;
         case Event::Kind::changing:
             m_outcome.hasChanged = true;
@@ -173,7 +175,7 @@ private:
         if (m_gauge != nullptr) {
             shownByGauge();
         }
-        m_console.log(2, m_name + text);
+        m_console.log(VelaCreation::LEVEL_PROGRESS, m_name + text);
         m_progress.stage(m_index, text, m_gauge != nullptr ? m_gauge->expected : 0);
     }
 
@@ -187,7 +189,7 @@ private:
 
     void takeFailure(const std::string& text) {
         m_outcome.failures.push_back(text);
-        m_console.message(0, m_name + text);
+        m_console.message(VelaCreation::LEVEL_FAILURE, m_name + text);
     }
 
     std::uint64_t shownByGauge() {

@@ -2,6 +2,8 @@
 
 #include "support/failure.h"
 
+#include <bootableMedia.h>
+
 #include <cstdlib>
 #include <filesystem>
 
@@ -13,8 +15,10 @@ namespace velacreate {
 namespace fs = std::filesystem;
 
 namespace {
-constexpr const char* BURNER = "cdrecord";
-constexpr const char* ZIP = "zip";
+using Media = VelaCreation::BootableMedia;
+
+const std::string& BURNER = Media::CDRECORD_NAME;
+const std::string& ZIP = Media::ZIP_TOOL_NAME;
 
 /// In a build tree beside the executable; when installed, in libexec.
 fs::path ownFolder() {
@@ -37,8 +41,8 @@ Toolkit::Toolkit(const std::string& folder, Launchers launchers) : m_isOwn(folde
     const fs::path path = m_isOwn ? ownFolder() : fs::path(folder);
     m_folder = Descriptor(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const bool isForDiscs = launchers == Launchers::ofDiscs;
-    for (const char* name : isForDiscs ? std::vector{"xorriso", BURNER} : std::vector{ZIP}) {
-        if (m_folder.isOpen() && faccessat(m_folder.number(), name, X_OK, AT_EACCESS) == 0) {
+    for (const auto& name : isForDiscs ? std::vector{Media::MKISOFS_TOOL_NAME, BURNER} : std::vector{ZIP}) {
+        if (m_folder.isOpen() && faccessat(m_folder.number(), name.c_str(), X_OK, AT_EACCESS) == 0) {
             m_names.emplace_back(name);
         } else if (isForDiscs || m_isOwn || !m_folder.isOpen()) {
             throw Refusal("the launcher " + quote(path / name) + " is missing");

@@ -2,7 +2,6 @@
 
 #include "disks/inventory.h"
 #include "display/question.h"
-#include "display/table.h"
 #include "support/texts.h"
 
 #include <string>
@@ -10,11 +9,10 @@
 namespace velacreate {
 namespace {
 std::string tableOf(const std::vector<Key>& keys) {
-    Table table({"Key", "Port", "Model", "Serial number", "Size", "Holds", "Mounted on", "Not to be made"});
+    auto table = tableOfKeys({"Size", "Holds", "Mounted on", "Not to be made"});
     for (const auto& key : keys) {
-        const auto& about = key.about;
-        table.add({key.disk.node(), about.port, about.name(), about.serial, sizeText(about.size),
-                   contentOf(key.disk), placesText(mountedPlaces(key.disk)), key.ineligibility});
+        table.add(cellsOf(key, {sizeText(key.about.size), contentOf(key.disk),
+                                placesText(mountedPlaces(key.disk)), key.ineligibility}));
     }
     return table.text();
 }
@@ -23,9 +21,9 @@ std::string consequence(const UsbChoices& choices, bool isOne) {
     if (choices.erase) {
         return isOne ? "Everything on it will be lost." : "Everything on them will be lost.";
     }
-    const std::string done = choices.format == "always" ? "formatted and filled."
-                             : choices.format == "auto" ? "formatted if need be, and filled."
-                                                        : "filled.";
+    const std::string done = choices.format == FORMAT_ALWAYS ? "formatted and filled."
+                             : choices.format == FORMAT_AUTO ? "formatted if need be, and filled."
+                                                             : "filled.";
     return (isOne ? "Its fourth partition will be " : "Their fourth partitions will be ") + done;
 }
 } // namespace

@@ -12,13 +12,13 @@
 #include "medium/readBack.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
+#include "support/waiting.h"
 
 #include <bootableusb.h>
 
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <thread>
 
 #include <fcntl.h>
 #include <sys/mount.h>
@@ -29,30 +29,29 @@ namespace velacreate {
 using VelaCreation::BootableUSB;
 
 namespace {
-constexpr const char* SOFT_KEY = "TALO_SOFT_USBKEY";
 const std::string KEY_LINK = "/mnt/key";
 
 /// The library's device when there is only an image. A real key would be mounted below the image and stay
 /// mounted.
 const std::string NO_KEY = "/nonexistent/key";
 
-/// The library appends "4" to the disk's name for partition 4. Where the kernel's name has a "p" before the
-/// number, two links provide that name.
+/// The library appends the number of the partition to the disk's name. Where the kernel's name has a "p"
+/// before the number, two links provide that name.
 std::string deviceForLibrary(const KeyJob& job, const Descriptor& image) {
     if (!job.target.disk) {
         const auto place = placeImage(job.target, image);
-        setenv(SOFT_KEY, place.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+        setenv(VelaCreation::SOFT_KEY_VARIABLE, place.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
         return NO_KEY;
     }
+    const auto number = std::to_string(KEY_PARTITION);
     auto node = job.target.disk->node();
     const auto partition = job.target.disk->keyPartitionNode();
-    if (partition == node + "4") {
+    if (partition == node + number) {
         return node;
     }
-    if (symlink(node.c_str(), KEY_LINK.c_str()) != 0 ||
-        symlink(partition.c_str(), (KEY_LINK + "4").c_str()) != 0) {
-        throw Failure(SystemError().about("no links to the key"));
-    }
+    check(symlink(node.c_str(), KEY_LINK.c_str()) == 0 &&
+          symlink(partition.c_str(), (KEY_LINK + number).c_str()) == 0)
+        .orFail("no links to the key");
     return KEY_LINK;
 }
 
@@ -74,16 +73,18 @@ std::vector<std::string> unexpectedFilesOn(const KeyJob& job) {
 
 /// A machine would take files of an earlier job for its own.
 int decideFormat(const KeyJob& job, BootableUSB& builder, bool& format, const Reporter& reporter) {
-    const Descriptor partition(open(job.target.disk->keyPartitionNode().c_str(), O_RDONLY | O_CLOEXEC));
+    const auto partition = job.target.disk->openKeyPartition();
     check(partition.isOpen()).orFail(job.target.disk->keyPartitionNode());
     if (!holdsFat(partition, 0)) {
-        reporter.message(2, "The key holds no FAT file system, hence it is formatted");
+        reporter.message(VelaCreation::LEVEL_PROGRESS,
+                         "The key holds no FAT file system, hence it is formatted");
         format = true;
         return 0;
     }
     const int result = builder.isBootable(format);
     if (result == 0 && !format && !unexpectedFilesOn(job).empty()) {
-        reporter.message(2, "The key holds files that are not of this job, hence it is formatted");
+        reporter.message(VelaCreation::LEVEL_PROGRESS,
+                         "The key holds files that are not of this job, hence it is formatted");
         format = true;
     }
     return result;
@@ -103,7 +104,7 @@ int readBack(const KeyJob& job, int jobDirectory, Reporter& reporter) {
     const auto top = mount.open();
     const auto& tree = job.inputs().contents.tree;
     const auto kept =
-        job.all.choices.format == "never" ? unexpectedFiles(tree, top) : std::vector<std::string>{};
+        job.all.choices.format == FORMAT_NEVER ? unexpectedFiles(tree, top) : std::vector<std::string>{};
     return reportDifferences(compareDirectory(jobDirectory, tree, top, kept, advance), JobKind::making,
                              reporter);
 }
@@ -111,10 +112,9 @@ int readBack(const KeyJob& job, int jobDirectory, Reporter& reporter) {
 /// The status file tells of one job. Each of several jobs gets a private one.
 void hideStatusFile(BootableUSB& builder) {
     const auto directory = std::filesystem::path(builder.getErrorMessageFilePath()).parent_path();
-    if (exists(directory) &&
-        mount("tmpfs", directory.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=1m") != 0) {
-        throw Failure(SystemError().about(quote(directory)));
-    }
+    check(exists(directory) &&
+          mount("tmpfs", directory.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=1m") == 0)
+        .orFail(quote(directory));
 }
 
 int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) {
@@ -130,13 +130,13 @@ int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) 
         hideStatusFile(builder);
     }
     bool isInitialized = false;
-    bool format = job.all.choices.erase || job.all.choices.format == "always";
+    bool format = job.all.choices.erase || job.all.choices.format == FORMAT_ALWAYS;
     int result = builder.init("..", deviceForLibrary(job, image), job.inputs().updates.topLevel(),
                               PACKAGE_NAME, isInitialized);
     if (result == 0 && job.all.choices.erase) {
         result = makeNewKey(*job.target.disk, job.target.open, cloneImageFor(describe(*job.target.disk).size),
                             builder, logger, reporter);
-    } else if (result == 0 && job.all.choices.format == "never") {
+    } else if (result == 0 && job.all.choices.format == FORMAT_NEVER) {
         noteUnexpectedFiles(job, reporter);
     } else if (result == 0 && !format) {
         result = decideFormat(job, builder, format, reporter);
@@ -154,10 +154,7 @@ bool isGone(const KeyJob& job) {
         return false;
     }
     const auto directory = deviceDirectory(job.target.disk->number);
-    for (int looks = 0; looks < 10 && exists(directory); ++looks) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
-    return !exists(directory);
+    return becomesTrue(std::chrono::seconds(1), [&] { return !exists(directory); });
 }
 
 int fillAndReadBack(const KeyJob& job, const Descriptor& image, const Descriptor& jobDirectory,

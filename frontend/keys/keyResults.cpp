@@ -1,7 +1,6 @@
 #include "keys/keyResults.h"
 
 #include "disks/powerDown.h"
-#include "display/table.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/texts.h"
@@ -14,7 +13,7 @@ namespace {
 /// "11 keys made, 1 failed"
 std::string countsText(const std::map<std::string, std::size_t>& counts) {
     std::string text;
-    for (const char* word : {"made", "the same", "different", "failed", "interrupted"}) {
+    for (const char* word : RESULT_WORDS) {
         const auto found = counts.find(word);
         if (found != counts.end()) {
             text += (text.empty() ? std::to_string(found->second) + (found->second == 1 ? " key " : " keys ")
@@ -25,22 +24,11 @@ std::string countsText(const std::map<std::string, std::size_t>& counts) {
     return text;
 }
 
-void showFailures(const Key& key, const Outcome& outcome, Console& console) {
-    if (console.isVerbose() || outcome.status == 0 || outcome.status == EXIT_INTERRUPTED) {
-        return;
-    }
-    for (const auto& line : outcome.failures) {
-        console.showUnlogged(key.disk.node() + ": " + line);
-    }
-}
-
 std::string tableText(const std::vector<Key>& keys, const std::vector<KeyResult>& results, bool wasReadBack) {
-    Table table({"Key", "Port", "Model", "Serial number", "Result"});
+    auto table = tableOfKeys({"Result"});
     for (std::size_t index = 0; index < keys.size(); ++index) {
-        const auto& [disk, about, lock, ineligibility, isForKeys] = keys[index];
         const auto& [outcome, addition] = results[index];
-        table.add({disk.node(), about.port, about.name(), about.serial,
-                   resultText(outcome, wasReadBack) + addition});
+        table.add(cellsOf(keys[index], {resultText(outcome, wasReadBack) + addition}));
     }
     return table.text();
 }
@@ -52,7 +40,7 @@ int concludeSeveral(Console& console, const std::vector<Key>& keys, const std::v
     int status = 0;
     for (std::size_t index = 0; index < keys.size(); ++index) {
         const auto& outcome = results[index].outcome;
-        showFailures(keys[index], outcome, console);
+        showFailures(console, outcome, keys[index].disk.node() + ": ");
         ++counts[resultWord(outcome)];
         nextSteps.insert(nextStep(outcome));
         status = status == 0 ? exitStatus(outcome.status).status : status;
@@ -63,7 +51,7 @@ int concludeSeveral(Console& console, const std::vector<Key>& keys, const std::v
             console.say(step);
         }
     }
-    if (counts.count("made") != 0) {
+    if (counts.count(RESULT_MADE) != 0) {
         console.say("What was made may be pulled out.");
     }
     console.say(countsText(counts));

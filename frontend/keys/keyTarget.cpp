@@ -1,6 +1,6 @@
 #include "keys/keyTarget.h"
 
-#include "disks/fatVolume.h"
+#include "inputs/names.h"
 #include "job/childProcess.h"
 #include "job/jobDirectory.h"
 #include "support/failure.h"
@@ -9,6 +9,7 @@
 #include <mediaRules.h>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 
@@ -18,10 +19,16 @@ using VelaCreation::KEY_IMAGE_OFFSET;
 
 namespace {
 const std::string IMAGE_NAME = "key.img";
-const std::string IMAGE_PLACE = "/mnt/job/.job/" + IMAGE_NAME;
+const std::string IMAGE_PLACE = std::string(OWN_PLACE) + "/" + LIBRARY_FOLDER + "/" + IMAGE_NAME;
 
 constexpr const char* READING_PLACE = "/mnt/read";
 } // namespace
+
+void lockKeyImage(const Descriptor& image, const std::string& name) {
+    if (flock(image.number(), LOCK_EX | LOCK_NB) != 0) {
+        throw Refusal("another program is working on " + name);
+    }
+}
 
 ReadOnlyMount::ReadOnlyMount(const std::string& source, const std::string& options) {
     mkdir(READING_PLACE, S_IRWXU);

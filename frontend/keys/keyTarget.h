@@ -17,6 +17,10 @@ struct KeyTarget {
     std::string imagePath;    ///< empty for a key
 };
 
+/// Keeps other jobs away from an image of a key.
+/// @throw Refusal when another program has locked it
+void lockKeyImage(const Descriptor& image, const std::string& name);
+
 /// A key's FAT file system, mounted in the job's own mounts until this is destroyed.
 class ReadOnlyMount {
 public:

@@ -11,25 +11,22 @@
 
 #include <algorithm>
 
-#include <fcntl.h>
-
 namespace velacreate {
 
 using VelaCreation::KEY_IMAGE_OFFSET;
 
 namespace {
 void refuseFor(const Disk& disk, const std::string& reason) {
-    if (!reason.empty()) {
-        throw Refusal(disk.node() + " " + reason);
-    }
+    refuseIf(!reason.empty(), disk.node() + " " + reason);
 }
 
 /// An upper limit: a new file system takes an unknown part for itself.
 std::uint64_t capacityOf(const Disk& disk, const std::string& format) {
-    if (format != "never") {
+    if (format != FORMAT_NEVER) {
         return partitionSize(disk, KEY_PARTITION);
     }
-    const Descriptor partition(open(disk.keyPartitionNode().c_str(), O_RDONLY | O_CLOEXEC));
+    const auto partition = disk.openKeyPartition();
+    check(partition.isOpen()).orRefuse(disk.keyPartitionNode());
     return fatCapacity(partition, 0);
 }
 
@@ -42,15 +39,10 @@ void requireErasable(const Key& key, const Inputs& inputs) {
 
 void requireFillable(const Key& key, const std::string& format, const Inputs& inputs) {
     refuseFor(key.disk, lacksPartition(key.disk));
-    if (format == "auto") {
+    if (format == FORMAT_AUTO) {
         inputs.package.requireFile(cloneImageFor(key.about.size), "a key of this size is recognised by it");
     }
     requireFitting(inputs.contents, capacityOf(key.disk, format), "partition 4 of " + key.disk.node());
-}
-
-void object(Key& key, const Refusal& refusal) {
-    key.ineligibility = refusal.what();
-    key.lock.reset();
 }
 
 Key examined(const Disk& disk, const UsbChoices& choices, const Inputs& inputs) {
@@ -65,7 +57,7 @@ Key examined(const Disk& disk, const UsbChoices& choices, const Inputs& inputs) 
             requireFillable(key, choices.format, inputs);
         }
     } catch (const Refusal& refusal) {
-        object(key, refusal);
+        leaveOut(key, refusal);
     }
     return key;
 }
@@ -75,9 +67,7 @@ std::vector<Disk> removableMedia() {
     disks.erase(
         std::remove_if(disks.begin(), disks.end(), [](const Disk& disk) { return !isRemovableMedium(disk); }),
         disks.end());
-    if (disks.empty()) {
-        throw Refusal("there is no removable medium; a USB hard disk has to be named");
-    }
+    refuseIf(disks.empty(), "there is no removable medium; a USB hard disk has to be named");
     return disks;
 }
 
@@ -89,9 +79,7 @@ void leaveOutForeign(std::vector<Key>& keys, Console& console) {
     }
     keys.erase(std::remove_if(keys.begin(), keys.end(), [](const Key& key) { return !key.isForKeys; }),
                keys.end());
-    if (keys.empty()) {
-        throw Refusal("there is no removable medium for a key; a USB hard disk has to be named");
-    }
+    refuseIf(keys.empty(), "there is no removable medium for a key; a USB hard disk has to be named");
 }
 } // namespace
 
@@ -106,6 +94,21 @@ std::vector<Disk> namedDisks(const std::vector<std::string>& paths) {
         disks.push_back(disk);
     }
     return disks;
+}
+
+void leaveOut(Key& key, const Refusal& refusal) {
+    key.ineligibility = refusal.what();
+    key.lock.reset();
+}
+
+Table tableOfKeys(std::vector<std::string> columns) {
+    columns.insert(columns.begin(), {"Key", "Port", "Model", "Serial number"});
+    return Table(columns);
+}
+
+std::vector<std::string> cellsOf(const Key& key, std::vector<std::string> cells) {
+    cells.insert(cells.begin(), {key.disk.node(), key.about.port, key.about.name(), key.about.serial});
+    return cells;
 }
 
 std::size_t countSelected(const std::vector<Key>& keys) {
@@ -145,7 +148,7 @@ void unmountKeys(std::vector<Key>& keys) {
                 key.lock->unmount();
             }
         } catch (const Refusal& refusal) {
-            object(key, refusal);
+            leaveOut(key, refusal);
         }
     }
     requireSelectedIfAlone(keys);
@@ -153,17 +156,13 @@ void unmountKeys(std::vector<Key>& keys) {
 
 void requireFitting(const Contents& contents, std::uint64_t capacity, const std::string& medium) {
     std::uint64_t size = 0;
+    requireFileSizes(contents, kindOf(MediumKind::key));
     for (const auto& [place, part] : contents.tree) {
-        requireFileSize(place, part.size, kindOf(MediumKind::key).fileSizeLimit);
         size += (part.size + SECTOR - 1) / SECTOR * SECTOR;
     }
-    if (capacity == 0) {
-        throw Refusal(medium + " holds no FAT file system");
-    }
-    if (size > capacity) {
-        throw Refusal("the files take " + sizeText(size) + ", and " + medium + " holds " +
-                      sizeText(capacity));
-    }
+    refuseIf(capacity == 0, medium + " holds no FAT file system");
+    refuseIf(size > capacity,
+             "the files take " + sizeText(size) + ", and " + medium + " holds " + sizeText(capacity));
 }
 
 std::string cloneImageFor(std::uint64_t size) {

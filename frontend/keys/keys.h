@@ -5,7 +5,9 @@
 #include "choices.h"
 #include "disks/diskLock.h"
 #include "disks/disks.h"
+#include "display/table.h"
 #include "medium/jobInputs.h"
+#include "support/failure.h"
 
 #include <optional>
 #include <string>
@@ -35,6 +37,14 @@ std::vector<Disk> namedDisks(const std::vector<std::string>& paths);
 inline bool isSelected(const Key& key) {
     return key.ineligibility.empty();
 }
+
+/// The key is no longer selected, and no longer locked.
+void leaveOut(Key& key, const Refusal& refusal);
+
+/// A table with a row for each key.
+/// @param columns behind those that tell which key it is
+Table tableOfKeys(std::vector<std::string> columns);
+std::vector<std::string> cellsOf(const Key& key, std::vector<std::string> cells);
 
 std::size_t countSelected(const std::vector<Key>& keys);
 

@@ -6,7 +6,6 @@
 #include <mediaRules.h>
 
 #include <fcntl.h>
-#include <unistd.h>
 
 namespace velacreate {
 namespace {

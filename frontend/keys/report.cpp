@@ -1,9 +1,8 @@
 #include "keys/report.h"
 
+#include "disks/inventory.h"
 #include "support/failure.h"
 #include "support/texts.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cerrno>
 #include <cmath>
@@ -19,18 +18,13 @@ std::string lineOf(const KeyRecord& key, const UpdateSums& updates) {
     for (const auto& [place, sum] : updates) {
         sums.push_back(Json{{"place", place}, {"sha256", sum}});
     }
-    const Json line = {{"time", universalTimeText()},
-                       {"node", key.node},
-                       {"port", key.about.port},
-                       {"vendor", key.about.vendor},
-                       {"model", key.about.model},
-                       {"serial", key.about.serial},
-                       {"size", key.about.size},
-                       {"result", key.result},
-                       {"reason", key.reason},
-                       {"seconds", std::round(key.seconds * 10) / 10},
-                       {"updates", sums}};
-    return line.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
+    Json line = {{"time", universalTimeText()}};
+    line.update(jsonOf(key.node, key.about));
+    line.update({{"result", key.result},
+                 {"reason", key.reason},
+                 {"seconds", std::round(key.seconds * 10) / 10},
+                 {"updates", sums}});
+    return textOf(line);
 }
 
 /// A device needs no flushing.

@@ -5,13 +5,10 @@
 #include "keys/keyTarget.h"
 #include "keys/keys.h"
 #include "medium/comparison.h"
-#include "support/exitStatus.h"
 #include "support/failure.h"
 
 #include <mediaRules.h>
 
-#include <fcntl.h>
-#include <sys/file.h>
 #include <sys/statvfs.h>
 
 namespace velacreate {
@@ -24,21 +21,17 @@ void requireNotWritten(const Disk& disk) {
     for (const auto& [place, device] : mountedPlaces(disk)) {
         struct statvfs about {};
         const bool isReadOnly = statvfs(place.c_str(), &about) == 0 && (about.f_flag & ST_RDONLY) != 0;
-        if (device == partitionNumber(disk, KEY_PARTITION) && !isReadOnly) {
-            throw Refusal(disk.node() + " is mounted on " + quote(place) + "; unmount it first");
-        }
+        refuseIf(device == partitionNumber(disk, KEY_PARTITION) && !isReadOnly,
+                 disk.node() + " is mounted on " + quote(place) + "; unmount it first");
     }
 }
 
 void requireKey(const Disk& disk) {
-    if (partitionNumber(disk, KEY_PARTITION) == 0) {
-        throw Refusal(disk.node() + " is no key: it has no fourth partition");
-    }
-    const Descriptor partition(open(disk.keyPartitionNode().c_str(), O_RDONLY | O_CLOEXEC));
+    refuseIf(partitionNumber(disk, KEY_PARTITION) == 0,
+             disk.node() + " is no key: it has no fourth partition");
+    const auto partition = disk.openKeyPartition();
     check(partition.isOpen()).orRefuse(disk.keyPartitionNode());
-    if (!holdsFat(partition, 0)) {
-        throw Refusal("partition 4 of " + disk.node() + " holds no FAT file system");
-    }
+    refuseIf(!holdsFat(partition, 0), "partition 4 of " + disk.node() + " holds no FAT file system");
 }
 
 Key examined(const Disk& disk) {
@@ -48,8 +41,7 @@ Key examined(const Disk& disk) {
         requireKey(disk);
         requireNotWritten(disk);
     } catch (const Refusal& refusal) {
-        key.ineligibility = refusal.what();
-        key.lock.reset();
+        leaveOut(key, refusal);
     }
     return key;
 }
@@ -104,12 +96,9 @@ int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Cons
 
 int verifyKeyImage(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
     const auto medium = openToCompare("the key image", choices.keyImage, S_IFREG);
-    if (!holdsFat(medium.file, KEY_IMAGE_OFFSET)) {
-        throw Refusal(medium.name + " holds no FAT file system at byte " + std::to_string(KEY_IMAGE_OFFSET));
-    }
-    if (flock(medium.file.number(), LOCK_EX | LOCK_NB) != 0) {
-        throw Refusal("another program is working on " + medium.name);
-    }
+    refuseIf(!holdsFat(medium.file, KEY_IMAGE_OFFSET),
+             medium.name + " holds no FAT file system at byte " + std::to_string(KEY_IMAGE_OFFSET));
+    lockKeyImage(medium.file, medium.name);
     const Inputs inputs(choices.job, MediumKind::key);
     const auto compare = [&](const Descriptor& staged, Reporter& reporter) {
         return compareKey({medium.file, std::nullopt, medium.path}, inputs, staged, reporter);

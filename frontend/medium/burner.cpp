@@ -25,14 +25,8 @@ namespace {
 const std::string IMAGE = "image.iso"; // in the library folder
 
 Descriptor openImage(const std::string& path) {
-    if (!VelaCreation::endsWithIso(path)) {
-        throw Refusal(quote(path) + " does not end in .iso");
-    }
-    Descriptor image(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    check(image.isOpen()).orRefuse(quote(path));
-    if (!S_ISREG(image.status().st_mode)) {
-        throw Refusal(quote(path) + " is not a file");
-    }
+    refuseIf(!VelaCreation::endsWithIso(path), quote(path) + " does not end in .iso");
+    auto image = openChosen(path, O_RDONLY, S_IFREG);
     requireWholeIsoImage(image, path);
     return image;
 }
@@ -47,31 +41,23 @@ bool isPlain(const std::string& device) {
 /// The name becomes part of a command, and the program runs in another directory.
 void requireDevice(const std::string& device) {
     const std::string what = "the drive " + quote(device);
-    if (!isPlain(device)) {
-        throw Refusal(what + " has a character in its name that no command can carry");
-    }
-    if (device.rfind(STAND_IN, 0) == 0 && device.compare(STAND_IN.size(), 1, "/") != 0) {
-        throw Refusal(what + " is not named by its path from the root");
-    }
+    refuseIf(!isPlain(device), what + " has a character in its name that no command can carry");
+    refuseIf(device.rfind(STAND_IN, 0) == 0 && device.compare(STAND_IN.size(), 1, "/") != 0,
+             what + " is not named by its path from the root");
     if (device.front() != '/') {
         return; // a burner's own notation
     }
     struct stat about {};
     check(stat(device.c_str(), &about) == 0).orRefuse(what);
-    if (!S_ISBLK(about.st_mode)) {
-        throw Refusal(what + " is no drive");
-    }
-    if (access(device.c_str(), R_OK | W_OK) != 0) {
-        throw Refusal("burning needs the right to write to " + quote(device) +
-                      " (root has it, and the group of the drive)");
-    }
+    refuseIf(!S_ISBLK(about.st_mode), what + " is no drive");
+    refuseIf(access(device.c_str(), R_OK | W_OK) != 0, "burning needs the right to write to " +
+                                                           quote(device) +
+                                                           " (root has it, and the group of the drive)");
 }
 
 void requireDisc(const std::string& device) {
     const DiscDrive drive(device);
-    if (drive.isReadOnly()) {
-        throw Refusal("the drive " + quote(device) + " cannot burn discs");
-    }
+    refuseIf(drive.isReadOnly(), "the drive " + quote(device) + " cannot burn discs");
     if (const auto lack = drive.lacksDisc(); !lack.empty()) {
         throw Refusal(lack);
     }
@@ -125,7 +111,7 @@ Burner::Burner(std::string device, const CallerEnvironment& caller)
     : m_device(std::move(device)), m_toolkit(caller.toolkit), m_scratch(scratchDirectory("", caller)) {
     requireDevice(m_device);
     if (m_toolkit.isOwn()) {
-        requirePrograms({"wodim"});
+        requirePrograms({"wodim"}, LAUNCHERS_SEARCH_PATH);
     }
     if (m_device.front() == '/') {
         requireDisc(m_device);
@@ -136,9 +122,7 @@ Burner::Burner(std::string device, const CallerEnvironment& caller)
 int Burner::burn(const std::string& path, bool isQuiet, bool verify, const ShowChoices& show,
                  Console& console) const {
     const auto image = openImage(path);
-    if (DiscDrive::isFile(m_device, image.status())) {
-        throw Refusal("the drive " + quote(m_device) + " is the image itself");
-    }
+    DiscDrive::requireOther(m_device, image.status());
     const auto absolute = absolutePath(path);
     openLog(console, show, absolute);
     const std::string medium = "the disc in " + m_device;

@@ -6,6 +6,8 @@
 #include "support/failure.h"
 #include "support/texts.h"
 
+#include <mediaRules.h>
+
 #include <utility>
 
 #include <fcntl.h>
@@ -40,11 +42,7 @@ std::vector<Outcome> compareMedia(const Call& call, const std::vector<ComparedMe
 
 OpenMedium openToCompare(const std::string& kind, const std::string& path, mode_t type) {
     auto absolute = absolutePath(path);
-    Descriptor file(open(absolute.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    check(file.isOpen()).orRefuse(quote(path));
-    if ((file.status().st_mode & S_IFMT) != type) {
-        throw Refusal(quote(path) + " is not a " + (type == S_IFDIR ? "directory" : "file"));
-    }
+    auto file = openChosen(path, O_RDONLY, type);
     return {kind + " " + quote(absolute), absolute, std::move(file)};
 }
 
@@ -83,7 +81,7 @@ int reportDifferences(const std::vector<std::string>& differences, JobKind kind,
     }
     const bool isFailure = kind == JobKind::making;
     for (const auto& line : differences) {
-        isFailure ? reporter.message(0, line) : reporter.finding(line);
+        isFailure ? reporter.message(VelaCreation::LEVEL_FAILURE, line) : reporter.finding(line);
     }
     const auto others = differences.size() - 1;
     reporter.reason(differences.front() +

@@ -5,12 +5,9 @@
 #include "support/failure.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace velacreate {
 namespace {
-constexpr const char* BOOT = "boot/";
-
 /// Which files reach a medium of one kind.
 class Way {
 public:
@@ -46,13 +43,11 @@ private:
     const Kind& m_kind;
 };
 
-/// "boot/*" does not match names that begin with a dot.
 Tree bootTree(const ToolPackage& package) {
     Tree tree;
     for (const auto& [name, entry] : package.entries()) {
-        const std::string place = name.substr(name.find('/') + 1);
-        if (name.compare(0, std::strlen(BOOT), BOOT) == 0 && place.front() != '.') {
-            tree[place] = {name, entry.size, entry.isDirectory};
+        if (isBootFile(name)) {
+            tree[name.substr(name.find('/') + 1)] = {name, entry.size, entry.isDirectory};
         }
     }
     return tree;

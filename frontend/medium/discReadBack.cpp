@@ -1,11 +1,9 @@
 #include "medium/readBack.h"
-#include "medium/sources.h"
 
 #include "support/failure.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 
 #include <unistd.h>
 

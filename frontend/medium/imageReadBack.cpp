@@ -3,6 +3,8 @@
 #include "medium/sources.h"
 #include "support/failure.h"
 
+#include <mediaRules.h>
+
 #include <limits>
 #include <optional>
 
@@ -71,7 +73,7 @@ public:
         } else if (!catalog.has(32, "\x88\0"sv)) { // bootable, without emulation
             add("the boot catalog has no entry that EFI starts from");
         } else {
-            checkExtent("the boot record", extentOfCatalog(catalog), "efibootimg");
+            checkExtent("the boot record", extentOfCatalog(catalog), VelaCreation::EFI_LOADER);
         }
     }
 
@@ -84,7 +86,7 @@ public:
             add("the CHRP boot record is missing");
         }
         if (const auto extent = partitionOfType(table, loader); extent) {
-            checkExtent("the PReP boot record", *extent, "ppc/chrp/yaboot");
+            checkExtent("the PReP boot record", *extent, VelaCreation::POWERPC_LOADER);
         } else {
             add("the PReP boot record is missing");
         }

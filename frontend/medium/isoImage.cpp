@@ -1,6 +1,5 @@
 #include "medium/isoImage.h"
 
-#include "medium/sources.h"
 #include "support/failure.h"
 
 #include <algorithm>
@@ -37,20 +36,15 @@ std::uint64_t ImageBlock::number(std::size_t at, std::size_t bytes) const {
     return value;
 }
 
-std::uint64_t isoImageSize(const Descriptor& file) {
+std::uint64_t requireIsoImage(const Descriptor& file, const std::string& path) {
     const auto descriptor = ImageBlock::read(file, FIRST_DESCRIPTOR);
-    if (!descriptor || !descriptor->has(0, MARK)) {
-        return 0;
-    }
+    refuseIf(!descriptor || !descriptor->has(0, MARK), quote(path) + " is no ISO 9660 image");
     const std::uint64_t blocks = std::max(FIRST_DESCRIPTOR + 1, descriptor->number(BLOCKS_OF_VOLUME, 4));
     return blocks * ImageBlock::SIZE;
 }
 
 void requireWholeIsoImage(const Descriptor& file, const std::string& path) {
-    const auto whole = isoImageSize(file);
-    if (whole == 0) {
-        throw Refusal(quote(path) + " is no ISO 9660 image");
-    }
+    const auto whole = requireIsoImage(file, path);
     if (const auto size = static_cast<std::uint64_t>(file.status().st_size); size < whole) {
         throw Refusal(quote(path) + " is incomplete: it has " + std::to_string(size) + " bytes of " +
                       std::to_string(whole));

@@ -28,10 +28,11 @@ private:
     std::array<unsigned char, SIZE> m_bytes{};
 };
 
-/// @return the least size of the whole image, by its own descriptor; 0 for another file
-std::uint64_t isoImageSize(const Descriptor& file);
-
 /// @param path  for the message
+/// @return the least size of the whole image, by its own descriptor
+/// @throw Refusal for another file
+std::uint64_t requireIsoImage(const Descriptor& file, const std::string& path);
+
 /// @throw Refusal when it is another file, or incomplete
 void requireWholeIsoImage(const Descriptor& file, const std::string& path);
 

@@ -12,37 +12,24 @@ namespace velacreate {
 Inputs::Inputs(const JobChoices& choices, MediumKind medium)
     : kind(kindOf(medium)), package(choices.package, kind.cloneImages),
       updates(choices.directory, choices.files), contents(contentsOf(medium, package, updates)) {
-    if (updates.fileCount() == 0) {
-        throw Refusal("there is no update file in what was named");
-    }
+    refuseIf(updates.fileCount() == 0, "there is no update file in what was named");
 }
 
 void Inputs::requireMakeable() const {
     for (const auto& [name, purpose] : kind.bootFiles) {
         package.requireFile(name, purpose);
     }
-    if (kind.fileSizeLimit.empty()) {
-        return;
-    }
-    for (const auto& [place, part] : contents.tree) {
-        requireFileSize(place, part.size, kind.fileSizeLimit);
-    }
+    requireFileSizes(contents, kind);
 }
 
 void Inputs::requireOther(const struct stat& file, const std::string& what) const {
-    if (package.isFile(file)) {
-        throw Refusal(what + " is the tool package");
-    }
-    if (updates.contain(file)) {
-        throw Refusal(what + " is one of the update files");
-    }
+    refuseIf(package.isFile(file), what + " is the tool package");
+    refuseIf(updates.contain(file), what + " is one of the update files");
 }
 
 void Inputs::requireOther(const Output& output) const {
     const std::string what = "the output " + quote(output.path());
-    if (updates.hold(output.parent().directory.status())) {
-        throw Refusal(what + " would lie among the update files");
-    }
+    refuseIf(updates.hold(output.parent().directory.status()), what + " would lie among the update files");
     if (!output.present()) {
         return;
     }
@@ -81,15 +68,23 @@ void Inputs::requireRoom(const NamedDirectory& directory, std::size_t copiesOfPa
                                 copiesOfMedium * contents.size() + files * BLOCK + PADDING);
 }
 
+void requireFileSizes(const Contents& contents, const Kind& kind) {
+    if (kind.fileSizeLimit.empty()) {
+        return;
+    }
+    for (const auto& [place, part] : contents.tree) {
+        requireFileSize(place, part.size, kind.fileSizeLimit);
+    }
+}
+
 void requireOtherLog(const ShowChoices& choices, const std::string& medium) {
     if (choices.log.empty() || medium.empty()) {
         return;
     }
     std::error_code error;
     const auto log = std::filesystem::weakly_canonical(std::filesystem::absolute(choices.log, error), error);
-    if (log == medium || log.parent_path() == medium) {
-        throw Refusal("the log file " + quote(choices.log) + " is the medium, or in it; choose another");
-    }
+    refuseIf(log == medium || log.parent_path() == medium,
+             "the log file " + quote(choices.log) + " is the medium, or in it; choose another");
 }
 
 void openLog(Console& console, const ShowChoices& choices, const std::string& medium, const Inputs* inputs) {

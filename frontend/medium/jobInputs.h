@@ -46,6 +46,9 @@ struct Inputs {
                      std::size_t copiesOfMedium) const;
 };
 
+/// Refuses files that are too large for this kind of medium.
+void requireFileSizes(const Contents& contents, const Kind& kind);
+
 /// Refuses a log file that is the medium, or in it.
 /// @param medium its path; may be empty
 void requireOtherLog(const ShowChoices& choices, const std::string& medium);

@@ -15,17 +15,21 @@ std::vector<typename Values::value_type> listOf(const Values& values) {
     return {values.begin(), values.end()};
 }
 
+std::string inBoot(const char* place) {
+    return BootableMedia::BOOT_FILE + "/" + place;
+}
+
 Kind image() {
     Kind kind;
     kind.name = "the image";
-    kind.bootFiles = {{"boot/efibootimg", "the image starts from it"}};
+    kind.bootFiles = {{inBoot(EFI_LOADER), "the image starts from it"}};
     kind.programs = {"unzip"};
     kind.toolkitPrograms = {"xorriso"};
     kind.place = IMAGE_PLACE;
     kind.stages = {{STAGE_COPYING, BootableMedia::ISO_DIR_NAME}, {STAGE_MAKING_ISO, IMAGE_PLACE}};
     kind.removals = listOf(IMAGE_REMOVALS);
-    kind.removals.push_back({"boot.catalog", true}); // the ISO tool overwrites it
-    kind.added = {"boot.catalog"};
+    kind.removals.push_back({BOOT_CATALOG, true}); // the ISO tool overwrites it
+    kind.added = {BOOT_CATALOG};
     kind.fileSizeLimit = "an ISO image";
     kind.compare = compareEfiImage;
     return kind;
@@ -33,7 +37,7 @@ Kind image() {
 
 Kind powerPcImage() {
     Kind kind = image();
-    kind.bootFiles = {{"boot/ppc/chrp/yaboot", "a PowerPC machine starts from it"}};
+    kind.bootFiles = {{inBoot(POWERPC_LOADER), "a PowerPC machine starts from it"}};
     kind.toolkitPrograms = {"genisoimage"};
     kind.removals = listOf(IMAGE_REMOVALS);
     kind.added = {};
@@ -59,7 +63,7 @@ Kind key() {
 Kind netbootDirectory() {
     Kind kind;
     kind.name = "the network-boot directory";
-    kind.bootFiles = {{"boot/" + std::string(NETBOOT_LOADER), "a machine on the network starts from it"}};
+    kind.bootFiles = {{inBoot(NETBOOT_LOADER), "a machine on the network starts from it"}};
     kind.programs = {"unzip", "zip"};
     kind.place = NETBOOT_PLACE;
     kind.stages = {{STAGE_COPYING_PXE, BootableMedia::ISO_DIR_NAME}, {STAGE_ZIPPING, NETBOOT_PLACE}};

@@ -1,7 +1,6 @@
 #include "medium/outputJob.h"
 
 #include "display/summary.h"
-#include "inputs/names.h"
 #include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
 #include "job/supervisor.h"
@@ -129,7 +128,7 @@ std::map<std::string, Gauge> gaugesOf(const Inputs& inputs, int jobDirectory) {
 void requireProgramsOf(const Kind& kind, const Toolkit& toolkit) {
     requirePrograms(kind.programs);
     if (toolkit.isOwn()) {
-        requirePrograms(kind.toolkitPrograms);
+        requirePrograms(kind.toolkitPrograms, LAUNCHERS_SEARCH_PATH);
     }
 }
 

@@ -3,7 +3,6 @@
 #include "support/failure.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 
 #include <fcntl.h>

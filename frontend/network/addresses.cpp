@@ -12,12 +12,10 @@ namespace {
 /// The port's own address, and the first and the last of a network, are never handed out.
 AddressRange checked(const AddressRange& range) {
     const auto& network = range.network;
-    if (range.first <= network.first() || range.last >= network.last()) {
-        throw Refusal("the range holds an address that stands for the whole network " + network.text());
-    }
-    if (range.first == network.own && range.last == network.own) {
-        throw Refusal("the range holds no address but the port's own, " + addressText(network.own));
-    }
+    refuseIf(range.first <= network.first() || range.last >= network.last(),
+             "the range holds an address that stands for the whole network " + network.text());
+    refuseIf(range.first == network.own && range.last == network.own,
+             "the range holds no address but the port's own, " + addressText(network.own));
     return range;
 }
 } // namespace
@@ -51,15 +49,11 @@ std::string AddressRange::text() const {
 
 AddressRange upperHalf(const Network& network) {
     constexpr Address SMALLEST = 3; // one address beside the port's, and the two for the whole network
-    if (~network.mask < SMALLEST) {
-        throw Refusal("the network " + network.text() + " has no address to hand out");
-    }
+    refuseIf(~network.mask < SMALLEST, "the network " + network.text() + " has no address to hand out");
     const Address first = network.first() + (~network.mask / 2) + 1;
     const AddressRange range{network, first, network.last() - 1};
-    if (first == range.last && first == network.own) {
-        throw Refusal("the upper half of " + network.text() +
-                      " has no address to hand out; choose some with --range");
-    }
+    refuseIf(first == range.last && first == network.own,
+             "the upper half of " + network.text() + " has no address to hand out; choose some with --range");
     return range;
 }
 
@@ -67,19 +61,14 @@ AddressRange readRange(const std::string& text, const std::vector<Network>& netw
     const auto comma = std::min(text.find(','), text.size());
     const auto first = readAddress(text.substr(0, comma));
     const auto last = comma < text.size() ? readAddress(text.substr(comma + 1)) : std::nullopt;
-    if (!first || !last) {
-        throw Refusal("the range " + quote(text) + " is not two IPv4 addresses with a comma between them");
-    }
-    if (*first > *last) {
-        throw Refusal("the range " + quote(text) + " ends before it begins");
-    }
+    refuseIf(!first || !last,
+             "the range " + quote(text) + " is not two IPv4 addresses with a comma between them");
+    refuseIf(*first > *last, "the range " + quote(text) + " ends before it begins");
     const auto network = std::find_if(networks.begin(), networks.end(), [&](const Network& candidate) {
         return candidate.holds(*first) && candidate.holds(*last);
     });
-    if (network == networks.end()) {
-        throw Refusal("the range " + quote(text) + " is not in the port's network, " +
-                      networks.front().text());
-    }
+    refuseIf(network == networks.end(),
+             "the range " + quote(text) + " is not in the port's network, " + networks.front().text());
     return checked({*network, *first, *last});
 }
 

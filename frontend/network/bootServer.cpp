@@ -2,6 +2,7 @@
 
 #include "job/childProcess.h"
 #include "support/failure.h"
+#include "support/programs.h"
 
 #include <mediaRules.h>
 
@@ -20,7 +21,6 @@
 
 namespace velacreate {
 namespace {
-constexpr const char* PROGRAM = "dnsmasq";
 constexpr int NOBODY = 65534;
 constexpr int NO_GROUP = 65534;
 constexpr auto ALL_SETS = static_cast<capng_type_t>(CAPNG_EFFECTIVE | CAPNG_PERMITTED | CAPNG_INHERITABLE |
@@ -74,7 +74,7 @@ std::vector<unsigned> capabilities(bool isProxy) {
 
 /// @param range  none where another server hands out addresses
 std::vector<std::string> serverCommand(const NetworkPort& port, const std::optional<AddressRange>& range) {
-    std::vector<std::string> command = {PROGRAM,
+    std::vector<std::string> command = {BOOT_SERVER,
                                         "--no-daemon",
                                         "--conf-file=/dev/null",
                                         "--no-resolv",
@@ -123,18 +123,13 @@ void becomeNobody(const std::vector<unsigned>& capabilities) {
 
 void becomeServer(const NetworkPort& port, const std::optional<AddressRange>& range) {
     const auto command = serverCommand(port, range);
-    std::vector<char*> arguments;
-    arguments.reserve(command.size() + 1);
-    for (const auto& argument : command) {
-        arguments.push_back(const_cast<char*>(argument.c_str())); // execvp() does not change it
-    }
-    arguments.push_back(nullptr);
+    const auto arguments = argumentsOf(command);
     mountNetbootDirectory();
     useCLocale();
     becomeNobody(capabilities(!range));
     dieWithSupervisor();
-    execvp(PROGRAM, arguments.data());
-    throw Failure(SystemError().about(std::string(PROGRAM) + " cannot be started"));
+    execvp(BOOT_SERVER, arguments.data());
+    throw Failure(SystemError().about(std::string(BOOT_SERVER) + " cannot be started"));
 }
 
 } // namespace velacreate

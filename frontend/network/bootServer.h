@@ -9,6 +9,8 @@
 
 namespace velacreate {
 
+constexpr const char* BOOT_SERVER = "dnsmasq"; ///< the program
+
 /// The network-boot directory in the server's mounts.
 constexpr const char* SERVED_PLACE = "/mnt/package";
 

@@ -51,29 +51,24 @@ bool isInUse(std::uint16_t number, Address address, const std::string& port) {
     place.sin_port = htons(number);
     place.sin_addr.s_addr = htonl(address);
     const auto length = static_cast<socklen_t>(port.size());
-    if (!trial.isOpen() ||
-        setsockopt(trial.number(), SOL_SOCKET, SO_BINDTODEVICE, port.c_str(), length) != 0) {
-        throw Failure(SystemError().about("a socket on " + port));
-    }
+    check(trial.isOpen() &&
+          setsockopt(trial.number(), SOL_SOCKET, SO_BINDTODEVICE, port.c_str(), length) == 0)
+        .orFail("a socket on " + port);
     return bind(trial.number(), reinterpret_cast<const sockaddr*>(&place), sizeof place) != 0 &&
            errno == EADDRINUSE;
 }
 
 void requireFree(std::uint16_t number, Address address, const std::string& port) {
-    if (isInUse(number, address, port)) {
-        throw Refusal("another program of this machine serves " + port + " already (UDP port " +
-                      std::to_string(number) + "); end it first");
-    }
+    refuseIf(isInUse(number, address, port), "another program of this machine serves " + port +
+                                                 " already (UDP port " + std::to_string(number) +
+                                                 "); end it first");
 }
 } // namespace
 
 NetworkPort::NetworkPort(const std::string& name) : m_name(name), m_index(if_nametoindex(name.c_str())) {
-    if (m_index == 0) {
-        throw Refusal("there is no network port " + quote(name));
-    }
-    if (!isPlain(name)) {
-        throw Refusal("the network port " + quote(name) + " has a name that cannot be served; rename it");
-    }
+    refuseIf(m_index == 0, "there is no network port " + quote(name));
+    refuseIf(!isPlain(name),
+             "the network port " + quote(name) + " has a name that cannot be served; rename it");
     const auto all = addressesOfAll();
     unsigned flags = 0;
     for (const auto* entry = all.get(); entry != nullptr; entry = entry->ifa_next) {
@@ -85,16 +80,10 @@ NetworkPort::NetworkPort(const std::string& name) : m_name(name), m_index(if_nam
             m_networks.push_back({addressIn(entry->ifa_addr), addressIn(entry->ifa_netmask)});
         }
     }
-    if ((flags & IFF_BROADCAST) == 0) {
-        throw Refusal(name + " is no port on which machines can ask for anything");
-    }
-    if ((flags & IFF_UP) == 0) {
-        throw Refusal(name + " is not up; \"ip link set " + name + " up\" does it");
-    }
-    if (m_networks.empty()) {
-        throw Refusal(name + " has no IPv4 address; \"ip address add ADDRESS/BITS dev " + name +
-                      "\" gives it one");
-    }
+    refuseIf((flags & IFF_BROADCAST) == 0, name + " is no port on which machines can ask for anything");
+    refuseIf((flags & IFF_UP) == 0, name + " is not up; \"ip link set " + name + " up\" does it");
+    refuseIf(m_networks.empty(),
+             name + " has no IPv4 address; \"ip address add ADDRESS/BITS dev " + name + "\" gives it one");
     m_isPluggedIn = (flags & IFF_RUNNING) != 0;
 }
 

@@ -155,6 +155,15 @@ std::string absolutePath(const std::string& path) {
     return absolute;
 }
 
+Descriptor openChosen(const std::string& path, int flags, mode_t type) {
+    Descriptor file(open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    check(file.isOpen()).orRefuse(quote(path));
+    if ((file.status().st_mode & S_IFMT) != type) {
+        throw Refusal(quote(path) + " is not a " + (type == S_IFDIR ? "directory" : "file"));
+    }
+    return file;
+}
+
 Descriptor openBeneath(int directory, const std::string& path, int flags, unsigned mode) {
     return openResolved(directory, path, flags, mode, BENEATH);
 }

@@ -53,6 +53,11 @@ struct NamedDirectory {
 /// @throw Refusal
 std::string absolutePath(const std::string& path);
 
+/// Opens a file or directory that the user has named. Does not wait for a FIFO's writer.
+/// @param type  S_IFREG or S_IFDIR
+/// @throw Refusal when it cannot be opened, or is of another type
+Descriptor openChosen(const std::string& path, int flags, mode_t type);
+
 /// Opens a path below a directory, but none that leads out of it or through a link. Adds O_CLOEXEC.
 /// @return closed, with errno set, when it cannot be opened
 Descriptor openBeneath(int directory, const std::string& path, int flags, unsigned mode = 0);

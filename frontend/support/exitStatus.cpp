@@ -1,5 +1,7 @@
 #include "support/exitStatus.h"
 
+#include "support/failure.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -40,6 +42,18 @@ constexpr ExitStatus TABLE[] = {
 
 constexpr ExitStatus UNKNOWN{EXIT_UNFINISHED, "the job's process was ended", ""};
 } // namespace
+
+int exitStatusAfter(const std::function<int()>& work, const std::function<void(const char* text)>& tell) {
+    try {
+        return work();
+    } catch (const Refusal& refusal) {
+        tell(refusal.what());
+        return EXIT_REFUSED;
+    } catch (const std::exception& failure) {
+        tell(failure.what());
+        return EXIT_UNFINISHED;
+    }
+}
 
 const ExitStatus& exitStatus(int status) {
     const auto* const found = std::find_if(std::begin(TABLE), std::end(TABLE),

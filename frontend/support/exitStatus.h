@@ -2,6 +2,7 @@
 /// Exit statuses: 0, the library's result codes, and the command's own.
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace velacreate {
@@ -10,6 +11,11 @@ constexpr int EXIT_REFUSED = 2;
 constexpr int EXIT_DIFFERENT = 3;
 constexpr int EXIT_UNFINISHED = 4;
 constexpr int EXIT_INTERRUPTED = 130; ///< as in shells
+
+/// Runs a function. A Refusal becomes EXIT_REFUSED, another exception EXIT_UNFINISHED.
+/// @param tell called with the exception's text
+/// @return its result, or the status
+int exitStatusAfter(const std::function<int()>& work, const std::function<void(const char* text)>& tell);
 
 struct ExitStatus {
     int status;

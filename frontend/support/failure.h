@@ -50,6 +50,13 @@ inline Checked check(bool isDone) {
     return Checked(isDone);
 }
 
+/// @throw Refusal
+inline void refuseIf(bool isWrong, const std::string& text) {
+    if (isWrong) {
+        throw Refusal(text);
+    }
+}
+
 /// @return the text for a message: control characters, and bytes that are not UTF-8, are replaced by "?"
 std::string printable(const std::string& text);
 

@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <sstream>
 
 #include <fcntl.h>
@@ -29,8 +28,8 @@ constexpr Origin ORIGINS[] = {
     {"dnsmasq", "dnsmasq-base"},
 };
 
-bool isOnSearchPath(const std::string& name) {
-    std::istringstream directories(SEARCH_PATH);
+bool isOnSearchPath(const std::string& name, const char* searchPath) {
+    std::istringstream directories(searchPath);
     for (std::string directory; std::getline(directories, directory, ':');) {
         if (access((directory + "/" + name).c_str(), X_OK) == 0) {
             return true;
@@ -69,12 +68,7 @@ private:
 
 /// @return the number of the process; 0 when the program cannot be started
 pid_t start(const std::vector<std::string>& command, int output) {
-    std::vector<char*> arguments;
-    arguments.reserve(command.size() + 1);
-    for (const std::string& argument : command) {
-        arguments.push_back(const_cast<char*>(argument.c_str())); // posix_spawnp() does not change it
-    }
-    arguments.push_back(nullptr);
+    const auto arguments = argumentsOf(command);
     const Streams streams(output);
     pid_t process = 0;
     if (posix_spawnp(&process, arguments[0], streams.actions(), nullptr, arguments.data(), environ) != 0) {
@@ -106,6 +100,16 @@ int exitStatusOf(pid_t process) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
+std::vector<char*> argumentsOf(const std::vector<std::string>& command) {
+    std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
+    for (const auto& argument : command) {
+        arguments.push_back(const_cast<char*>(argument.c_str())); // exec functions do not change it
+    }
+    arguments.push_back(nullptr);
+    return arguments;
+}
+
 // The output goes to a file in memory: a background process of the program would keep a pipe open.
 ProgramResult runProgram(const std::vector<std::string>& command) {
     const Descriptor output(memfd_create("output", MFD_CLOEXEC));
@@ -119,16 +123,13 @@ ProgramResult runProgram(const std::vector<std::string>& command) {
 }
 
 void requireRoot(const std::string& what) {
-    if (geteuid() != 0) {
-        throw Refusal(what + " takes root's rights; run this with sudo");
-    }
+    refuseIf(geteuid() != 0, what + " takes root's rights; run this with sudo");
 }
 
-void requirePrograms(const std::vector<const char*>& names) {
+void requirePrograms(const std::vector<const char*>& names, const char* searchPath) {
     for (const char* name : names) {
-        if (!isOnSearchPath(name)) {
-            throw Refusal(std::string("the program ") + name + " is missing" + advice(name));
-        }
+        refuseIf(!isOnSearchPath(name, searchPath),
+                 std::string("the program ") + name + " is missing" + advice(name));
     }
 }
 

@@ -12,6 +12,9 @@ namespace velacreate {
 /// The search path of all jobs, whatever the caller's is.
 constexpr const char* SEARCH_PATH = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
 
+/// Where velacreate's own launchers look for programs.
+constexpr const char* LAUNCHERS_SEARCH_PATH = "/usr/bin";
+
 struct ProgramResult {
     int status;         ///< 127 when it could not be started
     std::string output; ///< standard output and standard error
@@ -22,6 +25,9 @@ struct ProgramResult {
 /// @throw Failure
 int exitStatusOf(pid_t process);
 
+/// @return what an exec function takes, valid as long as the command
+std::vector<char*> argumentsOf(const std::vector<std::string>& command);
+
 ProgramResult runProgram(const std::vector<std::string>& command);
 
 /// @param what  for the message, such as "a key is mounted, which"
@@ -29,6 +35,6 @@ ProgramResult runProgram(const std::vector<std::string>& command);
 void requireRoot(const std::string& what);
 
 /// @throw Refusal with the Debian package of a missing program
-void requirePrograms(const std::vector<const char*>& names);
+void requirePrograms(const std::vector<const char*>& names, const char* searchPath = SEARCH_PATH);
 
 } // namespace velacreate

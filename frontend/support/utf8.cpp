@@ -25,6 +25,10 @@ Utf8Locale::~Utf8Locale() {
 }
 
 std::size_t readCharacter(const std::string& text, std::size_t at, wchar_t& character) {
+    if (const auto byte = static_cast<unsigned char>(text[at]); byte != 0 && byte < 0x80) {
+        character = byte; // ASCII needs no locale
+        return 1;
+    }
     const Utf8Locale locale;
     std::mbstate_t state{};
     const std::size_t length = std::mbrtowc(&character, text.data() + at, text.size() - at, &state);

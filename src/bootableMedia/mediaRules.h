@@ -13,6 +13,13 @@ namespace VelaCreation {
 
 constexpr const char* CAPTURE_FILE = "stdout.txt"; ///< the output of the last command
 
+/// @name Levels of messages
+/// @{
+constexpr int LEVEL_FAILURE = 0;
+constexpr int LEVEL_PROGRESS = 2;
+constexpr int LEVEL_CHECKPOINT = 6;
+/// @}
+
 /// @name The platforms of an image
 /// @{
 constexpr int PLATFORM_LINUX = 1;
@@ -43,10 +50,17 @@ struct Removal {
     bool isRecursive;
 };
 
+/// @name Boot files
+/// @{
+constexpr const char* BOOT_CATALOG = "boot.catalog"; ///< the ISO tool makes it
+constexpr const char* EFI_LOADER = "efibootimg";
+constexpr const char* POWERPC_LOADER = "ppc/chrp/yaboot";
+/// @}
+
 constexpr std::array<Removal, 2> IMAGE_REMOVALS = {{{"pxelinux.cfg", true}, {"pxelinux.0", false}}};
 
 constexpr std::array<Removal, 4> KEY_REMOVALS = {
-    {{"pxelinux.cfg", true}, {"pxelinux.0", false}, {"boot.catalog", false}, {"isolinux.bin", false}}};
+    {{"pxelinux.cfg", true}, {"pxelinux.0", false}, {BOOT_CATALOG, false}, {"isolinux.bin", false}}};
 
 /// Removed from a network-boot archive. Differs from NETBOOT_FILES: grub.cfg stays in the archive.
 constexpr std::array<Removal, 14> ARCHIVE_REMOVALS = {{{"pxelinux.cfg", true},
@@ -60,7 +74,7 @@ constexpr std::array<Removal, 14> ARCHIVE_REMOVALS = {{{"pxelinux.cfg", true},
                                                        {"bsb.msg", false},
                                                        {"splash.xpm.gz", false},
                                                        {"unicode.pf2", false},
-                                                       {"efibootimg", false},
+                                                       {EFI_LOADER, false},
                                                        {"boot", false},
                                                        {"EFI", false}}};
 
@@ -70,6 +84,7 @@ constexpr std::array<const char*, 9> NETBOOT_FILES = {"grub.cfg",   "img2a",    
                                                       "pxelinux.0", "ksrootfs",    "bsb1.lss",
                                                       "bsb.msg",    "unicode.pf2", "splash.xpm.gz"};
 constexpr const char* NETBOOT_LOADER = "pxelinux.0"; ///< the first file that a machine fetches
+constexpr const char* NETBOOT_ARCHIVE_STEM = "ks";   ///< zip adds the ending
 constexpr const char* NETBOOT_ARCHIVE = "ks.zip";    ///< all other files
 
 /// The working files that removeTempFilesAndDirs() removes by "rm -f", in this order.
@@ -83,6 +98,11 @@ inline std::array<std::string, 14> removedWorkingFiles() {
 }
 
 constexpr std::int64_t SECTORS_PER_GIB = 0x200000; // of 512 bytes
+
+inline std::array<std::string, 4> cloneImages() {
+    using Media = BootableMedia;
+    return {Media::IMAGE_1, Media::IMAGE_2, Media::IMAGE_4, Media::IMAGE_8};
+}
 
 /// @param capacity  of the key, in sectors of 512 bytes
 /// @return the name of the clone image in the tool package
@@ -103,6 +123,11 @@ constexpr std::int64_t LENGTH_OFFSET = 0x1FA;
 constexpr std::uint32_t sectorsPerTrack(std::uint8_t sectorAndCylinder) {
     return sectorAndCylinder & 0x3FU;
 }
+
+constexpr int KEY_PARTITION = 4; ///< the partition with a key's files
+
+/// The environment variable with the path of an image, which is mounted instead of a key.
+constexpr const char* SOFT_KEY_VARIABLE = "TALO_SOFT_USBKEY";
 
 /// The offset in bytes of the file system in an image of a key. Such an image is mounted instead of a key.
 constexpr std::uint64_t KEY_IMAGE_OFFSET = 32256;

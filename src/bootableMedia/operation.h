@@ -2,15 +2,11 @@
 #ifndef VELACREATION_OPERATION_H
 #define VELACREATION_OPERATION_H
 
-#include "bootableMedia.h"
+#include "mediaRules.h"
 
 #include <string>
 
 namespace VelaCreation {
-
-constexpr int LEVEL_FAILURE = 0;
-constexpr int LEVEL_PROGRESS = 2;
-constexpr int LEVEL_CHECKPOINT = 6;
 
 /// Passes a message to the logger and keeps errno.
 void log(VelaLoggerIfc& logger, int level, const std::string& message);

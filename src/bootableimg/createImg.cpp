@@ -32,8 +32,8 @@ int unpack(BootableIMG& builder, const Operation& operation, const std::string& 
 
 int packArchive(BootableIMG& builder, const Operation& operation, const std::string& pxeDir) {
     const std::string command = "cd " + BootableMedia::ISO_DIR_NAME + " && " + BootableMedia::ZIP_TOOL_NAME +
-                                " -r " + inQuotes(pxeDir + "/ks") + " * >../" + CAPTURE_FILE +
-                                " 2>&1 && cd ..";
+                                " -r " + inQuotes(pxeDir + "/" + NETBOOT_ARCHIVE_STEM) + " * >../" +
+                                CAPTURE_FILE + " 2>&1 && cd ..";
     operation.progress(command);
     announce(builder, {5, STAGE_ZIPPING});
     const bool zipped = run(command);

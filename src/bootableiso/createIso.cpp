@@ -19,7 +19,7 @@ std::string isoCommand(int platform, const std::string& quotedIsoFile) {
     const std::string& stagingDir = BootableMedia::ISO_DIR_NAME;
     if (platform == PLATFORM_PPC) {
         return captured(tool + BootableISO::XORRISO_PAR_PPC + quotedIsoFile + " -chrp-boot -prep-boot " +
-                        stagingDir + "/ppc/chrp/yaboot " + stagingDir);
+                        stagingDir + "/" + POWERPC_LOADER + " " + stagingDir);
     }
     return captured(tool + BootableISO::XORRISO_PAR_LINUX + quotedIsoFile + " " + stagingDir);
 }

@@ -6,9 +6,10 @@ namespace VelaCreation {
 
 namespace {
 
-// The partition starts at sector 32 or 63. The field is at 0x20 in its boot sector.
-constexpr std::int64_t TOTAL_SECTORS_AFTER_32 = 0x4020;
-constexpr std::int64_t TOTAL_SECTORS_AFTER_63 = 0x7E20;
+// The field in the boot sector of a partition that starts at sector 32 or 63.
+constexpr std::int64_t TOTAL_SECTORS_FIELD = 0x20;
+constexpr std::int64_t TOTAL_SECTORS_AFTER_32 = 32 * 512 + TOTAL_SECTORS_FIELD;
+constexpr std::int64_t TOTAL_SECTORS_AFTER_63 = 63 * 512 + TOTAL_SECTORS_FIELD;
 
 std::uint8_t lowByte(std::uint32_t number) {
     return static_cast<std::uint8_t>(number & 0xFF);

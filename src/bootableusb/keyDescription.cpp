@@ -1,5 +1,7 @@
 #include "keyDescription.h"
 
+#include "mediaRules.h"
+
 #include <locale>
 #include <sstream>
 
@@ -10,7 +12,7 @@ std::string sizeText(std::uint32_t sectors) {
         std::uint32_t sectors;
         const char* name;
     };
-    static constexpr Unit UNITS[] = {{0x200000, "GB"}, {0x800, "MB"}, {2, "KB"}};
+    static constexpr Unit UNITS[] = {{SECTORS_PER_GIB, "GB"}, {0x800, "MB"}, {2, "KB"}};
 
     for (const Unit& unit : UNITS) {
         if (sectors > unit.sectors) {
