@@ -7,7 +7,8 @@
 namespace velacreate {
 
 /// Turns off the USB port of a disk that is flushed and not mounted.
-/// @throw Failure when it is not on USB, or shares its port with another medium
+/// @throw Failure when it was pulled out, is not on a USB port that can be reached from outside, shares its
+/// port with another medium, or the kernel refuses
 void powerDown(const Disk& disk);
 
 } // namespace velacreate

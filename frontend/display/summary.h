@@ -27,7 +27,8 @@ inline constexpr std::array RESULT_WORDS = {RESULT_MADE, RESULT_SAME, RESULT_DIF
 /// @return one of the words
 std::string resultWord(const Outcome& outcome);
 
-/// @return such as "made, 52 s, 41 MB/s, read back", or "failed: " and the reason
+/// @return such as "made, 52 s, 41 MB/s, read back"; after a failure, "failed: " and the reason; after an
+/// interrupt, the state of the medium
 std::string resultText(const Outcome& outcome, bool wasReadBack);
 
 /// @return ", read back" for a medium that was

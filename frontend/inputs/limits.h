@@ -19,9 +19,9 @@ constexpr std::uint64_t sumOf(std::uint64_t one, std::uint64_t other) {
     return std::min(std::min(one, LARGEST_SUM) + std::min(other, LARGEST_SUM), LARGEST_SUM);
 }
 
-/// Refuses names that FAT cannot hold unchanged: with one of "*:<>?|\ in them, with a blank or a dot at the
-/// end of a part, with a part of more than 255 UTF-16 units, or not in UTF-8. Refuses two names that differ
-/// only in case, also of letters beyond ASCII.
+/// Refuses names that FAT cannot hold unchanged: with one of "*:<>?|\ in them, with a control
+/// character, with an empty part, with a blank or a dot at the end of a part, with a part of more than 255
+/// UTF-16 units, or not in UTF-8. Refuses two names that differ only in case, also of letters beyond ASCII.
 /// @param places  all files and directories of the medium
 void requireFatNames(const std::vector<std::string>& places);
 

@@ -11,7 +11,8 @@ namespace velacreate {
 
 class NetworkPort {
 public:
-    /// @throw Refusal when it is missing, down, or without an address
+    /// @throw Refusal when it is missing, down, without an address, or of another kind, or when the server
+    /// cannot take its name
     explicit NetworkPort(const std::string& name);
 
     const std::string& name() const { return m_name; }
