@@ -10,7 +10,7 @@ namespace {
 /// Kept, because creating a locale reads files.
 locale_t utf8() {
     static const locale_t LOCALE = [] {
-        const auto locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+        auto* const locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
         check(locale != nullptr).orFail("the locale C.UTF-8");
         return locale;
     }();

@@ -8,8 +8,8 @@ namespace {
 
 // The field in the boot sector of a partition that starts at sector 32 or 63.
 constexpr std::int64_t TOTAL_SECTORS_FIELD = 0x20;
-constexpr std::int64_t TOTAL_SECTORS_AFTER_32 = 32 * 512 + TOTAL_SECTORS_FIELD;
-constexpr std::int64_t TOTAL_SECTORS_AFTER_63 = 63 * 512 + TOTAL_SECTORS_FIELD;
+constexpr std::int64_t TOTAL_SECTORS_AFTER_32 = 32 * std::int64_t{512} + TOTAL_SECTORS_FIELD;
+constexpr std::int64_t TOTAL_SECTORS_AFTER_63 = 63 * std::int64_t{512} + TOTAL_SECTORS_FIELD;
 
 std::uint8_t lowByte(std::uint32_t number) {
     return static_cast<std::uint8_t>(number & 0xFF);
