@@ -65,7 +65,7 @@ options() {
 ## An image for the archive
 ## A disc
 ## Fifty keys
-## What lies in the drawer
-## A fleet
+## Keys of unknown age
+## Many machines
 END
 }
