@@ -7,7 +7,7 @@
 
 namespace VelaCreation {
 
-/// Builds a PXE network-boot directory: nine boot files and one archive, ks.zip, in an output directory.
+/// Builds a PXE network-boot directory: loose boot files (docs/media.md lists them) and one archive, ks.zip.
 class VELACREATION_EXPORT BootableIMG : public BootableMedia {
 public:
     /// @param logger  must outlive the builder
@@ -32,7 +32,7 @@ public:
     ///                     from the list
     /// @param toolPackage  the zip archive with the boot files, relative to `workDir`; put into commands
     ///                     bare
-    /// @return 0 on success, even if the tool package lacks some of the nine boot files; the answer of the
+    /// @return 0 on success, even if the tool package lacks some of the loose boot files; the answer of the
     ///         logger's `checkpoint` if it is not 0, or
     ///         - 81 no update file is left after filtering
     ///         - 100 the working directory, the tool package or an update file is missing
