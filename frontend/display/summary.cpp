@@ -78,7 +78,8 @@ std::string resultText(const Outcome& outcome, bool wasReadBack) {
 }
 
 void showFailures(Console& console, const Outcome& outcome, const std::string& name) {
-    if (console.isVerbose() || outcome.status == EXIT_REFUSED || outcome.status == EXIT_INTERRUPTED) {
+    const bool isFailed = outcome.status != 0 && outcome.status != EXIT_REFUSED;
+    if (!isFailed || outcome.status == EXIT_INTERRUPTED || console.isVerbose()) {
         return;
     }
     for (const auto& line : outcome.failures) {

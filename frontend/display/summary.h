@@ -34,7 +34,7 @@ std::string resultText(const Outcome& outcome, bool wasReadBack);
 /// @return ", read back" for a medium that was
 std::string readBackText(bool wasReadBack);
 
-/// Shows the library's failures, unless they were shown as they came. A refusal or an interrupt needs none.
+/// Shows the library's failures after a failed job, unless they were shown as they came.
 void showFailures(Console& console, const Outcome& outcome, const std::string& name);
 
 /// Shows the result: success on standard output; failures and differences on standard error, after the
