@@ -1,0 +1,45 @@
+#include "forms/examination.h"
+
+#include <algorithm>
+
+namespace velacreate {
+
+void compareContent(const Examination& examination, const std::string& place, const Part& part,
+                    std::uint64_t offset) {
+    compareContent(examination, place, part, std::vector<ByteRange>{{offset, part.size}});
+}
+
+void compareContent(const Examination& examination, const std::string& place, const Part& part,
+                    const std::vector<ByteRange>& ranges) {
+    if (examination.isFormOnly) {
+        return;
+    }
+    examination.sources.enter(part);
+    std::uint64_t compared = 0;
+    for (const auto& range : ranges) {
+        for (std::uint64_t done = 0; done < range.size;) {
+            const auto bytes = examination.medium.view(range.offset + done, range.size - done);
+            if (!examination.sources.hold(compared, bytes.data, bytes.size)) {
+                examination.differences.addDiffering(place, part);
+                return;
+            }
+            done += bytes.size;
+            compared += bytes.size;
+            examination.advance(bytes.size);
+        }
+    }
+}
+
+void reportVariation(const Examination& examination, Variation variation, const ByteRange& range) {
+    if (examination.variation && range.size > 0) {
+        examination.variation(variation, range);
+    }
+}
+
+void reportUnclaimed(const ByteMap& map, Differences& differences) {
+    for (const auto& range : map.unclaimed()) {
+        differences.addForm(rangeText(range) + " belong to nothing");
+    }
+}
+
+} // namespace velacreate
