@@ -1,0 +1,153 @@
+#include "forms/isoReader.h"
+
+#include "forms/isoBoot.h"
+#include "forms/isoFiles.h"
+#include "forms/isoPathTables.h"
+#include "support/failure.h"
+
+#include <mediaRules.h>
+
+#include <algorithm>
+
+namespace velacreate {
+namespace {
+using namespace std::literals;
+
+using VelaCreation::BOOT_CATALOG;
+using VelaCreation::EFI_LOADER;
+using VelaCreation::POWERPC_LOADER;
+
+/// @return how many blocks the volume has; 0 when it cannot be examined
+std::uint32_t examinedSize(const Examination& examination, BehindVolume behind) {
+    const auto size = examination.medium.size();
+    const auto blocks = isoVolumeSize(examination.medium);
+    if (blocks < ISO_BEHIND_DESCRIPTORS + ISO_PADDING) {
+        examination.differences.addForm("there is no volume descriptor, or the volume is too small");
+        return 0;
+    }
+    if (offsetOf(blocks) > size) {
+        examination.differences.addForm("the volume is larger than the medium");
+        return 0;
+    }
+    if (behind == BehindVolume::nothing && offsetOf(blocks) < size) {
+        examination.differences.addForm(rangeText({offsetOf(blocks), size - offsetOf(blocks)}) +
+                                        " are behind the volume's end");
+    }
+    return blocks;
+}
+
+class IsoReader {
+public:
+    IsoReader(const Examination& examination, const Tree& expected, IsoPlatform platform,
+              std::uint32_t blocks)
+        : m_medium(examination, platform, blocks),
+          m_nodes(isoNodesOf(expected, platform == IsoPlatform::efi ? std::vector<std::string>{BOOT_CATALOG}
+                                                                    : std::vector<std::string>{})) {}
+
+    void examine() {
+        const auto volume = examineIsoDescriptors(m_medium);
+        IsoTreeReader reader(m_medium, m_nodes);
+        for (const auto& root : {volume.primary, volume.joliet}) {
+            const auto directories = reader.read(root);
+            if (!m_medium.hasUnknown()) {
+                examineIsoPathTables(m_medium, root, directories);
+            }
+        }
+        const bool isEfi = m_medium.platform() == IsoPlatform::efi;
+        if (isEfi) {
+            examineCatalog(volume.bootCatalog);
+            examineGap(volume);
+            m_medium.claimBytes("the system area", 0, ISO_FIRST_DESCRIPTOR, "");
+        } else {
+            examinePartitions();
+        }
+        examineIsoFiles(m_medium, m_nodes, isEfi ? std::optional(volume.bootCatalog - 1) : std::nullopt);
+        examineEnd();
+    }
+
+private:
+    void examineCatalog(std::uint32_t block) {
+        const auto* const catalog = find(BOOT_CATALOG);
+        if (catalog != nullptr && (catalog->block != block || catalog->size != ISO_BLOCK)) {
+            m_medium.add(quote(BOOT_CATALOG), "it is not the boot catalog");
+        }
+        if (const auto* const file = startFile(EFI_LOADER); file != nullptr) {
+            m_medium.claimBytes("the boot catalog", block, 1, isoBootCatalog(*file));
+        }
+    }
+
+    /// One block for empty files, in front of the boot catalog. Files do not begin earlier than in a certain
+    /// block.
+    void examineGap(const IsoVolume& volume) {
+        constexpr std::uint64_t firstOfFiles = 32;
+        const auto begin =
+            std::uint64_t{volume.joliet.bigEndianTable} + blocksOf(volume.joliet.pathTableSize);
+        const auto end = std::max(begin, firstOfFiles) + 1;
+        if (volume.bootCatalog == end) {
+            m_medium.claimBytes("the block of the empty files", static_cast<std::uint32_t>(begin),
+                                end - begin, "");
+        } else {
+            m_medium.add("the boot catalog", "unexpected place");
+        }
+    }
+
+    void examinePartitions() {
+        if (const auto* const loader = startFile(POWERPC_LOADER); loader != nullptr) {
+            m_medium.claimBytes("the system area", 0, ISO_FIRST_DESCRIPTOR,
+                                isoPowerPcPartitions(*loader, m_medium.blocks()));
+        }
+    }
+
+    void examineEnd() {
+        const auto padding = m_medium.blocks() - ISO_PADDING;
+        m_medium.claimBytes("the padding at the end", padding, ISO_PADDING, "");
+        if (!m_medium.hasUnknown()) { // what is in an unknown directory is not named again
+            reportUnclaimed(m_medium.map(), m_medium.examination().differences);
+        }
+    }
+
+    /// @return a file's place, or null
+    const IsoExtent* find(const std::string& path) const {
+        const auto isIt = [&](const IsoNode& node) { return node.path == path && !node.isDirectory; };
+        const auto node = std::find_if(m_nodes.begin(), m_nodes.end(), isIt);
+        return node != m_nodes.end() && node->primary ? &*node->primary : nullptr;
+    }
+
+    const IsoExtent* startFile(const std::string& path) const {
+        const auto* const file = find(path);
+        if (file == nullptr) {
+            m_medium.examination().differences.addForm("there is no file " + quote(path) + " to start from");
+        }
+        return file;
+    }
+
+    IsoMedium m_medium;
+    std::vector<IsoNode> m_nodes;
+};
+} // namespace
+
+IsoPlatform platformOfImage(MediumBytes& medium) {
+    if (medium.size() < offsetOf(ISO_BEHIND_DESCRIPTORS)) {
+        return IsoPlatform::none;
+    }
+    const auto read = [&](std::uint32_t block) {
+        std::string bytes(ISO_BLOCK, '\0');
+        medium.read(offsetOf(block), bytes.data(), bytes.size());
+        return bytes;
+    };
+    const auto record = "\0CD001\1EL TORITO SPECI"
+                        "FICATION"s;
+    if (read(ISO_FIRST_DESCRIPTOR + 1).compare(0, record.size(), record) == 0) {
+        return IsoPlatform::efi;
+    }
+    return isPowerPcTable(read(0)) ? IsoPlatform::powerPc : IsoPlatform::none;
+}
+
+void examineIso(const Examination& examination, const Tree& expected, IsoPlatform platform,
+                BehindVolume behind) {
+    if (const auto blocks = examinedSize(examination, behind); blocks > 0) {
+        IsoReader(examination, expected, platform, blocks).examine();
+    }
+}
+
+} // namespace velacreate
