@@ -1,0 +1,35 @@
+/// @file
+/// Where the parts of a FAT file system lie.
+#pragma once
+
+#include <cstdint>
+
+namespace velacreate {
+
+constexpr std::uint32_t FIRST_CLUSTER =
+    2; ///< of any FAT file system; the top directory of FAT 32 begins there
+
+/// Offsets and sizes are in bytes of the medium.
+struct FatLayout {
+    std::uint64_t offset = 0;
+    std::uint64_t sectors = 0;
+    std::uint64_t reservedSectors = 0;
+    std::uint64_t tableSectors = 0; ///< of each of the two tables
+    std::uint64_t rootEntries = 0;  ///< 0 for FAT 32, whose top directory is a chain of clusters
+    std::uint64_t clusterSectors = 0;
+    std::uint64_t clusters = 0;
+    unsigned bits = 0; ///< of a table's entry: 12, 16 or 32
+    bool hasLabel = false;
+
+    bool isFat32() const { return bits == 32; }
+    std::uint64_t tableSize() const;
+    std::uint64_t tableOffset(unsigned table) const; ///< @param table 0 or 1
+    std::uint64_t rootOffset() const;
+    std::uint64_t rootSize() const;
+    std::uint64_t dataOffset() const;
+    std::uint64_t clusterSize() const;
+    std::uint64_t clusterOffset(std::uint64_t cluster) const; ///< the first one has the number 2
+    std::uint64_t end() const;
+};
+
+} // namespace velacreate

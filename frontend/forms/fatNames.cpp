@@ -1,0 +1,202 @@
+#include "forms/fatNames.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velacreate {
+namespace {
+constexpr std::size_t BASE_LENGTH = 8;
+constexpr std::size_t EXTENSION_LENGTH = 3;
+constexpr char FOREIGN = '\x80'; ///< a character of the code page, whichever it is
+constexpr unsigned char FIRST_FOREIGN = 0x7f;
+constexpr unsigned char DELETED_IN_SHORT_NAME = 0x05; ///< written for 0xe5, which would mean a deleted entry
+
+bool holds(const std::string& characters, char16_t unit) {
+    return unit < FIRST_FOREIGN && characters.find(static_cast<char>(unit)) != std::string::npos;
+}
+
+bool isHighSurrogate(char16_t unit) {
+    return unit >= 0xd800 && unit < 0xdc00;
+}
+
+bool isLowSurrogate(char16_t unit) {
+    return unit >= 0xdc00 && unit < 0xe000;
+}
+
+bool isForbidden(char16_t unit) {
+    return unit < u' ' || unit == 0x7f || holds("\"*/:<>?\\|", unit);
+}
+
+void append(std::string& text, char32_t character) {
+    const auto add = [&](char32_t byte) { text += static_cast<char>(byte); };
+    const auto addRest = [&](unsigned shift) { add(0x80 | (character >> shift & 0x3f)); };
+    if (character < 0x80) {
+        add(character);
+    } else if (character < 0x800) {
+        add(0xc0 | character >> 6U);
+        addRest(0);
+    } else if (character < 0x10000) {
+        add(0xe0 | character >> 12U);
+        addRest(6);
+        addRest(0);
+    } else {
+        add(0xf0 | character >> 18U);
+        addRest(12);
+        addRest(6);
+        addRest(0);
+    }
+}
+
+/// The part of a short name before the dot, or behind it.
+struct Half {
+    std::string text;
+    bool isWhole = true; ///< nothing is left out or replaced
+    bool isCapital = true;
+    bool hasForeign = false;
+};
+
+Half halfOf(const std::u16string& name, std::size_t length) {
+    Half half;
+    for (const char16_t unit : name) {
+        if (holds(". ", unit)) {
+            half.isWhole = false;
+        } else if (half.text.size() == length) {
+            half.isWhole = false;
+            break;
+        } else if (holds("[];,+=", unit)) {
+            half.isWhole = false;
+            half.text += '_';
+        } else if (unit >= FIRST_FOREIGN) {
+            half.hasForeign = true;
+            half.text += FOREIGN;
+        } else {
+            const bool isSmall = unit >= u'a' && unit <= u'z';
+            half.isCapital = half.isCapital && !isSmall;
+            half.text += static_cast<char>(isSmall ? unit - u'a' + u'A' : unit);
+        }
+    }
+    return half;
+}
+
+/// Without an extension when there is nothing but dots and blanks before it.
+std::pair<std::u16string, std::u16string> splitName(const std::u16string& name) {
+    const auto dot = name.rfind(u'.');
+    const bool hasExtension = dot != std::u16string::npos && name.find_first_not_of(u". ") < dot;
+    return hasExtension ? std::pair(name.substr(0, dot), name.substr(dot + 1))
+                        : std::pair(name, std::u16string());
+}
+
+std::string padded(std::string text, std::size_t length) {
+    text.resize(length, ' ');
+    return text;
+}
+
+std::string withoutPadding(std::string text) {
+    text.erase(text.find_last_not_of(' ') + 1);
+    return text;
+}
+
+bool matches(const FatShortName& name, const std::string& base, const std::string& extension) {
+    const auto wanted = padded(base, BASE_LENGTH) + padded(extension, EXTENSION_LENGTH);
+    return std::equal(name.begin(), name.end(), wanted.begin(), [](unsigned char found, char expected) {
+        return expected == FOREIGN ? found == '_' || found > FIRST_FOREIGN || found == DELETED_IN_SHORT_NAME
+                                   : found == static_cast<unsigned char>(expected);
+    });
+}
+
+bool hasTail(const FatShortName& name, const std::string& start, char largest, const std::string& extension) {
+    const char digit = static_cast<char>(name.at(start.size() + 1));
+    return digit >= '1' && digit <= largest && matches(name, start + "~" + digit, extension);
+}
+
+/// Such as "EFIBOO~1", or "EF0A1B~2" where nine of those are taken.
+bool hasTail(const FatShortName& name, const std::string& base, const std::string& extension) {
+    constexpr std::size_t mostBeforeTail = 6;
+    constexpr std::size_t mostBeforeNumber = 2;
+    constexpr std::size_t numberLength = 4;
+    const auto start = base.substr(0, mostBeforeNumber);
+    const auto* const begin = name.begin() + start.size();
+    const std::string number(begin, begin + numberLength);
+    const bool isNumber = number.find_first_not_of("0123456789ABCDEF") == std::string::npos;
+    return hasTail(name, base.substr(0, mostBeforeTail), '9', extension) ||
+           (isNumber && hasTail(name, start + number, '8', extension));
+}
+
+bool isShortCharacter(unsigned char character) {
+    const std::string others = "!#$%&'()-@^_`{}~";
+    return character > FIRST_FOREIGN || (character >= 'A' && character <= 'Z') ||
+           (character >= '0' && character <= '9') ||
+           others.find(static_cast<char>(character)) != std::string::npos;
+}
+
+/// Such as "GRUB    ".
+template <typename Iterator>
+bool isPadded(Iterator begin, Iterator end) {
+    return std::all_of(std::find(begin, end, ' '), end,
+                       [](unsigned char character) { return character == ' '; });
+}
+} // namespace
+
+std::string textOf(const FatShortName& name) {
+    std::string text;
+    for (const auto character : name) {
+        text += character < FIRST_FOREIGN && character >= ' ' ? static_cast<char>(character) : '?';
+    }
+    const auto base = withoutPadding(text.substr(0, BASE_LENGTH));
+    const auto extension = withoutPadding(text.substr(BASE_LENGTH));
+    return extension.empty() ? base : base + "." + extension;
+}
+
+std::string textOf(const std::u16string& name) {
+    std::string text;
+    for (std::size_t at = 0; at < name.size(); ++at) {
+        const char16_t unit = name[at];
+        if (isHighSurrogate(unit) && at + 1 < name.size() && isLowSurrogate(name[at + 1])) {
+            append(text, 0x10000 + ((unit & 0x3ffU) << 10U) + (name[at + 1] & 0x3ffU));
+            ++at;
+        } else if (isForbidden(unit) || isHighSurrogate(unit) || isLowSurrogate(unit)) {
+            text += '?';
+        } else {
+            append(text, unit);
+        }
+    }
+    return text;
+}
+
+bool isShortName(const FatShortName& name) {
+    const auto* const extension = name.begin() + BASE_LENGTH;
+    const bool isFirstAllowed = isShortCharacter(name[0]) || name[0] == DELETED_IN_SHORT_NAME;
+    return isFirstAllowed && isPadded(name.begin(), extension) && isPadded(extension, name.end()) &&
+           std::all_of(name.begin() + 1, name.end(), [](unsigned char character) {
+               return character == ' ' || isShortCharacter(character);
+           });
+}
+
+bool isLongName(const std::u16string& name) {
+    constexpr std::size_t longest = 255;
+    return !name.empty() && name.size() <= longest && !holds(". ", name.back()) &&
+           textOf(name).find('?') == std::string::npos;
+}
+
+bool isFromLongName(const FatShortName& name, const std::u16string& longName) {
+    const auto [before, behind] = splitName(longName);
+    const auto base = halfOf(before, BASE_LENGTH);
+    const auto extension = halfOf(behind, EXTENSION_LENGTH);
+    const bool isWhole = base.isWhole && extension.isWhole;
+    const bool hasForeign = base.hasForeign || extension.hasForeign;
+    if (isWhole && !hasForeign) {
+        const bool needsNoLongName = base.isCapital && extension.isCapital;
+        return !needsNoLongName && matches(name, base.text, extension.text);
+    }
+    return hasTail(name, base.text, extension.text) || (isWhole && matches(name, base.text, extension.text));
+}
+
+unsigned char checkSum(const FatShortName& name) {
+    unsigned sum = 0;
+    for (const auto character : name) {
+        sum = ((sum >> 1U | sum << 7U) + character) & 0xffU;
+    }
+    return static_cast<unsigned char>(sum);
+}
+
+} // namespace velacreate

@@ -1,0 +1,31 @@
+/// @file
+/// Names in a FAT directory.
+#pragma once
+
+#include <array>
+#include <string>
+
+namespace velacreate {
+
+/// Eight characters and three, padded with blanks.
+using FatShortName = std::array<unsigned char, 11>;
+
+/// @return such as "GRUB.CFG"; "?" stands for what is not ASCII
+std::string textOf(const FatShortName& name);
+
+/// @return in UTF-8; "?" stands for what no name can hold, which is no match for any expected name
+std::string textOf(const std::u16string& name);
+
+/// Whether any system may write it: padded at the ends only, of characters that are allowed.
+bool isShortName(const FatShortName& name);
+
+/// Whether any system may write it.
+bool isLongName(const std::u16string& name);
+
+/// Whether the kernel's driver gives this short name to a long one, and writes both.
+bool isFromLongName(const FatShortName& name, const std::u16string& longName);
+
+/// The check sum that binds a long name to its short one.
+unsigned char checkSum(const FatShortName& name);
+
+} // namespace velacreate

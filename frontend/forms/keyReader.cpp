@@ -1,0 +1,16 @@
+#include "forms/keyReader.h"
+
+namespace velacreate {
+
+KeyFindings examineKey(const Examination& examination, const Tree& expected, const KeyForm& form) {
+    const auto partition = examineKeyRecord(examination, form);
+    if (!partition) {
+        return {};
+    }
+    const FatPlace place = {*partition, !form.isImage, form.isImage};
+    const auto end = partition->offset + partition->size;
+    reportFreeSpace(examination, {end, examination.medium.size() - end});
+    return examineFat(examination, expected, place, form.mayKeepFiles);
+}
+
+} // namespace velacreate

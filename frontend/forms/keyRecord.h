@@ -1,0 +1,27 @@
+/// @file
+/// The boot record of a key, and the gap between it and the file system.
+#pragma once
+
+#include "forms/examination.h"
+#include "support/descriptor.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace velacreate {
+
+/// What a key, or the image of one, must be like.
+struct KeyForm {
+    /// Opens a clone image as it is in the tool package, by its name; closed when the package lacks it.
+    std::function<Descriptor(const std::string& name)> openCloneImage;
+    bool isImage;      ///< of a key; its file system may fill it or not
+    bool mayKeepFiles; ///< that are not of the job
+};
+
+/// Demands all that lies before the file system as it is in the clone image, when that is fitted to the key
+/// or to a smaller one. It may be zero in an image.
+/// @return where the file system lies; none, after a difference was added, when that is not known
+std::optional<ByteRange> examineKeyRecord(const Examination& examination, const KeyForm& form);
+
+} // namespace velacreate

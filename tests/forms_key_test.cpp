@@ -1,0 +1,290 @@
+#include "forms/fatNames.h"
+#include "forms/keyReader.h"
+#include "frontend.h"
+
+#include <algorithm>
+#include <map>
+
+#include <unistd.h>
+
+using namespace velacreate;
+using namespace std::string_literals;
+
+namespace {
+
+/// @name Offsets in a key of FAT 12 that is made here, with one sector to a cluster
+/// @{
+constexpr std::uint64_t VOLUME = 0x1000;
+constexpr std::uint64_t TABLE = VOLUME + 0x200;
+constexpr std::uint64_t TABLE_SIZE = 0x400;
+constexpr std::uint64_t TOP = TABLE + 2 * TABLE_SIZE;
+
+constexpr std::uint64_t entryAt(std::uint64_t index) {
+    return TOP + index * 32;
+}
+
+constexpr std::uint64_t clusterAt(std::uint64_t cluster) {
+    return TOP + 0x400 + (cluster - 2) * 0x200;
+}
+/// @}
+
+using Patches = std::vector<std::pair<std::uint64_t, std::string>>;
+
+Patches inTables(std::uint64_t offset, const std::string& bytes) {
+    return {{TABLE + offset, bytes}, {TABLE + TABLE_SIZE + offset, bytes}};
+}
+
+struct KeyFormTest : JobTest {
+    /// Makes a stick as a job does, of 256 KiB to a cylinder. The kernel would write the same entries as
+    /// mtools: in the top directory those of the label, EFI, Grub.cfg (2 and 3), a name in two pieces (4 to
+    /// 6), BIG.BIN, NONE, and a deleted one; from cluster 2 on EFI, BOOT.EFI, Grub.cfg, the two pieces,
+    /// BIG.BIN (6 to 8).
+    static void make(const std::string& cylinders, const std::string& bits) {
+        enterFreshJob();
+        shell("cylinders=" + cylinders + " bits=" + bits + " cloneImage=" TESTS_DIR "/../demo/clone-image\n" +
+              R"(
+            mkdir package; $cloneImage package/init1.img 1024 64 8; $cloneImage key $cylinders 64 8
+            truncate -s $((256 * cylinders))K key
+            mkfs.vfat -nMOXBOOT --offset 8 -s 1 -r 32 -F $bits key >/dev/null
+            printf small >small; printf %1300s big >big; >none; export MTOOLSRC=/dev/null
+            put() { mcopy -i key@@4096 $1 "::$2"; }
+            mmd -i key@@4096 ::EFI; put small EFI/BOOT.EFI; put small Grub.cfg; put small 'A name in two pieces.txt'
+            put big BIG.BIN; put none NONE; put big GONE; mdel -i key@@4096 ::GONE)");
+    }
+
+    Lines examine(const Descriptor& key) {
+        MediumBytes medium(key, static_cast<std::uint64_t>(key.status().st_size));
+        const auto here = opened(".");
+        Sources sources(here.number());
+        Differences differences;
+        const Advance advance = [](std::uint64_t) {};
+        findings = examineKey({medium, sources, differences, advance, variation}, tree, form);
+        return differences.lines();
+    }
+
+    Lines examine(const Patches& patches) {
+        const auto key = opened("key", O_RDWR);
+        Patches before;
+        for (const auto& [offset, bytes] : patches) {
+            before.emplace_back(offset, std::string(bytes.size(), '\0'));
+            EXPECT_GT(
+                pread(key.number(), before.back().second.data(), bytes.size(), static_cast<off_t>(offset)),
+                0);
+            write(key, offset, bytes);
+        }
+        const auto lines = examine(key);
+        for (const auto& [offset, bytes] : before) {
+            write(key, offset, bytes);
+        }
+        return lines;
+    }
+
+    static void write(const Descriptor& key, std::uint64_t offset, const std::string& bytes) {
+        EXPECT_EQ(pwrite(key.number(), bytes.data(), bytes.size(), static_cast<off_t>(offset)),
+                  static_cast<ssize_t>(bytes.size()));
+    }
+
+    Tree tree = {{"EFI", {"efi", 0, true}},         {"EFI/BOOT.EFI", {"small", 5, false}},
+                 {"Grub.cfg", {"small", 5, false}}, {"A name in two pieces.txt", {"small", 5, false}},
+                 {"big.bin", {"big", 1300, false}}, {"none", {"none", 0, false}}};
+    KeyForm form = {[](const std::string& name) { return opened("package/" + name); }, false, false};
+    ReportVariation variation;
+    KeyFindings findings;
+};
+
+TEST_F(KeyFormTest, AcceptsKeys) {
+    for (const auto& [bits, cylinders] : {std::pair("12", "1"), {"16", "10"}, {"32", "140"}}) {
+        make(cylinders, bits);
+        EXPECT_EQ(joined(examine(Patches{}), "; "), "") << bits;
+        EXPECT_TRUE(findings.notes.empty());
+        const auto dirty = bits == "32"s ? VOLUME + 0x41 : VOLUME + 0x25;
+        EXPECT_EQ(joined(examine({{dirty, "\1"}}), "; "), "");
+        EXPECT_EQ(joined(findings.notes, "; "),
+                  "the file system was not unmounted, as its boot sector tells");
+    }
+}
+
+TEST_F(KeyFormTest, AcceptsImagesOfOthers) {
+    make("1", "12");
+    form.isImage = true;
+    EXPECT_EQ(joined(examine(Patches{}), "; "), "");
+    shell("truncate -s 256K image; mkfs.vfat --offset 63 image >/dev/null; MTOOLSRC=/dev/null mcopy -i "
+          "image@@32256 "
+          "none ::NONE; mv image key; rm package/init1.img");
+    tree = {{"none", {"none", 0, false}}};
+    EXPECT_EQ(joined(examine(Patches{}), "; "), "");
+    EXPECT_EQ(examine({{0, "\1"}}).front(),
+              "the tool package has no 'init1.img', so the boot record cannot be compared");
+    form.isImage = false;
+    EXPECT_EQ(examine(Patches{}).back(), "there is no fourth partition");
+}
+
+TEST_F(KeyFormTest, CountsSoundFilesThatStay) {
+    make("1", "12");
+    shell("export MTOOLSRC=/dev/null; mmd -i key@@4096 ::more; mcopy -i key@@4096 big ::more/big.x; mcopy "
+          "-i key@@4096 "
+          "small ::small.x; mattrib -i key@@4096 +h +r ::small.x");
+    EXPECT_EQ(examine(Patches{}).back(), "'small.x' is there, but should not be");
+    form.mayKeepFiles = true;
+    EXPECT_EQ(joined(examine(Patches{}), "; "), "");
+    EXPECT_EQ(findings.kept.files, 2U);
+    EXPECT_EQ(findings.kept.bytes, 1305U);
+    EXPECT_EQ(joined(examine(inTables(16, "\xf0\xff")), "; "), "'more/big.x' has 2 clusters, but needs 3");
+}
+
+TEST_F(KeyFormTest, NamesEachFault) {
+    make("1", "12");
+    const auto sum = [](const std::string& name) {
+        FatShortName shortName{};
+        std::copy(name.begin(), name.end(), shortName.begin());
+        return std::string(1, static_cast<char>(checkSum(shortName)));
+    };
+    const auto boot = [](const std::string& line) {
+        return "the boot sector of the file system (byte 0x10" + line;
+    };
+    const auto top = [](const std::string& line) { return "the top directory, entry " + line; };
+    const auto ofImage = [](const std::string& field) {
+        return field + " is not as in 'init1.img' of the tool package";
+    };
+    const std::pair<Patches, std::string> damages[] = {
+        {{{0, "\xeb"}}, ofImage("the boot code (byte 0)")},
+        {{{450, "\x0c"}}, ofImage("the first partition (byte 450)")},
+        {{{0x200, "EFI PART"}}, ofImage("the gap before the file system (byte 512)")},
+        {{{498, "\x0e"}}, ofImage("the type of the fourth partition (byte 498)")},
+        {{{502, "\x3f"}}, ofImage("the last address of the fourth partition (byte 499)")},
+        {{{506, "\xf7"}}, ofImage("the last address of the fourth partition (byte 500)")},
+        {{{507, "\2"}}, "the fourth partition ends behind the medium"},
+        {{{0x3fe00, "EFI PART"}},
+         "the last sector, bytes 0x3fe00–0x3ffff, holds a second partition table (GPT)"},
+        {{{VOLUME + 3, "MSDOS5.0"}}, boot("03): its OEM name is not what mkfs.vfat writes")},
+        {{{VOLUME + 12, "\4"}}, boot("00): its sectors do not have 512 bytes")},
+        {{{VOLUME + 13, "\3"}}, boot("00): its cluster size is not a power of two")},
+        {{{VOLUME + 14, "\0"s}}, boot("00): it has too few reserved sectors")},
+        {{{VOLUME + 16, "\1"}}, boot("10): its number of tables is not what mkfs.vfat writes")},
+        {{{VOLUME + 17, "\1"}}, boot("00): it has a wrong number of root entries")},
+        {{{VOLUME + 19, "\xff\xff"}},
+         boot("00): the file system has 65535 sectors, but there is only room for 504")},
+        {{{VOLUME + 19, "\x90\1"}}, boot("00): the file system ends 104 sectors before its partition")},
+        {{{VOLUME + 19, "\1\0"s}}, boot("00): the file system ends 503 sectors before its partition")},
+        {{{VOLUME + 22, "\1"}}, boot("00): its tables are too short for 491 clusters")},
+        {{{VOLUME + 22, "\xff\xff"}}, boot("00): FAT 12 does not have 0 clusters")},
+        {{{VOLUME + 37, "\4"}}, boot("25): its state is not what mkfs.vfat writes")},
+        {{{VOLUME + 43, "OTHER"}}, boot("2b): its label is not what mkfs.vfat writes")},
+        {{{VOLUME + 90, "\1"}}, boot("5a): its boot code is not what mkfs.vfat writes")},
+        {{{TABLE + TABLE_SIZE + 9, "\x08"}},
+         "the second table of the file system differs from the first one in bytes 0x1600–0x19ff"},
+        {inTables(0, "\xf0"), "the table of the file system: the entry of cluster 0 (0xff0) is not the media "
+                              "byte of the boot sector"},
+        {inTables(9, "\xf7\x8f"),
+         "the table of the file system: the entry of cluster 6 (0xff7) is neither a cluster nor an end"},
+        {inTables(739, "\x10"),
+         "the table of the file system: the entry of cluster 493 (0x1) is behind the last cluster"},
+        {inTables(10, "\x60"), "'BIG.BIN' leads to cluster 6, which is already in use"},
+        {inTables(10, "\x50"), "'BIG.BIN' leads to cluster 5, which is already in use"},
+        {inTables(10, "\x90"),
+         "'BIG.BIN' leads to cluster 9, which is free or in the middle of other clusters"},
+        {inTables(10, "\xf0\xff"), "'BIG.BIN' has 2 clusters, but needs 3"},
+        {inTables(15, "\xff\x0f"), "clusters of the file system that belong to no file: 1, the first is 10"},
+        {{{entryAt(0), "X"}}, top("0: it is not that of 'MOXBOOT'")},
+        {{{entryAt(1) + 28, "\1"}}, top("1: the directory 'EFI' has a size")},
+        {{{entryAt(2) + 13, "\x91"}},
+         top("3: its short name 'GRUB.CFG' does not have the check sum in its long name")},
+        {{{entryAt(2) + 26, "\1"}}, top("2: its fields are not those of a piece of a long name")},
+        {{{entryAt(2) + 1, "/"}}, top("3: its long name is not allowed")},
+        {{{entryAt(3) + 11, "\x22"}},
+         top("3: the attributes of 'Grub.cfg' are not those of a file or a directory")},
+        {{{entryAt(3) + 12, "\x18"}},
+         top("3: the attributes of 'Grub.cfg' are not those of a file or a directory")},
+        {{{entryAt(4), "\x43"}}, top("5: the pieces of a long name are not in order")},
+        {{{entryAt(5), "\xe5"}}, top("5: it does not go on with the long name before it")},
+        {{{entryAt(4) + 28, "x"}, {entryAt(4) + 24, "\0"s}}, top("4: the padding of its long name is wrong")},
+        {{{entryAt(6), "LOADER  BIN"},
+          {entryAt(4) + 13, sum("LOADER  BIN")},
+          {entryAt(5) + 13, sum("LOADER  BIN")}},
+         top("6: its short name 'LOADER.BIN' is not what the kernel makes of its long name")},
+        {{{entryAt(7), "big     BIN"}}, top("7: its name is not allowed")},
+        {{{entryAt(12) + 5, "x"}}, top("10: there is something behind the end of the directory")},
+        {{{clusterAt(2) + 26, "\3"}}, "the directory 'EFI', entry 0: it is not that of '.'"},
+        {{{clusterAt(2) + 58, "\2"}}, "the directory 'EFI', entry 1: it is not that of '..'"},
+        {{{entryAt(7), "GRUB    CFG"}}, "'GRUB.CFG' is there twice"},
+        {{{entryAt(7), "ANAMEI~1TXT"}}, "'ANAMEI~1.TXT' is there twice"},
+        {{{entryAt(7), "OTHER   BIN"}}, "'OTHER.BIN' is there, but should not be"},
+        {{{entryAt(7), "OTHER   BIN"}}, "update file 'big.bin' is missing"},
+        {{{entryAt(7) + 28, "\x15"}}, "update file 'big.bin' differs"},
+        {{{clusterAt(8), "x"}}, "update file 'big.bin' differs"},
+        {{{entryAt(8) + 11, "\x10"}}, "'NONE' has no clusters"}};
+    for (const auto& [patches, line] : damages) {
+        const auto lines = examine(patches);
+        EXPECT_NE(std::find(lines.begin(), lines.end(), line), lines.end()) << line << "\nis not in\n"
+                                                                            << joined(lines, "\n");
+    }
+    EXPECT_EQ(joined(examine(Patches{}), "; "), "");
+}
+
+/// A name that is found in any case may change its case, which these changes of a byte do not do.
+TEST_F(KeyFormTest, EachByteThatChangesIsADifferenceOrKnownToVary) {
+    for (const auto& [bits, cylinders] : {std::pair("12", "1"), {"16", "10"}, {"32", "140"}}) {
+        make(cylinders, bits);
+        const auto key = opened("key", O_RDWR);
+        const auto size = static_cast<std::uint64_t>(key.status().st_size);
+        ByteMap varying(size);
+        std::map<Variation, std::uint64_t> counts;
+        variation = [&](Variation kind, const ByteRange& range) {
+            counts[kind] += range.size;
+            EXPECT_TRUE(varying.claim(range)) << rangeText(range) << " are reported twice";
+        };
+        ASSERT_EQ(joined(examine(key), "; "), "");
+        variation = {};
+        std::uint64_t changed = 0;
+        const auto stepAt = [&, is12 = bits == "12"s](std::uint64_t at) -> std::uint64_t {
+            constexpr std::uint64_t twoSectors = 0x400;
+            return is12 || (at >= VOLUME && at - VOLUME < twoSectors) ? 1 : 331; // all of FAT 12
+        };
+        for (const auto& fixed : varying.unclaimed()) {
+            const std::uint64_t end = fixed.offset + fixed.size;
+            for (auto at = fixed.offset; at < end; at += stepAt(at)) {
+                unsigned char byte = 0;
+                ASSERT_EQ(pread(key.number(), &byte, 1, static_cast<off_t>(at)), 1);
+                for (const unsigned flip : {1U, 0xffU}) {
+                    write(key, at, std::string(1, static_cast<char>(byte ^ flip)));
+                    EXPECT_FALSE(examine(key).empty()) << std::hex << at << " may become " << (byte ^ flip);
+                    ++changed;
+                }
+                write(key, at, std::string(1, static_cast<char>(byte)));
+            }
+        }
+        std::cerr << "FAT " << bits << ": " << changed << " changes; bytes that vary:";
+        for (const auto& [kind, bytes] : counts) {
+            std::cerr << " " << static_cast<int>(kind) << ":" << bytes;
+        }
+        std::cerr << "\n";
+    }
+}
+
+/// Each pair is from a key that the kernel has filled.
+TEST_F(KeyFormTest, KnowsTheShortNamesOfTheKernel) {
+    const std::pair<const char16_t*, const char*> names[] = {{u"$dollar", "$DOLLAR    "},
+                                                             {u"ABCDEFGHIJ", "ABCDEF~1   "},
+                                                             {u"ABC\u00e9.TXT", "ABC\x90    TXT"},
+                                                             {u"UPPER DIR", "UPPERD~1   "},
+                                                             {u"a", "A          "},
+                                                             {u"a.b.c", "AB~1    C  "},
+                                                             {u"abcdefgh.ijk", "ABCDEFGHIJK"},
+                                                             {u"abcdefghi.ijk", "ABCDEF~2IJK"},
+                                                             {u"name.WITH", "NAME~1  WIT"},
+                                                             {u"plus+comma,[x]=;.txt", "PLUS_C~1TXT"},
+                                                             {u"x y", "XY~1       "},
+                                                             {u"\u65e5\u672c\u8a9e.txt", "___~1   TXT"},
+                                                             {u"\U0001f600.bin", "__~1    BIN"},
+                                                             {u"..two", "TWO~1      "},
+                                                             {u"same beginning 179.dat", "SA0662~8DAT"}};
+    for (const auto& [longName, text] : names) {
+        FatShortName name{};
+        std::copy_n(text, name.size(), name.begin());
+        EXPECT_TRUE(isFromLongName(name, longName)) << text;
+        ++name[0];
+        EXPECT_FALSE(isFromLongName(name, longName)) << text;
+    }
+}
+
+} // namespace
