@@ -74,7 +74,7 @@ struct VerifyChoices {
     std::string keyImage;
     std::string netbootDirectory;
     std::string disc;
-    std::string platform = "linux";
+    std::string platform; ///< empty: that of the image
     std::string work;
 };
 

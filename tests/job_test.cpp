@@ -1,6 +1,7 @@
 #include "frontend.h"
 #include "job/callerEnvironment.h"
 #include "job/childProcess.h"
+#include "job/confinement.h"
 #include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
 #include "job/output.h"
@@ -20,6 +21,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
+#include <sys/mman.h>
 #include <sys/mount.h>
 #include <unistd.h>
 
@@ -233,6 +235,40 @@ TEST_F(ChildTest, EndsAsToldOrBySignal) { // which may come before its first ste
         EXPECT_EQ(endOf(process), status);
     }
     EXPECT_EQ(endOf(ChildProcess(here.number(), [](Reporter&) { return 77; })), 77);
+}
+
+/// A sanitizer ends the process when "new" finds no memory.
+bool hasGibibyte() {
+    return mmap(nullptr, 1U << 30U, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) != MAP_FAILED;
+}
+
+/// What a confined process could still do.
+std::string freedom() {
+    std::string text = fs::exists("/usr") ? "files " : "";
+    text += fs::exists("inside") ? "" : "nothing ";
+    text += mount("tmpfs", ".", "tmpfs", 0, nullptr) == 0 ? "mounts " : "";
+    text += setgid(1) == 0 ? "groups " : "";
+    text += hasGibibyte() ? "memory " : "";
+    return text;
+}
+
+TEST_F(ChildTest, ConfinedProcessHasNothingButItsDirectory) {
+    shell("touch inside");
+    const ChildProcess process(here.number(), [](Reporter& reporter) {
+        const Descriptor visible = opened(".");
+        const auto tell = [&] {
+            reporter.note(freedom());
+            return 7;
+        };
+        const int ended = runConfined(visible, tell, reporter);
+        const auto fill = [] { return hasGibibyte() ? 0 : throw std::bad_alloc(); };
+        return ended * 10 + runConfined(visible, fill, reporter);
+    });
+    const auto events = eventsUntilEnd(process);
+    EXPECT_EQ(endOf(process), 70 + EXIT_UNFINISHED);
+    ASSERT_EQ(events.size(), 2U);
+    EXPECT_EQ(events.front().text, "");
+    EXPECT_EQ(events.back().text, "there is not enough memory to read it");
 }
 
 TEST_F(ChildTest, EndTakesAllThatWasStartedAlong) {

@@ -23,7 +23,7 @@ void addMessageOptions(CLI::App& command, ShowChoices& show) {
 }
 
 void addPauses(CLI::App& command, ShowChoices& show) {
-    command.add_flag("--pauses", show.pauses, "Pause for ten seconds after each stage");
+    command.add_flag("--pauses", show.pauses, "Pause for ten seconds at the start of each stage");
 }
 
 CLI::Option* addPackage(CLI::App& command, JobChoices& job) {
@@ -47,11 +47,10 @@ void addJobOptions(CLI::App& command, JobChoices& job) {
     addPauses(command, job.show);
 }
 
-void addPlatform(CLI::App& command, std::string& platform) {
-    command
+CLI::Option* addPlatform(CLI::App& command, std::string& platform) {
+    return command
         .add_option("--platform", platform,
                     "The machines that start from the image: UEFI (linux) or PowerPC (ppc)")
-        ->capture_default_str()
         ->type_name("linux|ppc")
         ->check(CLI::IsMember({"linux", "ppc"}).description(""));
 }
@@ -161,7 +160,7 @@ private:
             ->required()
             ->type_name("IMAGE");
         command.add_flag("--force", m_iso.force, "Replace an existing image");
-        addPlatform(command, m_iso.platform);
+        addPlatform(command, m_iso.platform)->capture_default_str();
         command.add_flag("--checksum", m_iso.checksum, "Also write IMAGE.sha256, for sha256sum -c");
         command.add_option("--burn", m_iso.burner, "Burn the finished image with this drive")
             ->type_name("DEVICE");
@@ -250,7 +249,10 @@ private:
                         "The drive with the disc to compare; without a tool package, FILE is the image that "
                         "was burned")
             ->type_name("DEVICE");
-        addPlatform(command, m_verify.platform);
+        addPlatform(command, m_verify.platform)
+            ->description(
+                "The machines that must start from the image: UEFI (linux) or PowerPC (ppc); by default, "
+                "those that do");
         addMessageOptions(command, m_verify.job.show);
         addWork(command, m_verify.work);
     }

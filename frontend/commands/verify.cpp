@@ -2,21 +2,15 @@
 
 #include "disks/discDrive.h"
 #include "display/summary.h"
+#include "forms/isoReader.h"
 #include "keys/verifyKeys.h"
 #include "medium/comparison.h"
 #include "medium/isoImage.h"
 #include "support/failure.h"
-#include "support/programs.h"
 #include "support/texts.h"
 
 namespace velacreate {
 namespace {
-OpenMedium openIsoImage(const std::string& path) {
-    auto image = openToCompare("the image", path, S_IFREG);
-    requireIsoImage(image.file, path);
-    return image;
-}
-
 OpenMedium openDiscIn(const DiscDrive& drive) {
     auto disc = takeDisc(drive);
     return {"the disc in " + drive.name(), absolutePath(drive.path()), std::move(disc)};
@@ -40,14 +34,19 @@ int verifyBurntDisc(const VerifyChoices& choices, Console& console) {
                     sizeText(static_cast<std::uint64_t>(image.file.status().st_size)));
 }
 
+/// Another image than one for UEFI or PowerPC is compared as one for UEFI.
+MediumKind kindOfImage(const VerifyChoices& choices, const ReadMedium& medium) {
+    if (!choices.platform.empty()) {
+        return imageFor(choices.platform);
+    }
+    MediumBytes bytes(medium.file, medium.size);
+    return platformOfImage(bytes) == IsoPlatform::powerPc ? MediumKind::powerPcImage : MediumKind::image;
+}
+
 int verifyAlone(const VerifyChoices& choices, MediumKind kind, const NamedDirectory& scratch,
-                const OpenMedium& medium, Console& console) {
+                const OpenMedium& medium, const ReadMedium& read, Console& console) {
     const Inputs inputs(choices.job, kind);
-    const auto compare = [&](const Descriptor& staged, Reporter& reporter) {
-        return inputs.kind.compare(staged.number(), inputs.contents, medium.file,
-                                   beginReadingBack(inputs.contents.size(), reporter));
-    };
-    return compareAlone(choices.job, inputs, scratch, medium, compare, console);
+    return compareAlone(choices.job, inputs, scratch, medium, read, console);
 }
 } // namespace
 
@@ -55,23 +54,23 @@ int verify(const VerifyChoices& choices, const CallerEnvironment& caller, Consol
     if (choices.job.package.empty()) {
         return verifyBurntDisc(choices, console);
     }
-    const bool isOfKey = !choices.devices.empty() || !choices.keyImage.empty();
-    if (isOfKey) {
-        requireRoot("a key is mounted to be read, which");
-        requirePrograms({"mount"});
-    }
     const auto scratch = scratchDirectory(choices.work, caller);
-    if (isOfKey) {
-        return choices.keyImage.empty() ? verifyKeys(choices, scratch, console)
-                                        : verifyKeyImage(choices, scratch, console);
+    if (!choices.devices.empty()) {
+        return verifyKeys(choices, scratch, console);
+    }
+    if (!choices.keyImage.empty()) {
+        return verifyKeyImage(choices, scratch, console);
     }
     if (!choices.netbootDirectory.empty()) {
         const auto directory = openToCompare("the network-boot directory", choices.netbootDirectory, S_IFDIR);
-        return verifyAlone(choices, MediumKind::netbootDirectory, scratch, directory, console);
+        return verifyAlone(choices, MediumKind::netbootDirectory, scratch, directory, {directory.file},
+                           console);
     }
-    const auto medium =
-        choices.image.empty() ? openDiscIn(DiscDrive(choices.disc)) : openIsoImage(choices.image);
-    return verifyAlone(choices, imageFor(choices.platform), scratch, medium, console);
+    const auto medium = choices.image.empty() ? openDiscIn(DiscDrive(choices.disc))
+                                              : openToCompare("the image", choices.image, S_IFREG);
+    ReadMedium read = {medium.file, sizeOf(medium.file)};
+    read.isDisc = choices.image.empty();
+    return verifyAlone(choices, kindOfImage(choices, read), scratch, medium, read, console);
 }
 
 } // namespace velacreate

@@ -45,8 +45,10 @@ void unmountPlace(const MountedPlace& mounted) {
     if (umount2(mounted.place.c_str(), UMOUNT_NOFOLLOW) == 0) {
         return;
     }
-    refuseIf(errno == EBUSY, quote(mounted.place) + " is in use; close what is open there, or unmount it");
-    throw Refusal(SystemError().about(quote(mounted.place) + " cannot be unmounted"));
+    const SystemError error;
+    refuseIf(error.number() == EBUSY,
+             quote(mounted.place) + " is in use; close what is open there, or unmount it");
+    throw Refusal(error.about(quote(mounted.place) + " cannot be unmounted"));
 }
 } // namespace
 
@@ -66,9 +68,10 @@ void DiskLock::unmount() const {
     if (openDisk(m_disk.node(), O_EXCL).isOpen()) {
         return;
     }
-    refuseIf(errno == EBUSY,
+    const SystemError error;
+    refuseIf(error.number() == EBUSY,
              m_disk.node() + " is still in use, though not mounted here; a container may have it");
-    throw Refusal(SystemError().about(m_disk.node()));
+    throw Refusal(error.about(m_disk.node()));
 }
 
 DiskLock::Traffic DiskLock::traffic() const {

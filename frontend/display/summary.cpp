@@ -32,6 +32,10 @@ bool isFinding(const Outcome& outcome) {
     return outcome.status == EXIT_DIFFERENT && outcome.kind != JobKind::making;
 }
 
+std::string additionText(const Outcome& outcome) {
+    return (outcome.addition.empty() ? "" : ", ") + outcome.addition;
+}
+
 std::string ended(const std::string& sentence) {
     return std::string(".!?").find(sentence.back()) != std::string::npos ? sentence : sentence + ".";
 }
@@ -74,7 +78,7 @@ std::string resultText(const Outcome& outcome, bool wasReadBack) {
     }
     return resultWord(outcome) + ", " + durationText(outcome.seconds) +
            (outcome.bytesPerSecond > 0 ? ", " + rateText(outcome.bytesPerSecond) : "") +
-           readBackText(wasReadBack);
+           readBackText(wasReadBack) + additionText(outcome);
 }
 
 void showFailures(Console& console, const Outcome& outcome, const std::string& name) {
@@ -92,7 +96,7 @@ int conclude(Console& console, const Outcome& outcome, const std::string& medium
     const std::string state = outcome.hasChanged ? "is now incomplete" : words.undone;
     if (outcome.status == 0) {
         console.say(words.done + medium + ", " + made + words.finding + ", in " +
-                    durationText(outcome.seconds));
+                    durationText(outcome.seconds) + additionText(outcome));
         return 0;
     }
     if (outcome.status == EXIT_INTERRUPTED) {

@@ -4,6 +4,7 @@
 #include "support/failure.h"
 #include "support/utf8.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <archive.h>
@@ -66,7 +67,7 @@ std::string packageText(const std::string& path) {
 }
 
 PackageReader::PackageReader(const Descriptor& file, std::string path, std::size_t blockSize)
-    : m_path(std::move(path)), m_reader(file, ArchiveReader::Format::zip, blockSize) {}
+    : m_path(std::move(path)), m_reader(file, blockSize) {}
 
 bool PackageReader::next() {
     for (;;) {
@@ -145,6 +146,20 @@ void PackageReader::read(const UseBlock& use) {
     if (left > 0) {
         refuse("is smaller than the archive says");
     }
+}
+
+std::string PackageReader::readBeginning(std::size_t size) {
+    std::string text;
+    int status = ARCHIVE_OK;
+    while (status == ARCHIVE_OK && text.size() < size) {
+        ArchiveReader::Block block{};
+        status = m_reader.read(block);
+        if (status != ARCHIVE_OK && status != ARCHIVE_EOF) {
+            refuse("cannot be unpacked: " + m_reader.problem());
+        }
+        text.append(static_cast<const char*>(block.data), std::min(block.size, size - text.size()));
+    }
+    return text;
 }
 
 void PackageReader::refuse(const std::string& objection) const {

@@ -35,6 +35,10 @@ public:
     /// @throw Refusal when its checksum or size is wrong, or the archive ends too early
     void read(const UseBlock& use);
 
+    /// Reads the current file up to a size.
+    /// @throw Refusal when it cannot be unpacked
+    std::string readBeginning(std::size_t size);
+
     /// Refuses the package because of its current entry.
     [[noreturn]] void refuse(const std::string& objection) const;
 

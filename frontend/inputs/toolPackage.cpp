@@ -14,6 +14,7 @@
 #include <archive.h>
 #include <archive_entry.h>
 #include <fcntl.h>
+#include <sys/mman.h>
 
 namespace velacreate {
 namespace {
@@ -153,6 +154,9 @@ ToolPackage::ToolPackage(const std::string& path, CloneImages cloneImages)
     while (reader.next()) {
         checkTop(reader);
         listing.add(reader);
+        if (cloneImages == CloneImages::wanted && isCloneImage(reader.name())) {
+            m_beginnings[reader.name()] = reader.readBeginning(BLOCK_SIZE);
+        }
     }
     m_entries = listing.wanted(cloneImages);
     requireBoot(listing, m_entries, path);
@@ -163,6 +167,17 @@ void ToolPackage::requireFile(const std::string& name, const std::string& purpos
     if (found == m_entries.end() || found->second.isDirectory) {
         throw Refusal(packageText(m_path) + " lacks " + quote(name) + "; " + purpose);
     }
+}
+
+Descriptor ToolPackage::beginningOf(const std::string& cloneImage) const {
+    const auto found = m_beginnings.find(cloneImage);
+    if (found == m_beginnings.end()) {
+        return Descriptor();
+    }
+    Descriptor file(memfd_create("clone image", MFD_CLOEXEC));
+    check(file.isOpen()).orFail("a file for a clone image");
+    writeAll(file, found->second.data(), found->second.size(), cloneImage);
+    return file;
 }
 
 std::uint64_t ToolPackage::unpackedSize() const {

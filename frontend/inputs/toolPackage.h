@@ -47,6 +47,11 @@ public:
     /// @param purpose  for the message, such as "a UEFI image starts from it"
     void requireFile(const std::string& name, const std::string& purpose) const;
 
+    /// @return the first 128 KiB of a clone image, with all that lies before its file system, in a file in
+    /// memory; closed when the package lacks it
+    /// @throw Failure
+    Descriptor beginningOf(const std::string& cloneImage) const;
+
     /// The size of all used entries.
     std::uint64_t unpackedSize() const;
 
@@ -75,6 +80,7 @@ private:
     Descriptor m_file;
     struct stat m_found; ///< at the time of the check
     std::map<std::string, Entry> m_entries;
+    std::map<std::string, std::string> m_beginnings; ///< of clone images
 };
 
 } // namespace velacreate

@@ -57,7 +57,9 @@ void setUpProcess(int socket, int output) {
     dup2(nothing.number(), STDIN_FILENO);
     dup2(output, STDOUT_FILENO);
     dup2(output, STDERR_FILENO);
-    static_cast<void>(std::signal(SIGPIPE, SIG_DFL));
+    for (const int ignored : {SIGPIPE, SIGXFSZ}) {
+        static_cast<void>(std::signal(ignored, SIG_DFL));
+    }
     // The first process of a namespace gets only the signals that it handles.
     static_cast<void>(std::signal(SIGTERM, endAtOnce));
     sigset_t none;

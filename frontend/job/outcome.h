@@ -23,6 +23,7 @@ struct Outcome {
     double seconds;
     double bytesPerSecond = 0; ///< 0 when it was not counted
     JobKind kind = JobKind::making;
+    std::string addition = {};                    ///< with which the result in words ends
     std::map<std::string, std::string> sums = {}; ///< SHA-256, by the place of the file
 };
 

@@ -20,6 +20,7 @@ struct Event {
         burning = 'b',  ///< an interrupt would spoil a disc from now on
         finding = 'i',  ///< a difference that was looked for
         note = 'n',     ///< information for the user
+        addition = 'a', ///< the result in words ends with it
         sum = 'h',      ///< the SHA-256 sum of a file, a blank, and its place
         end = 'x',      ///< there are no more events
         reason = 'r',   ///< why the job fails
@@ -45,6 +46,7 @@ public:
     void burning() const { send(Event::Kind::burning, ""); }
     void finding(const std::string& text) const { send(Event::Kind::finding, text); }
     void note(const std::string& text) const { send(Event::Kind::note, text); }
+    void addition(const std::string& text) const { send(Event::Kind::addition, text); }
     void sum(const std::string& place, const std::string& sum) const {
         send(Event::Kind::sum, sum + " " + place);
     }

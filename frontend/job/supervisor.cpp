@@ -154,6 +154,9 @@ private:
         case Event::Kind::note:
             m_console.say("Note: " + m_name + event.text);
             break;
+        case Event::Kind::addition:
+            m_outcome.addition = event.text;
+            break;
         case Event::Kind::sum: {
             const auto blank = event.text.find(' ');
             m_outcome.sums[event.text.substr(blank + 1)] = event.text.substr(0, blank);

@@ -28,11 +28,11 @@ fs::path ownFolder() {
 
 /// By a descriptor that every command inherits: a colon in the path would split the search path.
 void searchHereFirst() {
+    const auto what = "no search path for the launcher " + quote(ZIP);
     Descriptor here(open(".", O_PATH | O_DIRECTORY));
+    check(here.isOpen()).orFail(what);
     const auto searchPath = here.path() + ":" + SEARCH_PATH;
-    if (!here.isOpen() || setenv("PATH", searchPath.c_str(), 1) != 0) { // NOLINT(concurrency-mt-unsafe)
-        throw Failure(SystemError().about("no search path for the launcher " + quote(ZIP)));
-    }
+    check(setenv("PATH", searchPath.c_str(), 1) == 0).orFail(what); // NOLINT(concurrency-mt-unsafe)
     here.release();
 }
 } // namespace

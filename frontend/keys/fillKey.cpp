@@ -9,7 +9,6 @@
 #include "keys/keys.h"
 #include "keys/newKey.h"
 #include "medium/comparison.h"
-#include "medium/readBack.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/waiting.h"
@@ -66,13 +65,29 @@ bool isKeyMounted(const KeyJob& job) {
     return isOnFat(place, device) && (disk || isLoopOver(device, job.target.open));
 }
 
-std::vector<std::string> unexpectedFilesOn(const KeyJob& job) {
-    const auto mount = mountToRead(job.target);
-    return unexpectedFiles(job.inputs().contents.tree, mount.open());
+/// The key as bytes.
+struct KeyBytes {
+    explicit KeyBytes(const KeyJob& job)
+        : uncached(job.target.disk ? openUncached(job.target.open) : Descriptor()),
+          medium{job.target.disk ? uncached : job.target.open, sizeOf(job.target.open)} {
+        medium.isKeyImage = !job.target.disk;
+        medium.mayKeepFiles = job.all.choices.format == FORMAT_NEVER;
+    }
+
+    Descriptor uncached; ///< closed for an image
+    ReadMedium medium;
+};
+
+/// A file system that is filled as it is must be sound.
+/// @return 0 when it is
+int examineForm(const KeyJob& job, const Descriptor& jobDirectory, Reporter& reporter) {
+    const KeyBytes key(job);
+    return compareForm(jobDirectory, job.inputs(), key.medium, reporter);
 }
 
 /// A machine would take files of an earlier job for its own.
-int decideFormat(const KeyJob& job, BootableUSB& builder, bool& format, const Reporter& reporter) {
+int decideFormat(const KeyJob& job, const Descriptor& jobDirectory, BootableUSB& builder, bool& format,
+                 Reporter& reporter) {
     const auto partition = job.target.disk->openKeyPartition();
     check(partition.isOpen()).orFail(job.target.disk->keyPartitionNode());
     if (!holdsFat(partition, 0)) {
@@ -82,31 +97,17 @@ int decideFormat(const KeyJob& job, BootableUSB& builder, bool& format, const Re
         return 0;
     }
     const int result = builder.isBootable(format);
-    if (result == 0 && !format && !unexpectedFilesOn(job).empty()) {
-        reporter.message(VelaCreation::LEVEL_PROGRESS,
-                         "The key holds files that are not of this job, hence it is formatted");
-        format = true;
+    if (result != 0 || format) {
+        return result;
     }
-    return result;
+    const int form = examineForm(job, jobDirectory, reporter);
+    format = form == EXIT_DIFFERENT;
+    return format ? 0 : form;
 }
 
-void noteUnexpectedFiles(const KeyJob& job, const Reporter& reporter) {
-    if (const auto count = unexpectedFilesOn(job).size(); count != 0) {
-        reporter.note("the key keeps " + std::to_string(count) +
-                      (count == 1 ? " file or directory that is" : " files and directories that are") +
-                      " not of this job");
-    }
-}
-
-int readBack(const KeyJob& job, int jobDirectory, Reporter& reporter) {
-    const auto advance = beginReadingBack(job.inputs().contents.size(), reporter);
-    const auto mount = mountToRead(job.target);
-    const auto top = mount.open();
-    const auto& tree = job.inputs().contents.tree;
-    const auto kept =
-        job.all.choices.format == FORMAT_NEVER ? unexpectedFiles(tree, top) : std::vector<std::string>{};
-    return reportDifferences(compareDirectory(jobDirectory, tree, top, kept, advance), JobKind::making,
-                             reporter);
+int readBack(const KeyJob& job, const Descriptor& jobDirectory, Reporter& reporter) {
+    const KeyBytes key(job);
+    return compareConfined(jobDirectory, job.inputs(), key.medium, JobKind::making, reporter);
 }
 
 /// The status file tells of one job. Each of several jobs gets a private one.
@@ -117,7 +118,8 @@ void hideStatusFile(BootableUSB& builder) {
         .orFail(quote(directory));
 }
 
-int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) {
+int runWorkflow(const KeyJob& job, const Descriptor& image, const Descriptor& jobDirectory,
+                Reporter& reporter) {
     LibraryLogger logger(reporter, [&] {
         if (isKeyMounted(job)) {
             return 0;
@@ -137,9 +139,9 @@ int runWorkflow(const KeyJob& job, const Descriptor& image, Reporter& reporter) 
         result = makeNewKey(*job.target.disk, job.target.open, cloneImageFor(describe(*job.target.disk).size),
                             builder, logger, reporter);
     } else if (result == 0 && job.all.choices.format == FORMAT_NEVER) {
-        noteUnexpectedFiles(job, reporter);
+        result = examineForm(job, jobDirectory, reporter);
     } else if (result == 0 && !format) {
-        result = decideFormat(job, builder, format, reporter);
+        result = decideFormat(job, jobDirectory, builder, format, reporter);
     }
     if (result == 0) {
         reporter.changing();
@@ -159,12 +161,12 @@ bool isGone(const KeyJob& job) {
 
 int fillAndReadBack(const KeyJob& job, const Descriptor& image, const Descriptor& jobDirectory,
                     Reporter& reporter) {
-    if (const int result = runWorkflow(job, image, reporter); result != 0) {
+    if (const int result = runWorkflow(job, image, jobDirectory, reporter); result != 0) {
         return result;
     }
     reporter.stage(STAGE_WRITING_OUT);
     check(fsync(job.target.open.number()) == 0).orFail("the key could not take all that was written");
-    return job.all.call.choices.verify ? readBack(job, jobDirectory.number(), reporter) : 0;
+    return job.all.call.choices.verify ? readBack(job, jobDirectory, reporter) : 0;
 }
 } // namespace
 

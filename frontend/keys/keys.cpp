@@ -4,6 +4,7 @@
 #include "disks/fatVolume.h"
 #include "disks/guard.h"
 #include "inputs/limits.h"
+#include "medium/readBack.h"
 #include "support/failure.h"
 #include "support/texts.h"
 
@@ -37,12 +38,24 @@ void requireErasable(const Key& key, const Inputs& inputs) {
     requireFitting(inputs.contents, key.about.size - KEY_IMAGE_OFFSET, key.disk.node());
 }
 
-void requireFillable(const Key& key, const std::string& format, const Inputs& inputs) {
-    refuseFor(key.disk, lacksPartition(key.disk));
-    if (format == FORMAT_AUTO) {
-        inputs.package.requireFile(cloneImageFor(key.about.size), "a key of this size is recognised by it");
+/// A machine would start from another boot record.
+void requireBootRecord(const Key& key, const Inputs& inputs) {
+    const auto differences =
+        compareBootRecord({key.lock->descriptor(), key.about.size}, inputs.package).lines();
+    if (!differences.empty()) {
+        refuseFor(key.disk, "has another boot record than a key: " + differences.front() +
+                                "; --erase makes a key of any stick");
     }
-    requireFitting(inputs.contents, capacityOf(key.disk, format), "partition 4 of " + key.disk.node());
+}
+
+void requireFillable(const Key& key, const UsbChoices& choices, const Inputs& inputs) {
+    refuseFor(key.disk, lacksPartition(key.disk));
+    if (choices.format == FORMAT_AUTO || choices.job.verify) {
+        inputs.package.requireFile(cloneImageFor(key.about.size), "a key of this size is recognised by it");
+        requireBootRecord(key, inputs);
+    }
+    requireFitting(inputs.contents, capacityOf(key.disk, choices.format),
+                   "partition 4 of " + key.disk.node());
 }
 
 Key examined(const Disk& disk, const UsbChoices& choices, const Inputs& inputs) {
@@ -54,7 +67,7 @@ Key examined(const Disk& disk, const UsbChoices& choices, const Inputs& inputs) 
         if (choices.erase) {
             requireErasable(key, inputs);
         } else {
-            requireFillable(key, choices.format, inputs);
+            requireFillable(key, choices, inputs);
         }
     } catch (const Refusal& refusal) {
         leaveOut(key, refusal);

@@ -1,43 +1,96 @@
 #include "medium/comparison.h"
 
 #include "display/summary.h"
-#include "medium/readBack.h"
+#include "inputs/names.h"
+#include "job/confinement.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/texts.h"
 
 #include <mediaRules.h>
 
+#include <algorithm>
 #include <utility>
 
 #include <fcntl.h>
 
 namespace velacreate {
 namespace {
-MediumJob comparingJob(const std::string& medium, const Descriptor& directory, const Compare& compare,
-                       JobKind kind) {
-    const auto work = [compare, kind, &directory](Reporter& reporter) {
-        return reportDifferences(compare(directory, reporter), kind, reporter);
+/// Begins a stage.
+/// @return to be called with the bytes that have been compared
+Advance beginReadingBack(std::uint64_t size, Reporter& reporter) {
+    reporter.stage("Reading back", size);
+    return [&reporter](std::uint64_t bytes) {
+        reporter.advance(bytes);
+        prolong();
     };
-    return {medium, directory.number(), work, {}, nullptr, kind};
+}
+
+int report(const Differences& differences, JobKind kind, const Reporter& reporter) {
+    if (differences.count() == 0) {
+        return 0;
+    }
+    const bool isFailure = kind == JobKind::making;
+    const auto show = [&](const std::string& line) {
+        isFailure ? reporter.message(VelaCreation::LEVEL_FAILURE, line) : reporter.finding(line);
+    };
+    const auto lines = differences.lines();
+    std::for_each(lines.begin(), lines.end(), show);
+    if (const auto unshown = differences.count() - lines.size(); unshown != 0) {
+        show("and " + std::to_string(unshown) + " more differences");
+    }
+    const auto others = differences.count() - 1;
+    reporter.reason(lines.front() +
+                    (isFailure || others == 0 ? "" : ", and " + std::to_string(others) + " more"));
+    return EXIT_DIFFERENT;
+}
+
+void reportKept(const Findings& findings, const Reporter& reporter) {
+    if (findings.keptFiles != 0) {
+        reporter.addition(std::to_string(findings.keptFiles) +
+                          (findings.keptFiles == 1 ? " other file" : " other files") + " with " +
+                          sizeText(findings.keptBytes) + " not looked at");
+    }
+}
+
+std::string counted(std::size_t count, const std::string& what) {
+    return std::to_string(count) + " " + what + (count == 1 ? " file" : " files");
 }
 } // namespace
 
 std::vector<Outcome> compareMedia(const Call& call, const std::vector<ComparedMedium>& media) {
     JobDirectory sharedStaging(call.place);
+    const auto& directory = sharedStaging.directory();
     auto staged = stageShared(call, PackageForm::unpacked, sharedStaging, nullptr);
     staged.kind = JobKind::verifying;
     std::vector<Outcome> outcomes(media.size(), staged);
     if (staged.status == 0) {
         std::vector<MediumJob> jobs;
         jobs.reserve(media.size());
-        for (const auto& [name, compare] : media) {
-            jobs.push_back(comparingJob(name, sharedStaging.directory(), compare, JobKind::verifying));
+        for (const auto& [name, medium] : media) {
+            const auto work = [&, medium = medium](Reporter& reporter) {
+                return compareConfined(directory, call.inputs, medium, JobKind::verifying, reporter);
+            };
+            jobs.push_back({name, directory.number(), work, {}, nullptr, JobKind::verifying});
         }
         outcomes = supervise(jobs, jobs.size(), call.signals, call.console);
     }
     keepIfWanted(call.choices, sharedStaging, call.console);
     return outcomes;
+}
+
+std::string explanationText(const std::string& medium, const Contents& contents) {
+    std::size_t bootFiles = 0;
+    std::size_t updateFiles = 0;
+    for (const Tree* tree : {&contents.tree, &contents.besideArchive}) {
+        for (const auto& [place, part] : *tree) {
+            if (!part.isDirectory) {
+                ++(isBootFile(part.source) ? bootFiles : updateFiles);
+            }
+        }
+    }
+    return "Every byte of " + medium + " is explained: " + counted(bootFiles, "boot") + ", " +
+           counted(updateFiles, "update");
 }
 
 OpenMedium openToCompare(const std::string& kind, const std::string& path, mode_t type) {
@@ -47,46 +100,69 @@ OpenMedium openToCompare(const std::string& kind, const std::string& path, mode_
 }
 
 int compareAlone(const JobChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
-                 const OpenMedium& medium, const Compare& compare, Console& console) {
+                 const OpenMedium& medium, const ReadMedium& read, Console& console) {
     inputs.requireRoom(scratch, 1, 0);
     openLog(console, choices.show, medium.path, &inputs);
     const HeldSignals signals;
     inputs.announce(console, "Comparing " + medium.name + " with");
     const auto outcome =
-        compareMedia({choices, inputs, scratch, signals, console}, {{medium.name, compare}}).front();
-    return conclude(console, outcome, medium.name, sizeText(inputs.contents.size()));
+        compareMedia({choices, inputs, scratch, signals, console}, {{medium.name, read}}).front();
+    const int status = conclude(console, outcome, medium.name, sizeText(inputs.contents.size()));
+    if (status == 0) {
+        console.say(
+            explanationText(read.isDisc ? "the volume on the disc" : inputs.kind.name, inputs.contents));
+    }
+    return status;
 }
 
 Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const HeldSignals& signals,
                          Console& console) {
     const Descriptor anywhere(open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC)); // nothing is written
-    const auto compare = [&](const Descriptor& /*staged*/, Reporter& reporter) {
+    const auto work = [&](Reporter& reporter) {
         reporter.stage("Waiting for the disc");
         const auto disc = takeDisc(drive);
         const auto size = static_cast<std::uint64_t>(image.status().st_size);
-        return compareDisc(image, disc, beginReadingBack(size, reporter));
+        return report(compareDisc(image, disc, beginReadingBack(size, reporter)), JobKind::comparing,
+                      reporter);
     };
-    const auto job = comparingJob("the disc in " + drive.name(), anywhere, compare, JobKind::comparing);
+    const MediumJob job = {
+        "the disc in " + drive.name(), anywhere.number(), work, {}, nullptr, JobKind::comparing};
     return supervise({job}, 1, signals, console).front();
 }
 
-Advance beginReadingBack(std::uint64_t size, Reporter& reporter) {
-    reporter.stage("Reading back", size);
-    return [&reporter](std::uint64_t bytes) { reporter.advance(bytes); };
+int compareConfined(const Descriptor& directory, const Inputs& inputs, const ReadMedium& medium, JobKind kind,
+                    Reporter& reporter) {
+    const auto advance = beginReadingBack(inputs.contents.size(), reporter);
+    const Comparison comparison = {directory.number(), inputs.package, inputs.contents, medium, advance};
+    Findings findings;
+    const auto examine = inputs.kind.compare(comparison, findings);
+    const auto work = [&] {
+        examine(findings);
+        for (const auto& note : findings.notes) {
+            reporter.note(note);
+        }
+        reportKept(findings, reporter);
+        return report(findings.differences, kind, reporter);
+    };
+    return runConfined(directory, work, reporter);
 }
 
-int reportDifferences(const std::vector<std::string>& differences, JobKind kind, const Reporter& reporter) {
-    if (differences.empty()) {
-        return 0;
-    }
-    const bool isFailure = kind == JobKind::making;
-    for (const auto& line : differences) {
-        isFailure ? reporter.message(VelaCreation::LEVEL_FAILURE, line) : reporter.finding(line);
-    }
-    const auto others = differences.size() - 1;
-    reporter.reason(differences.front() +
-                    (isFailure || others == 0 ? "" : ", and " + std::to_string(others) + " more"));
-    return EXIT_DIFFERENT;
+int compareForm(const Descriptor& directory, const Inputs& inputs, ReadMedium medium, Reporter& reporter) {
+    medium.isFormOnly = true;
+    const Comparison comparison = {directory.number(), inputs.package, inputs.contents, medium,
+                                   [](std::uint64_t /*bytes*/) { prolong(); }};
+    Findings findings;
+    const auto examine = inputs.kind.compare(comparison, findings);
+    const auto work = [&] {
+        examine(findings);
+        reportKept(findings, reporter);
+        if (findings.differences.isFormRight()) {
+            return 0;
+        }
+        reporter.reason(findings.differences.lines().front());
+        return EXIT_DIFFERENT;
+    };
+    return runConfined(directory, work, reporter);
 }
 
 Descriptor takeDisc(const DiscDrive& drive) {

@@ -4,22 +4,16 @@
 
 #include "disks/discDrive.h"
 #include "medium/call.h"
+#include "medium/readBack.h"
 
-#include <functional>
 #include <string>
 #include <vector>
 
 namespace velacreate {
 
-/// Runs in a job's process.
-/// @param staged the directory with what the medium should hold
-/// @return a line for each difference
-/// @throw Refusal or Failure when the medium cannot be compared
-using Compare = std::function<std::vector<std::string>(const Descriptor& staged, Reporter& reporter)>;
-
 struct ComparedMedium {
     std::string name; ///< such as "/dev/sdb"
-    Compare compare;
+    ReadMedium medium;
 };
 
 /// Stages all files, and compares media with them side by side. Each difference is a line on standard output.
@@ -33,6 +27,10 @@ struct OpenMedium {
     Descriptor file;
 };
 
+/// @param medium  such as "the image"
+/// @return such as "Every byte of the image is explained: 5 boot files, 2 update files"
+std::string explanationText(const std::string& medium, const Contents& contents);
+
 /// @param kind  such as "the image"
 /// @param type  S_IFREG or S_IFDIR
 /// @throw Refusal when it cannot be opened, or is of another type
@@ -41,7 +39,7 @@ OpenMedium openToCompare(const std::string& kind, const std::string& path, mode_
 /// Compares a medium with what would be made now, and shows the result.
 /// @return the exit status
 int compareAlone(const JobChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
-                 const OpenMedium& medium, const Compare& compare, Console& console);
+                 const OpenMedium& medium, const ReadMedium& read, Console& console);
 
 /// Compares the disc in a drive with the image that was burned.
 /// @return refused, when there is no readable disc
@@ -51,13 +49,17 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
 /// @name In the job's process
 /// @{
 
-/// Begins a stage.
-/// @return to be called with the bytes that have been compared
-Advance beginReadingBack(std::uint64_t size, Reporter& reporter);
+/// Compares a medium in a confined process. Reports each difference: as a failure when a medium is made, else
+/// as a finding; and what is on a key besides.
+/// @param directory with the sources
+/// @return EXIT_DIFFERENT, or 0 when there is no difference
+int compareConfined(const Descriptor& directory, const Inputs& inputs, const ReadMedium& medium, JobKind kind,
+                    Reporter& reporter);
 
-/// Reports each difference: as a failure when a medium is made, else as a finding.
-/// @return EXIT_DIFFERENT, or 0 when there is none
-int reportDifferences(const std::vector<std::string>& differences, JobKind kind, const Reporter& reporter);
+/// In a confined process: whether a key can be filled as it is. Nothing is on it that is not expected, unless
+/// it may keep files, and its file system is sound.
+/// @return EXIT_DIFFERENT, with a reason, or 0
+int compareForm(const Descriptor& directory, const Inputs& inputs, ReadMedium medium, Reporter& reporter);
 /// @}
 
 /// Waits for a disc.

@@ -134,7 +134,6 @@ Contents contentsOf(MediumKind medium, const ToolPackage& package, const UpdateF
     const Tree chosen = updateTree(updates);
     Contents contents;
     contents.tree = boot;
-    contents.added = kind.added;
     if (kind.isFat) {
         requireFat(boot);
     }

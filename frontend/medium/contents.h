@@ -26,7 +26,6 @@ using Tree = std::map<std::string, Part>;
 struct Contents {
     Tree tree;                         ///< on the medium, or in the archive of a network-boot directory
     Tree besideArchive;                ///< of a network-boot directory
-    std::vector<std::string> added;    ///< by the tool that makes an image
     std::vector<std::string> replaced; ///< update files in the place of a boot file
     std::vector<std::string> missing; ///< boot files for a network-boot directory that the tool package lacks
 

@@ -14,6 +14,8 @@ std::string named(const std::string& place, const Part& part) {
         topOf(part.source) == VelaCreation::BootableMedia::BOOT_FILE ? "boot " : "update ";
     return origin + (part.isDirectory ? "directory " : "file ") + quote(place);
 }
+
+constexpr std::size_t MOST_LINES = 100;
 } // namespace
 
 void Differences::addMissing(const std::string& place, const Part& part) {
@@ -24,16 +26,29 @@ void Differences::addDiffering(const std::string& place, const Part& part) {
     addWhole(place, named(place, part) + " differs");
 }
 
-void Differences::addUnreadable(const std::string& place, const Part& part, const std::string& problem) {
-    addWhole(place, named(place, part) + " cannot be read: " + problem);
-}
-
 void Differences::addTwice(const std::string& place) {
-    addWhole(place, quote(place) + " is there twice");
+    addStrange(place, quote(place) + " is there twice");
 }
 
 void Differences::addUnexpected(const std::string& place) {
-    addWhole(place, quote(place) + " is there, but should not be");
+    addStrange(place, quote(place) + " is there, but should not be");
+}
+
+void Differences::addForm(const std::string& line) {
+    if (m_form.size() < MOST_LINES) {
+        m_form.push_back(line);
+    } else {
+        ++m_uncounted;
+    }
+}
+
+void Differences::addStrange(const std::string& place, const std::string& line) {
+    if (m_strange < MOST_LINES) {
+        ++m_strange;
+        addWhole(place, line);
+    } else {
+        ++m_uncounted;
+    }
 }
 
 void Differences::addWhole(const std::string& place, const std::string& line) {
@@ -46,10 +61,11 @@ void Differences::addWhole(const std::string& place, const std::string& line) {
 }
 
 std::vector<std::string> Differences::lines() const {
-    std::vector<std::string> result;
+    auto result = m_form;
     for (const auto& [place, line] : m_lines) {
         result.push_back(line);
     }
+    result.resize(std::min(result.size(), MOST_LINES));
     return result;
 }
 

@@ -12,10 +12,15 @@ namespace {
 std::string atByte(std::size_t offset) {
     return " at byte " + std::to_string(offset);
 }
+
+Differences only(const std::string& line) {
+    Differences differences;
+    differences.addForm(line);
+    return differences;
+}
 } // namespace
 
-std::vector<std::string> compareDisc(const Descriptor& image, const Descriptor& disc,
-                                     const Advance& advance) {
+Differences compareDisc(const Descriptor& image, const Descriptor& disc, const Advance& advance) {
     const auto size = static_cast<std::size_t>(image.status().st_size);
     std::vector<char> found(BLOCK_SIZE);
     std::vector<char> wanted(BLOCK_SIZE);
@@ -26,17 +31,18 @@ std::vector<std::string> compareDisc(const Descriptor& image, const Descriptor& 
             continue;
         }
         if (count < 0) {
-            return {SystemError().about("it cannot be read" + atByte(done))};
+            throw Failure(SystemError().about("it cannot be read" + atByte(done)));
         }
         if (count == 0) {
-            return {"it ends" + atByte(done) + ", and its image has " + std::to_string(size)};
+            return only("it ends" + atByte(done) + ", and its image has " + std::to_string(size));
         }
         if (readAt(image.number(), wanted.data(), static_cast<std::size_t>(count), done) != count) {
             throw Failure("the image cannot be read" + atByte(done));
         }
         const auto parting = std::mismatch(found.begin(), found.begin() + count, wanted.begin());
         if (parting.first != found.begin() + count) {
-            return {"it differs" + atByte(done + static_cast<std::size_t>(parting.first - found.begin()))};
+            return only("it differs" +
+                        atByte(done + static_cast<std::size_t>(parting.first - found.begin())));
         }
         done += static_cast<std::size_t>(count);
         advance(static_cast<std::uint64_t>(count));

@@ -29,7 +29,6 @@ Kind image() {
     kind.stages = {{STAGE_COPYING, BootableMedia::ISO_DIR_NAME}, {STAGE_MAKING_ISO, IMAGE_PLACE}};
     kind.removals = listOf(IMAGE_REMOVALS);
     kind.removals.push_back({BOOT_CATALOG, true}); // the ISO tool overwrites it
-    kind.added = {BOOT_CATALOG};
     kind.fileSizeLimit = "an ISO image";
     kind.compare = compareEfiImage;
     return kind;
@@ -40,7 +39,6 @@ Kind powerPcImage() {
     kind.bootFiles = {{inBoot(POWERPC_LOADER), "a PowerPC machine starts from it"}};
     kind.toolkitPrograms = {"genisoimage"};
     kind.removals = listOf(IMAGE_REMOVALS);
-    kind.added = {};
     kind.compare = comparePowerPcImage;
     return kind;
 }
@@ -56,7 +54,7 @@ Kind key() {
     kind.updatesComeLast = true;
     kind.isFat = true;
     kind.fileSizeLimit = "a FAT file system";
-    kind.compare = compareKeyFiles;
+    kind.compare = compareKey;
     return kind;
 }
 
@@ -64,7 +62,8 @@ Kind netbootDirectory() {
     Kind kind;
     kind.name = "the network-boot directory";
     kind.bootFiles = {{inBoot(NETBOOT_LOADER), "a machine on the network starts from it"}};
-    kind.programs = {"unzip", "zip"};
+    kind.programs = {"unzip"};
+    kind.toolkitPrograms = {"zip"};
     kind.place = NETBOOT_PLACE;
     kind.stages = {{STAGE_COPYING_PXE, BootableMedia::ISO_DIR_NAME}, {STAGE_ZIPPING, NETBOOT_PLACE}};
     kind.removals = listOf(ARCHIVE_REMOVALS);

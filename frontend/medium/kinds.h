@@ -7,12 +7,14 @@
 
 #include <mediaRules.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace velacreate {
 
-struct Contents;
+struct Comparison;
+struct Findings;
 
 constexpr const char* STAGE_WRITING_OUT = "Writing out";
 
@@ -30,12 +32,9 @@ struct MeasuredStage {
     std::string growing; ///< what grows, below the job directory; empty for the medium itself
 };
 
-/// Compares a medium with what should be on it, byte for byte.
-/// @param jobDirectory with the files that it should hold
-/// @param medium an image, a directory, or the top directory of a mounted key
-/// @return a line for each difference, as in readBack.h
-using CompareMedium = std::vector<std::string> (*)(int jobDirectory, const Contents& contents,
-                                                   const Descriptor& medium, const Advance& advance);
+/// See readBack.h.
+using CompareMedium = std::function<void(Findings& findings)> (*)(const Comparison& comparison,
+                                                                  Findings& findings);
 
 /// What is common to all media of one kind.
 struct Kind {
@@ -51,7 +50,6 @@ struct Kind {
     bool updatesComeLast = false;                ///< update files are copied after the removals
     std::vector<const char*> besideArchive; ///< boot files; all other files are in an archive, which has no
                                             ///< names at its top that begin with a dot
-    std::vector<std::string> added;         ///< by the tool that makes the medium
     bool isFat = false;                     ///< names are limited, and found in any case
     std::string fileSizeLimit;              ///< what limits files to less than 4 GiB; else empty
 

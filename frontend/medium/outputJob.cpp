@@ -45,9 +45,8 @@ void dropStaging(const JobChoices& choices, const Descriptor& jobDirectory) {
 
 int readBack(const Inputs& inputs, const Descriptor& jobDirectory, Reporter& reporter) {
     const auto medium = openBeneath(jobDirectory.number(), inputs.kind.place, O_RDONLY);
-    const auto advance = beginReadingBack(inputs.contents.size(), reporter);
-    return reportDifferences(inputs.kind.compare(jobDirectory.number(), inputs.contents, medium, advance),
-                             JobKind::making, reporter);
+    check(medium.isOpen()).orFail("what was made");
+    return compareConfined(jobDirectory, inputs, {medium, sizeOf(medium)}, JobKind::making, reporter);
 }
 
 /// Reads the output back. Meanwhile it is flushed, and its checksum is made.

@@ -1,56 +1,69 @@
 /// @file
-/// Compares whole media byte for byte.
+/// Reads media, and holds each of their bytes against what should be there. Nothing is mounted.
 #pragma once
 
+#include "inputs/toolPackage.h"
 #include "medium/contents.h"
+#include "medium/differences.h"
 
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace velacreate {
 
-/// Compares the content of an ISO 9660 image or a zip archive, read by libarchive.
-/// @param jobDirectory with the sources of the parts
-/// @param expected all files and directories
-/// @param ignored top-level names that may be there, too
-/// @return a line for each difference: "boot file 'grub.cfg' is missing", "update file 'a/b' differs", "boot
-/// file 'img2a' cannot be read: ...", "'x' is there, but should not be". A directory that differs as a whole
-/// has one line. The last line is "it cannot be read to its end: ..." when the rest of the archive is
-/// unreadable.
-/// @throw Failure when a source has changed, or the archive's file cannot be read
-std::vector<std::string> compareArchive(int jobDirectory, const Tree& expected, const Descriptor& archive,
-                                        const std::vector<std::string>& ignored, const Advance& advance);
+/// A medium that is read back or verified.
+struct ReadMedium {
+    const Descriptor& file;    ///< a file, a disk, or a network-boot directory
+    std::uint64_t size = 0;    ///< in bytes; not of a directory
+    bool isDisc = false;       ///< a drive has more blocks behind a disc's volume
+    bool isKeyImage = false;   ///< somebody else may have made it
+    bool mayKeepFiles = false; ///< files that are not of the job may be on a key
+    bool isFormOnly = false;   ///< the content of files is not compared
+};
 
-/// Compares an ISO 9660 image, or a disc: its content, and its boot record.
-/// @return lines as above
-/// @throw Failure as above
-std::vector<std::string> compareEfiImage(int jobDirectory, const Contents& contents, const Descriptor& image,
-                                         const Advance& advance);
-std::vector<std::string> comparePowerPcImage(int jobDirectory, const Contents& contents,
-                                             const Descriptor& image, const Advance& advance);
+/// What should be on a medium.
+struct Comparison {
+    int jobDirectory;           ///< with the sources of the contents
+    const ToolPackage& package; ///< with the clone image that a key was made from
+    const Contents& contents;
+    const ReadMedium& medium;
+    Advance advance;
+};
 
-/// Compares a disc with its image. What is behind the image's end is padding.
-/// @return a line with the place of the first difference; none when they are the same
-/// @throw Failure when the image has changed
-std::vector<std::string> compareDisc(const Descriptor& image, const Descriptor& disc, const Advance& advance);
+struct Findings {
+    Differences differences;
+    std::vector<std::string> notes;
+    std::uint64_t keptFiles = 0; ///< that are not of the job
+    std::uint64_t keptBytes = 0; ///< which were not looked at
+};
 
-/// Compares a network-boot directory: the boot files and the archive.
-std::vector<std::string> compareNetbootDirectory(int jobDirectory, const Contents& contents,
-                                                 const Descriptor& directory, const Advance& advance);
+/// Reads the bytes of a medium. It can run in a process that opens no files but the sources.
+using Examine = std::function<void(Findings& findings)>;
+
+/// @name Opens all that must be read, and compares what has no form. One for each kind of medium.
+/// @param comparison  must outlive the result
+/// @throw Failure when a source has changed, or the medium cannot be read
+/// @{
+Examine compareEfiImage(const Comparison& comparison, Findings& findings);
+Examine comparePowerPcImage(const Comparison& comparison, Findings& findings);
+Examine compareKey(const Comparison& comparison, Findings& findings);
+Examine compareNetbootDirectory(const Comparison& comparison, Findings& findings);
+/// @}
+
+/// Compares what a key has before its file system.
+Differences compareBootRecord(const ReadMedium& medium, const ToolPackage& package);
 
 /// Compares a directory, without following links.
 /// @param ignored names that may be there, too
-/// @return lines as above; files that cannot be read are differences
-std::vector<std::string> compareDirectory(int jobDirectory, const Tree& expected, const Descriptor& directory,
-                                          const std::vector<std::string>& ignored, const Advance& advance);
+/// @throw Refusal for a link, a FIFO or a device in the place of a file; Failure for an unreadable file
+void compareDirectory(const Comparison& comparison, const Tree& expected,
+                      const std::vector<std::string>& ignored, Differences& differences);
 
-/// Compares the files of a key.
-/// @param directory the top of its mounted file system
-std::vector<std::string> compareKeyFiles(int jobDirectory, const Contents& contents,
-                                         const Descriptor& directory, const Advance& advance);
-
-/// @return unexpected files and directories below a directory, but not what is in unexpected directories.
-/// Names are compared without the case of ASCII letters, as FAT does.
-std::vector<std::string> unexpectedFiles(const Tree& expected, const Descriptor& directory);
+/// Compares a disc with its image. What is behind the image's end is padding.
+/// @return the first difference; none when they are the same
+/// @throw Failure when the image has changed
+Differences compareDisc(const Descriptor& image, const Descriptor& disc, const Advance& advance);
 
 } // namespace velacreate

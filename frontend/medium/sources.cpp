@@ -39,31 +39,4 @@ bool Sources::hold(std::uint64_t offset, const void* data, std::size_t size) {
     return true;
 }
 
-Finding compareBytes(const Descriptor& file, std::uint64_t offset, Sources& sources, const Advance& advance) {
-    const auto size = static_cast<std::uint64_t>(sources.current().status().st_size);
-    std::vector<char> buffer(std::min<std::size_t>(size, BLOCK_SIZE));
-    for (std::uint64_t done = 0; done < size;) {
-        const auto wanted = std::min<std::size_t>(size - done, buffer.size());
-        const ssize_t count = readAt(file.number(), buffer.data(), wanted, offset + done);
-        if (count < 0) {
-            return Finding::unreadable;
-        }
-        const auto read = static_cast<std::size_t>(count);
-        if (read == 0 || !sources.hold(done, buffer.data(), read)) {
-            return Finding::different;
-        }
-        done += read;
-        advance(read);
-    }
-    return Finding::same;
-}
-
-Finding compareFile(const Descriptor& file, Sources& sources, const Advance& advance) {
-    const struct stat found = file.status();
-    if (!S_ISREG(found.st_mode) || found.st_size != sources.current().status().st_size) {
-        return Finding::different;
-    }
-    return compareBytes(file, 0, sources, advance);
-}
-
 } // namespace velacreate

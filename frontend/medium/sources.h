@@ -22,9 +22,6 @@ public:
     /// @throw Failure when it is missing, or has another size
     void enter(const Part& part);
 
-    /// The open source.
-    const Descriptor& current() const { return m_file; }
-
     /// Whether it has these bytes at an offset.
     /// @throw Failure when it cannot be read
     bool hold(std::uint64_t offset, const void* data, std::size_t size);
@@ -35,15 +32,5 @@ private:
     std::string m_name;
     std::vector<char> m_buffer;
 };
-
-enum class Finding { same, different, unreadable };
-
-/// Compares the open source with as many bytes of a file at an offset.
-/// @return unreadable, with errno set, when the file cannot be read
-/// @throw Failure when the source cannot be read
-Finding compareBytes(const Descriptor& file, std::uint64_t offset, Sources& sources, const Advance& advance);
-
-/// Compares the open source with a whole file.
-Finding compareFile(const Descriptor& file, Sources& sources, const Advance& advance);
 
 } // namespace velacreate

@@ -38,15 +38,11 @@ Archive beginZip(const Descriptor& output) {
 }
 
 // Opens the file again for a file offset of its own, because processes of jobs share inherited descriptors.
-ArchiveReader::ArchiveReader(const Descriptor& file, Format format, std::size_t blockSize)
+ArchiveReader::ArchiveReader(const Descriptor& file, std::size_t blockSize)
     : m_file(open(file.path().c_str(), O_RDONLY | O_CLOEXEC)) {
     check(m_file.isOpen()).orFail("opening an archive again");
     m_archive.reset(archive_read_new());
-    if (format == Format::zip) {
-        archive_read_support_format_zip_seekable(m_archive.get());
-    } else {
-        archive_read_support_format_iso9660(m_archive.get());
-    }
+    archive_read_support_format_zip_seekable(m_archive.get());
     m_opened = archive_read_open_fd(m_archive.get(), m_file.number(), blockSize);
 }
 

@@ -28,14 +28,12 @@ std::string problemOf(const Archive& handle);
 /// @throw Failure
 Archive beginZip(const Descriptor& output);
 
-/// Reads an archive entry by entry. Results are libarchive's, such as ARCHIVE_OK and ARCHIVE_EOF.
+/// Reads a zip archive entry by entry. Results are libarchive's, such as ARCHIVE_OK and ARCHIVE_EOF.
 class ArchiveReader {
 public:
-    enum class Format { zip, iso9660 };
-
     /// @param blockSize  bytes per read, also after a skipped entry
     /// @throw Failure
-    ArchiveReader(const Descriptor& file, Format format, std::size_t blockSize);
+    ArchiveReader(const Descriptor& file, std::size_t blockSize);
 
     /// Goes to the next entry. The first call fails for a file in another format. Names marked as UTF-8 are
     /// read as UTF-8 in any locale.

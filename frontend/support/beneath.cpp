@@ -21,8 +21,8 @@ int Beneath::enter(const std::string& path) {
         return m_top;
     }
     if (parent != m_where || !m_open.isOpen()) {
-        m_open = openBeneath(m_top, parent, O_PATH | O_DIRECTORY);
         m_where = parent;
+        m_open = openBeneath(m_top, parent, O_PATH | O_DIRECTORY);
     }
     return m_open.number();
 }

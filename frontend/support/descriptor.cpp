@@ -204,6 +204,22 @@ ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset) {
     return static_cast<ssize_t>(done);
 }
 
+std::uint64_t sizeOf(const Descriptor& medium) {
+    const auto about = medium.status();
+    std::uint64_t size = 0;
+    if (S_ISBLK(about.st_mode)) {
+        check(ioctl(medium.number(), BLKGETSIZE64, &size) == 0).orFail("the size of the medium");
+        return size;
+    }
+    return S_ISREG(about.st_mode) ? static_cast<std::uint64_t>(about.st_size) : 0;
+}
+
+Descriptor openUncached(const Descriptor& disk) {
+    Descriptor again(open(disk.path().c_str(), O_RDONLY | O_DIRECT | O_CLOEXEC));
+    check(again.isOpen()).orFail("the disk cannot be opened again");
+    return again;
+}
+
 bool writeText(const Descriptor& to, const std::string& text) {
     const auto count = write(to.number(), text.data(), text.size());
     if (count >= 0 && count != static_cast<ssize_t>(text.size())) {

@@ -73,6 +73,14 @@ Descriptor openToAdd(const std::string& kind, const std::string& path);
 /// Like pread(), but repeats until all bytes are read. Fewer bytes mean the end of the file.
 ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset);
 
+/// @return the size of an open file or disk; 0 for anything else
+/// @throw Failure
+std::uint64_t sizeOf(const Descriptor& medium);
+
+/// Opens a disk again, to read it past the cache.
+/// @throw Failure
+Descriptor openUncached(const Descriptor& disk);
+
 /// Writes a text with one call, so that no other writer's text comes in between.
 /// @return false, with errno set, when not all of it could be written
 bool writeText(const Descriptor& to, const std::string& text);

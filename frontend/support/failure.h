@@ -24,6 +24,8 @@ class SystemError {
 public:
     SystemError();
 
+    int number() const { return m_number; }
+
     /// @return "WHAT: the system's text for the reason"
     std::string about(const std::string& what) const;
 
@@ -50,6 +52,7 @@ inline Checked check(bool isDone) {
     return Checked(isDone);
 }
 
+/// Both arguments are built in any case, so errno must have been read before.
 /// @throw Refusal
 inline void refuseIf(bool isWrong, const std::string& text) {
     if (isWrong) {

@@ -1,0 +1,111 @@
+#include "medium/readBack.h"
+
+#include "forms/isoReader.h"
+#include "forms/keyReader.h"
+#include "forms/zipReader.h"
+#include "support/failure.h"
+
+#include <mediaRules.h>
+
+#include <cerrno>
+#include <memory>
+
+#include <fcntl.h>
+
+namespace velacreate {
+namespace {
+/// Calls a reader with the examination of a file or a disk.
+template <typename Reader>
+auto examine(const Comparison& comparison, const Descriptor& file, std::uint64_t size,
+             Differences& differences, const Reader& reader) {
+    MediumBytes bytes(file, size);
+    Sources sources(comparison.jobDirectory);
+    const ReportVariation nobodyWantsToKnow;
+    return reader(Examination{bytes, sources, differences, comparison.advance, nobodyWantsToKnow,
+                              comparison.medium.isFormOnly});
+}
+
+/// Whether an image is for the other machines. An image for none is examined.
+bool isForOthers(const Examination& examination, IsoPlatform platform) {
+    const auto found = platformOfImage(examination.medium);
+    if (found == platform || found == IsoPlatform::none) {
+        return false;
+    }
+    examination.differences.addForm(platform == IsoPlatform::efi
+                                        ? "it is for PowerPC machines, and not for UEFI machines"
+                                        : "it is for UEFI machines, and not for PowerPC machines");
+    return true;
+}
+
+Examine imageExamination(const Comparison& comparison, IsoPlatform platform) {
+    return [&comparison, platform](Findings& findings) {
+        const auto& medium = comparison.medium;
+        examine(comparison, medium.file, medium.size, findings.differences,
+                [&](const Examination& examination) {
+                    if (!isForOthers(examination, platform)) {
+                        examineIso(examination, comparison.contents.tree, platform,
+                                   medium.isDisc ? BehindVolume::anything : BehindVolume::nothing);
+                    }
+                });
+    };
+}
+
+KeyForm formOf(const ReadMedium& medium, const ToolPackage& package) {
+    return {[&package](const std::string& name) { return package.beginningOf(name); }, medium.isKeyImage,
+            medium.mayKeepFiles};
+}
+} // namespace
+
+Examine compareEfiImage(const Comparison& comparison, Findings& /*findings*/) {
+    return imageExamination(comparison, IsoPlatform::efi);
+}
+
+Examine comparePowerPcImage(const Comparison& comparison, Findings& /*findings*/) {
+    return imageExamination(comparison, IsoPlatform::powerPc);
+}
+
+Examine compareKey(const Comparison& comparison, Findings& /*findings*/) {
+    return [&comparison](Findings& findings) {
+        const auto& medium = comparison.medium;
+        const auto form = formOf(medium, comparison.package);
+        const auto found = examine(comparison, medium.file, medium.size, findings.differences,
+                                   [&](const Examination& examination) {
+                                       return examineKey(examination, comparison.contents.tree, form);
+                                   });
+        findings.notes = found.notes;
+        findings.keptFiles = found.kept.files;
+        findings.keptBytes = found.kept.bytes;
+    };
+}
+
+Differences compareBootRecord(const ReadMedium& medium, const ToolPackage& package) {
+    const Contents nothing;
+    Differences differences;
+    const Comparison comparison = {-1, package, nothing, medium, [](std::uint64_t /*bytes*/) {}};
+    examine(comparison, medium.file, medium.size, differences,
+            [&](const Examination& examination) { examineKeyRecord(examination, formOf(medium, package)); });
+    return differences;
+}
+
+Examine compareNetbootDirectory(const Comparison& comparison, Findings& findings) {
+    const std::string name = VelaCreation::NETBOOT_ARCHIVE;
+    compareDirectory(comparison, comparison.contents.besideArchive, {name}, findings.differences);
+    const auto archive = std::make_shared<Descriptor>(
+        openBeneath(comparison.medium.file.number(), name, O_RDONLY | O_NONBLOCK | O_NOCTTY));
+    const SystemError error;
+    if (!archive->isOpen() && error.number() == ENOENT) {
+        findings.differences.addForm("the archive " + quote(name) + " is missing");
+        return [](Findings& /*findings*/) {};
+    }
+    refuseIf(!archive->isOpen() && error.number() == ELOOP, quote(name) + " is a link");
+    if (!archive->isOpen()) {
+        throw Failure(error.about(quote(name)));
+    }
+    refuseIf(!S_ISREG(archive->status().st_mode), quote(name) + " is not a file");
+    return [&comparison, archive](Findings& inside) {
+        examine(comparison, *archive, sizeOf(*archive), inside.differences,
+                [&](const Examination& examination) { examineZip(examination, comparison.contents.tree); });
+    };
+}
+
+} // namespace velacreate
