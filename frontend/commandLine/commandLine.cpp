@@ -181,8 +181,8 @@ private:
             ->type_name("FILE");
         command
             .add_option("--format", m_usb.format,
-                        "When to format the key; auto does so when the key does not match its clone image, "
-                        "has no FAT, or holds other files")
+                        "When to format the key; auto does so when it lacks img1a.sys, its FAT is missing or "
+                        "damaged, or it holds other files")
             ->capture_default_str()
             ->type_name("always|never|auto")
             ->check(CLI::IsMember({FORMAT_ALWAYS, FORMAT_NEVER, FORMAT_AUTO}).description(""));

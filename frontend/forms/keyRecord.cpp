@@ -150,6 +150,10 @@ private:
 };
 } // namespace
 
+bool canBeFitted(const Descriptor& cloneImage) {
+    return !headOf(cloneImage, "").empty();
+}
+
 std::optional<ByteRange> examineKeyRecord(const Examination& examination, const KeyForm& form) {
     return KeyRecord(examination, form).examine();
 }

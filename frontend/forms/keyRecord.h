@@ -19,6 +19,9 @@ struct KeyForm {
     bool mayKeepFiles; ///< that are not of the job
 };
 
+/// Whether a clone image, or its beginning, has a fourth partition that the library can fit to a key.
+bool canBeFitted(const Descriptor& cloneImage);
+
 /// Demands all that lies before the file system as it is in the clone image, when that is fitted to the key
 /// or to a smaller one. It may be zero in an image.
 /// @return where the file system lies; none, after a difference was added, when that is not known

@@ -64,8 +64,10 @@ void requireFatNames(const std::vector<std::string>& places) {
 }
 
 void requireFileSize(const std::string& place, std::uint64_t size, const std::string& medium) {
-    refuseIf(size > LARGEST_FILE,
-             quote(place) + " has " + sizeText(size) + "; " + medium + " holds files of less than 4 GiB");
+    if (size > LARGEST_FILE) {
+        throw Refusal(quote(place) + " has " + sizeText(size) + "; " + medium +
+                      " holds files of less than 4 GiB");
+    }
 }
 
 void requireSpace(const NamedDirectory& directory, std::uint64_t bytes) {

@@ -78,11 +78,16 @@ struct KeyBytes {
     ReadMedium medium;
 };
 
-/// A file system that is filled as it is must be sound.
-/// @return 0 when it is
-int examineForm(const KeyJob& job, const Descriptor& jobDirectory, Reporter& reporter) {
+/// A file system that keeps its files must be sound.
+/// @return 0, or EXIT_REFUSED
+int requireSound(const KeyJob& job, const Descriptor& jobDirectory, Reporter& reporter) {
     const KeyBytes key(job);
-    return compareForm(jobDirectory, job.inputs(), key.medium, reporter);
+    const auto refuse = [&](const std::string& fault) {
+        reporter.reason("the file system of the key cannot be filled as it is: " + fault +
+                        (job.target.disk ? "; --format always makes a new one" : "; make a new one"));
+        return EXIT_REFUSED;
+    };
+    return examineForm(jobDirectory, job.inputs(), key.medium, refuse, reporter);
 }
 
 /// A machine would take files of an earlier job for its own.
@@ -100,7 +105,12 @@ int decideFormat(const KeyJob& job, const Descriptor& jobDirectory, BootableUSB&
     if (result != 0 || format) {
         return result;
     }
-    const int form = examineForm(job, jobDirectory, reporter);
+    const KeyBytes key(job);
+    const auto tell = [&](const std::string& fault) {
+        reporter.message(VelaCreation::LEVEL_PROGRESS, "The key is formatted, because " + fault);
+        return EXIT_DIFFERENT;
+    };
+    const int form = examineForm(jobDirectory, job.inputs(), key.medium, tell, reporter);
     format = form == EXIT_DIFFERENT;
     return format ? 0 : form;
 }
@@ -113,9 +123,10 @@ int readBack(const KeyJob& job, const Descriptor& jobDirectory, Reporter& report
 /// The status file tells of one job. Each of several jobs gets a private one.
 void hideStatusFile(BootableUSB& builder) {
     const auto directory = std::filesystem::path(builder.getErrorMessageFilePath()).parent_path();
-    check(exists(directory) &&
-          mount("tmpfs", directory.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=1m") == 0)
-        .orFail(quote(directory));
+    if (exists(directory)) {
+        check(mount("tmpfs", directory.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=1m") == 0)
+            .orFail(quote(directory));
+    }
 }
 
 int runWorkflow(const KeyJob& job, const Descriptor& image, const Descriptor& jobDirectory,
@@ -139,7 +150,7 @@ int runWorkflow(const KeyJob& job, const Descriptor& image, const Descriptor& jo
         result = makeNewKey(*job.target.disk, job.target.open, cloneImageFor(describe(*job.target.disk).size),
                             builder, logger, reporter);
     } else if (result == 0 && job.all.choices.format == FORMAT_NEVER) {
-        result = examineForm(job, jobDirectory, reporter);
+        result = requireSound(job, jobDirectory, reporter);
     } else if (result == 0 && !format) {
         result = decideFormat(job, jobDirectory, builder, format, reporter);
     }

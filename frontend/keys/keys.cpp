@@ -3,6 +3,7 @@
 #include "disks/cloning.h"
 #include "disks/fatVolume.h"
 #include "disks/guard.h"
+#include "forms/keyRecord.h"
 #include "inputs/limits.h"
 #include "medium/readBack.h"
 #include "support/failure.h"
@@ -34,6 +35,9 @@ std::uint64_t capacityOf(const Disk& disk, const std::string& format) {
 void requireErasable(const Key& key, const Inputs& inputs) {
     const auto image = cloneImageFor(key.about.size);
     inputs.package.requireFile(image, "a new key of this size is made from it");
+    if (!canBeFitted(inputs.package.beginningOf(image))) {
+        throw Refusal("the clone image " + quote(image) + " of the package has no fourth partition");
+    }
     refuseFor(key.disk, eraseIneligibilityReason(key.disk, image, inputs.package.entries().at(image).size));
     requireFitting(inputs.contents, key.about.size - KEY_IMAGE_OFFSET, key.disk.node());
 }

@@ -3,21 +3,10 @@
 #include "disks/cloning.h"
 #include "support/failure.h"
 
-#include <mediaRules.h>
-
 #include <fcntl.h>
 
 namespace velacreate {
 namespace {
-/// The library takes the geometry from the fourth partition's end address.
-void requireGeometry(const Descriptor& image, const std::string& name) {
-    std::uint8_t sector = 0;
-    if (readAt(image.number(), &sector, 1, VelaCreation::END_ADDRESS_OFFSET + 1) != 1 ||
-        VelaCreation::sectorsPerTrack(sector) == 0) {
-        throw Failure("the clone image " + quote(name) + " of the package has no fourth partition");
-    }
-}
-
 /// The library fits the image before its check, which then fails as nothing can be mounted. It has come that
 /// far if it reports another first sector, since the key's own was wiped.
 int fitImage(KeyBuilder& builder, LibraryLogger& logger) {
@@ -41,7 +30,6 @@ int makeNewKey(const Disk& disk, const Descriptor& held, const std::string& clon
                LibraryLogger& logger, Reporter& reporter) {
     const Descriptor image(open(cloneImage.c_str(), O_RDONLY | O_CLOEXEC));
     check(image.isOpen()).orFail(quote(cloneImage));
-    requireGeometry(image, cloneImage);
     const auto device = openToWrite(held);
     reporter.changing();
     reporter.stage("Erasing");

@@ -14,7 +14,7 @@
 namespace velacreate {
 
 namespace {
-/// What is written meanwhile would not be noticed, and the key could not be mounted read-only.
+/// What is written meanwhile would not be noticed.
 void requireNotWritten(const Disk& disk) {
     for (const auto& [place, device] : mountedPlaces(disk)) {
         struct statvfs about {};

@@ -147,7 +147,8 @@ int compareConfined(const Descriptor& directory, const Inputs& inputs, const Rea
     return runConfined(directory, work, reporter);
 }
 
-int compareForm(const Descriptor& directory, const Inputs& inputs, ReadMedium medium, Reporter& reporter) {
+int examineForm(const Descriptor& directory, const Inputs& inputs, ReadMedium medium,
+                const std::function<int(const std::string& fault)>& faulty, Reporter& reporter) {
     medium.isFormOnly = true;
     const Comparison comparison = {directory.number(), inputs.package, inputs.contents, medium,
                                    [](std::uint64_t /*bytes*/) { prolong(); }};
@@ -156,11 +157,7 @@ int compareForm(const Descriptor& directory, const Inputs& inputs, ReadMedium me
     const auto work = [&] {
         examine(findings);
         reportKept(findings, reporter);
-        if (findings.differences.isFormRight()) {
-            return 0;
-        }
-        reporter.reason(findings.differences.lines().front());
-        return EXIT_DIFFERENT;
+        return findings.differences.isFormRight() ? 0 : faulty(findings.differences.lines().front());
     };
     return runConfined(directory, work, reporter);
 }

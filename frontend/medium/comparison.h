@@ -6,6 +6,7 @@
 #include "medium/call.h"
 #include "medium/readBack.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -56,10 +57,12 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
 int compareConfined(const Descriptor& directory, const Inputs& inputs, const ReadMedium& medium, JobKind kind,
                     Reporter& reporter);
 
-/// In a confined process: whether a key can be filled as it is. Nothing is on it that is not expected, unless
-/// it may keep files, and its file system is sound.
-/// @return EXIT_DIFFERENT, with a reason, or 0
-int compareForm(const Descriptor& directory, const Inputs& inputs, ReadMedium medium, Reporter& reporter);
+/// Examines in a confined process whether a key can be filled as it is: nothing is on it that is not
+/// expected, unless it may keep files, and its file system is sound.
+/// @param faulty called there with the first fault, if any
+/// @return 0, or what it returns
+int examineForm(const Descriptor& directory, const Inputs& inputs, ReadMedium medium,
+                const std::function<int(const std::string& fault)>& faulty, Reporter& reporter);
 /// @}
 
 /// Waits for a disc.

@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <memory>
+#include <utility>
 
 #include <fcntl.h>
 
@@ -90,9 +91,9 @@ Differences compareBootRecord(const ReadMedium& medium, const ToolPackage& packa
 Examine compareNetbootDirectory(const Comparison& comparison, Findings& findings) {
     const std::string name = VelaCreation::NETBOOT_ARCHIVE;
     compareDirectory(comparison, comparison.contents.besideArchive, {name}, findings.differences);
-    const auto archive = std::make_shared<Descriptor>(
-        openBeneath(comparison.medium.file.number(), name, O_RDONLY | O_NONBLOCK | O_NOCTTY));
+    auto opened = openBeneath(comparison.medium.file.number(), name, O_RDONLY | O_NONBLOCK | O_NOCTTY);
     const SystemError error;
+    const auto archive = std::make_shared<Descriptor>(std::move(opened));
     if (!archive->isOpen() && error.number() == ENOENT) {
         findings.differences.addForm("the archive " + quote(name) + " is missing");
         return [](Findings& /*findings*/) {};

@@ -52,6 +52,10 @@ refusesAllButYes() { # REFUSAL CALL...
     disk=$(losetup --find --show key.img)
     exec 9<"$disk"
     losetup -d "$disk" # once nobody has it open
+    refuses "the clone image 'init1.img' of the package has no fourth partition" \
+        velacreate usb --package tool.zip --device "$disk" --any-disk --erase zephyn
+    "$project/demo/clone-image" init1.img 16 64 32
+    zip -qj work/tool.zip init1.img
     refusesAllButYes "the key was left as it is" \
         velacreate usb --package tool.zip --device "$disk" --any-disk --erase zephyn
     shown 'velacreate: interrupted; nothing was changed\r\n$'
