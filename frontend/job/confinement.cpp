@@ -33,7 +33,8 @@ void limitMemory() {
         .orFail("the memory cannot be limited");
 }
 
-/// For a process that may not change its root directory. A kernel may lack this.
+/// Descriptors of directories that were opened before lead out of a root directory, and a process may be
+/// unable to change that. A kernel may lack this.
 void leaveOnlyBeneath(const Descriptor& visible) {
     landlock_ruleset_attr rules{};
     rules.handled_access_fs = (LANDLOCK_ACCESS_FS_MAKE_SYM << 1U) - 1;
@@ -60,11 +61,8 @@ void confine(const Descriptor& visible) {
     limitMemory();
     check(fchdir(visible.number()) == 0 && prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0)
         .orFail("the job directory cannot be entered");
-    if (hasOwnMounts()) {
-        check(chroot(".") == 0).orFail("the files of this machine cannot be hidden");
-    } else {
-        leaveOnlyBeneath(visible);
-    }
+    check(!hasOwnMounts() || chroot(".") == 0).orFail("the files of this machine cannot be hidden");
+    leaveOnlyBeneath(visible);
     giveUpPrivileges();
     isConfined = true;
     prolong();
