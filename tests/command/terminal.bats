@@ -54,6 +54,7 @@ refusesAllButYes() { # REFUSAL CALL...
     losetup -d "$disk" # once nobody has it open
     refuses "the clone image 'init1.img' of the package has no fourth partition" \
         velacreate usb --package tool.zip --device "$disk" --any-disk --erase zephyn
+    # shellcheck disable=SC2154 # of words.bash
     "$project/demo/clone-image" init1.img 16 64 32
     zip -qj work/tool.zip init1.img
     refusesAllButYes "the key was left as it is" \
