@@ -22,11 +22,17 @@ struct JobChoices {
     ShowChoices show;
 };
 
+/// @name The machines that start from an image
+/// @{
+constexpr const char* PLATFORM_NAME_LINUX = "linux";
+constexpr const char* PLATFORM_NAME_PPC = "ppc";
+/// @}
+
 struct IsoChoices {
     JobChoices job;
     std::string output;
     bool force = false;
-    std::string platform = "linux";
+    std::string platform = PLATFORM_NAME_LINUX;
     bool checksum = false;
     std::string burner;
 };

@@ -5,6 +5,8 @@
 #include "support/exitStatus.h"
 #include "support/failure.h"
 
+#include <mediaRules.h>
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -47,12 +49,17 @@ void addJobOptions(CLI::App& command, JobChoices& job) {
     addPauses(command, job.show);
 }
 
+/// An option that takes one of some words.
+CLI::Option* addWord(CLI::App& command, const std::string& name, std::string& word,
+                     const std::vector<std::string>& words, const std::string& description) {
+    return command.add_option(name, word, description)
+        ->type_name(CLI::detail::join(words, "|"))
+        ->check(CLI::IsMember(words).description(""));
+}
+
 CLI::Option* addPlatform(CLI::App& command, std::string& platform) {
-    return command
-        .add_option("--platform", platform,
-                    "The machines that start from the image: UEFI (linux) or PowerPC (ppc)")
-        ->type_name("linux|ppc")
-        ->check(CLI::IsMember({"linux", "ppc"}).description(""));
+    return addWord(command, "--platform", platform, {PLATFORM_NAME_LINUX, PLATFORM_NAME_PPC},
+                   "The machines that start from the image: UEFI (linux) or PowerPC (ppc)");
 }
 
 void addWork(CLI::App& command, std::string& work) {
@@ -179,13 +186,10 @@ private:
         command.add_flag("--all", m_usb.all, "All removable media, but no USB hard disks");
         command.add_option("--image", m_usb.image, "Fill this image of a key instead of a key")
             ->type_name("FILE");
-        command
-            .add_option("--format", m_usb.format,
-                        "When to format the key; auto does so when it lacks img1a.sys, its FAT is missing or "
-                        "damaged, or it holds other files")
-            ->capture_default_str()
-            ->type_name("always|never|auto")
-            ->check(CLI::IsMember({FORMAT_ALWAYS, FORMAT_NEVER, FORMAT_AUTO}).description(""));
+        addWord(command, "--format", m_usb.format, {FORMAT_ALWAYS, FORMAT_NEVER, FORMAT_AUTO},
+                std::string("When to format the key; auto does so when it lacks ") +
+                    VelaCreation::USB_BOOT_FILE + ", its FAT is missing or damaged, or it holds other files")
+            ->capture_default_str();
         command.add_flag("--erase", m_usb.erase, "Make a key of any stick; this erases everything on it");
         command.add_option("--jobs", m_usb.jobs, "Make at most N keys at the same time (default: all)")
             ->type_name("N")

@@ -115,7 +115,7 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirect
     inputs.requireOther(about, "the image " + quote(path));
     requireFitting(inputs.contents, fatCapacity(image, KEY_IMAGE_OFFSET),
                    quote(path) + ", at byte " + std::to_string(KEY_IMAGE_OFFSET) + ",");
-    lockKeyImage(image, quote(path));
+    lockAlone(image, quote(path));
     inputs.requireRoom(scratch, 2, 0); // packed and unpacked
     openLog(console, choices.job.show, path, &inputs);
     const HeldSignals signals;

@@ -6,6 +6,8 @@
 #include "support/texts.h"
 #include "support/waiting.h"
 
+#include <keyDescription.h>
+
 #include <cerrno>
 #include <chrono>
 
@@ -18,8 +20,7 @@ namespace velacreate {
 namespace {
 using namespace std::chrono_literals;
 
-constexpr std::uint64_t LARGEST_KEY =
-    0xfffffffeULL * SECTOR;                // sector counts have 32 bits; the largest means unknown
+constexpr std::uint64_t LARGEST_KEY = (VelaCreation::CAPACITY_UNKNOWN - std::uint64_t{1}) * SECTOR;
 constexpr const char* SECTOR_SIZE = "512"; // the unit of the partition table
 
 /// A limit for a disk that ignores writes and keeps its signatures.

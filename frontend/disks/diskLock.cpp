@@ -20,17 +20,6 @@ Descriptor openDisk(const std::string& node, int flags) {
     return Descriptor(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | flags));
 }
 
-/// udev holds the lock for a moment while it scans a disk.
-void lock(const Descriptor& descriptor, const std::string& node) {
-    using namespace std::chrono_literals;
-    const bool isLocked = becomesTrue(2s, [&] {
-        const bool isDone = flock(descriptor.number(), LOCK_EX | LOCK_NB) == 0;
-        check(isDone || errno == EWOULDBLOCK || errno == EINTR).orRefuse(node);
-        return isDone;
-    });
-    refuseIf(!isLocked, "another program is working on " + node);
-}
-
 /// Whether another file system is mounted over this one; it would be unmounted instead.
 bool isCovered(const MountedPlace& mounted) {
     struct stat about {};
@@ -52,11 +41,21 @@ void unmountPlace(const MountedPlace& mounted) {
 }
 } // namespace
 
+void lockAlone(const Descriptor& descriptor, const std::string& name) {
+    using namespace std::chrono_literals;
+    const bool isLocked = becomesTrue(2s, [&] {
+        const bool isDone = flock(descriptor.number(), LOCK_EX | LOCK_NB) == 0;
+        check(isDone || errno == EWOULDBLOCK || errno == EINTR).orRefuse(name);
+        return isDone;
+    });
+    refuseIf(!isLocked, "another program is working on " + name);
+}
+
 DiskLock::DiskLock(const Disk& disk) : m_disk(disk), m_descriptor(openDisk(disk.node(), 0)) {
     check(m_descriptor.isOpen()).orRefuse(disk.node());
     refuseIf(m_descriptor.status().st_rdev != disk.number,
              disk.node() + " is not the disk any more that it was");
-    lock(m_descriptor, disk.node());
+    lockAlone(m_descriptor, disk.node());
 }
 
 void DiskLock::unmount() const {

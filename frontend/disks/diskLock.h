@@ -7,6 +7,12 @@
 
 namespace velacreate {
 
+/// Locks an open disk or image of a key (flock) against other programs. Waits for a moment, since udev holds
+/// the lock while it scans a disk.
+/// @param name  for the message
+/// @throw Refusal when another program has it
+void lockAlone(const Descriptor& descriptor, const std::string& name);
+
 /// Keeps a whole disk open and locked (flock). While it is open, the kernel gives its name to no other disk:
 /// if the stick is swapped, the job fails and does not overwrite the other stick. The lock keeps udev,
 /// automounters and other jobs away.

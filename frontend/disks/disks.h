@@ -50,7 +50,7 @@ struct DiskDescription {
 /// @throw Refusal when it names no block device, a partition, or a node outside "/dev"
 Disk wholeDisk(const std::string& path);
 
-/// @return the removable disks and the USB disks with a medium, by name; no optical drives
+/// @return the removable disks and the USB disks, each with a medium, sorted by name; no optical drives
 std::vector<Disk> removableDisks();
 
 /// Whether the medium is removable, such as a stick or an SD card, but not a USB hard disk.

@@ -2,6 +2,7 @@
 
 #include "disks/probe.h"
 #include "disks/sysfs.h"
+#include "forms/fatSectors.h"
 
 #include <algorithm>
 #include <array>
@@ -14,16 +15,6 @@
 
 namespace velacreate {
 namespace {
-using Sector = std::array<unsigned char, 512>;
-
-std::uint64_t number(const Sector& sector, std::size_t at, std::size_t bytes) {
-    std::uint64_t value = 0;
-    while (bytes-- > 0) {
-        value = value << 8U | sector[at + bytes];
-    }
-    return value;
-}
-
 std::uint64_t bitsPerEntry(std::uint64_t clusters, bool isFat32) {
     constexpr std::uint64_t fewestOfFat16 = 4085;
     return isFat32 ? 32 : clusters < fewestOfFat16 ? 12 : 16;
@@ -33,26 +24,23 @@ std::uint64_t bitsPerEntry(std::uint64_t clusters, bool isFat32) {
 std::uint64_t capacity(const Sector& sector) {
     constexpr std::uint64_t directoryEntrySize = 32;
     constexpr std::uint64_t reservedEntries = 2;
-    const auto sectorSize = number(sector, 11, 2);
-    const auto clusterSectors = number(sector, 13, 1);
-    const auto shortTableSectors = number(sector, 22, 2);
-    const bool isFat32 = shortTableSectors == 0;
-    const auto tableSectors = isFat32 ? number(sector, 36, 4) : shortTableSectors;
-    const auto shortSectors = number(sector, 19, 2);
-    const auto sectors = shortSectors == 0 ? number(sector, 32, 4) : shortSectors;
-    if (sectorSize == 0 || clusterSectors == 0) {
+    const auto numbers = numbersIn(sector);
+    const auto& layout = numbers.layout;
+    if (numbers.sectorSize == 0 || layout.clusterSectors == 0) {
         return 0;
     }
-    const auto rootSectors = (number(sector, 17, 2) * directoryEntrySize + sectorSize - 1) / sectorSize;
-    const auto dataStart = number(sector, 14, 2) + number(sector, 16, 1) * tableSectors + rootSectors;
-    if (dataStart >= sectors) {
+    const auto rootSectors =
+        (layout.rootEntries * directoryEntrySize + numbers.sectorSize - 1) / numbers.sectorSize;
+    const auto dataStart = layout.reservedSectors + numbers.tables * layout.tableSectors + rootSectors;
+    if (dataStart >= layout.sectors) {
         return 0;
     }
-    const auto fitting = (sectors - dataStart) / clusterSectors;
-    const auto entries = tableSectors * sectorSize * 8 / bitsPerEntry(fitting, isFat32);
+    const auto fitting = (layout.sectors - dataStart) / layout.clusterSectors;
+    const auto entries =
+        layout.tableSectors * numbers.sectorSize * 8 / bitsPerEntry(fitting, layout.isFat32());
     const auto clusters = std::min(fitting, entries - std::min(entries, reservedEntries));
-    const std::uint64_t rootClusters = isFat32 ? 1 : 0;
-    return (clusters - std::min(clusters, rootClusters)) * clusterSectors * sectorSize;
+    const std::uint64_t rootClusters = layout.isFat32() ? 1 : 0;
+    return (clusters - std::min(clusters, rootClusters)) * layout.clusterSectors * numbers.sectorSize;
 }
 } // namespace
 

@@ -1,5 +1,6 @@
 /// @file
-/// Everything that is shown or logged goes through the console. Control characters are shown as "?".
+/// The console. Everything that is shown or logged goes through it. Control characters are shown as "?",
+/// except in results for programs.
 #pragma once
 
 #include "display/progress.h"

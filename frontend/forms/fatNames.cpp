@@ -24,7 +24,7 @@ bool isLowSurrogate(char16_t unit) {
 }
 
 bool isForbidden(char16_t unit) {
-    return unit < u' ' || unit == 0x7f || holds("\"*/:<>?\\|", unit);
+    return unit < u' ' || unit == 0x7f || holds(FORBIDDEN_IN_FAT_NAMES, unit);
 }
 
 void append(std::string& text, char32_t character) {
@@ -173,9 +173,8 @@ bool isShortName(const FatShortName& name) {
 }
 
 bool isLongName(const std::u16string& name) {
-    constexpr std::size_t longest = 255;
-    return !name.empty() && name.size() <= longest && !holds(". ", name.back()) &&
-           textOf(name).find('?') == std::string::npos;
+    return !name.empty() && name.size() <= LONGEST_FAT_NAME &&
+           !holds(FORBIDDEN_AT_END_OF_FAT_NAMES, name.back()) && textOf(name).find('?') == std::string::npos;
 }
 
 bool isFromLongName(const FatShortName& name, const std::u16string& longName) {

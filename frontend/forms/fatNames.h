@@ -3,9 +3,17 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <string>
 
 namespace velacreate {
+
+/// @name Rules for long names
+/// @{
+constexpr std::size_t LONGEST_FAT_NAME = 255; ///< in units of UTF-16
+constexpr const char* FORBIDDEN_IN_FAT_NAMES = "\"*/:<>?\\|";
+constexpr const char* FORBIDDEN_AT_END_OF_FAT_NAMES = ". ";
+/// @}
 
 /// Eight characters and three, padded with blanks.
 using FatShortName = std::array<unsigned char, 11>;

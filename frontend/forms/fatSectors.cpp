@@ -1,10 +1,12 @@
 #include "forms/fatSectors.h"
 
+#include <mediaRules.h>
+
 #include <algorithm>
 
 namespace velacreate {
 
-const std::string FAT_LABEL = "MOXBOOT    ";
+const std::string FAT_LABEL = std::string(VelaCreation::KEY_LABEL) + "    ";
 
 const std::string NO_FAT_LABEL = "NO NAME    ";
 
@@ -112,6 +114,7 @@ FatNumbers numbersIn(const Sector& bootSector) {
     layout.rootEntries = number(bootSector, ROOT_ENTRIES_FIELD, 2);
     layout.clusterSectors = bootSector[CLUSTER_FIELD];
     numbers.sectorSize = number(bootSector, SECTOR_BYTES_FIELD, 2);
+    numbers.tables = bootSector[TABLES_FIELD];
     numbers.trackSectors = number(bootSector, GEOMETRY_FIELD, 2);
     const auto* const extension = bootSector.data() + extensionOf(layout);
     numbers.label.assign(extension + LABEL_FIELD, extension + TYPE_FIELD);

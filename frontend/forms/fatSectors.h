@@ -24,7 +24,8 @@ constexpr std::uint64_t BACKUP_SECTOR = 6;
 /// The numbers in a boot sector. They may be wrong, and do not tell FAT 12 from FAT 16.
 struct FatNumbers {
     FatLayout layout;
-    std::uint64_t sectorSize;
+    std::uint64_t sectorSize; ///< in bytes
+    std::uint64_t tables;
     std::uint64_t trackSectors;
     std::string label;
     unsigned flaws; ///< not 0 for a file system that was not unmounted, or had errors

@@ -1,5 +1,6 @@
 #include "inputs/limits.h"
 
+#include "forms/fatNames.h"
 #include "inputs/names.h"
 #include "support/failure.h"
 #include "support/texts.h"
@@ -14,7 +15,6 @@
 namespace velacreate {
 namespace {
 constexpr std::uint64_t LARGEST_FILE = (std::uint64_t{1} << 32) - 1;
-constexpr std::size_t LONGEST_FAT_NAME = 255;
 constexpr wchar_t LAST_OF_ONE_UNIT = 0xffff; ///< higher characters take two units of UTF-16
 
 std::size_t utf16Units(const std::wstring& text) {
@@ -25,14 +25,14 @@ std::size_t utf16Units(const std::wstring& text) {
 
 /// @return why FAT cannot hold the part of a name; empty when it can
 std::string objectionTo(const std::string& part) {
-    const std::size_t forbidden = part.find_first_of("\"*:<>?|\\");
+    const std::size_t forbidden = part.find_first_of(FORBIDDEN_IN_FAT_NAMES);
     if (forbidden != std::string::npos) {
         return std::string("holds the character ") + part[forbidden];
     }
     if (holdsControlCharacter(part)) {
         return "holds a control character";
     }
-    if (part.empty() || part.back() == ' ' || part.back() == '.') {
+    if (part.empty() || part.find_last_of(FORBIDDEN_AT_END_OF_FAT_NAMES) == part.size() - 1) {
         return "has a part that ends with a blank or a dot";
     }
     const auto characters = decoded(part);

@@ -5,30 +5,20 @@
 #include <mediaRules.h>
 
 #include <algorithm>
-#include <array>
 
 namespace velacreate {
 
 using VelaCreation::BootableMedia;
 
-namespace {
-template <typename Names>
-bool contains(const Names& names, const std::string& name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
-} // namespace
-
 bool isJobName(const std::string& name) {
-    static const std::array<std::string, 5> JOB_NAMES = {PACKAGE_NAME, LIBRARY_FOLDER,
-                                                         VelaCreation::CAPTURE_FILE, BootableMedia::BOOT_FILE,
-                                                         BootableMedia::ISO_DIR_NAME};
-    static const auto WORKING_FILES = VelaCreation::removedWorkingFiles();
-    return contains(JOB_NAMES, name) || contains(WORKING_FILES, name);
+    static const auto WORKING_NAMES = VelaCreation::workingNames();
+    return name == PACKAGE_NAME || name == LIBRARY_FOLDER ||
+           std::find(WORKING_NAMES.begin(), WORKING_NAMES.end(), name) != WORKING_NAMES.end();
 }
 
 bool isCloneImage(const std::string& name) {
     static const auto IMAGES = VelaCreation::cloneImages();
-    return contains(IMAGES, name);
+    return std::any_of(IMAGES.begin(), IMAGES.end(), [&](const auto& image) { return image.name == name; });
 }
 
 bool isBootFile(const std::string& name) {

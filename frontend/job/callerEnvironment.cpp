@@ -1,5 +1,6 @@
 #include "job/callerEnvironment.h"
 
+#include "job/heldSignals.h"
 #include "support/programs.h"
 
 #include <csignal>
@@ -55,9 +56,7 @@ void resetSignals() {
                                (number == SIGHUP && hangUp.sa_handler == SIG_IGN); // set by nohup
         static_cast<void>(std::signal(number, isIgnored ? SIG_IGN : SIG_DFL));
     }
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
+    unblockSignals();
 }
 
 /// Each level of a deep directory takes a descriptor.

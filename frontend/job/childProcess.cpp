@@ -1,5 +1,6 @@
 #include "job/childProcess.h"
 
+#include "job/heldSignals.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/programs.h"
@@ -62,9 +63,7 @@ void setUpProcess(int socket, int output) {
     }
     // The first process of a namespace gets only the signals that it handles.
     static_cast<void>(std::signal(SIGTERM, endAtOnce));
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
+    unblockSignals();
 }
 
 int run(const std::function<int(Reporter&)>& work, int socket) {

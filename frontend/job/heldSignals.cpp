@@ -23,6 +23,12 @@ sigset_t endingSignals() {
 }
 } // namespace
 
+void unblockSignals() {
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
 HeldSignals::HeldSignals() {
     const sigset_t signals = endingSignals();
     sigprocmask(SIG_BLOCK, &signals, nullptr);

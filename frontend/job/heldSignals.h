@@ -6,8 +6,11 @@
 
 namespace velacreate {
 
-/// Holds Ctrl-C, SIGTERM, SIGQUIT and SIGHUP until they are taken. To be made before anything that must be
-/// removed again.
+/// Delivers all signals at once, also those that the caller or HeldSignals held back.
+void unblockSignals();
+
+/// Holds back SIGINT, SIGTERM, SIGQUIT and SIGHUP until they are taken, but not those that are ignored. Make
+/// it before anything that must be removed again. They stay held back when the object is destroyed.
 class HeldSignals {
 public:
     HeldSignals();

@@ -1,5 +1,7 @@
 #include "job/stagePauses.h"
 
+#include <mediaRules.h>
+
 #include <ctime>
 #include <iostream>
 #include <sstream>
@@ -29,12 +31,14 @@ public:
 
 private:
     int sync() override {
-        std::string stage = str();
+        const std::string line = str();
         str("");
-        stage.erase(0, stage.find_first_not_of(' '));
-        stage.erase(stage.find_last_not_of(".\n") + 1);
-        m_announce(stage);
-        pauseIsDue = !m_keepPauses;
+        const auto end = line.rfind(VelaCreation::STAGE_LINE_END);
+        if (end != std::string::npos) { // C++ flushes the stream at the process's end, too
+            const auto start = std::string(VelaCreation::STAGE_LINE_START).size();
+            m_announce(line.substr(start, end - start));
+            pauseIsDue = !m_keepPauses;
+        }
         return 0;
     }
 

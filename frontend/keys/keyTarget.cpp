@@ -5,21 +5,12 @@
 #include "job/jobDirectory.h"
 #include "support/failure.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-
 namespace velacreate {
 
 namespace {
 const std::string IMAGE_NAME = "key.img";
 const std::string IMAGE_PLACE = std::string(OWN_PLACE) + "/" + LIBRARY_FOLDER + "/" + IMAGE_NAME;
 } // namespace
-
-void lockKeyImage(const Descriptor& image, const std::string& name) {
-    if (flock(image.number(), LOCK_EX | LOCK_NB) != 0) {
-        throw Refusal("another program is working on " + name);
-    }
-}
 
 Descriptor openImageAgain(const KeyTarget& target) {
     if (!hasOwnMounts()) {

@@ -17,10 +17,6 @@ struct KeyTarget {
     std::string imagePath;    ///< empty for a key
 };
 
-/// Keeps other jobs away from an image of a key.
-/// @throw Refusal when another program has locked it
-void lockKeyImage(const Descriptor& image, const std::string& name);
-
 /// In the job's process, before it enters its job directory: opens an image again, in this process's own
 /// mounts.
 /// @return closed for a key

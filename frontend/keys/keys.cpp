@@ -59,7 +59,7 @@ void requireFillable(const Key& key, const UsbChoices& choices, const Inputs& in
         requireBootRecord(key, inputs);
     }
     requireFitting(inputs.contents, capacityOf(key.disk, choices.format),
-                   "partition 4 of " + key.disk.node());
+                   "partition " + std::to_string(KEY_PARTITION) + " of " + key.disk.node());
 }
 
 Key examined(const Disk& disk, const UsbChoices& choices, const Inputs& inputs) {

@@ -78,7 +78,7 @@ int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Cons
 
 int verifyKeyImage(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
     const auto medium = openToCompare("the key image", choices.keyImage, S_IFREG);
-    lockKeyImage(medium.file, medium.name);
+    lockAlone(medium.file, medium.name);
     const Inputs inputs(choices.job, MediumKind::key);
     ReadMedium read = {medium.file, sizeOf(medium.file)};
     read.isKeyImage = true;

@@ -22,7 +22,7 @@
 
 namespace velacreate {
 namespace {
-const std::string IMAGE = "image.iso"; // in the library folder
+const std::string IMAGE = std::string("image") + VelaCreation::ISO_ENDING; // in the library folder
 
 Descriptor openImage(const std::string& path) {
     refuseIf(!VelaCreation::endsWithIso(path), quote(path) + " does not end in .iso");

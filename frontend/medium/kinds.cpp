@@ -1,5 +1,6 @@
 #include "medium/kinds.h"
 
+#include "choices.h"
 #include "inputs/names.h"
 #include "medium/readBack.h"
 
@@ -7,7 +8,7 @@ namespace velacreate {
 namespace {
 using namespace VelaCreation;
 
-const std::string IMAGE_PLACE = std::string(LIBRARY_FOLDER) + "/image.iso";
+const std::string IMAGE_PLACE = std::string(LIBRARY_FOLDER) + "/image" + ISO_ENDING;
 const std::string NETBOOT_PLACE = std::string(LIBRARY_FOLDER) + "/package";
 
 template <typename Values>
@@ -92,7 +93,7 @@ const Kind& kindOf(MediumKind kind) {
 }
 
 MediumKind imageFor(const std::string& platform) {
-    return platform == "ppc" ? MediumKind::powerPcImage : MediumKind::image;
+    return platform == PLATFORM_NAME_PPC ? MediumKind::powerPcImage : MediumKind::image;
 }
 
 } // namespace velacreate

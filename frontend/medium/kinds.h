@@ -58,7 +58,7 @@ struct Kind {
 
 const Kind& kindOf(MediumKind kind);
 
-/// @param platform  "linux" or "ppc"
+/// @param platform  one of choices.h
 MediumKind imageFor(const std::string& platform);
 
 } // namespace velacreate

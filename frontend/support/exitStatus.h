@@ -13,8 +13,8 @@ constexpr int EXIT_UNFINISHED = 4;
 constexpr int EXIT_INTERRUPTED = 130; ///< as in shells
 
 /// Runs a function. A Refusal becomes EXIT_REFUSED, another exception EXIT_UNFINISHED.
-/// @param tell called with the exception's text
-/// @return its result, or the status
+/// @param tell  called with the exception's text
+/// @return the function's result, or the status of its exception
 int exitStatusAfter(const std::function<int()>& work, const std::function<void(const char* text)>& tell);
 
 struct ExitStatus {

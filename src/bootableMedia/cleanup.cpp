@@ -20,9 +20,10 @@ void BootableMedia::removeTempFilesAndDirs() {
     if (!m_workDirEntered) {
         return;
     }
-    run("rm -rf " + BOOT_FILE);
-    run("rm -rf " + ISO_DIR_NAME);
-    for (const std::string& name : removedWorkingFiles()) {
+    for (const std::string& name : workingDirectories()) {
+        run("rm -rf " + name);
+    }
+    for (const std::string& name : workingFiles()) {
         runCaptured("rm -f " + name);
     }
     run(std::string("rm -f ") + CAPTURE_FILE);

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace VelaCreation {
 
@@ -44,6 +45,12 @@ constexpr const char* STAGE_BLANKING = "Blanking the CD/DVD media";
 constexpr const char* STAGE_BURNING = "Burning the CD/DVD media";
 /// @}
 
+/// @name What stands before and after the text of a stage in its line on standard output
+/// @{
+constexpr const char* STAGE_LINE_START = " ";
+constexpr const char* STAGE_LINE_END = "...";
+/// @}
+
 /// A name to remove from the top level of a medium, by "rm -rf" or by "rm -f", which keeps directories.
 struct Removal {
     const char* name;
@@ -54,20 +61,24 @@ struct Removal {
 /// @{
 constexpr const char* BOOT_CATALOG = "boot.catalog"; ///< the ISO tool makes it
 constexpr const char* EFI_LOADER = "efibootimg";
+constexpr const char* BIOS_LOADER = "isolinux.bin";
 constexpr const char* POWERPC_LOADER = "ppc/chrp/yaboot";
+constexpr const char* NETBOOT_LOADER = "pxelinux.0"; ///< the first file that a machine fetches
+constexpr const char* NETBOOT_CONFIGURATION = "pxelinux.cfg";
+constexpr const char* USB_BOOT_FILE = "img1a.sys"; ///< a key without it is formatted
 /// @}
 
-constexpr std::array<Removal, 2> IMAGE_REMOVALS = {{{"pxelinux.cfg", true}, {"pxelinux.0", false}}};
+constexpr std::array<Removal, 2> IMAGE_REMOVALS = {{{NETBOOT_CONFIGURATION, true}, {NETBOOT_LOADER, false}}};
 
 constexpr std::array<Removal, 4> KEY_REMOVALS = {
-    {{"pxelinux.cfg", true}, {"pxelinux.0", false}, {BOOT_CATALOG, false}, {"isolinux.bin", false}}};
+    {{NETBOOT_CONFIGURATION, true}, {NETBOOT_LOADER, false}, {BOOT_CATALOG, false}, {BIOS_LOADER, false}}};
 
 /// Removed from a network-boot archive. Differs from NETBOOT_FILES: grub.cfg stays in the archive.
-constexpr std::array<Removal, 14> ARCHIVE_REMOVALS = {{{"pxelinux.cfg", true},
+constexpr std::array<Removal, 14> ARCHIVE_REMOVALS = {{{NETBOOT_CONFIGURATION, true},
                                                        {"img2a", false},
                                                        {"img3a", false},
-                                                       {"pxelinux.0", false},
-                                                       {"isolinux.bin", false},
+                                                       {NETBOOT_LOADER, false},
+                                                       {BIOS_LOADER, false},
                                                        {"img1a.cfg", false},
                                                        {"ksrootfs", false},
                                                        {"bsb1.lss", false},
@@ -80,38 +91,63 @@ constexpr std::array<Removal, 14> ARCHIVE_REMOVALS = {{{"pxelinux.cfg", true},
 
 /// The boot files beside the archive of a network-boot directory. A machine fetches them one by one, before
 /// it can read an archive.
-constexpr std::array<const char*, 9> NETBOOT_FILES = {"grub.cfg",   "img2a",       "img3a",
-                                                      "pxelinux.0", "ksrootfs",    "bsb1.lss",
-                                                      "bsb.msg",    "unicode.pf2", "splash.xpm.gz"};
-constexpr const char* NETBOOT_LOADER = "pxelinux.0"; ///< the first file that a machine fetches
-constexpr const char* NETBOOT_ARCHIVE_STEM = "ks";   ///< zip adds the ending
-constexpr const char* NETBOOT_ARCHIVE = "ks.zip";    ///< all other files
-
-/// The working files that removeTempFilesAndDirs() removes by "rm -f", in this order.
-inline std::array<std::string, 14> removedWorkingFiles() {
-    using Media = BootableMedia;
-    return {Media::MINIUNZ_TOOL_NAME, Media::IMAGE_1,           Media::IMAGE_2,
-            Media::IMAGE_4,           Media::IMAGE_8,           Media::TEMP_FILE,
-            Media::MKISOFS_TOOL_NAME, Media::CDRECORD_NAME,     Media::CYGWINZ_DLL_NAME,
-            Media::CYGWIN1_DLL_NAME,  Media::CYGICONV_DLL_NAME, Media::CYGGCC_DLL_NAME,
-            Media::CLONE_TOOL_NAME,   Media::ZIP_TOOL_NAME};
-}
+constexpr std::array<const char*, 9> NETBOOT_FILES = {"grub.cfg",     "img2a",       "img3a",
+                                                      NETBOOT_LOADER, "ksrootfs",    "bsb1.lss",
+                                                      "bsb.msg",      "unicode.pf2", "splash.xpm.gz"};
+constexpr const char* NETBOOT_ARCHIVE_STEM = "ks"; ///< zip adds the ending
+inline const std::string NETBOOT_ARCHIVE = std::string(NETBOOT_ARCHIVE_STEM) + ".zip"; ///< all other files
 
 constexpr std::int64_t SECTORS_PER_GIB = 0x200000; // of 512 bytes
 
-inline std::array<std::string, 4> cloneImages() {
-    using Media = BootableMedia;
-    return {Media::IMAGE_1, Media::IMAGE_2, Media::IMAGE_4, Media::IMAGE_8};
+/// The boot record of a key, as a file of the tool package.
+struct CloneImage {
+    std::int64_t largestKey; ///< in sectors of 512 bytes; larger keys than all of them get the last one
+    std::string name;
+};
+inline std::array<CloneImage, 4> cloneImages() {
+    return {{{SECTORS_PER_GIB, BootableMedia::IMAGE_1},
+             {2 * SECTORS_PER_GIB, BootableMedia::IMAGE_2},
+             {4 * SECTORS_PER_GIB, BootableMedia::IMAGE_4},
+             {8 * SECTORS_PER_GIB, BootableMedia::IMAGE_8}}};
 }
 
 /// @param capacity  of the key, in sectors of 512 bytes
 /// @return the name of the clone image in the tool package
-inline const std::string& cloneImageFor(std::int64_t capacity) {
-    return capacity <= SECTORS_PER_GIB       ? BootableMedia::IMAGE_1
-           : capacity <= 2 * SECTORS_PER_GIB ? BootableMedia::IMAGE_2
-           : capacity <= 4 * SECTORS_PER_GIB ? BootableMedia::IMAGE_4
-                                             : BootableMedia::IMAGE_8;
+inline std::string cloneImageFor(std::int64_t capacity) {
+    const auto images = cloneImages();
+    std::size_t index = 0;
+    while (index + 1 < images.size() && capacity > images[index].largestKey) {
+        ++index;
+    }
+    return images[index].name;
 }
+
+/// @name Names at the top of the working directory
+/// removeTempFilesAndDirs() removes them in the order of these lists, and no selection of files holds them.
+/// @{
+inline std::vector<std::string> workingDirectories() {
+    return {BootableMedia::BOOT_FILE, BootableMedia::ISO_DIR_NAME};
+}
+inline std::vector<std::string> workingFiles() {
+    using Media = BootableMedia;
+    std::vector<std::string> names = {Media::MINIUNZ_TOOL_NAME};
+    for (const auto& image : cloneImages()) {
+        names.push_back(image.name);
+    }
+    names.insert(names.end(), {Media::TEMP_FILE, Media::MKISOFS_TOOL_NAME, Media::CDRECORD_NAME,
+                               Media::CYGWINZ_DLL_NAME, Media::CYGWIN1_DLL_NAME, Media::CYGICONV_DLL_NAME,
+                               Media::CYGGCC_DLL_NAME, Media::CLONE_TOOL_NAME, Media::ZIP_TOOL_NAME});
+    return names;
+}
+/// All of these, and the capture file.
+inline std::vector<std::string> workingNames() {
+    auto names = workingDirectories();
+    const auto files = workingFiles();
+    names.insert(names.end(), files.begin(), files.end());
+    names.emplace_back(CAPTURE_FILE);
+    return names;
+}
+/// @}
 
 /// @name Offsets in a clone image's boot record, of fields in the entry of the fourth partition
 /// @{
@@ -125,6 +161,12 @@ constexpr std::uint32_t sectorsPerTrack(std::uint8_t sectorAndCylinder) {
 }
 
 constexpr int KEY_PARTITION = 4; ///< the partition with a key's files
+constexpr const char* KEY_LABEL = "MOXBOOT";
+
+/// @param device  the node of a disk whose name does not end with a digit
+inline std::string keyPartitionOf(const std::string& device) {
+    return device + std::to_string(KEY_PARTITION);
+}
 
 /// The environment variable with the path of an image, which is mounted instead of a key.
 constexpr const char* SOFT_KEY_VARIABLE = "TALO_SOFT_USBKEY";
@@ -132,8 +174,10 @@ constexpr const char* SOFT_KEY_VARIABLE = "TALO_SOFT_USBKEY";
 /// The offset in bytes of the file system in an image of a key. Such an image is mounted instead of a key.
 constexpr std::uint64_t KEY_IMAGE_OFFSET = 32256;
 
+constexpr const char* ISO_ENDING = ".iso"; ///< of an image's name
+
 inline bool endsWithIso(const std::string& name) {
-    const std::string ending = ".iso";
+    const std::string ending = ISO_ENDING;
     return name.size() >= ending.size() &&
            name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
 }

@@ -1,5 +1,7 @@
 #include "stage.h"
 
+#include "mediaRules.h"
+
 #include <iostream>
 #include <utility>
 
@@ -14,7 +16,8 @@ Stage::Stage(int stageNumber, std::string status, std::string console)
 
 void announce(BootableMedia& media, const Stage& stage) {
     media.saveErrorMessageFile(VELASTATUS_IN_PROGRESS, stage.statusText, stage.number);
-    std::cout << " " << stage.consoleText << "..." << std::endl; // flushed, so that a pipe shows it at once
+    // Flushed, so that a pipe shows it at once.
+    std::cout << STAGE_LINE_START << stage.consoleText << STAGE_LINE_END << std::endl;
     media.processSleep(STAGE_PAUSE_SECONDS);
 }
 

@@ -7,9 +7,8 @@
 namespace VelaCreation {
 
 void BootableMedia::filterFileList(std::vector<std::string>& files, std::string toolPackage) {
-    std::vector<std::string> namesToDrop = {toolPackage, BOOT_FILE, ISO_DIR_NAME, CAPTURE_FILE, ".", ".."};
-    const auto workingFiles = removedWorkingFiles();
-    namesToDrop.insert(namesToDrop.end(), workingFiles.begin(), workingFiles.end());
+    std::vector<std::string> namesToDrop = workingNames();
+    namesToDrop.insert(namesToDrop.end(), {toolPackage, ".", ".."});
     const auto isToDrop = [&namesToDrop](const std::string& file) {
         const auto name = std::find(namesToDrop.begin(), namesToDrop.end(), file);
         if (name == namesToDrop.end()) {

@@ -15,8 +15,6 @@
 
 namespace VelaCreation {
 
-const std::string USB_BOOT_FILE = "img1a.sys";
-
 namespace {
 
 using Sector = std::array<std::uint8_t, 512>;

@@ -29,7 +29,8 @@ int BootableUSB::CreateUSBKey(bool format) {
         const std::string command = captured("mount " + std::string(image) + " " + MOUNT_POINT +
                                              " -o loop,offset=" + std::to_string(KEY_IMAGE_OFFSET));
         mounted = run(command);
-        operation.progress("BootableUSB::CreateUSBKey:TALO_SOFT_USBKEY, cmd=" + command);
+        operation.progress(std::string("BootableUSB::CreateUSBKey:") + SOFT_KEY_VARIABLE +
+                           ", cmd=" + command);
     }
     if (!mounted) {
         const int code = operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, errno, "Mounting usb fails");

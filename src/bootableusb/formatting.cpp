@@ -19,7 +19,8 @@ int BootableUSB::doDD() {
     const Operation operation(*m_logger, "BootableUSB::doDD()");
 
     unMountUsb();
-    const std::string formatCommand = captured("mkfs -t vfat " + m_usbDevice + "4 -nMOXBOOT");
+    const std::string formatCommand =
+        captured("mkfs -t vfat " + keyPartitionOf(m_usbDevice) + " -n" + KEY_LABEL);
     if (!run(formatCommand)) {
         const std::string error = errorText(errno);
         const int code = operation.failed(
@@ -34,7 +35,7 @@ int BootableUSB::doDD() {
         operation.progress("make sure there is /dev/sdx4: " + tableCommand);
         saveFile(CAPTURE_FILE);
         sleep(PARTITION_NODE_WAIT_SECONDS);
-        const std::string listCommand = captured("ls -la " + m_usbDevice + "4");
+        const std::string listCommand = captured("ls -la " + keyPartitionOf(m_usbDevice));
         run(listCommand);
         operation.progress(listCommand);
         saveFile(CAPTURE_FILE);

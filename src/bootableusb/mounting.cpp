@@ -1,5 +1,6 @@
 #include "bootableusb.h"
 
+#include "mediaRules.h"
 #include "operation.h"
 #include "shell.h"
 
@@ -14,7 +15,7 @@ int BootableUSB::mountUsb() {
         return operation.failedWithError(VELAERROR_FILE_OR_DIR_CREATE_ERROR, errno,
                                          "Creating MOUNT_POINT directory fails");
     }
-    if (!runCaptured("mount " + m_usbDevice + "4 " + MOUNT_POINT)) {
+    if (!runCaptured("mount " + keyPartitionOf(m_usbDevice) + " " + MOUNT_POINT)) {
         return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, errno, "Mount usb key fails");
     }
     return operation.succeeded();
