@@ -21,7 +21,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::uint64_t LARGEST_KEY = (VelaCreation::CAPACITY_UNKNOWN - std::uint64_t{1}) * SECTOR;
-constexpr const char* SECTOR_SIZE = "512"; // the unit of the partition table
 
 /// A limit for a disk that ignores writes and keeps its signatures.
 constexpr int MOST_SIGNATURES = 1000;
@@ -48,8 +47,9 @@ std::string eraseIneligibilityReason(const Disk& disk, const std::string& cloneI
         return "is too large: a key has less than 2 TiB";
     }
     const auto sectorSize = attribute(deviceDirectory(disk.number) / "queue/logical_block_size");
-    return sectorSize == SECTOR_SIZE ? ""
-                                     : "has sectors of " + sectorSize + " bytes, which a key cannot have";
+    return sectorSize == std::to_string(SECTOR)
+               ? ""
+               : "has sectors of " + sectorSize + " bytes, which a key cannot have";
 }
 
 Descriptor openToWrite(const Descriptor& disk) {
@@ -94,13 +94,8 @@ void rereadPartitionTable(const Descriptor& device, const Disk& disk, int partit
         errno = error;
         throw Failure(SystemError().about("the new partition table of " + disk.node() + " cannot be read"));
     }
-    const auto node = "/dev/" + disk.partitionName(partition);
-    const bool isThere = becomesTrue(10s, [&] {
-        const auto number = partitionNumber(disk, partition);
-        return number != 0 && blockDevice(node) == number;
-    });
-    if (!isThere) {
-        throw Failure(node + " did not appear after the disk was written");
+    if (!becomesTrue(10s, [&] { return hasPartitionNode(disk, partition); })) {
+        throw Failure(disk.partitionNode(partition) + " did not appear after the disk was written");
     }
 }
 

@@ -65,7 +65,7 @@ std::string Disk::partitionName(int partition) const {
 }
 
 std::string Disk::keyPartitionNode() const {
-    return "/dev/" + partitionName(KEY_PARTITION);
+    return partitionNode(KEY_PARTITION);
 }
 
 Descriptor Disk::openKeyPartition() const {
@@ -125,6 +125,11 @@ DiskDescription describe(const Disk& disk) {
 
 dev_t partitionNumber(const Disk& disk, int partition) {
     return deviceNumber(deviceDirectory(disk.number) / disk.partitionName(partition));
+}
+
+bool hasPartitionNode(const Disk& disk, int partition) {
+    const auto number = partitionNumber(disk, partition);
+    return number != 0 && blockDevice(disk.partitionNode(partition)) == number;
 }
 
 std::uint64_t partitionSize(const Disk& disk, int partition) {

@@ -23,6 +23,9 @@ struct Disk {
     /// @return the kernel's name of a partition, such as "sdb4" or "mmcblk0p4"
     std::string partitionName(int partition) const;
 
+    /// @return such as "/dev/sdb4"
+    std::string partitionNode(int partition) const { return "/dev/" + partitionName(partition); }
+
     /// The node of the partition with a key's files.
     std::string keyPartitionNode() const;
     /// Opens it for reading.
@@ -30,7 +33,8 @@ struct Disk {
     Descriptor openKeyPartition() const;
 };
 
-constexpr std::uint64_t SECTOR = 512; ///< the kernel's and libblkid's unit for every disk, in bytes
+/// The kernel's and libblkid's unit for every disk, in bytes.
+constexpr std::uint64_t SECTOR = VelaCreation::SECTOR_SIZE;
 
 using VelaCreation::KEY_PARTITION;
 
@@ -60,6 +64,9 @@ DiskDescription describe(const Disk& disk);
 
 /// @return the number of a partition's device; 0 when there is none
 dev_t partitionNumber(const Disk& disk, int partition);
+
+/// Whether there is a partition, and its node leads to it.
+bool hasPartitionNode(const Disk& disk, int partition);
 
 /// @return the size of a partition in bytes; 0 when there is none
 std::uint64_t partitionSize(const Disk& disk, int partition);

@@ -16,21 +16,17 @@
 namespace velacreate {
 namespace {
 std::uint64_t bitsPerEntry(std::uint64_t clusters, bool isFat32) {
-    constexpr std::uint64_t fewestOfFat16 = 4085;
-    return isFat32 ? 32 : clusters < fewestOfFat16 ? 12 : 16;
+    return isFat32 ? 32 : clusters <= MOST_CLUSTERS_OF_FAT_12 ? 12 : 16;
 }
 
 /// @return 0 for an invalid boot sector
 std::uint64_t capacity(const Sector& sector) {
-    constexpr std::uint64_t directoryEntrySize = 32;
-    constexpr std::uint64_t reservedEntries = 2;
     const auto numbers = numbersIn(sector);
     const auto& layout = numbers.layout;
     if (numbers.sectorSize == 0 || layout.clusterSectors == 0) {
         return 0;
     }
-    const auto rootSectors =
-        (layout.rootEntries * directoryEntrySize + numbers.sectorSize - 1) / numbers.sectorSize;
+    const auto rootSectors = (layout.rootSize() + numbers.sectorSize - 1) / numbers.sectorSize;
     const auto dataStart = layout.reservedSectors + numbers.tables * layout.tableSectors + rootSectors;
     if (dataStart >= layout.sectors) {
         return 0;
@@ -38,7 +34,7 @@ std::uint64_t capacity(const Sector& sector) {
     const auto fitting = (layout.sectors - dataStart) / layout.clusterSectors;
     const auto entries =
         layout.tableSectors * numbers.sectorSize * 8 / bitsPerEntry(fitting, layout.isFat32());
-    const auto clusters = std::min(fitting, entries - std::min(entries, reservedEntries));
+    const auto clusters = std::min(fitting, entries - std::min<std::uint64_t>(entries, FIRST_CLUSTER));
     const std::uint64_t rootClusters = layout.isFat32() ? 1 : 0;
     return (clusters - std::min(clusters, rootClusters)) * layout.clusterSectors * numbers.sectorSize;
 }

@@ -79,11 +79,9 @@ std::string ineligibilityReason(const Disk& disk, bool anyDisk) {
 }
 
 std::string lacksPartition(const Disk& disk) {
-    const auto number = partitionNumber(disk, KEY_PARTITION);
-    const auto node = disk.keyPartitionNode();
-    return number != 0 && blockDevice(node) == number
-               ? ""
-               : "has no fourth partition (" + node + "); --erase makes a key of any stick";
+    return hasPartitionNode(disk, KEY_PARTITION) ? ""
+                                                 : "has no fourth partition (" + disk.keyPartitionNode() +
+                                                       "); --erase makes a key of any stick";
 }
 
 } // namespace velacreate

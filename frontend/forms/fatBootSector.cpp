@@ -97,7 +97,6 @@ private:
     /// Counts the clusters. Demands a number that mkfs.vfat gives to the kind: machines do not agree about
     /// those between.
     std::string clusterProblem(FatLayout& layout) const {
-        constexpr std::uint64_t MOST_OF_12 = 4084;
         constexpr std::uint64_t FEWEST_OF_16 = 4087;
         constexpr std::uint64_t MOST_OF_16 = 65524;
         constexpr std::uint64_t FEWEST_OF_32 = 65529;
@@ -106,7 +105,7 @@ private:
         if (layout.clusterSectors != 0 && dataSector < layout.sectors) {
             layout.clusters = (layout.sectors - dataSector) / layout.clusterSectors;
         }
-        if (!layout.isFat32() && layout.clusters <= MOST_OF_12) {
+        if (!layout.isFat32() && layout.clusters <= MOST_CLUSTERS_OF_FAT_12) {
             layout.bits = 12;
         }
         const auto fewest = layout.bits == 12 ? 1 : layout.bits == 16 ? FEWEST_OF_16 : FEWEST_OF_32;

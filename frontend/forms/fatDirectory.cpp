@@ -10,7 +10,7 @@
 
 namespace velacreate {
 namespace {
-constexpr std::size_t ENTRY_SIZE = 32;
+constexpr std::size_t ENTRY_SIZE = FAT_ENTRY_SIZE;
 using Entry = std::array<unsigned char, ENTRY_SIZE>;
 
 constexpr unsigned char DELETED = 0xe5;

@@ -3,10 +3,6 @@
 #include "forms/fields.h"
 
 namespace velacreate {
-namespace {
-constexpr unsigned TABLES = 2;
-constexpr std::uint64_t ENTRY_SIZE = 32;
-} // namespace
 
 std::uint64_t FatLayout::tableSize() const {
     return tableSectors * SECTOR_SIZE;
@@ -17,11 +13,11 @@ std::uint64_t FatLayout::tableOffset(unsigned table) const {
 }
 
 std::uint64_t FatLayout::rootOffset() const {
-    return tableOffset(TABLES);
+    return tableOffset(FAT_TABLES);
 }
 
 std::uint64_t FatLayout::rootSize() const {
-    return rootEntries * ENTRY_SIZE;
+    return rootEntries * FAT_ENTRY_SIZE;
 }
 
 std::uint64_t FatLayout::dataOffset() const {

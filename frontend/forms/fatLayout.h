@@ -9,6 +9,10 @@ namespace velacreate {
 constexpr std::uint32_t FIRST_CLUSTER =
     2; ///< of any FAT file system; the top directory of FAT 32 begins there
 
+constexpr unsigned FAT_TABLES = 2;
+constexpr std::uint64_t FAT_ENTRY_SIZE = 32; ///< of a directory
+constexpr std::uint64_t MOST_CLUSTERS_OF_FAT_12 = 4084;
+
 /// Offsets and sizes are in bytes of the medium.
 struct FatLayout {
     std::uint64_t offset = 0;

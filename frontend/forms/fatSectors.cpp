@@ -37,9 +37,6 @@ constexpr std::size_t LABEL_FIELD = 7;
 constexpr std::size_t TYPE_FIELD = 18;
 constexpr std::size_t CODE_FIELD = 26;
 
-constexpr std::size_t SIGNATURE_FIELD = 510;
-
-constexpr unsigned char TABLES = 2;
 constexpr std::uint64_t MOST_SHORT_SECTORS = 0xffff;
 constexpr unsigned FLAWS = 3; ///< the state's bits for a file system that was not unmounted or had errors
 
@@ -140,7 +137,7 @@ Sector bootSectorOf(const FatLayout& layout, const Sector& found) {
     putLittleEndian(&sector[SECTOR_BYTES_FIELD], 2, SECTOR_SIZE);
     putLittleEndian(&sector[CLUSTER_FIELD], 1, layout.clusterSectors);
     putLittleEndian(&sector[RESERVED_FIELD], 2, layout.reservedSectors);
-    sector[TABLES_FIELD] = TABLES;
+    sector[TABLES_FIELD] = FAT_TABLES;
     putLittleEndian(&sector[ROOT_ENTRIES_FIELD], 2, layout.rootEntries);
     putLittleEndian(&sector[SHORT_SECTORS_FIELD], 2, isShort ? layout.sectors : 0);
     sector[MEDIA_FIELD] = 0xf8;
@@ -158,7 +155,7 @@ Sector bootSectorOf(const FatLayout& layout, const Sector& found) {
     put(sector, extension + LABEL_FIELD, layout.hasLabel ? FAT_LABEL : NO_FAT_LABEL);
     put(sector, extension + TYPE_FIELD, "FAT" + std::to_string(layout.bits) + "   ");
     putCode(sector, extension + CODE_FIELD);
-    put(sector, SIGNATURE_FIELD, std::array<unsigned char, 2>{0x55, 0xaa});
+    put(sector, SIGNATURE_FIELD, SIGNATURE);
     return sector;
 }
 
@@ -191,7 +188,7 @@ Sector infoSectorOf(const Sector& found) {
     put(sector, 0, std::string("RRaA"));
     put(sector, HINTS_SIGNATURE_FIELD, std::string("rrAa"));
     std::copy_n(found.begin() + HINTS.offset, HINTS.size, sector.begin() + HINTS.offset);
-    put(sector, SIGNATURE_FIELD, std::array<unsigned char, 2>{0x55, 0xaa});
+    put(sector, SIGNATURE_FIELD, SIGNATURE);
     return sector;
 }
 

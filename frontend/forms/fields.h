@@ -2,14 +2,24 @@
 /// The fields of a fixed structure on a medium.
 #pragma once
 
+#include <mediaRules.h>
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
 namespace velacreate {
 
-constexpr std::size_t SECTOR_SIZE = 512;
+using VelaCreation::SECTOR_SIZE;
 using Sector = std::array<unsigned char, SECTOR_SIZE>;
+
+/// @name Fields of a boot record
+/// @{
+constexpr std::size_t PARTITIONS_FIELD = 446;
+constexpr std::size_t PARTITION_SIZE = 16;
+constexpr std::size_t SIGNATURE_FIELD = 510;
+constexpr std::array<unsigned char, 2> SIGNATURE = {0x55, 0xaa};
+/// @}
 
 struct Field {
     std::size_t offset; ///< in the structure; it ends where the next field begins

@@ -133,12 +133,16 @@ private:
     IsoRoot m_root;
 };
 
-/// The boot record of El Torito.
+/// The beginning of the boot record of El Torito.
+std::string bootRecordStart() {
+    return '\0' + (NAME + "EL TORITO SPECI"
+                          "FICATION"s);
+}
+
 std::uint32_t examineBootRecord(IsoMedium& medium, std::uint32_t block) {
     constexpr std::size_t catalogPlace = 71;
     const auto catalog = numberIn(medium.read(offsetOf(block), ISO_BLOCK), catalogPlace);
-    auto record = '\0' + (NAME + "EL TORITO SPECI"
-                                 "FICATION"s);
+    auto record = bootRecordStart();
     record.resize(catalogPlace);
     medium.claimBytes("the boot record", block, 1, record + littleEndian(catalog, 4));
     return catalog;
@@ -152,6 +156,12 @@ std::uint32_t isoVolumeSize(MediumBytes& medium) {
     }
     medium.read(offsetOf(ISO_FIRST_DESCRIPTOR), descriptor.data(), descriptor.size());
     return descriptor.compare(0, 7, "\1"s + NAME) == 0 ? numberIn(descriptor, 80) : 0;
+}
+
+bool hasIsoBootRecord(MediumBytes& medium) {
+    auto found = bootRecordStart();
+    medium.read(offsetOf(ISO_FIRST_DESCRIPTOR + 1), found.data(), found.size());
+    return found == bootRecordStart();
 }
 
 IsoVolume examineIsoDescriptors(IsoMedium& medium) {

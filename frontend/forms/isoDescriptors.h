@@ -32,6 +32,10 @@ constexpr std::uint32_t ISO_BEHIND_DESCRIPTORS = 20;
 /// @return the volume's size in blocks, as its descriptor tells; 0 when there is none
 std::uint32_t isoVolumeSize(MediumBytes& medium);
 
+/// Whether the second descriptor is a boot record of El Torito, as in an image for UEFI.
+/// @param medium  has room for all descriptors
+bool hasIsoBootRecord(MediumBytes& medium);
+
 /// Holds the descriptors against their form, and claims them.
 IsoVolume examineIsoDescriptors(IsoMedium& medium);
 

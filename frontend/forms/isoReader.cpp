@@ -130,17 +130,12 @@ IsoPlatform platformOfImage(MediumBytes& medium) {
     if (medium.size() < offsetOf(ISO_BEHIND_DESCRIPTORS)) {
         return IsoPlatform::none;
     }
-    const auto read = [&](std::uint32_t block) {
-        std::string bytes(ISO_BLOCK, '\0');
-        medium.read(offsetOf(block), bytes.data(), bytes.size());
-        return bytes;
-    };
-    const auto record = "\0CD001\1EL TORITO SPECI"
-                        "FICATION"s;
-    if (read(ISO_FIRST_DESCRIPTOR + 1).compare(0, record.size(), record) == 0) {
+    if (hasIsoBootRecord(medium)) {
         return IsoPlatform::efi;
     }
-    return isPowerPcTable(read(0)) ? IsoPlatform::powerPc : IsoPlatform::none;
+    std::string firstBlock(ISO_BLOCK, '\0');
+    medium.read(0, firstBlock.data(), firstBlock.size());
+    return isPowerPcTable(firstBlock) ? IsoPlatform::powerPc : IsoPlatform::none;
 }
 
 void examineIso(const Examination& examination, const Tree& expected, IsoPlatform platform,

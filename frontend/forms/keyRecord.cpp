@@ -13,27 +13,25 @@ namespace velacreate {
 namespace {
 constexpr std::size_t DISK_SIGNATURE_FIELD = 440;
 constexpr std::size_t DISK_SIGNATURE_SIZE = 4;
-constexpr std::size_t START_FIELD = 502; ///< of the fourth partition, as the length
+constexpr std::size_t START_FIELD = VelaCreation::START_OFFSET;
 constexpr std::size_t LENGTH_FIELD = VelaCreation::LENGTH_OFFSET;
 constexpr std::size_t END_ADDRESS_FIELD = VelaCreation::END_ADDRESS_OFFSET;
 constexpr std::size_t LENGTH_SIZE = 4;
-constexpr std::size_t SIGNATURE_FIELD = 510;
 
-constexpr std::uint64_t LARGEST_START = 255; ///< that the library can fit, in sectors
-
-constexpr std::array<Field, 13> FIELDS = {{{0, "the boot code"},
-                                           {DISK_SIGNATURE_FIELD, "the disk signature"},
-                                           {444, "the field after the disk signature"},
-                                           {446, "the first partition"},
-                                           {462, "the second partition"},
-                                           {478, "the third partition"},
-                                           {494, "the start mark and first address of the fourth partition"},
-                                           {498, "the type of the fourth partition"},
-                                           {END_ADDRESS_FIELD, "the last address of the fourth partition"},
-                                           {START_FIELD, "the first sector of the fourth partition"},
-                                           {LENGTH_FIELD, "the length of the fourth partition"},
-                                           {SIGNATURE_FIELD, "the signature of the boot record"},
-                                           {SECTOR_SIZE, "the gap before the file system"}}};
+constexpr std::array<Field, 13> FIELDS = {
+    {{0, "the boot code"},
+     {DISK_SIGNATURE_FIELD, "the disk signature"},
+     {444, "the field after the disk signature"},
+     {PARTITIONS_FIELD, "the first partition"},
+     {PARTITIONS_FIELD + PARTITION_SIZE, "the second partition"},
+     {PARTITIONS_FIELD + 2 * PARTITION_SIZE, "the third partition"},
+     {PARTITIONS_FIELD + 3 * PARTITION_SIZE, "the start mark and first address of the fourth partition"},
+     {498, "the type of the fourth partition"},
+     {END_ADDRESS_FIELD, "the last address of the fourth partition"},
+     {START_FIELD, "the first sector of the fourth partition"},
+     {LENGTH_FIELD, "the length of the fourth partition"},
+     {SIGNATURE_FIELD, "the signature of the boot record"},
+     {SECTOR_SIZE, "the gap before the file system"}}};
 
 struct Partition {
     std::uint64_t start; ///< in sectors, as the length
@@ -58,7 +56,8 @@ std::vector<unsigned char> headOf(const Descriptor& image, const std::string& na
     if (readTo(SECTOR_SIZE)) {
         const auto start = fourthPartition(head.data()).start;
         const bool hasGeometry = VelaCreation::sectorsPerTrack(head[END_ADDRESS_FIELD + 1]) != 0;
-        if (start != 0 && start <= LARGEST_START && hasGeometry && readTo(start * SECTOR_SIZE)) {
+        if (start != 0 && start <= VelaCreation::LARGEST_START && hasGeometry &&
+            readTo(start * SECTOR_SIZE)) {
             return head;
         }
     }
@@ -69,9 +68,10 @@ std::vector<unsigned char> headOf(const Descriptor& image, const std::string& na
 void fit(std::vector<unsigned char>& head, std::uint64_t capacity) {
     auto* const address = &head[END_ADDRESS_FIELD];
     const auto geometry = VelaCreation::geometryOf({address[0], address[1], address[2]});
-    const auto end = VelaCreation::lastSectorAddress(static_cast<std::int64_t>(capacity), geometry);
-    std::copy(end.begin(), end.end(), address);
-    putLittleEndian(&head[LENGTH_FIELD], LENGTH_SIZE, capacity - fourthPartition(head.data()).start);
+    const auto start = static_cast<std::int64_t>(fourthPartition(head.data()).start);
+    const auto fitted = VelaCreation::fittedEntry(static_cast<std::int64_t>(capacity), geometry, start);
+    std::copy(fitted.end.begin(), fitted.end.end(), address);
+    putLittleEndian(&head[LENGTH_FIELD], LENGTH_SIZE, static_cast<std::uint64_t>(fitted.length));
 }
 
 class KeyRecord {

@@ -7,6 +7,8 @@
 #include "support/failure.h"
 
 #include <bootableMedia.h>
+#include <cloneImage.h>
+#include <mediaRules.h>
 
 #include <algorithm>
 #include <set>
@@ -155,7 +157,8 @@ ToolPackage::ToolPackage(const std::string& path, CloneImages cloneImages)
         checkTop(reader);
         listing.add(reader);
         if (cloneImages == CloneImages::wanted && isCloneImage(reader.name())) {
-            m_beginnings[reader.name()] = reader.readBeginning(BLOCK_SIZE);
+            m_beginnings[reader.name()] =
+                reader.readBeginning(VelaCreation::LARGEST_START * VelaCreation::SECTOR_SIZE);
         }
     }
     m_entries = listing.wanted(cloneImages);

@@ -47,7 +47,7 @@ public:
     /// @param purpose  for the message, such as "a UEFI image starts from it"
     void requireFile(const std::string& name, const std::string& purpose) const;
 
-    /// @return the first 128 KiB of a clone image, with all that lies before its file system, in a file in
+    /// @return the beginning of a clone image, with all that lies before its file system, in a file in
     /// memory; closed when the package lacks it
     /// @throw Failure
     Descriptor beginningOf(const std::string& cloneImage) const;

@@ -26,9 +26,8 @@ bool isRegularFile(const Descriptor& directory, const std::string& name) {
 }
 
 bool isNetbootName(const std::string& name) {
-    return name == VelaCreation::NETBOOT_ARCHIVE ||
-           std::find(VelaCreation::NETBOOT_FILES.begin(), VelaCreation::NETBOOT_FILES.end(), name) !=
-               VelaCreation::NETBOOT_FILES.end();
+    const auto names = VelaCreation::netbootNames();
+    return std::find(names.begin(), names.end(), name) != names.end();
 }
 
 /// What is in a directory that is to be replaced by a network-boot directory.

@@ -1,5 +1,6 @@
 #include "job/reporter.h"
 
+#include <keepErrno.h>
 #include <mediaRules.h>
 
 #include <array>
@@ -34,11 +35,10 @@ void Reporter::message(int level, const std::string& text) const {
 }
 
 void Reporter::send(Event::Kind kind, const std::string& text) const {
-    const int before = errno;
+    const VelaCreation::KeepErrno keepErrno;
     const std::string event = static_cast<char>(kind) + text.substr(0, LONGEST);
     while (::send(m_socket, event.data(), event.size(), MSG_NOSIGNAL) < 0 && errno == EINTR) {
     }
-    errno = before;
 }
 
 std::optional<Event> receiveEvent(int socket) {

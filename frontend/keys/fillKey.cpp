@@ -42,14 +42,13 @@ std::string deviceForLibrary(const KeyJob& job, const Descriptor& image) {
         setenv(VelaCreation::SOFT_KEY_VARIABLE, place.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
         return NO_KEY;
     }
-    const auto number = std::to_string(KEY_PARTITION);
     auto node = job.target.disk->node();
     const auto partition = job.target.disk->keyPartitionNode();
-    if (partition == node + number) {
+    if (partition == VelaCreation::keyPartitionOf(node)) {
         return node;
     }
     check(symlink(node.c_str(), KEY_LINK.c_str()) == 0 &&
-          symlink(partition.c_str(), (KEY_LINK + number).c_str()) == 0)
+          symlink(partition.c_str(), VelaCreation::keyPartitionOf(KEY_LINK).c_str()) == 0)
         .orFail("no links to the key");
     return KEY_LINK;
 }

@@ -35,7 +35,7 @@ public:
     }
 
 private:
-    /// FAT finds a file by its name in any case.
+    /// FAT finds a file by its name in any case. The names that are removed are ASCII.
     bool isNamed(const std::string& top, const char* name) const {
         return m_kind.isFat ? inCapitals(top) == inCapitals(name) : top == name;
     }

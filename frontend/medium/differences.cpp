@@ -3,15 +3,12 @@
 #include "inputs/names.h"
 #include "support/failure.h"
 
-#include <bootableMedia.h>
-
 #include <algorithm>
 
 namespace velacreate {
 namespace {
 std::string named(const std::string& place, const Part& part) {
-    const std::string origin =
-        topOf(part.source) == VelaCreation::BootableMedia::BOOT_FILE ? "boot " : "update ";
+    const std::string origin = isBootFile(part.source) ? "boot " : "update ";
     return origin + (part.isDirectory ? "directory " : "file ") + quote(place);
 }
 

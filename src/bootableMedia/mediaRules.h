@@ -6,6 +6,7 @@
 #include "bootableMedia.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -97,11 +98,19 @@ constexpr std::array<const char*, 9> NETBOOT_FILES = {"grub.cfg",     "img2a",  
 constexpr const char* NETBOOT_ARCHIVE_STEM = "ks"; ///< zip adds the ending
 inline const std::string NETBOOT_ARCHIVE = std::string(NETBOOT_ARCHIVE_STEM) + ".zip"; ///< all other files
 
-constexpr std::int64_t SECTORS_PER_GIB = 0x200000; // of 512 bytes
+/// All that a network-boot directory can hold.
+inline std::vector<std::string> netbootNames() {
+    std::vector<std::string> names(NETBOOT_FILES.begin(), NETBOOT_FILES.end());
+    names.push_back(NETBOOT_ARCHIVE);
+    return names;
+}
+
+constexpr std::size_t SECTOR_SIZE = 512; ///< in bytes; the unit of all that is called a sector
+constexpr std::int64_t SECTORS_PER_GIB = 0x200000;
 
 /// The boot record of a key, as a file of the tool package.
 struct CloneImage {
-    std::int64_t largestKey; ///< in sectors of 512 bytes; larger keys than all of them get the last one
+    std::int64_t largestKey; ///< in sectors; larger keys than all of them get the last one
     std::string name;
 };
 inline std::array<CloneImage, 4> cloneImages() {
@@ -111,7 +120,7 @@ inline std::array<CloneImage, 4> cloneImages() {
              {8 * SECTORS_PER_GIB, BootableMedia::IMAGE_8}}};
 }
 
-/// @param capacity  of the key, in sectors of 512 bytes
+/// @param capacity  of the key, in sectors
 /// @return the name of the clone image in the tool package
 inline std::string cloneImageFor(std::int64_t capacity) {
     const auto images = cloneImages();
@@ -151,7 +160,8 @@ inline std::vector<std::string> workingNames() {
 
 /// @name Offsets in a clone image's boot record, of fields in the entry of the fourth partition
 /// @{
-constexpr std::int64_t END_ADDRESS_OFFSET = 499; ///< head, then sector and cylinder; the first sector follows
+constexpr std::int64_t END_ADDRESS_OFFSET = 499; ///< head, then sector and cylinder
+constexpr std::int64_t START_OFFSET = 502;
 constexpr std::int64_t LENGTH_OFFSET = 0x1FA;
 /// @}
 
@@ -172,7 +182,7 @@ inline std::string keyPartitionOf(const std::string& device) {
 constexpr const char* SOFT_KEY_VARIABLE = "TALO_SOFT_USBKEY";
 
 /// The offset in bytes of the file system in an image of a key. Such an image is mounted instead of a key.
-constexpr std::uint64_t KEY_IMAGE_OFFSET = 32256;
+constexpr std::uint64_t KEY_IMAGE_OFFSET = 63 * SECTOR_SIZE;
 
 constexpr const char* ISO_ENDING = ".iso"; ///< of an image's name
 

@@ -17,7 +17,7 @@ namespace VelaCreation {
 
 namespace {
 
-using Sector = std::array<std::uint8_t, 512>;
+using Sector = std::array<std::uint8_t, SECTOR_SIZE>;
 
 template <typename Bytes>
 bool readAt(const Descriptor& file, std::int64_t offset, Bytes& bytes) {
@@ -51,7 +51,7 @@ bool readLayout(const Descriptor& image, const std::string& name, CloneLayout& l
         return false;
     }
     layout.end = {bytes[0], bytes[1], bytes[2]};
-    layout.firstSector = bytes[3];
+    layout.firstSector = bytes[START_OFFSET - END_ADDRESS_OFFSET];
     const auto earlier = adjustments.find(name);
     layout.geometry = earlier != adjustments.end() && earlier->second.written == layout.end
                           ? earlier->second.geometry
@@ -64,8 +64,7 @@ bool readLayout(const Descriptor& image, const std::string& name, CloneLayout& l
 }
 
 bool writeEndAddress(const Descriptor& image, const std::string& name, const Geometry& geometry,
-                     std::int64_t capacity) {
-    const EndAddress end = lastSectorAddress(capacity, geometry);
+                     const EndAddress& end) {
     if (!writeAt(image, END_ADDRESS_OFFSET, end)) {
         return false;
     }
@@ -96,12 +95,15 @@ int fitImage(const Operation& operation, const std::string& name, std::int64_t c
         return operation.failedWithError(VELAERROR_FILE_OR_DIR_NOT_FOUND, errno, "Opening CLONE_FILE fails");
     }
     CloneLayout layout{};
-    if (!readLayout(image, name, layout) || !writeEndAddress(image, name, layout.geometry, capacity)) {
+    if (!readLayout(image, name, layout)) {
         return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, errno, "Reading CLONE_FILE fails");
     }
-    const std::int64_t partitionLength = capacity - layout.firstSector;
-    operation.progress("capacity to be write at 0x1FA = " + std::to_string(partitionLength));
-    if (!writeLength(image, partitionLength) || !readAt(image, 0, firstSector)) {
+    const auto fitted = fittedEntry(capacity, layout.geometry, layout.firstSector);
+    if (!writeEndAddress(image, name, layout.geometry, fitted.end)) {
+        return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, errno, "Reading CLONE_FILE fails");
+    }
+    operation.progress("capacity to be write at 0x1FA = " + std::to_string(fitted.length));
+    if (!writeLength(image, fitted.length) || !readAt(image, 0, firstSector)) {
         return operation.failedWithError(VELAERROR_USB_ACCESS_ERROR, errno, "Reading CLONE_FILE fails");
     }
     return VELAERROR_SUCCESS;

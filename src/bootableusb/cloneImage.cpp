@@ -8,8 +8,8 @@ namespace {
 
 // The field in the boot sector of a partition that starts at sector 32 or 63.
 constexpr std::int64_t TOTAL_SECTORS_FIELD = 0x20;
-constexpr std::int64_t TOTAL_SECTORS_AFTER_32 = 32 * std::int64_t{512} + TOTAL_SECTORS_FIELD;
-constexpr std::int64_t TOTAL_SECTORS_AFTER_63 = 63 * std::int64_t{512} + TOTAL_SECTORS_FIELD;
+constexpr std::int64_t TOTAL_SECTORS_AFTER_32 = 32 * std::int64_t{SECTOR_SIZE} + TOTAL_SECTORS_FIELD;
+constexpr std::int64_t TOTAL_SECTORS_AFTER_63 = std::int64_t{KEY_IMAGE_OFFSET} + TOTAL_SECTORS_FIELD;
 
 std::uint8_t lowByte(std::uint32_t number) {
     return static_cast<std::uint8_t>(number & 0xFF);
@@ -41,6 +41,10 @@ EndAddress lastSectorAddress(std::int64_t capacity, const Geometry& geometry) {
         ((cylinder & 0xFF00) >> 2) | ((cylinder & 0xFF) << 8) | static_cast<std::uint32_t>(sector);
     return {lowByte(static_cast<std::uint32_t>(head)), lowByte(sectorAndCylinder),
             lowByte(sectorAndCylinder >> 8)};
+}
+
+FittedEntry fittedEntry(std::int64_t capacity, const Geometry& geometry, std::int64_t start) {
+    return {lastSectorAddress(capacity, geometry), capacity - start};
 }
 
 std::int64_t totalSectorsOffset(std::int64_t partitionLength) {

@@ -3,6 +3,7 @@
 #define VELACREATION_CLONEIMAGE_H
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace VelaCreation {
@@ -22,6 +23,18 @@ Geometry geometryOf(const EndAddress& end);
 /// @return the address of the last sector of a key. A cylinder of 1024 or more does not fit into its ten
 /// bits: its higher bits change the lower ones.
 EndAddress lastSectorAddress(std::int64_t capacity, const Geometry& geometry);
+
+/// What the entry of the fourth partition gets.
+struct FittedEntry {
+    EndAddress end;
+    std::int64_t length; ///< in sectors
+};
+
+/// @param start  the first sector of the partition
+FittedEntry fittedEntry(std::int64_t capacity, const Geometry& geometry, std::int64_t start);
+
+/// The largest number of the partition's first sector, which the library reads from one byte.
+constexpr std::size_t LARGEST_START = 255;
 
 /// @return where the image holds the sector count of the FAT boot sector, for a partition of this length
 std::int64_t totalSectorsOffset(std::int64_t partitionLength);
