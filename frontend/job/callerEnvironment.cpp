@@ -1,5 +1,6 @@
 #include "job/callerEnvironment.h"
 
+#include "support/failure.h"
 #include "support/programs.h"
 
 #include <csignal>
@@ -90,6 +91,12 @@ CallerEnvironment isolateFromCaller() {
     CallerEnvironment caller{variable("VELACREATE_TOOLKIT"), variable("TMPDIR")};
     reduceEnvironment();
     return caller;
+}
+
+void requireProc() {
+    if (access("/proc/self/fd", F_OK) != 0) {
+        throw Failure("'/proc' does not show this process; mount proc there");
+    }
 }
 
 } // namespace velacreate
