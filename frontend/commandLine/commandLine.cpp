@@ -143,6 +143,7 @@ public:
         } catch (const CLI::ParseError& error) {
             refuse(error);
         }
+        requireProc();
         return m_run();
     }
 

@@ -92,7 +92,7 @@ Disk wholeDisk(const std::string& path) {
 
 std::vector<Disk> removableDisks() {
     std::vector<Disk> disks;
-    for (const auto& directory : entriesOf("/sys/block")) {
+    for (const auto& directory : diskDirectories()) {
         const std::string name = directory.filename();
         if (isPlainWord(name) && isRemovable(directory)) {
             disks.push_back({name, deviceNumber(directory)});

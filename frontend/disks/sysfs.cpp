@@ -1,5 +1,7 @@
 #include "disks/sysfs.h"
 
+#include "support/failure.h"
+
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -11,12 +13,29 @@ namespace velacreate {
 
 namespace fs = std::filesystem;
 
+namespace {
+/// Without it, a machine would seem to have no disks, and none of them to be in use.
+void requireSysfs() {
+    if (!fs::exists("/sys/block") || !fs::exists("/sys/dev/block")) {
+        throw Failure("'/sys' does not show the disks; mount sysfs there");
+    }
+}
+} // namespace
+
 fs::path deviceDirectory(dev_t device) {
     const fs::path link =
         "/sys/dev/block/" + std::to_string(major(device)) + ":" + std::to_string(minor(device));
     std::error_code error;
     const auto directory = fs::canonical(link, error);
+    if (error) {
+        requireSysfs();
+    }
     return error ? link : directory;
+}
+
+std::vector<fs::path> diskDirectories() {
+    requireSysfs();
+    return entriesOf("/sys/block");
 }
 
 dev_t deviceNumber(const fs::path& directory) {

@@ -11,7 +11,12 @@
 namespace velacreate {
 
 /// @return the directory of a block device, with links resolved; a path that does not exist if there is none
+/// @throw Failure when "/sys" does not show block devices
 std::filesystem::path deviceDirectory(dev_t device);
+
+/// @return the directories of all whole block devices, with links resolved
+/// @throw Failure when "/sys" does not show block devices
+std::vector<std::filesystem::path> diskDirectories();
 
 /// @return the number of the device in a directory; 0 when there is none
 dev_t deviceNumber(const std::filesystem::path& directory);

@@ -75,6 +75,10 @@ bool PackageReader::next() {
         if (status == ARCHIVE_EOF) {
             return false;
         }
+        if (status == ARCHIVE_WARN && !Utf8Locale::isInstalled()) {
+            throw Failure(packageText(m_path) +
+                          " has names that only the locale C.UTF-8 can read; install it");
+        }
         if (status != ARCHIVE_OK) {
             throw Refusal(packageText(m_path) + " is damaged, or no zip archive: " + m_reader.problem());
         }

@@ -22,6 +22,7 @@ public:
     /// Goes to the next entry.
     /// @return false at the end
     /// @throw Refusal when the entry is not allowed, or the file is not a zip archive
+    /// @throw Failure when only the locale C.UTF-8 can read the name, and is not installed
     bool next();
 
     /// The name without "./" in front and without a slash at the end.

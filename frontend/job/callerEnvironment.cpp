@@ -1,6 +1,7 @@
 #include "job/callerEnvironment.h"
 
 #include "job/heldSignals.h"
+#include "support/failure.h"
 #include "support/programs.h"
 
 #include <csignal>
@@ -89,6 +90,12 @@ CallerEnvironment isolateFromCaller() {
     CallerEnvironment caller{variable("VELACREATE_TOOLKIT"), variable("TMPDIR")};
     reduceEnvironment();
     return caller;
+}
+
+void requireProc() {
+    if (access("/proc/self/fd", F_OK) != 0) {
+        throw Failure("'/proc' does not show this process; mount proc there");
+    }
 }
 
 } // namespace velacreate

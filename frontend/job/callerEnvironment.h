@@ -18,4 +18,8 @@ struct CallerEnvironment {
 /// time zone, TERM and SOURCE_DATE_EPOCH.
 CallerEnvironment isolateFromCaller();
 
+/// To be called before a command runs, because jobs reach open files and mounts through "/proc".
+/// @throw Failure when "/proc" does not show this process
+void requireProc();
+
 } // namespace velacreate

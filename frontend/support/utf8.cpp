@@ -1,38 +1,58 @@
 #include "support/utf8.h"
 
-#include "support/failure.h"
-
-#include <cwchar>
 #include <cwctype>
 
 namespace velacreate {
 namespace {
 /// Kept, because creating a locale reads files.
-locale_t utf8() {
-    static const locale_t LOCALE = [] {
-        auto* const locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-        check(locale != nullptr).orFail("the locale C.UTF-8");
-        return locale;
-    }();
+locale_t installed() {
+    static const locale_t LOCALE = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     return LOCALE;
+}
+
+locale_t utf8OrAscii() {
+    return installed() != nullptr ? installed() : newlocale(LC_CTYPE_MASK, "C", nullptr);
+}
+
+bool isContinuation(unsigned byte) {
+    return (byte & 0xc0U) == 0x80;
+}
+
+bool isSurrogate(unsigned character) {
+    return character >= 0xd800 && character < 0xe000;
 }
 } // namespace
 
-Utf8Locale::Utf8Locale() : m_before(uselocale(utf8())) {}
+Utf8Locale::Utf8Locale() : m_before(uselocale(utf8OrAscii())) {}
 
 Utf8Locale::~Utf8Locale() {
     uselocale(m_before);
 }
 
+bool Utf8Locale::isInstalled() {
+    return installed() != nullptr;
+}
+
 std::size_t readCharacter(const std::string& text, std::size_t at, wchar_t& character) {
-    if (const auto byte = static_cast<unsigned char>(text[at]); byte != 0 && byte < 0x80) {
-        character = byte; // ASCII needs no locale
-        return 1;
+    constexpr unsigned smallest[] = {0, 1, 0x80, 0x800, 0x10000}; // of a character with so many bytes
+    const auto byteAt = [&](std::size_t place) { return unsigned{static_cast<unsigned char>(text[place])}; };
+    const unsigned first = byteAt(at);
+    const std::size_t length = first < 0x80 ? 1 : first < 0xe0 ? 2 : first < 0xf0 ? 3 : 4;
+    if (isContinuation(first) || first > 0xf7 || length > text.size() - at) {
+        return 0;
     }
-    const Utf8Locale locale;
-    std::mbstate_t state{};
-    const std::size_t length = std::mbrtowc(&character, text.data() + at, text.size() - at, &state);
-    return length > text.size() ? 0 : length; // the two error values are the largest
+    unsigned value = length == 1 ? first : first & (0x7fU >> length);
+    for (std::size_t place = at + 1; place < at + length; ++place) {
+        if (!isContinuation(byteAt(place))) {
+            return 0;
+        }
+        value = value << 6U | (byteAt(place) & 0x3fU);
+    }
+    if (value < smallest[length] || isSurrogate(value)) {
+        return 0;
+    }
+    character = static_cast<wchar_t>(value);
+    return length;
 }
 
 bool isControl(wchar_t character) {
@@ -59,8 +79,9 @@ std::optional<std::wstring> decoded(const std::string& text) {
 }
 
 std::wstring withoutCase(std::wstring text) {
+    auto* const locale = utf8OrAscii();
     for (wchar_t& character : text) {
-        const auto capital = towupper_l(static_cast<wint_t>(character), utf8());
+        const auto capital = towupper_l(static_cast<wint_t>(character), locale);
         character = static_cast<wchar_t>(capital);
     }
     return text;

@@ -1,5 +1,5 @@
 /// @file
-/// UTF-8 text, in any locale.
+/// UTF-8 text, in any locale, and on machines without a UTF-8 locale.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 namespace velacreate {
 
-/// While this lives, the C library reads this thread's text as UTF-8.
+/// While this lives, the C library reads this thread's text as UTF-8, if the locale C.UTF-8 is installed.
 class Utf8Locale {
 public:
     Utf8Locale();
@@ -18,10 +18,13 @@ public:
     Utf8Locale& operator=(const Utf8Locale&) = delete;
     ~Utf8Locale();
 
+    static bool isInstalled();
+
 private:
     locale_t m_before;
 };
 
+/// Reads what the C library reads in the locale C.UTF-8, also a character of four bytes beyond U+10FFFF.
 /// @return the length in bytes of the character at a position; 0 for a NUL or an invalid byte
 std::size_t readCharacter(const std::string& text, std::size_t at, wchar_t& character);
 
@@ -34,7 +37,7 @@ bool isLayout(wchar_t character);
 /// @return the characters of a text; none when it is not UTF-8
 std::optional<std::wstring> decoded(const std::string& text);
 
-/// @return the text in capitals, for comparing without case
+/// @return the text in capitals, for comparing without case; without the locale C.UTF-8 only a to z change
 std::wstring withoutCase(std::wstring text);
 
 } // namespace velacreate

@@ -42,6 +42,12 @@ load words
     output='../out/o "$z`/p "$b' makesPackage a.txt
 }
 
+@test "names are read and shown as UTF-8 where no locale is installed" {
+    echo more >'work/größe.txt'
+    run="hiding /usr/lib/locale" makesImage 'größe.txt' a.txt
+    run="hiding /usr/lib/locale" refuses "update file 'größer.txt' is not in '.': No such file or directory" iso --force 'größer.txt'
+}
+
 @test "an old image is replaced and passes on its owner and mode" {
     echo old >work/i.iso
     chmod 640 work/i.iso

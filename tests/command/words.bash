@@ -178,6 +178,12 @@ standIn() { # PROGRAM LINE...: does that in the program's place, which is /srv/P
     mounts --bind "/srv/$1.instead" "/usr/bin/$1"
 }
 
+# A call where nothing is at a place.
+hiding() { # PLACE COMMAND...
+    # shellcheck disable=SC2016 # for the inner shell
+    unshare --mount sh -c 'mount -t tmpfs none "$0" && exec "$@"' "$@"
+}
+
 # Launchers that do something, then their work; for what the second one does there is no drive but a file. It is asked
 # about that before.
 kit() { # XORRISO-DOES [CDRECORD-DOES]
