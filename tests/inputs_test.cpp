@@ -206,12 +206,19 @@ TEST_F(InputsTest, KnowsLimits) {
     EXPECT_EQ(sumOf(LARGEST_SUM, LARGEST_SUM - 1), LARGEST_SUM);
 }
 
-/// What would upset a terminal is shown as "?", and the error that is told of stays the one it was.
+/// What would upset a terminal is shown as "?", what nobody would see as an escape, and the error that is
+/// told of stays the one it was.
 TEST_F(InputsTest, ShowsTextsWithoutHarm) {
     const std::pair<const char*, const char*> texts[] = {
-        {"\x1b[1m\x7f\n", R"(?[1m??)"}, {"\xc2\x85-\xc2\xa0-\xc3\xa9", "?-\xc2\xa0-\xc3\xa9"},
-        {"\xe9-\xc3", "?-?"},           {"\xed\xa0\x80", R"(???)"},
-        {"\xc0\x80", R"(??)"},          {"\xf0\x9f\x98\x80", "\xf0\x9f\x98\x80"}};
+        {"\x1b[1m\x7f\n", R"(?[1m??)"},
+        {"\xc2\x85-\xc2\xa0-\xc3\xa9", "?-\xc2\xa0-\xc3\xa9"},
+        {"\xe9-\xc3", "?-?"},
+        {"\xed\xa0\x80", R"(???)"},
+        {"\xc0\x80", R"(??)"},
+        {"\xf0\x9f\x98\x80", "\xf0\x9f\x98\x80"},
+        {"\u061c\u200b\u202e\u2060", R"(\u061c\u200b\u202e\u2060)"},
+        {"\ufeff\ufff9\ufffb\ufffc", "\\ufeff\\ufff9\\ufffb\ufffc"},
+        {"\U000e0000x\U000e007f\U000e0100", "\\U000e0000x\\U000e007f\U000e0100"}};
     for (const auto& [text, expected] : texts) {
         EXPECT_EQ(printable(text), expected);
     }

@@ -1,6 +1,7 @@
 #include "commandLine/commandLine.h"
 
 #include "commandLine/helpText.h"
+#include "commandLine/nearest.h"
 #include "commands/commands.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
@@ -24,6 +25,11 @@ void addMessageOptions(CLI::App& command, ShowChoices& show) {
     command.add_option("--log", show.log, "Append all messages to this file")->type_name("FILE");
 }
 
+void addQuiet(CLI::App& command, Console& console) {
+    command.add_flag_callback(
+        "--quiet", [&console] { console.beQuiet(); }, "Show only differences and failures");
+}
+
 void addPauses(CLI::App& command, ShowChoices& show) {
     command.add_flag("--pauses", show.pauses, "Pause for ten seconds at the start of each stage");
 }
@@ -40,12 +46,13 @@ void addUpdates(CLI::App& command, JobChoices& job) {
     command.add_flag("--keep", job.keep, "Keep the job directory and print its path");
 }
 
-void addJobOptions(CLI::App& command, JobChoices& job) {
+void addJobOptions(CLI::App& command, JobChoices& job, Console& console) {
     addPackage(command, job)->required();
     addUpdates(command, job);
     command.add_flag("--verify,!--no-verify", job.verify,
                      "Read the finished medium back and compare it (default), or do not");
     addMessageOptions(command, job.show);
+    addQuiet(command, console);
     addPauses(command, job.show);
 }
 
@@ -163,7 +170,7 @@ private:
     void addIso() {
         auto& command = add("iso", "Make a bootable ISO image");
         call(command, [this] { return makeIso(m_iso, m_caller, m_console); });
-        addJobOptions(command, m_iso.job);
+        addJobOptions(command, m_iso.job, m_console);
         command.add_option("--output", m_iso.output, "The image to make; its name ends in .iso")
             ->required()
             ->type_name("IMAGE");
@@ -180,7 +187,7 @@ private:
             requireOneOf(command, {"--device", "--all", "--image"});
             return makeUsbKey(m_usb, m_caller, m_console);
         });
-        addJobOptions(command, m_usb.job);
+        addJobOptions(command, m_usb.job, m_console);
         command.add_option("--device", m_usb.devices, "The key, a whole disk; may be given several times")
             ->allow_extra_args(false)
             ->type_name("DEVICE");
@@ -206,7 +213,7 @@ private:
     void addPxe() {
         auto& command = add("pxe", "Make a network-boot directory");
         call(command, [this] { return makeNetbootDirectory(m_pxe, m_caller, m_console); });
-        addJobOptions(command, m_pxe.job);
+        addJobOptions(command, m_pxe.job, m_console);
         command.add_option("--output", m_pxe.output, "The network-boot directory to make")
             ->required()
             ->type_name("DIR");
@@ -218,10 +225,10 @@ private:
         call(command, [this] { return burn(m_burn, m_caller, m_console); });
         command.add_option("IMAGE", m_burn.image, "The image to burn")->required();
         command.add_option("DEVICE", m_burn.device, "The drive")->required();
-        command.add_flag("--quiet", m_burn.quiet, "Do not announce the stages");
         command.add_flag("--verify,!--no-verify", m_burn.verify,
                          "Read the disc back and compare it (default), or do not");
         addMessageOptions(command, m_burn.show);
+        addQuiet(command, m_console);
         addPauses(command, m_burn.show);
     }
 
@@ -259,6 +266,7 @@ private:
                 "The machines that must start from the image: UEFI (linux) or PowerPC (ppc); by default, "
                 "those that do");
         addMessageOptions(command, m_verify.job.show);
+        addQuiet(command, m_console);
         addWork(command, m_verify.work);
     }
 
@@ -331,6 +339,18 @@ private:
         return printable(text);
     }
 
+    /// @return the option that a mistyped one was meant to be, as a question; may be empty
+    static std::string meantIn(const CLI::App& command, const std::string& mistyped) {
+        std::vector<std::string> known;
+        for (const auto* option : command.get_options()) {
+            for (const auto& name : option->get_lnames()) {
+                known.push_back("--" + name);
+            }
+        }
+        const auto nearest = nearestTo(mistyped, known);
+        return nearest.empty() ? "" : " (did you mean " + nearest + "?)";
+    }
+
     /// An unknown word is reported first: it may be a misspelt option that seems to be missing.
     [[noreturn]] void refuse(const CLI::ParseError& error) const {
         if (const auto early = m_app.remaining(); !early.empty() && !m_app.get_subcommands().empty()) {
@@ -346,7 +366,8 @@ private:
         const auto option = std::find_if(strange.begin(), strange.end(), isOption);
         const bool isAfterNoCommand = chosen.empty() && option != strange.begin();
         if (option != strange.end() && !isAfterNoCommand) {
-            throw Refusal("there is no option " + quote(option->substr(0, option->find('='))) + see);
+            const auto name = option->substr(0, option->find('='));
+            throw Refusal("there is no option " + quote(name) + meantIn(command, name) + see);
         }
         if (!strange.empty()) {
             throw Refusal((chosen.empty() ? "there is no command " : "nothing can be made of ") +

@@ -65,10 +65,10 @@ Descriptor openBeneath(int directory, const std::string& path, int flags, unsign
 /// The same, but does not cross mount points either.
 Descriptor openWithin(int directory, const std::string& path, int flags, unsigned mode = 0);
 
-/// Opens a regular file or a character device for appending, and creates a missing file. Does not follow a
-/// link.
+/// Opens a regular file or a character device for appending, and creates a missing file. Follows no link at
+/// the end of the path, nor one on the way that others could have put there.
 /// @param kind  for the message, such as "the log file"
-/// @throw Refusal when it cannot be opened, or is a link or anything else
+/// @throw Refusal when it cannot be opened, is such a link, or is anything else
 Descriptor openToAdd(const std::string& kind, const std::string& path);
 
 /// Like pread(), but repeats until all bytes are read. Fewer bytes mean the end of the file.

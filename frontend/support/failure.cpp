@@ -2,10 +2,21 @@
 
 #include "support/utf8.h"
 
+#include <array>
 #include <cerrno>
+#include <cstdio>
 #include <system_error>
 
 namespace velacreate {
+namespace {
+/// As a shell reads it in $'...'.
+std::string escaped(wchar_t character) {
+    std::array<char, sizeof "\\U0010ffff"> text{};
+    const auto number = static_cast<unsigned>(character);
+    std::snprintf(text.data(), text.size(), number > 0xffff ? "\\U%08x" : "\\u%04x", number);
+    return text.data();
+}
+} // namespace
 
 SystemError::SystemError() : m_number(errno) {}
 
@@ -30,8 +41,10 @@ std::string printable(const std::string& text) {
     for (std::size_t at = 0; at < text.size();) {
         wchar_t character = 0;
         const std::size_t length = readCharacter(text, at, character);
-        if (length == 0 || isControl(character) || isLayout(character)) {
+        if (length == 0 || isControl(character)) {
             result += '?';
+        } else if (isUnseen(character)) {
+            result += escaped(character);
         } else {
             result.append(text, at, length);
         }

@@ -60,7 +60,8 @@ inline void refuseIf(bool isWrong, const std::string& text) {
     }
 }
 
-/// @return the text for a message: control characters, and bytes that are not UTF-8, are replaced by "?"
+/// @return the text for a message: control characters, and bytes that are not UTF-8, are replaced by "?";
+/// characters that are not seen, by escapes such as "\u200b"
 std::string printable(const std::string& text);
 
 /// @return the same in single quotes

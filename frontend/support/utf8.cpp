@@ -1,5 +1,7 @@
 #include "support/utf8.h"
 
+#include <algorithm>
+#include <array>
 #include <cwctype>
 
 namespace velacreate {
@@ -59,9 +61,22 @@ bool isControl(wchar_t character) {
     return character < 0x20 || (character >= 0x7f && character < 0xa0);
 }
 
-bool isLayout(wchar_t character) {
-    return (character >= 0x200e && character <= 0x200f) || (character >= 0x2028 && character <= 0x202e) ||
-           (character >= 0x2066 && character <= 0x2069);
+bool isUnseen(wchar_t character) {
+    struct Range {
+        wchar_t first;
+        wchar_t last;
+    };
+    constexpr std::array<Range, 8> UNSEEN = {{{0x61c, 0x61c},
+                                              {0x200b, 0x200b},
+                                              {0x200e, 0x200f},
+                                              {0x2028, 0x202e},
+                                              {0x2060, 0x206f},
+                                              {0xfeff, 0xfeff},
+                                              {0xfff9, 0xfffb},
+                                              {0xe0000, 0xe007f}}};
+    return std::any_of(UNSEEN.begin(), UNSEEN.end(), [&](const Range& range) {
+        return character >= range.first && character <= range.last;
+    });
 }
 
 std::optional<std::wstring> decoded(const std::string& text) {

@@ -31,8 +31,9 @@ std::size_t readCharacter(const std::string& text, std::size_t at, wchar_t& char
 /// Whether it is a control character, also beyond ASCII.
 bool isControl(wchar_t character);
 
-/// Whether it changes the direction of text or breaks the line.
-bool isLayout(wchar_t character);
+/// Whether it is not shown, but changes the direction of text, breaks the line, or lets one name look like
+/// another.
+bool isUnseen(wchar_t character);
 
 /// @return the characters of a text; none when it is not UTF-8
 std::optional<std::wstring> decoded(const std::string& text);
