@@ -121,6 +121,10 @@ TEST_F(StationTest, ReportHasALineForEachKey) {
 TEST_F(StationTest, ReportThatCannotBeKept) {
     shell("ln -s report link");
     EXPECT_EQ(outcomeOf([] { Report report("link"); }), "refused: the report 'link' is a link");
+    EXPECT_EQ(outcomeOf([] { Report report("gone/report"); }),
+              "refused: the report 'gone/report': No such file or directory");
+    EXPECT_EQ(outcomeOf([] { Report report("report"); }), "done");
+    EXPECT_FALSE(std::filesystem::exists("report"));
     Report report("/dev/full");
     const auto append = [&] { report.append({}, {}); };
     EXPECT_EQ(outcomeOf(append), "failed: the report is incomplete from here on: No space left on device");

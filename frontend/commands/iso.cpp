@@ -10,18 +10,10 @@
 #include <bootableiso.h>
 #include <mediaRules.h>
 
-#include <filesystem>
 #include <optional>
 
 namespace velacreate {
 namespace {
-
-/// A checksum from before that is not made anew belongs to the old image.
-std::string noteOn(const std::string& checksum) {
-    const bool isThere = std::filesystem::exists(std::filesystem::symlink_status(checksum));
-    return isThere ? "Note: " + quote(checksum) + " is of an earlier image" : "";
-}
-
 int makeImage(const IsoChoices& choices, const Output& output, const CallerEnvironment& caller,
               Console& console) {
     std::optional<Output> checksum;
@@ -47,7 +39,7 @@ int makeImage(const IsoChoices& choices, const Output& output, const CallerEnvir
                                  isPowerPc ? VelaCreation::PLATFORM_PPC : VelaCreation::PLATFORM_LINUX);
     };
     return makeOutput({choices.job, inputs, toolkit, output, checksum ? &*checksum : nullptr,
-                       checksum ? "" : noteOn(output.path() + CHECKSUM_ENDING), workflow},
+                       checksum ? "" : output.path() + CHECKSUM_ENDING, workflow},
                       console);
 }
 } // namespace

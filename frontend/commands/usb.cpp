@@ -71,8 +71,7 @@ std::size_t countFull(const UsbChoices& choices, std::size_t keys) {
     return choices.jobs == 0 || choices.job.keep ? keys : std::min(choices.jobs, keys);
 }
 
-/// Opened last, like the log file, since this makes it.
-Report openReport(const std::string& path, const std::string& log, const Inputs& inputs) {
+Report checkedReport(const std::string& path, const std::string& log, const Inputs& inputs) {
     struct stat about {};
     struct stat logs {};
     if (!path.empty() && stat(path.c_str(), &about) == 0) {
@@ -80,15 +79,17 @@ Report openReport(const std::string& path, const std::string& log, const Inputs&
         refuseIf(!log.empty() && stat(log.c_str(), &logs) == 0 && isSameFile(about, logs),
                  "the report " + quote(path) + " is the log file");
     }
+    refuseIf(!path.empty() && !log.empty() && futurePath(path) == futurePath(log),
+             "the report " + quote(path) + " is the log file");
     return Report(path);
 }
 
 int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
              Console& console) {
-    auto keys = chooseKeys(choices, inputs, console);
+    auto keys = chooseKeys(choices, inputs, scratch, console);
     inputs.requireRoom(scratch, 1 + countFull(choices, countSelected(keys)), 0);
+    auto report = checkedReport(choices.report, choices.job.show.log, inputs);
     openLog(console, choices.job.show, "", &inputs);
-    auto report = openReport(choices.report, choices.job.show.log, inputs);
     KeyResults results(keys, choices, report, console);
     if (countSelected(keys) == 0) {
         return results.conclude({});

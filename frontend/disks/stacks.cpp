@@ -144,4 +144,13 @@ std::vector<InUse> swapInUse() {
     return all;
 }
 
+std::set<std::string> disksBelow(const std::vector<std::string>& paths) {
+    const auto mounts = readMounts();
+    Stack stack(mounts);
+    for (const auto& path : paths) {
+        stack.addFile(path);
+    }
+    return stack.names();
+}
+
 } // namespace velacreate

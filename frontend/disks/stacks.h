@@ -25,4 +25,9 @@ std::vector<InUse> mountsInUse();
 /// @throw Refusal when the kernel's list cannot be read
 std::vector<InUse> swapInUse();
 
+/// @param paths  absolute and without links; the files may be missing
+/// @return the kernel's names of all whole devices below these files, as in InUse
+/// @throw Refusal when the kernel's list of mounts cannot be read
+std::set<std::string> disksBelow(const std::vector<std::string>& paths);
+
 } // namespace velacreate

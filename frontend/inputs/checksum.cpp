@@ -9,6 +9,9 @@
 #include <openssl/evp.h>
 namespace velacreate {
 namespace {
+constexpr const char* DIGITS = "0123456789abcdef";
+constexpr std::size_t SUM_DIGITS = 64;
+
 void require(bool done) {
     if (!done) {
         throw Failure("a SHA-256 sum cannot be worked out here");
@@ -16,11 +19,10 @@ void require(bool done) {
 }
 
 std::string hexadecimal(const unsigned char* bytes, std::size_t size) {
-    constexpr const char* digits = "0123456789abcdef";
     std::string text;
     for (std::size_t i = 0; i < size; ++i) {
-        text += digits[bytes[i] >> 4U];
-        text += digits[bytes[i] & 0xfU];
+        text += DIGITS[bytes[i] >> 4U];
+        text += DIGITS[bytes[i] & 0xfU];
     }
     return text;
 }
@@ -66,6 +68,20 @@ std::string checksumLine(const std::string& sum, const std::string& name) {
         }
     }
     return (escaped == name ? "" : "\\") + sum + "  " + escaped + "\n";
+}
+
+bool isChecksumOf(const Descriptor& file, const std::string& name) {
+    const std::string sample(SUM_DIGITS, '0');
+    const auto expected = checksumLine(sample, name);
+    std::string line(expected.size() + 1, ' '); // one more, to see a longer file
+    const auto size = readAt(file.number(), line.data(), line.size(), 0);
+    if (size != static_cast<ssize_t>(expected.size())) {
+        return false;
+    }
+    line.pop_back();
+    const auto start = expected.find(sample);
+    const auto sum = line.substr(start, SUM_DIGITS);
+    return sum.find_first_not_of(DIGITS) == std::string::npos && line == checksumLine(sum, name);
 }
 
 } // namespace velacreate

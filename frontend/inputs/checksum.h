@@ -16,4 +16,7 @@ std::string sha256Of(
 /// @return the line that "sha256sum -c" reads, with the name escaped where necessary
 std::string checksumLine(const std::string& sum, const std::string& name);
 
+/// Whether a file holds just such a line, with any sum, for this name.
+bool isChecksumOf(const Descriptor& file, const std::string& name);
+
 } // namespace velacreate

@@ -60,6 +60,12 @@ bool rename(const Descriptor& from, const std::string& oldName, int to, const st
 bool lacksFlags() {
     return errno == EINVAL || errno == EXDEV;
 }
+
+bool renameToFreePlace(const Descriptor& from, const std::string& oldName, int to,
+                       const std::string& newName) {
+    return rename(from, oldName, to, newName, RENAME_NOREPLACE) ||
+           (lacksFlags() && rename(from, oldName, to, newName, 0));
+}
 } // namespace
 
 Output::Output(const std::string& path) {
@@ -136,10 +142,8 @@ struct stat Output::take(const Descriptor& directory, const std::string& name) c
         [[maybe_unused]] const int owned = fchown(made.number(), m_present->st_uid, m_present->st_gid);
         fchmod(made.number(), m_present->st_mode & ACCESS);
     }
-    const bool isThere = m_present
-                             ? exchange(directory, name)
-                             : rename(directory, name, m_parent.number(), m_name, RENAME_NOREPLACE) ||
-                                   (lacksFlags() && rename(directory, name, m_parent.number(), m_name, 0));
+    const bool isThere =
+        m_present ? exchange(directory, name) : renameToFreePlace(directory, name, m_parent.number(), m_name);
     const SystemError error;
     if (!isThere && error.number() == EEXIST) {
         throw Failure(quote(path()) +
@@ -161,6 +165,21 @@ bool Output::giveBack(const Descriptor& directory, const std::string& name, cons
                                   m_present ? RENAME_EXCHANGE : 0) == 0;
     fsync(m_parent.number());
     return isBack;
+}
+
+bool Output::moveAway(const Descriptor& directory, const std::string& name) const {
+    if (!rename(m_parent.directory, m_name, directory.number(), name, 0)) {
+        return false;
+    }
+    if (isAsChecked(directory, name)) {
+        return true;
+    }
+    moveBack(directory, name);
+    return false;
+}
+
+void Output::moveBack(const Descriptor& directory, const std::string& name) const {
+    renameToFreePlace(directory, name, m_parent.number(), m_name);
 }
 
 bool Output::isAsChecked(const Descriptor& directory, const std::string& name) const {

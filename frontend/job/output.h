@@ -45,6 +45,13 @@ public:
     /// @return whether everything is as before
     bool giveBack(const Descriptor& directory, const std::string& name, const struct stat& taken) const;
 
+    /// Moves away what is here, unless something else has taken its place.
+    /// @return whether it was moved
+    bool moveAway(const Descriptor& directory, const std::string& name) const;
+
+    /// Undoes `moveAway`, unless something else is here by now.
+    void moveBack(const Descriptor& directory, const std::string& name) const;
+
 private:
     explicit Output(const std::string& path);
     static Output file(const std::string& path, bool force, const std::string& kind);

@@ -3,6 +3,7 @@
 #include "disks/cloning.h"
 #include "disks/fatVolume.h"
 #include "disks/guard.h"
+#include "disks/stacks.h"
 #include "forms/keyRecord.h"
 #include "inputs/limits.h"
 #include "medium/readBack.h"
@@ -12,6 +13,9 @@
 #include <mediaRules.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <set>
+#include <utility>
 
 namespace velacreate {
 
@@ -62,10 +66,45 @@ void requireFillable(const Key& key, const UsbChoices& choices, const Inputs& in
                    "partition " + std::to_string(KEY_PARTITION) + " of " + key.disk.node());
 }
 
-Key examined(const Disk& disk, const UsbChoices& choices, const Inputs& inputs) {
+/// Something that the job needs while it makes keys, and the disks that carry it.
+struct Needed {
+    std::string text; ///< for messages
+    std::set<std::string> disks;
+};
+
+std::vector<Needed> neededBy(const UsbChoices& choices, const NamedDirectory& scratch) {
+    const std::filesystem::path directory = choices.job.directory;
+    std::vector<std::string> updates = {futurePath(directory)};
+    for (const auto& file : choices.job.files) {
+        updates.push_back(futurePath(directory / file));
+    }
+    std::vector<Needed> all = {{"the update files", disksBelow(updates)}};
+    for (const auto& [kind, path] : {std::pair("the tool package", choices.job.package),
+                                     {"the parent of the job directory", scratch.path},
+                                     {"the log file", choices.job.show.log},
+                                     {"the report", choices.report}}) {
+        if (!path.empty()) {
+            all.push_back({std::string(kind) + " " + quote(path), disksBelow({futurePath(path)})});
+        }
+    }
+    return all;
+}
+
+/// It would be lost, or keep the disk busy.
+void requireUnneeded(const Disk& disk, const std::vector<Needed>& needed) {
+    for (const auto& [text, disks] : needed) {
+        if (disks.count(disk.name) != 0) {
+            refuseFor(disk, "carries " + text + ", which must lie on another disk");
+        }
+    }
+}
+
+Key examined(const Disk& disk, const UsbChoices& choices, const Inputs& inputs,
+             const std::vector<Needed>& needed) {
     Key key{disk, describe(disk), std::nullopt, "", false};
     try {
         refuseFor(disk, ineligibilityReason(disk, choices.anyDisk));
+        requireUnneeded(disk, needed);
         key.isForKeys = true;
         key.lock.emplace(disk);
         if (choices.erase) {
@@ -146,10 +185,12 @@ void requireSelectedIfAlone(const std::vector<Key>& keys) {
     }
 }
 
-std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs, Console& console) {
+std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
+                            Console& console) {
+    const auto needed = neededBy(choices, scratch);
     std::vector<Key> keys;
     for (const auto& disk : choices.all ? removableMedia() : namedDisks(choices.devices)) {
-        keys.push_back(examined(disk, choices, inputs));
+        keys.push_back(examined(disk, choices, inputs, needed));
     }
     if (choices.all) {
         leaveOutForeign(keys, console);

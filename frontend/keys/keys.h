@@ -25,10 +25,12 @@ struct Key {
 };
 
 /// The named keys in their order, or all removable media that the guard allows. Media that are left out are
-/// shown.
+/// shown. A disk with a file that the job needs is not selected.
+/// @param scratch  the parent of the job directories
 /// @throw Refusal when a path names no disk or a disk twice, when the only key is not selected, or when there
 /// is no removable medium
-std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs, Console& console);
+std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
+                            Console& console);
 
 /// @throw Refusal when a path names no disk, or a disk twice
 std::vector<Disk> namedDisks(const std::vector<std::string>& paths);

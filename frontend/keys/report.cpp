@@ -6,11 +6,14 @@
 
 #include <cerrno>
 #include <cmath>
+#include <utility>
 
 #include <unistd.h>
 
 namespace velacreate {
 namespace {
+constexpr const char* KIND = "the report";
+
 using Json = nlohmann::ordered_json;
 
 std::string lineOf(const KeyRecord& key, const UpdateSums& updates) {
@@ -33,19 +36,27 @@ bool isFlushed(const Descriptor& file) {
 }
 } // namespace
 
-Report::Report(const std::string& path)
-    : m_file(path.empty() ? Descriptor() : openToAdd("the report", path)) {}
+Report::Report(std::string path) : m_path(std::move(path)) {
+    if (!m_path.empty()) {
+        requireAddable(KIND, m_path);
+    }
+}
 
 void Report::append(const KeyRecord& key, const UpdateSums& updates) {
+    if (m_path.empty()) {
+        return;
+    }
+    const auto path = std::exchange(m_path, "");
     if (!m_file.isOpen()) {
-        return;
+        try {
+            m_file = openToAdd(KIND, path);
+        } catch (const Refusal& refusal) {
+            throw Failure(refusal.what());
+        }
     }
-    if (writeText(m_file, lineOf(key, updates)) && isFlushed(m_file)) {
-        return;
-    }
-    const auto reason = SystemError().about("the report is incomplete from here on");
-    m_file = Descriptor();
-    throw Failure(reason);
+    check(writeText(m_file, lineOf(key, updates)) && isFlushed(m_file))
+        .orFail("the report is incomplete from here on");
+    m_path = path;
 }
 
 } // namespace velacreate

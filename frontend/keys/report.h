@@ -25,15 +25,17 @@ struct KeyRecord {
 /// A file with a JSON object on each line. Each call appends to it.
 class Report {
 public:
+    /// Makes no file yet: a call that is refused leaves none.
     /// @param path empty for no report
     /// @throw Refusal
-    explicit Report(const std::string& path);
+    explicit Report(std::string path);
 
     /// Appends a whole line, also when other calls append at the same time, and flushes.
     /// @throw Failure once; nothing is appended afterwards
     void append(const KeyRecord& key, const UpdateSums& updates);
 
 private:
+    std::string m_path; ///< empty when nothing is appended
     Descriptor m_file;
 };
 

@@ -81,8 +81,7 @@ void requireOtherLog(const ShowChoices& choices, const std::string& medium) {
     if (choices.log.empty() || medium.empty()) {
         return;
     }
-    std::error_code error;
-    const auto log = std::filesystem::weakly_canonical(std::filesystem::absolute(choices.log, error), error);
+    const std::filesystem::path log = futurePath(choices.log);
     refuseIf(log == medium || log.parent_path() == medium,
              "the log file " + quote(choices.log) + " is the medium, or in it; choose another");
 }

@@ -1,6 +1,7 @@
 #include "medium/outputJob.h"
 
 #include "display/summary.h"
+#include "inputs/checksum.h"
 #include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
 #include "job/supervisor.h"
@@ -23,6 +24,10 @@ namespace velacreate {
 namespace {
 std::string checksumPlace(const Kind& kind) {
     return kind.place + CHECKSUM_ENDING;
+}
+
+std::string nameOf(const Output& output) {
+    return std::filesystem::path(output.path()).filename();
 }
 
 void flush(const std::string& path) {
@@ -68,8 +73,7 @@ int finish(const OutputJob& job, const Descriptor& jobDirectory, Reporter& repor
     unstaged.get();
     tidyUp(job.choices, jobDirectory);
     if (checksum && result == 0) {
-        const auto name = std::filesystem::path(job.output.path()).filename();
-        checksum->writeTo(checksumPlace(kind), name, reporter);
+        checksum->writeTo(checksumPlace(kind), nameOf(job.output), reporter);
     }
     return result;
 }
@@ -86,10 +90,35 @@ int make(const OutputJob& job, Reporter& reporter) {
     return finish(job, jobDirectory, reporter);
 }
 
-/// The checksum comes second, so that it never belongs to a missing image.
+/// The checksum of the image that is to be replaced is moved away. Another file of this name stays.
+std::optional<Output> moveEarlierChecksum(const OutputJob& job, const Descriptor& jobDirectory) {
+    if (job.earlierChecksum.empty() || !job.output.present()) {
+        return std::nullopt;
+    }
+    try {
+        auto earlier = Output::checksum(job.earlierChecksum, true);
+        if (earlier.present() && isChecksumOf(earlier.openPresent(), nameOf(job.output)) &&
+            earlier.moveAway(jobDirectory, checksumPlace(job.inputs.kind))) {
+            return earlier;
+        }
+    } catch (const Refusal&) { // it is no file
+    }
+    return std::nullopt;
+}
+
+/// An earlier checksum goes first and a new one comes last, so that none ever belongs to another image.
 void putAllInPlace(const OutputJob& job, const Descriptor& jobDirectory, Outcome& outcome) {
     const auto& place = job.inputs.kind.place;
-    const auto taken = job.output.take(jobDirectory, place);
+    const auto earlierChecksum = moveEarlierChecksum(job, jobDirectory);
+    struct stat taken {};
+    try {
+        taken = job.output.take(jobDirectory, place);
+    } catch (const Failure&) {
+        if (earlierChecksum) {
+            earlierChecksum->moveBack(jobDirectory, checksumPlace(job.inputs.kind));
+        }
+        throw;
+    }
     if (job.checksum == nullptr) {
         return;
     }
@@ -112,6 +141,11 @@ void putInPlace(const OutputJob& job, const JobDirectory& jobDirectory, Outcome&
         outcome.status = EXIT_UNFINISHED;
         outcome.reason = failure.what();
     }
+}
+
+bool isThere(const std::string& path) {
+    struct stat about {};
+    return !path.empty() && lstat(path.c_str(), &about) == 0;
 }
 
 std::map<std::string, Gauge> gaugesOf(const Inputs& inputs, int jobDirectory) {
@@ -147,8 +181,8 @@ int makeOutput(const OutputJob& job, Console& console) {
         supervise({{medium, directory, work, gaugesOf(job.inputs, directory)}}, 1, signals, console).front();
     const auto size = sizeText(sizeBelow(directory, kind.place));
     putInPlace(job, jobDirectory, outcome);
-    if (outcome.status == 0 && !job.note.empty()) {
-        console.say(job.note);
+    if (outcome.status == 0 && isThere(job.earlierChecksum)) {
+        console.say("Note: " + quote(job.earlierChecksum) + " is of an earlier image");
     }
     keepIfWanted(job.choices, jobDirectory, console);
     const auto sum =

@@ -21,7 +21,8 @@ struct OutputJob {
     const Toolkit& toolkit;
     const Output& output;
     const Output* checksum; ///< null when none is wanted
-    std::string note;       ///< shown on success; may be empty
+    /// Where an earlier image may have left its checksum; empty when the checksum is made anew.
+    std::string earlierChecksum;
     /// The library's workflow. It makes the output at its kind's place.
     std::function<int(VelaLoggerIfc&)> workflow;
 };

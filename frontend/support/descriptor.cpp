@@ -156,6 +156,11 @@ std::string absolutePath(const std::string& path) {
     return absolute;
 }
 
+std::string futurePath(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error);
+}
+
 Descriptor openChosen(const std::string& path, int flags, mode_t type) {
     Descriptor file(open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     check(file.isOpen()).orRefuse(quote(path));
@@ -173,14 +178,19 @@ Descriptor openWithin(int directory, const std::string& path, int flags, unsigne
     return openResolved(directory, path, flags, mode, BENEATH | RESOLVE_NO_XDEV);
 }
 
-Descriptor openToAdd(const std::string& kind, const std::string& path) {
+namespace {
+/// @param creation  O_CREAT or 0
+/// @return closed when the file is missing and is not to be made
+Descriptor openedToAdd(const std::string& what, const std::string& path, int creation) {
     constexpr mode_t READABLE = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
-    const std::string what = kind + " " + quote(path);
     const auto directory = openTrustedDirectoryOf(path, what);
     const auto name = std::filesystem::path(path).filename();
     Descriptor file(openat(directory.number(), name.empty() ? "." : name.c_str(),
-                           O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
+                           O_WRONLY | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | creation,
                            READABLE));
+    if (!file.isOpen() && errno == ENOENT && creation == 0) {
+        return file;
+    }
     if (!file.isOpen()) {
         throw Refusal(errno == ELOOP ? what + " is a link" : SystemError().about(what));
     }
@@ -189,6 +199,19 @@ Descriptor openToAdd(const std::string& kind, const std::string& path) {
         throw Refusal(what + " is no file");
     }
     return file;
+}
+} // namespace
+
+Descriptor openToAdd(const std::string& kind, const std::string& path) {
+    return openedToAdd(kind + " " + quote(path), path, O_CREAT);
+}
+
+void requireAddable(const std::string& kind, const std::string& path) {
+    const std::string what = kind + " " + quote(path);
+    if (!openedToAdd(what, path, 0).isOpen()) {
+        const auto parent = std::filesystem::absolute(path).parent_path();
+        check(faccessat(AT_FDCWD, parent.c_str(), W_OK | X_OK, AT_EACCESS) == 0).orRefuse(what);
+    }
 }
 
 ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset) {

@@ -53,6 +53,9 @@ struct NamedDirectory {
 /// @throw Refusal
 std::string absolutePath(const std::string& path);
 
+/// @return the same for a file that may not exist yet
+std::string futurePath(const std::string& path);
+
 /// Opens a file or directory that the user has named. Does not wait for a FIFO's writer.
 /// @param type  S_IFREG or S_IFDIR
 /// @throw Refusal when it cannot be opened, or is of another type
@@ -70,6 +73,10 @@ Descriptor openWithin(int directory, const std::string& path, int flags, unsigne
 /// @param kind  for the message, such as "the log file"
 /// @throw Refusal when it cannot be opened, is such a link, or is anything else
 Descriptor openToAdd(const std::string& kind, const std::string& path);
+
+/// Refuses what openToAdd() would refuse. Makes no file.
+/// @throw Refusal
+void requireAddable(const std::string& kind, const std::string& path);
 
 /// Like pread(), but repeats until all bytes are read. Fewer bytes mean the end of the file.
 ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset);

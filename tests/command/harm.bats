@@ -85,6 +85,7 @@ load words
     rm -r kit
     kit 'cd /srv/job/work; mv i.iso /srv/job/aside; echo other >i.iso; cd - >/dev/null'
     echo old >work/i.iso
+    sha256sum work/i.iso | sed 's#work/##' >work/i.iso.sha256
     ends 4 undoing 'cat i.iso; mv ../aside i.iso' iso --force a.txt
     told '^other$'
     said 'run this job again, with --force to replace it'

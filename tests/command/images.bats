@@ -136,9 +136,17 @@ load words
     told ", its checksum in '/srv/job/out/o.x.iso.sha256', in "
 }
 
-@test "the checksum of an earlier image is noted" {
+@test "the checksum of an earlier image goes with it, and any other file of that name is noted" {
     mkdir out
-    touch out/i.iso out/i.iso.sha256
-    output=../out/i.iso makes iso --force a.txt
-    told "^Note: '/srv/job/out/i.iso.sha256' is of an earlier image$"
+    touch 'out/o\x.iso'
+    (cd out && sha256sum 'o\x.iso' | tee sum >'o\x.iso.sha256')
+    output='../out/o\x.iso' makes iso --force a.txt
+    [ ! -e 'out/o\x.iso.sha256' ]
+    local other
+    for other in 'cat ../sum ../sum' 'tr a-f A-F <../sum' 'sed "s/x.iso/y.iso/" ../sum' 'cut -c 2- ../sum' true; do
+        (cd out && mkdir -p old && cd old && eval "$other" >'../o\x.iso.sha256')
+        output='../out/o\x.iso' makes iso --force a.txt
+        [ -e 'out/o\x.iso.sha256' ]
+        told "^Note: '/srv/job/out/o.x.iso.sha256' is of an earlier image$"
+    done
 }

@@ -57,6 +57,10 @@ verify() { velacreate verify --package "${package:-tool.zip}" "$@"; }
 made() { (cd work && "$@" >/srv/made); }
 image() { made iso a.txt && mv work/i.iso x.iso; }
 keyImage() { truncate -s 16M key.img && mkfs.vfat --offset 63 key.img >/dev/null; }
+stick() { # a disk that is mounted on /mnt
+    truncate -s 16M disk && mke2fs -q disk && stick=$(losetup -f --show disk)
+    mounts "$stick" /mnt && losetup -d "$stick"
+}
 spoil() { printf x | dd of="$1" bs=1 seek="$2" conv=notrunc status=none; } # FILE BYTE
 
 # A call that ends well: it says nothing on standard error, and changes nothing but what it is to make.
