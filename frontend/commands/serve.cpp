@@ -61,6 +61,7 @@ int serve(const ServeChoices& choices, Console& console) {
     port.requireUnserved(choices.proxy);
     openLog(console, choices.show, path);
     const HeldSignals signals;
+    console.watchInterrupts(signals.descriptor().number());
     if (range && askToHandOut(*range, choices, signals, console) != 0) {
         console.complain("interrupted; nothing was served");
         return EXIT_INTERRUPTED;
