@@ -53,7 +53,7 @@ std::optional<std::string> serveMachines(const NetbootDirectory& directory, cons
     server.takeLine = [&](const std::string& line, Progress& progress) { log.take(line, progress); };
     server.whatIsGone = [&] {
         const auto change = port.change();
-        return change.empty() && !directory.isThere() ? "its directory was removed" : change;
+        return change.empty() ? directory.change() : change;
     };
     const auto outcome = supervise({server}, 1, signals, console).front();
     log.conclude();
