@@ -63,3 +63,20 @@ TEST_F(NetworkTest, PackageIsLookedThroughBeforeItIsServed) {
         shell("rm -rf served");
     }
 }
+
+TEST_F(NetworkTest, PackageIsServedOnlyAsItWasLookedThrough) {
+    prepare("mkdir served && cp work/tool.zip served/ks.zip && cd served && echo loader >pxelinux.0");
+    const NetbootDirectory directory("served");
+    const auto served = [&] {
+        std::string all;
+        directory.forEachFile([&](const std::string& name, const Descriptor&) { all += name + " "; });
+        return all + directory.change();
+    };
+    EXPECT_EQ(served(), "pxelinux.0 ks.zip ");
+    shell("touch served/img2a");
+    EXPECT_EQ(served(), "pxelinux.0 ks.zip its file 'img2a' was added");
+    shell("ln -sf ks.zip served/pxelinux.0");
+    EXPECT_EQ(outcomeOf(served), "failed: 'pxelinux.0': Too many levels of symbolic links");
+    shell("rm served/pxelinux.0 && mkfifo served/pxelinux.0");
+    EXPECT_EQ(outcomeOf(served), "failed: 'pxelinux.0' was changed after it was checked");
+}

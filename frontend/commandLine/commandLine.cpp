@@ -272,7 +272,7 @@ private:
 
     void addServe() {
         auto& command = add("serve", "Boot machines on a network from a network-boot directory");
-        call(command, [this] { return serve(m_serve, m_console); });
+        call(command, [this] { return serve(m_serve, m_caller, m_console); });
         command.add_option("DIR", m_serve.directory, "The network-boot directory to serve")->required();
         command.add_option("--interface", m_serve.interface, "The network port that leads to the machines")
             ->required()

@@ -15,7 +15,7 @@ int makeUsbKey(const UsbChoices& choices, const CallerEnvironment& caller, Conso
 int makeNetbootDirectory(const PxeChoices& choices, const CallerEnvironment& caller, Console& console);
 int burn(const BurnChoices& choices, const CallerEnvironment& caller, Console& console);
 int verify(const VerifyChoices& choices, const CallerEnvironment& caller, Console& console);
-int serve(const ServeChoices& choices, Console& console);
+int serve(const ServeChoices& choices, const CallerEnvironment& caller, Console& console);
 int identify(const std::string& device, Console& console);
 int listDisks(bool json, Console& console);
 

@@ -1,6 +1,7 @@
 #include "commands/commands.h"
 
 #include "display/question.h"
+#include "job/jobDirectory.h"
 #include "medium/jobInputs.h"
 #include "network/bootServer.h"
 #include "network/serving.h"
@@ -51,7 +52,7 @@ void announce(const NetbootDirectory& directory, const NetworkPort& port,
 }
 } // namespace
 
-int serve(const ServeChoices& choices, Console& console) {
+int serve(const ServeChoices& choices, const CallerEnvironment& caller, Console& console) {
     validateOptions(choices);
     requirePrograms({BOOT_SERVER});
     const auto path = absolutePath(choices.directory);
@@ -59,14 +60,16 @@ int serve(const ServeChoices& choices, Console& console) {
     const NetworkPort port(choices.interface);
     const auto range = rangeFor(choices, port);
     port.requireUnserved(choices.proxy);
+    const auto scratch = scratchDirectory("", caller).path;
     openLog(console, choices.show, path);
     const HeldSignals signals;
+    console.watchInterrupts(signals.descriptor().number());
     if (range && askToHandOut(*range, choices, signals, console) != 0) {
         console.complain("interrupted; nothing was served");
         return EXIT_INTERRUPTED;
     }
     announce(directory, port, range, console);
-    if (const auto problem = serveMachines(directory, port, range, signals, console)) {
+    if (const auto problem = serveMachines(directory, scratch, port, range, signals, console)) {
         console.complain(directory.text() + " is not served any more: " + *problem);
         return EXIT_UNFINISHED;
     }

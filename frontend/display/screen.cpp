@@ -13,8 +13,13 @@
 
 namespace velacreate {
 namespace {
+using Clock = std::chrono::steady_clock;
+
 constexpr int FOR_EVER = -1;
-constexpr int HARDLY_MS = 200;
+
+int milliseconds(Clock::duration time) {
+    return static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(time).count());
+}
 } // namespace
 
 void Screen::watchInterrupts(int interrupts) {
@@ -41,7 +46,12 @@ bool Screen::canWrite(int descriptor) const {
     for (;;) {
         std::array<pollfd, 2> sources = {
             {{descriptor, POLLOUT, 0}, {m_hasStopped ? -1 : m_interrupts.number(), POLLIN, 0}}};
-        const int ready = poll(sources.data(), sources.size(), m_hasStopped ? HARDLY_MS : FOR_EVER);
+        const auto start = Clock::now();
+        const int ready =
+            poll(sources.data(), sources.size(), m_hasStopped ? milliseconds(m_patience) : FOR_EVER);
+        if (m_hasStopped) {
+            m_patience -= std::min(m_patience, Clock::now() - start);
+        }
         if (ready < 0 && errno != EINTR) {
             return false;
         }

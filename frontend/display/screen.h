@@ -4,12 +4,13 @@
 
 #include "support/descriptor.h"
 
+#include <chrono>
 #include <string>
 
 namespace velacreate {
 
-/// A reader, such as a pager, may stop reading. An interrupt still works: after it, what cannot be written at
-/// once is lost.
+/// A reader, such as a pager, may stop reading. An interrupt still works: after it, all writes together wait
+/// for the reader for a fifth of a second. The rest is lost.
 class Screen {
 public:
     /// @param interrupts a descriptor that is readable after an interrupt; its owner may close it
@@ -25,6 +26,7 @@ private:
 
     Descriptor m_interrupts;
     mutable bool m_hasStopped = false;
+    mutable std::chrono::steady_clock::duration m_patience = std::chrono::milliseconds(200); ///< what is left
 };
 
 } // namespace velacreate

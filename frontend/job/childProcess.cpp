@@ -51,7 +51,7 @@ void endAtOnce(int number) {
 }
 
 void setUpProcess(int socket, int output) {
-    setpgid(0, 0);
+    setsid();
     supervisorSocket = socket;
     dieWithSupervisor();
     const Descriptor nothing(open("/dev/null", O_RDONLY | O_CLOEXEC));
@@ -108,13 +108,15 @@ ChildProcess::ChildProcess(int directory, const std::function<int(Reporter&)>& w
                        mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr) == 0;
         _exit(run(work, jobsEvents.number()));
     }
-    setpgid(m_number, m_number);
     m_process = Descriptor(process);
     [[maybe_unused]] const int back = fchdir(here.number());
 }
 
+// A process that was just started may not have its group yet.
 void ChildProcess::signal(int number) const {
-    kill(-m_number, number);
+    if (kill(-m_number, number) != 0) {
+        kill(m_number, number);
+    }
 }
 
 int ChildProcess::reap() const {

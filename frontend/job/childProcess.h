@@ -11,9 +11,9 @@
 
 namespace velacreate {
 
-/// A process in a group of its own, without input. Where possible (for root, or a user with user namespaces)
-/// it has its own process numbers and mounts: then all that it has started ends with it, and all that it has
-/// mounted is unmounted, even when the supervisor is killed.
+/// A process in a session and a group of its own, without input and without a terminal. Where possible (for
+/// root, or a user with user namespaces) it has its own process numbers and mounts: then all that it has
+/// started ends with it, and all that it has mounted is unmounted, even when the supervisor is killed.
 class ChildProcess {
 public:
     /// Starts a function in a directory. Its result becomes the exit status; a Refusal becomes EXIT_REFUSED,

@@ -1,6 +1,8 @@
 #include "network/bootServer.h"
 
 #include "job/childProcess.h"
+#include "network/serverRoot.h"
+#include "network/systemCalls.h"
 #include "support/failure.h"
 #include "support/programs.h"
 
@@ -9,14 +11,12 @@
 #include <cap-ng.h>
 
 #include <cstdlib>
+#include <ctime>
 #include <string>
 #include <vector>
 
-#include <fcntl.h>
 #include <linux/capability.h>
-#include <sys/mount.h>
 #include <sys/prctl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace velacreate {
@@ -25,42 +25,23 @@ constexpr int NOBODY = 65534;
 constexpr int NO_GROUP = 65534;
 constexpr auto ALL_SETS = static_cast<capng_type_t>(CAPNG_EFFECTIVE | CAPNG_PERMITTED | CAPNG_INHERITABLE |
                                                     CAPNG_BOUNDING_SET | CAPNG_AMBIENT);
-constexpr mode_t FOR_EVERYBODY = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
 
-/// Mounts a regular file. Nothing can replace it by a link or a pipe afterwards.
-void mountFile(const Descriptor& directory, const std::string& name) {
-    constexpr unsigned long CONFINED = MS_RDONLY | MS_NOSUID | MS_NODEV | MS_NOEXEC | MS_NOSYMFOLLOW;
-    const auto file = openBeneath(directory.number(), name, O_PATH);
-    if (!file.isOpen() || !S_ISREG(file.status().st_mode)) {
-        return;
-    }
-    const auto place = std::string(SERVED_PLACE) + "/" + name;
-    const Descriptor empty(open(place.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR));
-    check(empty.isOpen() && mount(file.path().c_str(), place.c_str(), nullptr, MS_BIND, nullptr) == 0 &&
-          mount(nullptr, place.c_str(), nullptr, MS_REMOUNT | MS_BIND | CONFINED, nullptr) == 0)
-        .orFail(quote(name) + " cannot be mounted for the server");
+/// The time zone now, with no need for a file about it, such as "UTC-05:30:00" for a place east of Greenwich.
+std::string timeZone() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    const auto seconds = std::abs(local.tm_gmtoff);
+    return (local.tm_gmtoff < 0 ? "UTC+" : "UTC-") + std::to_string(seconds / 3600) + ":" +
+           std::to_string(seconds / 60 % 60) + ":" + std::to_string(seconds % 60);
 }
 
-/// The server sees only the files of a network-boot directory.
-void mountNetbootDirectory() {
-    if (!hasOwnMounts()) {
-        throw Failure("mounts of its own cannot be had for the server");
-    }
-    const Descriptor directory(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    check(directory.isOpen() &&
-          mount("tmpfs", "/mnt", "tmpfs", MS_NOSUID | MS_NODEV, "mode=755,size=1m") == 0 &&
-          mkdir(SERVED_PLACE, FOR_EVERYBODY) == 0 && chdir(SERVED_PLACE) == 0)
-        .orFail("the network-boot directory cannot be mounted for the server");
-    for (const char* name : VelaCreation::NETBOOT_FILES) {
-        mountFile(directory, name);
-    }
-    mountFile(directory, VelaCreation::NETBOOT_ARCHIVE);
-}
-
-/// Its messages are read, so they must be in English.
-void useCLocale() {
-    check(setenv("LC_ALL", "C", 1) == 0)
-        .orFail("no language for the server"); // NOLINT(concurrency-mt-unsafe)
+/// Its messages are read, so they must be in English, with the time of this place.
+void setEnvironment() {
+    const auto zone = timeZone();
+    check(setenv("LC_ALL", "C", 1) == 0 &&    // NOLINT(concurrency-mt-unsafe)
+          setenv("TZ", zone.c_str(), 1) == 0) // NOLINT(concurrency-mt-unsafe)
+        .orFail("no language and no time zone for the server");
 }
 
 /// Before it hands out an address, it checks by a raw socket whether the address is in use.
@@ -74,8 +55,10 @@ std::vector<unsigned> capabilities(bool isProxy) {
 
 /// @param range  none where another server hands out addresses
 std::vector<std::string> serverCommand(const NetworkPort& port, const std::optional<AddressRange>& range) {
-    std::vector<std::string> command = {BOOT_SERVER,
+    std::vector<std::string> command = {pathOf(BOOT_SERVER),
                                         "--no-daemon",
+                                        "--user=", // it is nobody from the start
+                                        "--group=",
                                         "--conf-file=/dev/null",
                                         "--no-resolv",
                                         "--no-hosts",
@@ -121,14 +104,16 @@ void becomeNobody(const std::vector<unsigned>& capabilities) {
 }
 } // namespace
 
-void becomeServer(const NetworkPort& port, const std::optional<AddressRange>& range) {
+void becomeServer(const NetbootDirectory& directory, const std::string& scratch, const NetworkPort& port,
+                  const std::optional<AddressRange>& range) {
     const auto command = serverCommand(port, range);
     const auto arguments = argumentsOf(command);
-    mountNetbootDirectory();
-    useCLocale();
+    setEnvironment();
+    enterServerRoot(command.front(), directory, scratch);
     becomeNobody(capabilities(!range));
     dieWithSupervisor();
-    execvp(BOOT_SERVER, arguments.data());
+    forbidSystemCalls();
+    execv(arguments[0], arguments.data());
     throw Failure(SystemError().about(std::string(BOOT_SERVER) + " cannot be started"));
 }
 

@@ -3,20 +3,21 @@
 #pragma once
 
 #include "network/addresses.h"
+#include "network/netbootDirectory.h"
 #include "network/networkPort.h"
 
 #include <optional>
+#include <string>
 
 namespace velacreate {
 
 constexpr const char* BOOT_SERVER = "dnsmasq"; ///< the program
 
-/// The network-boot directory in the server's mounts.
-constexpr const char* SERVED_PLACE = "/mnt/package";
-
-/// In a job's process, in the network-boot directory: becomes the server.
+/// In a job's process: becomes the server of a network-boot directory.
+/// @param scratch  path of a directory for copies of the files
 /// @param range to hand out; none when another server does that
 /// @throw Failure
-[[noreturn]] void becomeServer(const NetworkPort& port, const std::optional<AddressRange>& range);
+[[noreturn]] void becomeServer(const NetbootDirectory& directory, const std::string& scratch,
+                               const NetworkPort& port, const std::optional<AddressRange>& range);
 
 } // namespace velacreate

@@ -1,7 +1,7 @@
 #include "network/machines.h"
 
 #include "network/addresses.h"
-#include "network/bootServer.h"
+#include "network/serverRoot.h"
 
 #include <mediaRules.h>
 

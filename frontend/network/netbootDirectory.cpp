@@ -13,7 +13,7 @@
 
 namespace velacreate {
 namespace {
-/// The server runs without privileges, so the file must be readable for everybody.
+/// Everybody on the network can fetch it.
 void requireReadable(const struct stat& about, const std::string& what) {
     if ((about.st_mode & S_IROTH) == 0) {
         throw Refusal(what +
@@ -30,23 +30,68 @@ NetbootDirectory::NetbootDirectory(std::string path)
         if (!file.isOpen() && name == VelaCreation::NETBOOT_LOADER) {
             throw Refusal(text() + " lacks " + quote(name) + ": a machine on the network starts from it");
         }
-        if (!file.isOpen()) {
-            m_missing.push_back(name);
-        }
+        take(name, file);
     }
     const auto archive = open(VelaCreation::NETBOOT_ARCHIVE);
     if (!archive.isOpen()) {
         throw Refusal(text() + " lacks " + quote(VelaCreation::NETBOOT_ARCHIVE) + ", with the update files");
     }
+    take(VelaCreation::NETBOOT_ARCHIVE, archive);
     requireArchive(archive);
+}
+
+/// Remembers how a file was found.
+void NetbootDirectory::take(const std::string& name, const Descriptor& file) {
+    m_files.push_back({name, file.isOpen() ? std::optional(file.status()) : std::nullopt});
+}
+
+std::vector<std::string> NetbootDirectory::missing() const {
+    std::vector<std::string> missing;
+    for (const auto& file : m_files) {
+        if (!file.found) {
+            missing.push_back(file.name);
+        }
+    }
+    return missing;
 }
 
 std::string NetbootDirectory::text() const {
     return "the network-boot directory " + quote(m_path);
 }
 
-bool NetbootDirectory::isThere() const {
-    return m_directory.status().st_nlink > 0;
+void NetbootDirectory::forEachFile(
+    const std::function<void(const std::string& name, const Descriptor& file)>& use) const {
+    for (const auto& [name, found] : m_files) {
+        if (!found) {
+            continue;
+        }
+        const auto file = openBeneath(m_directory.number(), name, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+        check(file.isOpen()).orFail(quote(name));
+        use(name, file);
+        if (!isUnchanged(*found, file.status())) {
+            throw Failure(quote(name) + " was changed after it was checked");
+        }
+    }
+}
+
+std::string NetbootDirectory::change() const {
+    struct stat now {};
+    if (stat(m_path.c_str(), &now) != 0) {
+        return "its directory was moved or removed";
+    }
+    if (!isSameFile(now, m_directory.status())) {
+        return "its directory was replaced";
+    }
+    for (const auto& [name, found] : m_files) {
+        const bool isThere = fstatat(m_directory.number(), name.c_str(), &now, AT_SYMLINK_NOFOLLOW) == 0;
+        if (isThere != found.has_value() || (isThere && !isUnchanged(*found, now))) {
+            return "its file " + quote(name) +
+                   (!isThere ? " was removed"
+                    : found  ? " was changed"
+                             : " was added");
+        }
+    }
+    return "";
 }
 
 /// @return closed when it is missing

@@ -44,16 +44,16 @@ struct ServerLog {
 };
 } // namespace
 
-std::optional<std::string> serveMachines(const NetbootDirectory& directory, const NetworkPort& port,
-                                         const std::optional<AddressRange>& range, const HeldSignals& signals,
-                                         Console& console) {
+std::optional<std::string> serveMachines(const NetbootDirectory& directory, const std::string& scratch,
+                                         const NetworkPort& port, const std::optional<AddressRange>& range,
+                                         const HeldSignals& signals, Console& console) {
     ServerLog log{console, {}};
     MediumJob server{directory.text(), directory.directory().number(),
-                     [&](Reporter& /*reporter*/) -> int { becomeServer(port, range); }};
+                     [&](Reporter& /*reporter*/) -> int { becomeServer(directory, scratch, port, range); }};
     server.takeLine = [&](const std::string& line, Progress& progress) { log.take(line, progress); };
     server.whatIsGone = [&] {
         const auto change = port.change();
-        return change.empty() && !directory.isThere() ? "its directory was removed" : change;
+        return change.empty() ? directory.change() : change;
     };
     const auto outcome = supervise({server}, 1, signals, console).front();
     log.conclude();

@@ -28,16 +28,6 @@ constexpr Origin ORIGINS[] = {
     {"dnsmasq", "dnsmasq-base"},
 };
 
-bool isOnSearchPath(const std::string& name, const char* searchPath) {
-    std::istringstream directories(searchPath);
-    for (std::string directory; std::getline(directories, directory, ':');) {
-        if (access((directory + "/" + name).c_str(), X_OK) == 0) {
-            return true;
-        }
-    }
-    return false;
-}
-
 std::string advice(const std::string& program) {
     for (const Origin& origin : ORIGINS) {
         if (program == origin.program) {
@@ -92,6 +82,17 @@ std::string contentOf(const Descriptor& file) {
 }
 } // namespace
 
+std::string pathOf(const std::string& program, const char* searchPath) {
+    std::istringstream directories(searchPath);
+    for (std::string directory; std::getline(directories, directory, ':');) {
+        auto path = directory + "/" + program;
+        if (access(path.c_str(), X_OK) == 0) {
+            return path;
+        }
+    }
+    return "";
+}
+
 int exitStatusOf(pid_t process) {
     int status = 0;
     while (waitpid(process, &status, 0) < 0) {
@@ -128,7 +129,7 @@ void requireRoot(const std::string& what) {
 
 void requirePrograms(const std::vector<const char*>& names, const char* searchPath) {
     for (const char* name : names) {
-        refuseIf(!isOnSearchPath(name, searchPath),
+        refuseIf(pathOf(name, searchPath).empty(),
                  std::string("the program ") + name + " is missing" + advice(name));
     }
 }

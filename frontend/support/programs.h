@@ -15,6 +15,9 @@ constexpr const char* SEARCH_PATH = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/u
 /// Where velacreate's own launchers look for programs.
 constexpr const char* LAUNCHERS_SEARCH_PATH = "/usr/bin";
 
+/// @return the path of a program; empty when it is missing
+std::string pathOf(const std::string& program, const char* searchPath = SEARCH_PATH);
+
 struct ProgramResult {
     int status;         ///< 127 when it could not be started
     std::string output; ///< standard output and standard error
