@@ -196,6 +196,13 @@ TEST_F(IsoFormTest, FindsDamage) {
          "\xff"
          "CD001",
          0, "\2", "the end of the volume descriptors: *"},
+        {EFI, "\2CD001", 0, "\0"s, "the Joliet volume descriptor: unexpected value of the type"},
+        {EFI, "\1\0PPC"s, -4, "\1", "the little-endian path table: unexpected value of *"},
+        {EFI, "\0\1PPC"s, -1, "\1", "the big-endian path table: unexpected value of *"},
+        {EFI, "\xbe\xef", 2, "\1", "the top directory, its record of itself: unexpected value of *"},
+        {EFI, "BOOT.CAT;1", -8, "\2", "'boot.catalog': it is missing"},
+        {EFI, "\0a\0.\0t\0x\0t"s, -31, both(0), "'a.txt' in the Joliet tree: unexpected value of the place"},
+        {EFI, "\0s\0u\0b"s, -31, both(20), "'sub' in the Joliet tree: bytes * belong to something else, too"},
         {EFI, record, 71, "\1\0\0\0"s, "'boot.catalog': it is not the boot catalog"},
         {EFI, record, 100, "x", "the boot record: *"},
         {EFI, catalog, 1, "\0"s, "the boot catalog: *"},

@@ -156,6 +156,10 @@ TEST_F(KeyFormTest, NamesEachFault) {
         {{{507, "\2"}}, "the fourth partition ends behind the medium"},
         {{{0x3fe00, "EFI PART"}},
          "the last sector, bytes 0x3fe00–0x3ffff, holds a second partition table (GPT)"},
+        {{{0x8001, "CD001"}}, "bytes 0x8001–0x8005 are the mark of ISO 9660"},
+        {{{VOLUME + 0x8001, "BEA01"}}, "bytes 0x9001–0x9005 are the mark of UDF"},
+        {{{VOLUME + 0x10040, "_BHRfS_M"}}, "bytes 0x11040–0x11047 are the mark of Btrfs"},
+        {inTables(0x238, "\x53\xef"), "bytes 0x1438–0x1439 are the mark of ext2, ext3 or ext4"},
         {{{VOLUME + 3, "MSDOS5.0"}}, boot("03): its OEM name is not what mkfs.vfat writes")},
         {{{VOLUME + 12, "\4"}}, boot("00): its sectors do not have 512 bytes")},
         {{{VOLUME + 13, "\3"}}, boot("00): its cluster size is not a power of two")},
@@ -195,6 +199,10 @@ TEST_F(KeyFormTest, NamesEachFault) {
          top("3: the attributes of 'Grub.cfg' are not those of a file or a directory")},
         {{{entryAt(3) + 12, "\x18"}},
          top("3: the attributes of 'Grub.cfg' are not those of a file or a directory")},
+        {{{entryAt(7) + 11, "\x28"}},
+         top("7: the attributes of 'BIG.BIN' are not those of a file or a directory")},
+        {{{entryAt(7) + 20, "\1"}},
+         top("7: the attributes of 'BIG.BIN' are not those of a file or a directory")},
         {{{entryAt(4), "\x43"}}, top("5: the pieces of a long name are not in order")},
         {{{entryAt(5), "\xe5"}}, top("5: it does not go on with the long name before it")},
         {{{entryAt(4) + 28, "x"}, {entryAt(4) + 24, "\0"s}}, top("4: the padding of its long name is wrong")},
@@ -213,12 +221,24 @@ TEST_F(KeyFormTest, NamesEachFault) {
         {{{entryAt(7) + 28, "\x15"}}, "update file 'big.bin' differs"},
         {{{clusterAt(8), "x"}}, "update file 'big.bin' differs"},
         {{{entryAt(8) + 11, "\x10"}}, "'NONE' has no clusters"}};
-    for (const auto& [patches, line] : damages) {
-        const auto lines = examine(patches);
-        EXPECT_NE(std::find(lines.begin(), lines.end(), line), lines.end()) << line << "\nis not in\n"
-                                                                            << joined(lines, "\n");
-    }
-    EXPECT_EQ(joined(examine(Patches{}), "; "), "");
+    const std::pair<Patches, std::string> damagesOf32[] = {
+        {{{VOLUME + 0x28, "\x81"}}, boot("28): its table flags is not what mkfs.vfat writes")},
+        {{{VOLUME + 0x2c, "\3"}}, boot("2c): its root cluster is not what mkfs.vfat writes")},
+        {{{VOLUME + 0x290, "x"}}, "an FSInfo sector (byte 0x1200) is not what mkfs.vfat writes"},
+        {{{VOLUME + 0x400, "x"}}, "bytes 0x1400–0x15ff, a reserved sector of the file system, are not zero"},
+        {{{VOLUME + 0xc80, "x"}},
+         "the backup of the boot sector (byte 0x1c00) is not what mkfs.vfat writes"}};
+    const auto expectEach = [&](const auto& rows) {
+        for (const auto& [patches, line] : rows) {
+            const auto lines = examine(patches);
+            EXPECT_NE(std::find(lines.begin(), lines.end(), line), lines.end()) << line << "\nis not in\n"
+                                                                                << joined(lines, "\n");
+        }
+        EXPECT_EQ(joined(examine(Patches{}), "; "), "");
+    };
+    expectEach(damages);
+    make("140", "32");
+    expectEach(damagesOf32);
 }
 
 /// A name that is found in any case may change its case, which these changes of a byte do not do.

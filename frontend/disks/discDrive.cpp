@@ -99,4 +99,11 @@ Descriptor DiscDrive::openDisc() const {
     return disc;
 }
 
+std::uint32_t DiscDrive::lastSession(const Descriptor& disc) {
+    cdrom_multisession session{};
+    session.addr_format = CDROM_LBA;
+    const bool isKnown = ioctl(disc.number(), CDROMMULTISESSION, &session) == 0 && session.addr.lba > 0;
+    return isKnown ? static_cast<std::uint32_t>(session.addr.lba) : 0;
+}
+
 } // namespace velacreate

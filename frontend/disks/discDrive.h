@@ -4,6 +4,7 @@
 
 #include "support/descriptor.h"
 
+#include <cstdint>
 #include <string>
 
 namespace velacreate {
@@ -42,6 +43,10 @@ public:
     /// Opens the disc that is in the drive now, without data cached from an earlier disc.
     /// @throw Refusal
     Descriptor openDisc() const;
+
+    /// The kernel mounts the last session of a disc, and not the volume at its beginning.
+    /// @return the block where the last session begins; 0 when it is the only one, or the drive does not say
+    static std::uint32_t lastSession(const Descriptor& disc);
 
 private:
     std::string m_name;

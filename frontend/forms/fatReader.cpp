@@ -47,7 +47,7 @@ public:
             compareFiles();
             reportRest();
             const auto end = place.range.offset + place.range.size;
-            reportFreeSpace(m_examination, {layout->end(), end - layout->end()});
+            reportVariation(m_examination, Variation::freeSpace, {layout->end(), end - layout->end()});
         }
         return m_findings;
     }
@@ -204,7 +204,7 @@ private:
         const auto slack = chain.clusters * m_layout->clusterSize() - entry.size;
         if (slack > 0) {
             const auto& last = chain.ranges.back();
-            reportFreeSpace(m_examination, {last.offset + last.size - slack, slack});
+            reportVariation(m_examination, Variation::freeSpace, {last.offset + last.size - slack, slack});
         }
     }
 
@@ -228,7 +228,8 @@ private:
         if (m_isWhole) { // else some may belong to what could not be read
             m_table->reportUntaken();
         }
-        m_table->forEachFreeRange([&](const ByteRange& range) { reportFreeSpace(m_examination, range); });
+        m_table->forEachFreeRange(
+            [&](const ByteRange& range) { reportVariation(m_examination, Variation::freeSpace, range); });
     }
 
     const Examination& m_examination;
@@ -247,21 +248,6 @@ private:
 KeyFindings examineFat(const Examination& examination, const Tree& expected, const FatPlace& place,
                        bool mayKeepFiles) {
     return FatReader(examination, expected, mayKeepFiles).examine(place);
-}
-
-void reportFreeSpace(const Examination& examination, const ByteRange& range) {
-    reportVariation(examination, Variation::freeSpace, range);
-    const std::string mark = "EFI PART";
-    const auto lastSector = (examination.medium.size() / SECTOR_SIZE - 1) * SECTOR_SIZE;
-    if (lastSector < range.offset || lastSector - range.offset >= range.size) {
-        return;
-    }
-    std::string found(mark.size(), '\0');
-    examination.medium.read(lastSector, found.data(), found.size());
-    if (found == mark) {
-        examination.differences.addForm("the last sector, " + rangeText({lastSector, SECTOR_SIZE}) +
-                                        ", holds a second partition table (GPT)");
-    }
 }
 
 } // namespace velacreate

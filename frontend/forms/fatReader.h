@@ -27,7 +27,4 @@ struct KeyFindings {
 KeyFindings examineFat(const Examination& examination, const Tree& expected, const FatPlace& place,
                        bool mayKeepFiles);
 
-/// Reports bytes that nothing refers to. Adds a difference when firmware would find a partition table there.
-void reportFreeSpace(const Examination& examination, const ByteRange& range);
-
 } // namespace velacreate

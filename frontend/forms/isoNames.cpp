@@ -49,16 +49,14 @@ std::u16string decodedBytes(const std::string& name, bool isLatin1) {
     return text;
 }
 
-/// @param dropsHigh  whether characters of two units are left out, which genisoimage does at the end of a
-/// name
-std::u16string decodedUtf8(const std::string& name, bool dropsHigh) {
+std::u16string decodedUtf8(const std::string& name) {
     constexpr wchar_t lastOfOneUnit = 0xffff;
     std::u16string text;
     for (std::size_t at = 0; at < name.size();) {
         wchar_t character = 0;
         const auto length = readCharacter(name, at, character);
         if (length == 0 || character > lastOfOneUnit) {
-            text += length > 0 && dropsHigh ? u"" : u"_";
+            text += SUBSTITUTE;
         } else {
             text += static_cast<char16_t>(character);
         }
@@ -98,7 +96,7 @@ std::u16string limitedJolietName(const std::u16string& name, bool isDirectory) {
 }
 
 std::u16string decoded(IsoPlatform platform, IsoCharset charset, const std::string& name) {
-    return charset == IsoCharset::utf8 ? decodedUtf8(name, platform == IsoPlatform::powerPc)
+    return charset == IsoCharset::utf8 ? decodedUtf8(name)
                                        : decodedBytes(name, platform == IsoPlatform::powerPc);
 }
 

@@ -1,5 +1,7 @@
 #include "forms/keyReader.h"
 
+#include "forms/foreignMarks.h"
+
 namespace velacreate {
 
 KeyFindings examineKey(const Examination& examination, const Tree& expected, const KeyForm& form) {
@@ -8,8 +10,9 @@ KeyFindings examineKey(const Examination& examination, const Tree& expected, con
         return {};
     }
     const FatPlace place = {*partition, !form.isImage, form.isImage};
+    refuseForeignMarks(examination, partition->offset);
     const auto end = partition->offset + partition->size;
-    reportFreeSpace(examination, {end, examination.medium.size() - end});
+    reportVariation(examination, Variation::freeSpace, {end, examination.medium.size() - end});
     return examineFat(examination, expected, place, form.mayKeepFiles);
 }
 

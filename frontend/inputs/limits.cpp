@@ -15,6 +15,7 @@
 namespace velacreate {
 namespace {
 constexpr std::uint64_t LARGEST_FILE = (std::uint64_t{1} << 32) - 1;
+constexpr std::size_t LONGEST_JOLIET_NAME = 103;
 constexpr wchar_t LAST_OF_ONE_UNIT = 0xffff; ///< higher characters take two units of UTF-16
 
 std::size_t utf16Units(const std::wstring& text) {
@@ -41,6 +42,15 @@ std::string objectionTo(const std::string& part) {
     }
     return utf16Units(*characters) > LONGEST_FAT_NAME ? "has a part that is too long" : "";
 }
+
+/// @return a part of a name as genisoimage writes it
+std::wstring jolietName(std::wstring part) {
+    const std::wstring forbidden = L"*:;?\\";
+    std::replace_if(
+        part.begin(), part.end(),
+        [&](wchar_t character) { return forbidden.find(character) != std::wstring::npos; }, L'_');
+    return part.substr(0, LONGEST_JOLIET_NAME);
+}
 } // namespace
 
 void requireFatNames(const std::vector<std::string>& places) {
@@ -59,6 +69,27 @@ void requireFatNames(const std::vector<std::string>& places) {
         if (!isNew && *other->second != place) {
             throw Refusal(quote(*other->second) + " and " + quote(place) +
                           " differ only in upper and lower case, which are the same to a FAT file system");
+        }
+    }
+}
+
+void requireJolietNames(const std::vector<std::string>& places) {
+    std::map<std::wstring, const std::string*> known;
+    for (const std::string& place : places) {
+        std::wstring name;
+        for (const std::string& part : partsOf(place)) {
+            const auto characters = decoded(part);
+            if (!characters || utf16Units(*characters) > characters->size()) {
+                throw Refusal(quote(place) +
+                              (characters ? " holds a character beyond U+FFFF" : " is not in UTF-8") +
+                              ", which a PowerPC image cannot carry");
+            }
+            name += L'/' + jolietName(*characters);
+        }
+        const auto [other, isNew] = known.try_emplace(name, &place);
+        if (!isNew) {
+            throw Refusal(quote(*other->second) + " and " + quote(place) +
+                          " have the same name in the Joliet tree of a PowerPC image");
         }
     }
 }

@@ -25,6 +25,11 @@ constexpr std::uint64_t sumOf(std::uint64_t one, std::uint64_t other) {
 /// @param places  all files and directories of the medium
 void requireFatNames(const std::vector<std::string>& places);
 
+/// Refuses names that genisoimage cuts off in the Joliet tree: those that are not in UTF-8, or have a
+/// character beyond U+FFFF. Refuses two names of a directory that become the same there.
+/// @param places  all files and directories of the medium
+void requireJolietNames(const std::vector<std::string>& places);
+
 /// Refuses a file of 4 GiB or more.
 /// @param medium  for the message, such as "an ISO image" or "a FAT file system"
 void requireFileSize(const std::string& place, std::uint64_t size, const std::string& medium);

@@ -95,12 +95,12 @@ void requireArrival(const Way& way, const Tree& updates) {
     }
 }
 
-void requireFat(const Tree& tree) {
+std::vector<std::string> placesOf(const Tree& tree) {
     std::vector<std::string> places;
     for (const auto& [place, part] : tree) {
         places.push_back(place);
     }
-    requireFatNames(places);
+    return places;
 }
 
 void addBesideArchive(Contents& contents, const std::vector<const char*>& names, const Tree& boot) {
@@ -135,7 +135,7 @@ Contents contentsOf(MediumKind medium, const ToolPackage& package, const UpdateF
     Contents contents;
     contents.tree = boot;
     if (kind.isFat) {
-        requireFat(boot);
+        requireFatNames(placesOf(boot));
     }
     if (kind.updatesComeLast) {
         way.removeFrom(contents.tree);
@@ -146,7 +146,10 @@ Contents contentsOf(MediumKind medium, const ToolPackage& package, const UpdateF
         way.removeFrom(contents.tree);
     }
     if (kind.isFat) {
-        requireFat(contents.tree);
+        requireFatNames(placesOf(contents.tree));
+    }
+    if (kind.isPlainJoliet) {
+        requireJolietNames(placesOf(contents.tree));
     }
     addBesideArchive(contents, kind.besideArchive, boot);
     return contents;

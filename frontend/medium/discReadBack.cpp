@@ -1,5 +1,6 @@
 #include "medium/readBack.h"
 
+#include "disks/discDrive.h"
 #include "support/failure.h"
 
 #include <algorithm>
@@ -19,6 +20,13 @@ Differences only(const std::string& line) {
     return differences;
 }
 } // namespace
+
+void refuseLaterSession(const Descriptor& disc, Differences& differences) {
+    if (const auto block = DiscDrive::lastSession(disc); block > 0) {
+        differences.addForm("another session begins at block " + std::to_string(block) +
+                            " of the disc, and machines read that one");
+    }
+}
 
 Differences compareDisc(const Descriptor& image, const Descriptor& disc, const Advance& advance) {
     const auto size = static_cast<std::size_t>(image.status().st_size);
@@ -47,7 +55,9 @@ Differences compareDisc(const Descriptor& image, const Descriptor& disc, const A
         done += static_cast<std::size_t>(count);
         advance(static_cast<std::uint64_t>(count));
     }
-    return {};
+    Differences differences;
+    refuseLaterSession(disc, differences);
+    return differences;
 }
 
 } // namespace velacreate

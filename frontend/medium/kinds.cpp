@@ -39,6 +39,7 @@ Kind powerPcImage() {
     Kind kind = image();
     kind.bootFiles = {{inBoot(POWERPC_LOADER), "a PowerPC machine starts from it"}};
     kind.toolkitPrograms = {"genisoimage"};
+    kind.isPlainJoliet = true;
     kind.removals = listOf(IMAGE_REMOVALS);
     kind.compare = comparePowerPcImage;
     return kind;

@@ -51,6 +51,7 @@ struct Kind {
     std::vector<const char*> besideArchive; ///< boot files; all other files are in an archive, which has no
                                             ///< names at its top that begin with a dot
     bool isFat = false;                     ///< names are limited, and found in any case
+    bool isPlainJoliet = false;             ///< names are not numbered where they would be the same
     std::string fileSizeLimit;              ///< what limits files to less than 4 GiB; else empty
 
     CompareMedium compare = nullptr;

@@ -41,6 +41,9 @@ bool isForOthers(const Examination& examination, IsoPlatform platform) {
 Examine imageExamination(const Comparison& comparison, IsoPlatform platform) {
     return [&comparison, platform](Findings& findings) {
         const auto& medium = comparison.medium;
+        if (medium.isDisc) {
+            refuseLaterSession(medium.file, findings.differences);
+        }
         examine(comparison, medium.file, medium.size, findings.differences,
                 [&](const Examination& examination) {
                     if (!isForOthers(examination, platform)) {

@@ -61,7 +61,10 @@ Differences compareBootRecord(const ReadMedium& medium, const ToolPackage& packa
 void compareDirectory(const Comparison& comparison, const Tree& expected,
                       const std::vector<std::string>& ignored, Differences& differences);
 
-/// Compares a disc with its image. What is behind the image's end is padding.
+/// Adds a difference when a disc has a session behind the one at its beginning.
+void refuseLaterSession(const Descriptor& disc, Differences& differences);
+
+/// Compares a disc with its image. What is behind the image's end is padding, if it is no other session.
 /// @return the first difference; none when they are the same
 /// @throw Failure when the image has changed
 Differences compareDisc(const Descriptor& image, const Descriptor& disc, const Advance& advance);
