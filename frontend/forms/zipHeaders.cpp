@@ -35,6 +35,7 @@ constexpr std::size_t MODIFIED = 5;
 constexpr std::size_t USER = 15;
 constexpr std::size_t GROUP = 20;
 
+constexpr std::uint64_t FAST = 1 << 2;
 constexpr std::uint64_t UNICODE_NAME = 1 << 11;
 constexpr std::uint64_t DEFLATED = 8;
 
@@ -82,7 +83,7 @@ bool isMarkable(const std::string& name) {
 /// What both headers of a member have alike.
 void addCommon(ZipHeader& header, const ZipMember& member, const ZipStyle& style) {
     const bool isMarked = style.marksUnicode.value_or(false) && isMarkable(member.name);
-    header.addNumber("the flags", 2, isMarked ? UNICODE_NAME : 0);
+    header.addNumber("the flags", 2, (isMarked ? UNICODE_NAME : 0) | (member.isFast ? FAST : 0));
     header.addNumber("the method", 2, member.isDeflated ? DEFLATED : 0);
     header.addVarying("the time", 4, member.time, Variation::timeStamp);
     header.addNumber("the checksum", 4, member.checksum);
@@ -239,6 +240,7 @@ ZipMember memberOf(const std::string& entry, std::uint64_t offset, const ZipStyl
     member.isDeflated = numberIn(entry, METHOD, 2) == DEFLATED;
     member.storedSize = member.isDeflated ? storedSize : member.size;
     member.checksum = number32(entry, CHECKSUM);
+    member.isFast = member.size > 0 && (numberIn(entry, FLAGS, 2) & FAST) != 0;
     member.isText = member.size > 0 && (numberIn(entry, TEXT_MARK, 1) & 1) != 0;
     return member;
 }

@@ -55,6 +55,7 @@ struct ZipMember {
     std::string name; ///< of a directory: with a slash at its end
     bool isDirectory = false;
     bool isDeflated = false;
+    bool isFast = false; ///< the level at which zip tried to deflate it
     bool isText = false;
     std::uint64_t size = 0;
     std::uint64_t storedSize = 0;

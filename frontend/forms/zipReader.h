@@ -6,8 +6,8 @@
 
 namespace velacreate {
 
-/// Accepts an archive as "zip -r" of Debian's zip 3.0 writes it, or "zip -X" from a list of names: the
-/// members without a gap, the directory of them in the same order, the end record, and nothing else.
+/// Accepts an archive as Debian's zip 3.0 writes it at its usual level, at a fast one or without deflating:
+/// the members without a gap, the directory of them in the same order, the end record, and nothing else.
 /// @param expected  files and directories, each of which must be a member
 /// @throw Failure when the archive or a source cannot be read
 void examineZip(const Examination& examination, const Tree& expected);
