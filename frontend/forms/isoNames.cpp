@@ -10,7 +10,6 @@ constexpr char16_t SUBSTITUTE = u'_';
 constexpr std::size_t LONGEST_STEM = 8;
 constexpr std::size_t LONGEST_EXTENSION = 3;
 constexpr std::size_t LONGEST_POWER_PC = 31;
-constexpr std::size_t LONGEST_JOLIET = 103;
 
 struct Parts {
     std::u16string stem;
@@ -86,12 +85,12 @@ std::u16string shortIdentifier(const std::u16string& name) {
 
 /// Keeps at least three characters of a file's extension. The dot between does not count.
 std::u16string limitedJolietName(const std::u16string& name, bool isDirectory) {
-    if (isDirectory || name.size() <= LONGEST_JOLIET) {
-        return name.substr(0, LONGEST_JOLIET);
+    if (isDirectory || name.size() <= LONGEST_JOLIET_NAME) {
+        return name.substr(0, LONGEST_JOLIET_NAME);
     }
     auto [stem, extension] = partsOfName(name);
-    stem.resize(std::min(stem.size(), LONGEST_JOLIET - std::min(extension.size(), LONGEST_EXTENSION)));
-    extension.resize(std::min(extension.size(), LONGEST_JOLIET - stem.size()));
+    stem.resize(std::min(stem.size(), LONGEST_JOLIET_NAME - std::min(extension.size(), LONGEST_EXTENSION)));
+    extension.resize(std::min(extension.size(), LONGEST_JOLIET_NAME - stem.size()));
     return joined({stem, extension});
 }
 
@@ -111,7 +110,8 @@ std::u16string plainIdentifier(IsoPlatform platform, IsoTreeKind kind, IsoCharse
         return shortIdentifier(text);
     }
     const auto allowed = withoutJolietSigns(text);
-    return isFromXorriso ? limitedJolietName(allowed, name.isDirectory) : allowed.substr(0, LONGEST_JOLIET);
+    return isFromXorriso ? limitedJolietName(allowed, name.isDirectory)
+                         : allowed.substr(0, LONGEST_JOLIET_NAME);
 }
 
 /// Names with the same text here may be numbered.
@@ -150,7 +150,7 @@ std::u16string withoutVersion(std::u16string name) {
 IsoNames::IsoNames(IsoPlatform platform, IsoTreeKind kind, IsoCharset charset,
                    const std::vector<IsoName>& names)
     : m_platform(platform), m_kind(kind),
-      m_limit(kind == IsoTreeKind::joliet    ? LONGEST_JOLIET + 1
+      m_limit(kind == IsoTreeKind::joliet    ? LONGEST_JOLIET_NAME + 1
               : platform == IsoPlatform::efi ? LONGEST_STEM + 1 + LONGEST_EXTENSION
                                              : LONGEST_POWER_PC) {
     std::map<std::u16string, std::size_t> count;

@@ -12,6 +12,8 @@
 
 namespace velacreate {
 
+constexpr std::size_t LONGEST_JOLIET_NAME = 103; ///< in units of UTF-16
+
 /// How the tool read names beyond ASCII, which depends on the locale that it ran in.
 enum class IsoCharset { utf8, bytes };
 

@@ -1,6 +1,7 @@
 #include "inputs/limits.h"
 
 #include "forms/fatNames.h"
+#include "forms/isoNames.h"
 #include "inputs/names.h"
 #include "support/failure.h"
 #include "support/texts.h"
@@ -15,7 +16,6 @@
 namespace velacreate {
 namespace {
 constexpr std::uint64_t LARGEST_FILE = (std::uint64_t{1} << 32) - 1;
-constexpr std::size_t LONGEST_JOLIET_NAME = 103;
 constexpr wchar_t LAST_OF_ONE_UNIT = 0xffff; ///< higher characters take two units of UTF-16
 
 std::size_t utf16Units(const std::wstring& text) {
