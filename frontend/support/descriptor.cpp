@@ -1,6 +1,7 @@
 #include "support/descriptor.h"
 
 #include "support/failure.h"
+#include "support/trustedPath.h"
 
 #include <keepErrno.h>
 
@@ -175,9 +176,11 @@ Descriptor openWithin(int directory, const std::string& path, int flags, unsigne
 Descriptor openToAdd(const std::string& kind, const std::string& path) {
     constexpr mode_t READABLE = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
     const std::string what = kind + " " + quote(path);
-    Descriptor file(open(path.c_str(),
-                         O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
-                         READABLE));
+    const auto directory = openTrustedDirectoryOf(path, what);
+    const auto name = std::filesystem::path(path).filename();
+    Descriptor file(openat(directory.number(), name.empty() ? "." : name.c_str(),
+                           O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
+                           READABLE));
     if (!file.isOpen()) {
         throw Refusal(errno == ELOOP ? what + " is a link" : SystemError().about(what));
     }

@@ -65,7 +65,8 @@ Descriptor openBeneath(int directory, const std::string& path, int flags, unsign
 /// The same, but does not cross mount points either.
 Descriptor openWithin(int directory, const std::string& path, int flags, unsigned mode = 0);
 
-/// Opens a file for appending, and creates it if missing. Refuses links and all but files and devices.
+/// Opens a file for appending, and creates it if missing. Refuses links, links on the way that others could
+/// have put there, and all but files and devices.
 /// @param kind  for the message, such as "the log file"
 /// @throw Refusal
 Descriptor openToAdd(const std::string& kind, const std::string& path);
