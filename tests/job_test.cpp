@@ -142,7 +142,9 @@ TEST_F(OutputTest, WhatCameMeanwhileIsLeftAlone) {
         const auto output = isImage ? Output::image(row[0], true) : Output::netbootDirectory(row[0], true);
         shell(row[2]);
         EXPECT_EQ(outcomeOf([&] { output.take(opened("new"), "made"); }),
-                  "failed: '/srv/job/" + row[0] + "' cannot be put in place: File exists");
+                  "failed: '/srv/job/" + row[0] +
+                      "' was made or changed meanwhile, perhaps by another job; look at it, and run this job "
+                      "again, with --force to replace it");
         EXPECT_EQ(contentOf(row[3]), "theirs\n");
         EXPECT_EQ(contentOf(isImage ? "new/made" : "new/made/ks.zip"), "new\n");
     }

@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include <unistd.h>
+#include <fcntl.h>
 
 namespace velacreate {
 namespace {
@@ -35,7 +35,9 @@ int identify(const std::string& device, Console& console) {
     VelaCreation::BootableUSB(logger).getUSBData(disk.node(), &about);
     console.printResult("vendor: " + printable(about.vendor) + "\nmodel:  " + printable(about.model) +
                         "\nsize:   " + about.size + "\n");
-    if (access(disk.node().c_str(), R_OK) != 0) {
+    // Opened for real, because root seems to have every right.
+    const Descriptor opened(open(disk.node().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!opened.isOpen()) {
         console.complain(SystemError().about(disk.node() + " cannot be read, so not all is detected"));
     }
     return 0;

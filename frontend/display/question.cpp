@@ -28,6 +28,11 @@ std::optional<std::string> readAnswer(const HeldSignals& signals) {
         line += sources[0].revents != 0 ? std::string(1, character) : "";
     }
 }
+/// Who types "Yes" or "y" means it.
+bool isMeantAsYes(const std::string& answer) {
+    const auto first = answer.find_first_not_of(' ');
+    return first != std::string::npos && (answer[first] == 'y' || answer[first] == 'Y');
+}
 } // namespace
 
 int askForYes(const HeldSignals& signals, const std::string& unasked, const std::string& refused,
@@ -42,7 +47,7 @@ int askForYes(const HeldSignals& signals, const std::string& unasked, const std:
         return EXIT_INTERRUPTED;
     }
     if (*answer != "yes") {
-        throw Refusal(refused);
+        throw Refusal(refused + (isMeantAsYes(*answer) ? "; only the answer \"yes\" counts" : ""));
     }
     return 0;
 }

@@ -11,7 +11,7 @@ namespace velacreate {
 
 /// Asks for a "yes".
 /// @param unasked the refusal when nobody can be asked
-/// @param refused the refusal for any other answer
+/// @param refused the refusal for any other answer; an answer such as "YES" gets a hint
 /// @return 0, or EXIT_INTERRUPTED
 /// @throw Refusal
 int askForYes(const HeldSignals& signals, const std::string& unasked, const std::string& refused,

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <utility>
 
 #include <fcntl.h>
@@ -159,14 +160,35 @@ private:
     std::vector<struct stat>& m_whole;
     std::vector<Pending> m_pending;
 };
+
+/// Names all that are missing at once. A single one is found by the search, which tells the reason.
+void requirePresent(int directory, const std::string& where, const std::vector<std::string>& sources) {
+    constexpr std::size_t MOST_NAMED = 20;
+    Beneath tree(directory);
+    std::string names;
+    std::size_t missing = 0;
+    for (const std::string& source : sources) {
+        if (!tree.open(source, O_PATH | O_NOFOLLOW).isOpen() && (errno == ENOENT || errno == ENOTDIR) &&
+            ++missing <= MOST_NAMED) {
+            names += (missing == 1 ? "" : ", ") + quote(source);
+        }
+    }
+    const std::size_t unnamed = missing - std::min(missing, MOST_NAMED);
+    refuseIf(missing > 1, std::to_string(missing) + " update files are not in " + quote(where) + ": " +
+                              names + (unnamed == 0 ? "" : " and " + std::to_string(unnamed) + " more"));
+}
 } // namespace
 
 UpdateFiles::UpdateFiles(const std::string& directory, const std::vector<std::string>& chosen)
     : m_directory(openedDirectory(directory)) {
     const ChosenPaths paths(directory, m_directory);
+    std::vector<std::string> sources;
+    std::transform(chosen.begin(), chosen.end(), std::back_inserter(sources),
+                   [&](const std::string& path) { return paths.below(path); });
+    requirePresent(m_directory.number(), directory, sources);
     Search search(m_directory.number(), directory, m_entries, m_whole);
-    for (const std::string& path : chosen) {
-        search.add(paths.below(path));
+    for (const std::string& source : sources) {
+        search.add(source);
     }
 }
 

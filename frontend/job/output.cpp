@@ -141,7 +141,15 @@ struct stat Output::take(const Descriptor& directory, const std::string& name) c
                              ? exchange(directory, name)
                              : rename(directory, name, m_parent.number(), m_name, RENAME_NOREPLACE) ||
                                    (lacksFlags() && rename(directory, name, m_parent.number(), m_name, 0));
-    check(isThere).orFail(quote(path()) + " cannot be put in place");
+    const SystemError error;
+    if (!isThere && error.number() == EEXIST) {
+        throw Failure(quote(path()) +
+                      " was made or changed meanwhile, perhaps by another job; look at it, and run "
+                      "this job again, with --force to replace it");
+    }
+    if (!isThere) {
+        throw Failure(error.about(quote(path()) + " cannot be put in place"));
+    }
     fsync(m_parent.number());
     return made.status();
 }

@@ -9,6 +9,15 @@ load words
     last 'what was found could not be shown'
 }
 
+@test "identify says that a disk cannot be opened, also to root" {
+    [ -b /dev/loop0 ] || skip "there are no loop devices here"
+    mounts -t tmpfs -o nodev none /mnt
+    cp -a /dev/loop0 /mnt
+    mounts --bind /mnt/loop0 /dev/loop0
+    ends 0 velacreate identify /dev/loop0
+    last '/dev/loop0 cannot be read, so not all is detected: Permission denied'
+}
+
 # The options with their values: of a command's help, and of its synopses in the man page.
 helped() { # COMMAND
     "${VELACREATE:?}" help "$1" | sed -nE 's/^  (--[^ ]+( [^ ]+)?)  .*/\1/p' | sed 's/,--/\n--/' | sort -u

@@ -81,13 +81,13 @@ load words
 @test "what has come to the output's place in the meantime is not replaced" {
     kit 'ln -s /srv/host/secret /srv/job/work/i.iso'
     ends 4 undoing 'rm i.iso' iso a.txt
-    said "'/srv/job/work/i.iso' cannot be put in place: File exists"
+    said "'/srv/job/work/i.iso' was made or changed meanwhile, perhaps by another job"
     rm -r kit
     kit 'cd /srv/job/work; mv i.iso /srv/job/aside; echo other >i.iso; cd - >/dev/null'
     echo old >work/i.iso
     ends 4 undoing 'cat i.iso; mv ../aside i.iso' iso --force a.txt
     told '^other$'
-    said 'cannot be put in place'
+    said 'run this job again, with --force to replace it'
 }
 
 @test "what has come to the checksum's place in the meantime is not replaced, and the image taken back" {
@@ -97,7 +97,7 @@ load words
     echo old >work/i.iso
     ends 4 undoing 'rm i.iso.sha256' iso --force --checksum a.txt
     said "'/srv/job/work/i.iso' was not made"
-    said "'/srv/job/work/i.iso.sha256' cannot be put in place: File exists"
+    said "'/srv/job/work/i.iso.sha256' was made or changed meanwhile"
 }
 
 @test "jobs side by side do not meet, in a directory that passes on its group" {

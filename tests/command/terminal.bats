@@ -35,10 +35,11 @@ Made the image '/srv/job/work/i\.iso', 2[0-9.]+ MiB, read back, in [0-9]+ s\r\n$
 
 # The answers that are none: each ends the call, and leaves everything as it was.
 refusesAllButYes() { # REFUSAL CALL...
-    local answer
-    for answer in no y YES Yes yess 'yes ' ' yes' ''; do
+    local answer hint
+    for answer in no '' ' ' y YES Yes yess 'yes ' ' yes'; do
+        [[ $answer != *[yY]* ]] || hint='; only the answer "yes" counts'
         ends 2 onTerminal 100 'Type yes to go on: ' "$answer"$'\n' -- "${@:2}"
-        shown "velacreate: $1\r\n$"
+        shown "Type yes to go on: .*velacreate: $1${hint:-}\r\n$"
     done
     ends 2 onTerminal 100 'Type yes to go on: ' $'\x04' -- "${@:2}"
     shown "velacreate: $1\r\n$"
