@@ -1,6 +1,7 @@
 #include "commandLine/commandLine.h"
 
 #include "commandLine/helpText.h"
+#include "commandLine/nearest.h"
 #include "commands/commands.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
@@ -326,6 +327,18 @@ private:
         return printable(text);
     }
 
+    /// @return the option that a mistyped one was meant to be, as a question; may be empty
+    static std::string meantIn(const CLI::App& command, const std::string& mistyped) {
+        std::vector<std::string> known;
+        for (const auto* option : command.get_options()) {
+            for (const auto& name : option->get_lnames()) {
+                known.push_back("--" + name);
+            }
+        }
+        const auto nearest = nearestTo(mistyped, known);
+        return nearest.empty() ? "" : " (did you mean " + nearest + "?)";
+    }
+
     /// An unknown word is reported first: it may be a misspelt option that seems to be missing.
     [[noreturn]] void refuse(const CLI::ParseError& error) const {
         if (const auto early = m_app.remaining(); !early.empty() && !m_app.get_subcommands().empty()) {
@@ -341,7 +354,8 @@ private:
         const auto option = std::find_if(strange.begin(), strange.end(), isOption);
         const bool isAfterNoCommand = chosen.empty() && option != strange.begin();
         if (option != strange.end() && !isAfterNoCommand) {
-            throw Refusal("there is no option " + quote(option->substr(0, option->find('='))) + see);
+            const auto name = option->substr(0, option->find('='));
+            throw Refusal("there is no option " + quote(name) + meantIn(command, name) + see);
         }
         if (!strange.empty()) {
             throw Refusal((chosen.empty() ? "there is no command " : "nothing can be made of ") +
