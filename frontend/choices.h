@@ -62,7 +62,6 @@ struct PxeChoices {
 struct BurnChoices {
     std::string image;
     std::string device;
-    bool quiet = false;
     bool verify = true;
     ShowChoices show;
 };

@@ -23,6 +23,11 @@ void addMessageOptions(CLI::App& command, ShowChoices& show) {
     command.add_option("--log", show.log, "Append all messages to this file")->type_name("FILE");
 }
 
+void addQuiet(CLI::App& command, Console& console) {
+    command.add_flag_callback(
+        "--quiet", [&console] { console.beQuiet(); }, "Show only differences and failures");
+}
+
 void addPauses(CLI::App& command, ShowChoices& show) {
     command.add_flag("--pauses", show.pauses, "Pause for ten seconds at the start of each stage");
 }
@@ -39,12 +44,13 @@ void addUpdates(CLI::App& command, JobChoices& job) {
     command.add_flag("--keep", job.keep, "Keep the job directory and print its path");
 }
 
-void addJobOptions(CLI::App& command, JobChoices& job) {
+void addJobOptions(CLI::App& command, JobChoices& job, Console& console) {
     addPackage(command, job)->required();
     addUpdates(command, job);
     command.add_flag("--verify,!--no-verify", job.verify,
                      "Read the finished medium back and compare it (default), or do not");
     addMessageOptions(command, job.show);
+    addQuiet(command, console);
     addPauses(command, job.show);
 }
 
@@ -156,7 +162,7 @@ private:
     void addIso() {
         auto& command = add("iso", "Make a bootable ISO image");
         call(command, [this] { return makeIso(m_iso, m_caller, m_console); });
-        addJobOptions(command, m_iso.job);
+        addJobOptions(command, m_iso.job, m_console);
         command.add_option("--output", m_iso.output, "The image to make; its name ends in .iso")
             ->required()
             ->type_name("IMAGE");
@@ -173,7 +179,7 @@ private:
             requireOneOf(command, {"--device", "--all", "--image"});
             return makeUsbKey(m_usb, m_caller, m_console);
         });
-        addJobOptions(command, m_usb.job);
+        addJobOptions(command, m_usb.job, m_console);
         command.add_option("--device", m_usb.devices, "The key, a whole disk; may be given several times")
             ->allow_extra_args(false)
             ->type_name("DEVICE");
@@ -202,7 +208,7 @@ private:
     void addPxe() {
         auto& command = add("pxe", "Make a network-boot directory");
         call(command, [this] { return makeNetbootDirectory(m_pxe, m_caller, m_console); });
-        addJobOptions(command, m_pxe.job);
+        addJobOptions(command, m_pxe.job, m_console);
         command.add_option("--output", m_pxe.output, "The network-boot directory to make")
             ->required()
             ->type_name("DIR");
@@ -214,10 +220,10 @@ private:
         call(command, [this] { return burn(m_burn, m_caller, m_console); });
         command.add_option("IMAGE", m_burn.image, "The image to burn")->required();
         command.add_option("DEVICE", m_burn.device, "The drive")->required();
-        command.add_flag("--quiet", m_burn.quiet, "Do not announce the stages");
         command.add_flag("--verify,!--no-verify", m_burn.verify,
                          "Read the disc back and compare it (default), or do not");
         addMessageOptions(command, m_burn.show);
+        addQuiet(command, m_console);
         addPauses(command, m_burn.show);
     }
 
@@ -255,6 +261,7 @@ private:
                 "The machines that must start from the image: UEFI (linux) or PowerPC (ppc); by default, "
                 "those that do");
         addMessageOptions(command, m_verify.job.show);
+        addQuiet(command, m_console);
         addWork(command, m_verify.work);
     }
 

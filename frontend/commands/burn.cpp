@@ -6,7 +6,7 @@ namespace velacreate {
 
 int burn(const BurnChoices& choices, const CallerEnvironment& caller, Console& console) {
     return Burner(choices.device, caller)
-        .burn(choices.image, choices.quiet, choices.verify, choices.show, console);
+        .burn(choices.image, console.isQuiet(), choices.verify, choices.show, console);
 }
 
 } // namespace velacreate

@@ -61,7 +61,7 @@ int makeIso(const IsoChoices& choices, const CallerEnvironment& caller, Console&
     const auto output = Output::image(choices.output, choices.force);
     const int status = makeImage(choices, output, caller, console);
     return status == 0 && burner
-               ? burner->burn(output.path(), false, choices.job.verify, choices.job.show, console)
+               ? burner->burn(output.path(), console.isQuiet(), choices.job.verify, choices.job.show, console)
                : status;
 }
 

@@ -25,7 +25,7 @@ void Console::openLog(bool verbose, const std::string& logFile) {
 }
 
 Progress& Console::beginProgress(const std::vector<std::string>& media) {
-    m_progress = makeProgress(m_screen, media);
+    m_progress = m_isQuiet ? std::make_unique<Progress>() : makeProgress(m_screen, media);
     return *m_progress;
 }
 
@@ -41,6 +41,14 @@ void Console::message(int level, const std::string& text) {
 }
 
 void Console::say(const std::string& text) {
+    if (m_isQuiet) {
+        log(VelaCreation::LEVEL_PROGRESS, text);
+    } else {
+        showFinding(text);
+    }
+}
+
+void Console::showFinding(const std::string& text) {
     log(VelaCreation::LEVEL_PROGRESS, text);
     show(STDOUT_FILENO, text);
 }

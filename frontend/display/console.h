@@ -31,8 +31,14 @@ public:
     /// A message of the library or of a program.
     void message(int level, const std::string& text);
 
-    /// A line to standard output.
+    /// From now on, only what is found and what fails is shown.
+    void beQuiet() { m_isQuiet = true; }
+    bool isQuiet() const { return m_isQuiet; }
+
+    /// A line to standard output, for people.
     void say(const std::string& text);
+    /// A difference that was found. It is a line on standard output, also when the console is quiet.
+    void showFinding(const std::string& text);
     /// Several lines, such as a table.
     void sayLines(const std::string& lines);
 
@@ -62,6 +68,7 @@ private:
 
     Screen m_screen;
     bool m_verbose = false;
+    bool m_isQuiet = false;
     bool m_isLogChosen = false;
     Descriptor m_log;
     std::vector<std::string> m_unlogged; ///< until it is known whether there is a log

@@ -79,7 +79,7 @@ public:
 
     void draw() override {
         const auto size = terminalSize();
-        std::string lines = m_drawn != 0 ? "\033[" + std::to_string(m_drawn) + "A" : "";
+        std::string lines;
         const auto rows = shownRows(size.ws_row);
         for (const Row* row : rows) {
             lines += "\r\033[K" + lineFor(*row, size.ws_col) + "\n";
@@ -88,9 +88,13 @@ public:
         if (drawn > rows.size()) {
             lines += "\r\033[K" + std::to_string(m_rows.size() - rows.size()) + " more\n";
         }
-        lines += m_drawn > drawn ? "\033[J" : "";
+        if (m_drawn != 0 && lines == m_lines) {
+            return;
+        }
+        m_lines = lines;
+        m_screen.write(STDOUT_FILENO, (m_drawn != 0 ? "\033[" + std::to_string(m_drawn) + "A" : "") + lines +
+                                          (m_drawn > drawn ? "\033[J" : ""));
         m_drawn = drawn;
-        m_screen.write(STDOUT_FILENO, lines);
     }
 
 private:
@@ -123,15 +127,20 @@ private:
         return rows;
     }
 
+    /// The percentage has its place on any terminal.
     std::string lineFor(const Row& row, std::size_t width) const {
-        std::string line = (m_rows.size() > 1 && !row.medium.empty() ? row.medium + "  " : "") + row.stage;
-        for (const auto& part : figuresOf(row)) {
-            if (line.size() + part.size() > width) {
+        const std::string text =
+            (m_rows.size() > 1 && !row.medium.empty() ? row.medium + "  " : "") + row.stage;
+        const auto figures = figuresOf(row);
+        const auto needed = figures.empty() ? 0 : figures.front().size();
+        std::string line = text.substr(0, width - std::min<std::size_t>(width, needed));
+        for (const auto& figure : figures) {
+            if (line.size() + figure.size() > width) {
                 break;
             }
-            line += part;
+            line += figure;
         }
-        return line.substr(0, width);
+        return line;
     }
 
     static std::vector<std::string> figuresOf(const Row& row) {
@@ -139,7 +148,8 @@ private:
             return {};
         }
         const auto done = std::min(row.done, row.expected);
-        std::vector<std::string> figures = {"  " + sizeText(done) + " of " + sizeText(row.expected)};
+        std::vector<std::string> figures = {"  " + std::to_string(done * 100 / row.expected) + "%",
+                                            ", " + sizeText(done) + " of " + sizeText(row.expected)};
         const std::chrono::duration<double> taken = Clock::now() - row.start;
         if (taken.count() > 1) {
             const double rate = static_cast<double>(done) / taken.count();
@@ -152,6 +162,7 @@ private:
 
     const Screen& m_screen;
     std::size_t m_drawn = 0; ///< on the terminal
+    std::string m_lines;     ///< as last drawn
     std::vector<Row> m_rows;
 };
 } // namespace

@@ -11,7 +11,7 @@
 
 namespace velacreate {
 
-/// Media are numbered from 0, in the order of their names.
+/// Shows nothing. Media are numbered from 0, in the order of their names.
 class Progress {
 public:
     Progress() = default;
@@ -20,7 +20,7 @@ public:
     Progress& operator=(const Progress&) = delete;
 
     /// @param expected bytes; 0 when unknown
-    virtual void stage(std::size_t medium, const std::string& text, std::uint64_t expected) = 0;
+    virtual void stage(std::size_t /*medium*/, const std::string& /*text*/, std::uint64_t /*expected*/) {}
     virtual void expect(std::size_t /*medium*/, std::uint64_t /*bytes*/) {}
     virtual void done(std::size_t /*medium*/, std::uint64_t /*bytes*/) {}
     /// @param text the result
@@ -35,12 +35,13 @@ public:
     virtual bool isLive() const { return false; }
     /// Clears the lines, so that others can be written.
     virtual void erase() {}
+    /// Draws the lines if they have changed.
     virtual void draw() {}
 };
 
-/// On a terminal, one line for each medium: the stage, bytes done and expected, rate and time left. When
-/// there are too many, only media at work are shown, and the number of the others. Elsewhere, a line for each
-/// stage.
+/// On a terminal, one line for each medium: the stage, the percentage, bytes done and expected, rate and time
+/// left, as far as there is room. When there are too many, only media at work are shown, and the number of
+/// the others. Elsewhere, a line for each stage.
 std::unique_ptr<Progress> makeProgress(const Screen& screen, const std::vector<std::string>& media);
 
 } // namespace velacreate

@@ -37,6 +37,7 @@ bool isMeantAsYes(const std::string& answer) {
 
 int askForYes(const HeldSignals& signals, const std::string& unasked, const std::string& refused,
               Console& console) {
+    refuseIf(console.isQuiet(), "with --quiet nothing is asked; add --yes");
     if (isatty(STDIN_FILENO) == 0) {
         throw Refusal(unasked);
     }

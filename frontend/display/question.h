@@ -13,7 +13,7 @@ namespace velacreate {
 /// @param unasked the refusal when nobody can be asked
 /// @param refused the refusal for any other answer; an answer such as "YES" gets a hint
 /// @return 0, or EXIT_INTERRUPTED
-/// @throw Refusal
+/// @throw Refusal also when the console is quiet
 int askForYes(const HeldSignals& signals, const std::string& unasked, const std::string& refused,
               Console& console);
 

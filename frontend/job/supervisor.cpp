@@ -149,7 +149,7 @@ private:
             m_isBurning = true;
             break;
         case Event::Kind::finding:
-            m_console.say(m_name + event.text);
+            m_console.showFinding(m_name + event.text);
             break;
         case Event::Kind::note:
             m_console.say("Note: " + m_name + event.text);

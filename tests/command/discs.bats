@@ -7,8 +7,7 @@ load words
     kit ''
     makes velacreate burn ../x.iso stdio:/srv/job/disc --quiet --no-verify
     cmp -n "$(stat -c %s x.iso)" x.iso disc
-    not told 'Burning the'
-    not told Compared
+    [ ! -s /srv/out ] || fails "that was not quiet"
 }
 
 @test "iso --burn makes an image, burns it and compares the disc" {

@@ -5,6 +5,15 @@ load words
 @test "jobs that fail or are told to end" { endsAsTold failures; }
 @test "media that differ, and comparisons that fail" { endsAsTold differences; }
 
+@test "with --quiet, standard output has only the differences" {
+    kit ''
+    makes iso --quiet --burn stdio:/srv/job/disc a.txt
+    [ ! -s /srv/out ] || fails "that was not quiet"
+    ends 3 verify --quiet --image i.iso a.txt zephyn
+    diff - /srv/out <<<"update file 'zephyn' is missing"
+    last "the image '/srv/job/work/i.iso' differs from what would be made now (3): update file 'zephyn' is missing."
+}
+
 @test "the log ends as standard error does" {
     kit 'exit 1'
     ends 109 iso --log /srv/log a.txt

@@ -6,7 +6,7 @@ load words
     kit '/usr/bin/xorriso "$@"; sleep 1.5; exit 0'
     head -c 20m /dev/zero >work/big
     makes onTerminal 100 -- iso big
-    shown '\r\x1b\[KCreating iso file  20\.[0-9] MiB of 20\.[0-9] MiB, [0-9.]+ MiB/s, 0:00 left\r\n.*\x1b\[1A\r\x1b\[J'"\
+    shown '\r\x1b\[KCreating iso file  100%, 20\.[0-9] MiB of 20\.[0-9] MiB, [0-9.]+ MiB/s, 0:00 left\r\n.*\x1b\[1A\r\x1b\[J'"\
 Made the image '/srv/job/work/i\.iso', 2[0-9.]+ MiB, read back, in [0-9]+ s\r\n$"
     not shown 'Creating iso file\.\.\.'
 }
@@ -15,7 +15,7 @@ Made the image '/srv/job/work/i\.iso', 2[0-9.]+ MiB, read back, in [0-9]+ s\r\n$
     kit '/usr/bin/xorriso "$@"; sleep 0.5; exit 0'
     head -c 20m /dev/zero >work/big
     makes onTerminal 24 -- iso big
-    shown '\x1b\[KCreating iso file[^\r\n]{0,6}\r\n'
+    shown '\x1b\[KCreating iso file  [0-9]+%\r\n'
     not shown '\x1b\[K[^\r\n]{24}'
 }
 
@@ -61,6 +61,8 @@ refusesAllButYes() { # REFUSAL CALL...
     refusesAllButYes "the key was left as it is" \
         velacreate usb --package tool.zip --device "$disk" --any-disk --erase zephyn
     shown 'velacreate: interrupted; nothing was changed\r\n$'
+    refuses "with --quiet nothing is asked; add --yes" \
+        velacreate usb --quiet --package tool.zip --device "$disk" --any-disk --erase zephyn
     refuses "without a terminal, only --yes lets a key be changed" \
         velacreate usb --package tool.zip --device "$disk" --any-disk --erase zephyn
 }
