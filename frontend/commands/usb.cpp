@@ -85,11 +85,12 @@ Report openReport(const std::string& path, const std::string& log, const Inputs&
 
 int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
              Console& console) {
-    auto keys = chooseKeys(choices, inputs, console);
+    auto chosen = chooseKeys(choices, inputs, console);
+    auto& keys = chosen.keys;
     inputs.requireRoom(scratch, 1 + countFull(choices, countSelected(keys)), 0);
     openLog(console, choices.job.show, "", &inputs);
     auto report = openReport(choices.report, choices.job.show.log, inputs);
-    KeyResults results(keys, choices, report, console);
+    KeyResults results(chosen, choices, report, console);
     if (countSelected(keys) == 0) {
         return results.conclude({});
     }
