@@ -23,31 +23,6 @@ namespace {
 
 using DisplayTest = JobTest;
 
-/// Something else in the place of standard output or standard error.
-class Redirected {
-public:
-    Redirected(int number, const Descriptor& target) : m_number(number), m_before(dup(number)) {
-        dup2(target.number(), number);
-    }
-    Redirected(const Redirected&) = delete;
-    Redirected& operator=(const Redirected&) = delete;
-    ~Redirected() { dup2(m_before.number(), m_number); }
-
-private:
-    int m_number;
-    Descriptor m_before;
-};
-
-/// What is written to standard output, then, after a bar, to standard error.
-std::string outputOf(const std::function<void()>& call) {
-    {
-        const Redirected output(STDOUT_FILENO, opened("said", O_WRONLY | O_CREAT | O_TRUNC | O_APPEND));
-        const Redirected errors(STDERR_FILENO, opened("complained", O_WRONLY | O_CREAT | O_TRUNC | O_APPEND));
-        call();
-    }
-    return contentOf("said") + "|" + contentOf("complained");
-}
-
 /// What comes out of a terminal until nothing more does.
 std::string readFrom(const Descriptor& terminal) {
     std::string text;

@@ -6,9 +6,11 @@
 #include "support/failure.h"
 
 #include <fstream>
+#include <functional>
 #include <type_traits>
 
 #include <fcntl.h>
+#include <unistd.h>
 
 /// Runs a cell of a table in /srv/job, in the words of frontend.sh.
 inline void prepare(const std::string& cell) {
@@ -66,3 +68,28 @@ struct Told {
     std::uint64_t bytes = 0;
     velacreate::Advance advance = [this](std::uint64_t more) { bytes += more; };
 };
+
+/// Something else in the place of standard output or standard error.
+class Redirected {
+public:
+    Redirected(int number, const velacreate::Descriptor& target) : m_number(number), m_before(dup(number)) {
+        dup2(target.number(), number);
+    }
+    Redirected(const Redirected&) = delete;
+    Redirected& operator=(const Redirected&) = delete;
+    ~Redirected() { dup2(m_before.number(), m_number); }
+
+private:
+    int m_number;
+    velacreate::Descriptor m_before;
+};
+
+/// What is written to standard output, then, after a bar, to standard error.
+inline std::string outputOf(const std::function<void()>& call) {
+    {
+        const Redirected output(STDOUT_FILENO, opened("said", O_WRONLY | O_CREAT | O_TRUNC | O_APPEND));
+        const Redirected errors(STDERR_FILENO, opened("complained", O_WRONLY | O_CREAT | O_TRUNC | O_APPEND));
+        call();
+    }
+    return contentOf("said") + "|" + contentOf("complained");
+}

@@ -3,7 +3,7 @@
 #include "disks/powerDown.h"
 #include "frontend.h"
 #include "inputs/checksum.h"
-#include "keys/report.h"
+#include "keys/keyResults.h"
 #include "loop.h"
 
 #include <chrono>
@@ -99,23 +99,63 @@ TEST_F(StationTest, SumsAreThoseOfSha256sum) {
         shell("head -c " + std::string(size) + " /dev/urandom >file && sha256sum file >sum");
         EXPECT_EQ(sha256Of(opened("file")), contentOf("sum").substr(0, 64)) << size;
     }
+    prepare("pack boot/a && sha256sum work/p.zip >sum");
+    EXPECT_EQ(ToolPackage("work/p.zip", CloneImages::wanted).sum(), contentOf("sum").substr(0, 64));
 }
 
 TEST_F(StationTest, ReportHasALineForEachKey) {
     Report("report").append(
-        {{"Maker", "Stick 3.0", "4C53", "usb 1-2", 8004304896}, "/dev/sdb", "made", "", 52.04},
-        {{"a b", "12"}, {"sub/\xe4", "34"}});
-    Report("report").append({{"", "\"\\\n\xc3\xbc", "", "", 0}, "/dev/sdc", "failed", "is read-only", 0.25},
-                            {});
+        {{"Maker", "Stick 3.0", "4C53", "usb 1-2", 8004304896}, "/dev/sdb", 0, "made", "", 52.04},
+        {"56", {{"a b", "12"}, {"sub/\xe4", "34"}}});
+    Report("report").append(
+        {{"", "\"\\\n\xc3\xbc", "", "", 0}, "/dev/sdc", 104, "failed", "is read-only", 0.25},
+        {"56", {{"a b", "12"}}});
     const std::regex time(R"("20\d\d-\d\d-\d\dT\d\d:\d\d:\d\dZ")");
-    EXPECT_EQ(std::regex_replace(contentOf("report"), time, "TIME"),
-              R"({"time":TIME,"node":"/dev/sdb","port":"usb 1-2","vendor":"Maker","model":"Stick 3.0",)"
-              R"("serial":"4C53","size":8004304896,"result":"made","reason":"","seconds":52.0,"updates":)"
-              R"([{"place":"a b","sha256":"12"},{"place":"sub/�","sha256":"34"}]})"
-              "\n"
-              R"({"time":TIME,"node":"/dev/sdc","port":"","vendor":"","model":"\"\\\nü","serial":"",)"
-              R"("size":0,"result":"failed","reason":"is read-only","seconds":0.3,"updates":[]})"
-              "\n");
+    EXPECT_EQ(
+        std::regex_replace(contentOf("report"), time, "TIME"),
+        R"({"time":TIME,"version":")" VELACREATE_VERSION
+        R"(","node":"/dev/sdb","port":"usb 1-2","vendor":"Maker","model":"Stick 3.0",)"
+        R"("serial":"4C53","size":8004304896,"result":"made","status":0,"reason":"","seconds":52.0,"package":"56","updates":)"
+        R"([{"place":"a b","sha256":"12"},{"place":"sub/�","sha256":"34"}]})"
+        "\n"
+        R"({"time":TIME,"version":")" VELACREATE_VERSION
+        R"(","node":"/dev/sdc","port":"","vendor":"","model":"\"\\\nü","serial":"",)"
+        R"("size":0,"result":"failed","status":104,"reason":"is read-only","seconds":0.3,"package":"56"})"
+        "\n");
+}
+
+TEST_F(StationTest, ResultsOfSeveralKeysFitATerminalAndTellWhatFailedWhere) {
+    const auto key = [](const char* name, const char* serial, const std::string& ineligibility) {
+        return Key{{name, 0}, {"Maker", "Stick", serial, "usb 1-2.4", 9}, std::nullopt, ineligibility, true};
+    };
+    ChosenKeys chosen;
+    chosen.keys.push_back(key("sda", "0123456789012345678901234567890123456789", ""));
+    chosen.keys.push_back(key("sdb", "B", ""));
+    chosen.keys.push_back(key("sdc", "C", "/dev/sdc is read-only"));
+    chosen.leftOut.push_back(key("sdd", "D", "/dev/sdd is not removable"));
+    UsbChoices choices;
+    Report report("report");
+    int status = -1;
+    const auto said = outputOf([&] {
+        Console console;
+        KeyResults results(chosen, choices, report, console);
+        status = results.conclude({{0, "", {"table"}, true, 125, 4.2e6, JobKind::making, "2 files more"},
+                                   {104, "", {"line 1", "mkfs: no"}, true, 1}});
+    });
+    EXPECT_EQ(status, 104);
+    EXPECT_EQ(said, "Port       Key       Serial number                     Result\n"
+                    "usb 1-2.4  /dev/sda  01234567890123456789012345678901  made, 2 min 5 s, 4.2 MB/s\n"
+                    "usb 1-2.4  /dev/sdb  B                                 failed (104)\n"
+                    "usb 1-2.4  /dev/sdc  C                                 refused (2)\n"
+                    "What was made was read back, and may be pulled out.\n"
+                    "1 key made, 1 failed, 1 refused\n|"
+                    "velacreate: /dev/sdb: failed: the key cannot be formatted (104): mkfs: no. "
+                    "Check its write protection, and that nothing else uses it.\n"
+                    "velacreate: /dev/sdc: refused: /dev/sdc is read-only.\n");
+    shell("sed -E 's/.*node\":\"([^\"]*).*result\":\"([^\"]*)\",\"status\":([0-9]*).*/\\1 \\2 \\3/' report "
+          ">short");
+    EXPECT_EQ(contentOf("short"),
+              "/dev/sda made 0\n/dev/sdb failed 104\n/dev/sdc refused 2\n/dev/sdd refused 2\n");
 }
 
 TEST_F(StationTest, ReportThatCannotBeKept) {

@@ -204,7 +204,7 @@ private:
             ->check(CLI::Range(1, MOST_JOBS).description(""));
         command.add_option("--report", m_usb.report, "Append a line of JSON for each key to this file")
             ->type_name("FILE");
-        command.add_flag("--eject", m_usb.eject, "Power each key down when it is finished");
+        command.add_flag("--eject", m_usb.eject, "Power each key down when it was made");
         command.add_flag("--any-disk", m_usb.anyDisk, "Accept a disk that is neither removable nor on USB");
         addYes(command, m_usb.yes);
         addWork(command, m_usb.work);

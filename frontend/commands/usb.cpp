@@ -86,11 +86,12 @@ Report checkedReport(const std::string& path, const std::string& log, const Inpu
 
 int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
              Console& console) {
-    auto keys = chooseKeys(choices, inputs, scratch, console);
+    auto chosen = chooseKeys(choices, inputs, scratch, console);
+    auto& keys = chosen.keys;
     inputs.requireRoom(scratch, 1 + countFull(choices, countSelected(keys)), 0);
     auto report = checkedReport(choices.report, choices.job.show.log, inputs);
     openLog(console, choices.job.show, "", &inputs);
-    KeyResults results(keys, choices, report, console);
+    KeyResults results(chosen, choices, report, console);
     if (countSelected(keys) == 0) {
         return results.conclude({});
     }

@@ -60,6 +60,7 @@ std::string nextStep(const Outcome& outcome) {
 
 std::string resultWord(const Outcome& outcome) {
     return outcome.status == 0                  ? wordsOf(outcome).result
+           : outcome.status == EXIT_REFUSED     ? RESULT_REFUSED
            : outcome.status == EXIT_INTERRUPTED ? RESULT_INTERRUPTED
            : isFinding(outcome)                 ? RESULT_DIFFERENT
                                                 : RESULT_FAILED;
@@ -74,11 +75,16 @@ std::string resultText(const Outcome& outcome, bool wasReadBack) {
         return outcome.hasChanged ? "interrupted, now incomplete" : "interrupted, left as it was";
     }
     if (outcome.status != 0) {
-        return (isFinding(outcome) ? "" : "failed: ") + failureText(outcome);
+        return (isFinding(outcome) ? "" : resultWord(outcome) + ": ") + failureText(outcome);
     }
     return resultWord(outcome) + ", " + durationText(outcome.seconds) +
            (outcome.bytesPerSecond > 0 ? ", " + rateText(outcome.bytesPerSecond) : "") +
            readBackText(wasReadBack) + additionText(outcome);
+}
+
+std::string failureSentences(const Outcome& outcome) {
+    const auto step = nextStep(outcome);
+    return ended(resultText(outcome, false)) + (step.empty() ? "" : " ") + step;
 }
 
 void showFailures(Console& console, const Outcome& outcome, const std::string& name) {

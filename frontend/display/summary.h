@@ -20,9 +20,10 @@ constexpr const char* RESULT_MADE = "made";
 constexpr const char* RESULT_SAME = "the same";
 constexpr const char* RESULT_DIFFERENT = "different";
 constexpr const char* RESULT_FAILED = "failed";
+constexpr const char* RESULT_REFUSED = "refused";
 constexpr const char* RESULT_INTERRUPTED = "interrupted";
-inline constexpr std::array RESULT_WORDS = {RESULT_MADE, RESULT_SAME, RESULT_DIFFERENT, RESULT_FAILED,
-                                            RESULT_INTERRUPTED};
+inline constexpr std::array RESULT_WORDS = {RESULT_MADE,   RESULT_SAME,    RESULT_DIFFERENT,
+                                            RESULT_FAILED, RESULT_REFUSED, RESULT_INTERRUPTED};
 
 /// @return one of the words
 std::string resultWord(const Outcome& outcome);
@@ -30,6 +31,9 @@ std::string resultWord(const Outcome& outcome);
 /// @return such as "made, 52 s, 41 MB/s, read back"; after a failure, "failed: " and the reason; after an
 /// interrupt, the state of the medium
 std::string resultText(const Outcome& outcome, bool wasReadBack);
+
+/// @return the result of a failed job, and what the user can do, as sentences
+std::string failureSentences(const Outcome& outcome);
 
 /// @return ", read back" for a medium that was
 std::string readBackText(bool wasReadBack);

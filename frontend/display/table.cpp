@@ -11,6 +11,8 @@
 
 namespace velacreate {
 namespace {
+constexpr std::size_t WIDTH = 80;
+
 using Layout = std::unique_ptr<libscols_table, decltype(&scols_unref_table)>;
 
 void require(bool isDone) {
@@ -35,18 +37,22 @@ void Table::add(std::vector<std::string> cells) {
     m_rows.push_back(std::move(cells));
 }
 
-std::string Table::text() const {
+std::string Table::text(const std::string& shortened) const {
     const Utf8Locale locale; // in which the width of characters is known
     const Layout layout(scols_new_table(), scols_unref_table);
     require(layout && scols_table_set_column_separator(layout.get(), "  ") == 0 &&
             scols_table_enable_minout(layout.get(), 1) == 0 &&     // no blanks at the end of a line
             scols_table_enable_noencoding(layout.get(), 1) == 0 && // the cells are printable already
-            scols_table_set_termforce(layout.get(), SCOLS_TERMFORCE_NEVER) == 0);
+            scols_table_set_termforce(layout.get(), shortened.empty() ? SCOLS_TERMFORCE_NEVER
+                                                                      : SCOLS_TERMFORCE_ALWAYS) == 0 &&
+            scols_table_set_termwidth(layout.get(), WIDTH) == 0);
     std::vector<std::size_t> columns;
     for (std::size_t column = 0; column < m_headings.size(); ++column) {
         if (std::any_of(m_rows.begin(), m_rows.end(),
                         [&](const auto& row) { return !row[column].empty(); })) {
-            require(scols_table_new_column(layout.get(), m_headings[column].c_str(), 0, 0) != nullptr);
+            const auto& heading = m_headings[column];
+            require(scols_table_new_column(layout.get(), heading.c_str(), 0,
+                                           heading == shortened ? SCOLS_FL_TRUNC : 0) != nullptr);
             columns.push_back(column);
         }
     }

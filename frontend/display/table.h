@@ -15,8 +15,10 @@ public:
     /// @param cells one for each heading
     void add(std::vector<std::string> cells);
 
+    /// @param shortened the heading of a column that is cut if the lines have more than 80 columns; may be
+    /// empty
     /// @return lines with two blanks between the columns
-    std::string text() const;
+    std::string text(const std::string& shortened = "") const;
 
 private:
     std::vector<std::string> m_headings;

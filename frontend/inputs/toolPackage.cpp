@@ -1,5 +1,6 @@
 #include "inputs/toolPackage.h"
 
+#include "inputs/checksum.h"
 #include "inputs/limits.h"
 #include "inputs/names.h"
 #include "inputs/packageReader.h"
@@ -191,21 +192,26 @@ std::uint64_t ToolPackage::unpackedSize() const {
     return total;
 }
 
+std::string ToolPackage::sum() const {
+    auto sum = sha256Of(m_file);
+    requireAsChecked(isUnchanged(m_found, m_file.status()));
+    return sum;
+}
+
+void ToolPackage::requireAsChecked(bool isAsChecked) const {
+    refuseIf(!isAsChecked, packageText(m_path) + " was changed after it had been checked");
+}
+
 void ToolPackage::readWhole(CloneImages cloneImages,
                             const std::function<void(PackageReader& reader)>& use) const {
-    const auto require = [&](bool isAsChecked) {
-        if (!isAsChecked) {
-            throw Refusal(packageText(m_path) + " was changed after it had been checked");
-        }
-    };
-    require(isUnchanged(m_found, m_file.status()));
+    requireAsChecked(isUnchanged(m_found, m_file.status()));
     PackageReader reader(m_file, m_path, BLOCK_SIZE);
     std::uint64_t size = 0;
     while (reader.next()) {
         if (isWanted(reader.name(), m_cloneImages)) {
             const auto known = m_entries.find(reader.name());
-            require(known != m_entries.end() && known->second.isDirectory == reader.isDirectory() &&
-                    known->second.size == reader.size());
+            requireAsChecked(known != m_entries.end() && known->second.isDirectory == reader.isDirectory() &&
+                             known->second.size == reader.size());
             size += reader.size();
         }
         if (isWanted(reader.name(), cloneImages)) {
@@ -214,7 +220,7 @@ void ToolPackage::readWhole(CloneImages cloneImages,
             reader.read([](const void*, std::size_t) {});
         }
     }
-    require(size == unpackedSize() && isUnchanged(m_found, m_file.status()));
+    requireAsChecked(size == unpackedSize() && isUnchanged(m_found, m_file.status()));
 }
 
 void ToolPackage::writeTo(const Descriptor& output, const Advance& advance) const {

@@ -55,6 +55,10 @@ public:
     /// The size of all used entries.
     std::uint64_t unpackedSize() const;
 
+    /// @return the SHA-256 sum of the package as the user has it
+    /// @throw Refusal when it has changed
+    std::string sum() const;
+
     /// The path as the user wrote it.
     const std::string& path() const { return m_path; }
 
@@ -71,6 +75,8 @@ public:
     void unpackTo(const Descriptor& directory, const Advance& advance) const;
 
 private:
+    void requireAsChecked(bool isAsChecked) const;
+
     /// Reads the whole package.
     /// @param cloneImages  whether they are passed on too
     void readWhole(CloneImages cloneImages, const std::function<void(PackageReader& reader)>& use) const;

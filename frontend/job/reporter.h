@@ -18,7 +18,7 @@ struct Event {
         progress = 'p', ///< a message of the library, another level
         changing = 'c', ///< the medium is changed from now on
         burning = 'b',  ///< an interrupt would spoil a disc from now on
-        finding = 'i',  ///< a difference that was looked for
+        finding = 'i',  ///< a difference of the medium
         note = 'n',     ///< information for the user
         addition = 'a', ///< the result in words ends with it
         sum = 'h',      ///< the SHA-256 sum of a file, a blank, and its place

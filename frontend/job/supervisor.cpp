@@ -13,6 +13,7 @@
 #include <csignal>
 #include <list>
 #include <optional>
+#include <utility>
 
 #include <poll.h>
 #include <unistd.h>
@@ -149,7 +150,7 @@ private:
             m_isBurning = true;
             break;
         case Event::Kind::finding:
-            m_console.showFinding(m_name + event.text);
+            takeFinding(event.text);
             break;
         case Event::Kind::note:
             m_console.say("Note: " + m_name + event.text);
@@ -195,6 +196,17 @@ private:
         m_console.message(VelaCreation::LEVEL_FAILURE, m_name + text);
     }
 
+    void takeFinding(const std::string& text) {
+        if (m_job.kind != JobKind::making) {
+            m_console.showFinding(m_name + text);
+            return;
+        }
+        if (!std::exchange(m_hasFinding, true)) {
+            m_outcome.failures.clear(); // what tools have said does not explain it
+        }
+        takeFailure(text);
+    }
+
     std::uint64_t shownByGauge() {
         const auto shown = m_gauge->done();
         m_shownFirst = m_shownFirst.value_or(shown);
@@ -231,6 +243,7 @@ private:
     bool m_hasEvents = true;
     bool m_hasOutput = true;
     bool m_isBurning = false;
+    bool m_hasFinding = false;
 };
 
 /// All jobs of one call.

@@ -9,9 +9,9 @@
 namespace velacreate {
 namespace {
 std::string tableOf(const std::vector<Key>& keys) {
-    auto table = tableOfKeys({"Size", "Holds", "Mounted on", "Not to be made"});
+    auto table = tableOfKeys({"Model", "Size", "Holds", "Mounted on", "Not to be made"});
     for (const auto& key : keys) {
-        table.add(cellsOf(key, {sizeText(key.about.size), contentOf(key.disk),
+        table.add(cellsOf(key, {key.about.name(), sizeText(key.about.size), contentOf(key.disk),
                                 placesText(mountedPlaces(key.disk)), key.ineligibility}));
     }
     return table.text();

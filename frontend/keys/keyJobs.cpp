@@ -1,6 +1,7 @@
 #include "keys/keyJobs.h"
 
 #include "inputs/checksum.h"
+#include "inputs/names.h"
 #include "support/failure.h"
 
 #include <deque>
@@ -9,9 +10,11 @@
 
 namespace velacreate {
 namespace {
-void sumUp(const UpdateFiles& updates, const Descriptor& staged, Reporter& reporter) {
+/// The tool package has the name that no update file can have.
+void sumUp(const Inputs& inputs, const Descriptor& staged, Reporter& reporter) {
     reporter.stage("Summing up the files");
-    for (const auto& [place, entry] : updates.entries()) {
+    reporter.sum(PACKAGE_NAME, inputs.package.sum());
+    for (const auto& [place, entry] : inputs.updates.entries()) {
         if (!entry.isDirectory) {
             const auto file = openBeneath(staged.number(), place, O_RDONLY);
             check(file.isOpen()).orFail(quote(place));
@@ -21,13 +24,13 @@ void sumUp(const UpdateFiles& updates, const Descriptor& staged, Reporter& repor
 }
 } // namespace
 
-std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, UpdateSums* sums) {
+std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, InputSums* sums) {
     const Call& call = jobs.call;
     JobDirectory sharedStaging(call.place);
     const auto staged = stageShared(call, PackageForm::archive, sharedStaging,
                                     [&](const Descriptor& here, Reporter& reporter) {
                                         if (sums != nullptr) {
-                                            sumUp(call.inputs.updates, here, reporter);
+                                            sumUp(call.inputs, here, reporter);
                                         }
                                     });
     if (staged.status != 0) {
@@ -36,7 +39,8 @@ std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>&
         return none;
     }
     if (sums != nullptr) {
-        *sums = staged.sums;
+        sums->updates = staged.sums;
+        sums->package = sums->updates.extract(PACKAGE_NAME).mapped();
     }
 
     std::deque<JobDirectory> jobDirectories;

@@ -22,8 +22,8 @@ struct KeyTask {
 };
 
 /// Stages all files once, and makes the keys from them.
-/// @param sums set to the SHA-256 sum of each update file, by place; may be null
+/// @param sums set to the sums of the tool package and the update files; may be null
 /// @return their outcomes, in order; each is that of the staging when that has failed
-std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, UpdateSums* sums);
+std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, InputSums* sums);
 
 } // namespace velacreate

@@ -6,7 +6,6 @@
 #include "support/texts.h"
 
 #include <map>
-#include <set>
 
 namespace velacreate {
 namespace {
@@ -24,40 +23,61 @@ std::string countsText(const std::map<std::string, std::size_t>& counts) {
     return text;
 }
 
-std::string tableText(const std::vector<Key>& keys, const std::vector<KeyResult>& results, bool wasReadBack) {
+Outcome refused(const Key& key) {
+    return {EXIT_REFUSED, key.ineligibility, {}, false, 0};
+}
+
+/// Short enough for a table; the reason of a failure has a line of its own.
+std::string cellText(const KeyResult& result) {
+    auto outcome = result.outcome;
+    outcome.addition.clear();
+    return outcome.status == 0 || outcome.status == EXIT_INTERRUPTED
+               ? resultText(outcome, false) + result.addition
+               : resultWord(outcome) + " (" + std::to_string(exitStatus(outcome.status).status) + ")";
+}
+
+std::string tableText(const std::vector<Key>& keys, const std::vector<KeyResult>& results) {
     auto table = tableOfKeys({"Result"});
     for (std::size_t index = 0; index < keys.size(); ++index) {
-        const auto& [outcome, addition] = results[index];
-        table.add(cellsOf(keys[index], {resultText(outcome, wasReadBack) + addition}));
+        table.add(cellsOf(keys[index], {cellText(results[index])}));
     }
-    return table.text();
+    return table.text(SERIAL_NUMBER);
 }
 
 int concludeSeveral(Console& console, const std::vector<Key>& keys, const std::vector<KeyResult>& results,
                     bool wasReadBack) {
     std::map<std::string, std::size_t> counts;
-    std::set<std::string> nextSteps;
     int status = 0;
     for (std::size_t index = 0; index < keys.size(); ++index) {
         const auto& outcome = results[index].outcome;
-        showFailures(console, outcome, keys[index].disk.node() + ": ");
+        const auto name = keys[index].disk.node() + ": ";
+        showFailures(console, outcome, name);
+        if (outcome.status != 0) {
+            console.complain(name + failureSentences(outcome));
+        }
         ++counts[resultWord(outcome)];
-        nextSteps.insert(nextStep(outcome));
         status = status == 0 ? exitStatus(outcome.status).status : status;
     }
-    console.sayLines(tableText(keys, results, wasReadBack));
-    for (const auto& step : nextSteps) {
-        if (!step.empty()) {
-            console.say(step);
-        }
-    }
+    console.sayLines(tableText(keys, results));
     if (counts.count(RESULT_MADE) != 0) {
-        console.say("What was made may be pulled out.");
+        console.say(wasReadBack ? "What was made was read back, and may be pulled out."
+                                : "What was made may be pulled out.");
     }
     console.say(countsText(counts));
     return status;
 }
 } // namespace
+
+Outcome inOwnWords(Outcome outcome) {
+    if (outcome.status == EXIT_DIFFERENT || outcome.status == EXIT_INTERRUPTED) {
+        return outcome;
+    }
+    if (outcome.reason.empty() && !outcome.failures.empty()) {
+        outcome.reason = outcome.failures.back();
+    }
+    outcome.failures.clear();
+    return outcome;
+}
 
 int concludeKeys(Console& console, const std::vector<Key>& keys, const std::vector<KeyResult>& results,
                  bool wasReadBack) {
@@ -75,14 +95,14 @@ std::vector<Outcome> outcomesOfAll(const std::vector<Key>& keys, const std::vect
     std::vector<Outcome> outcomes;
     auto next = ofSelected.begin();
     for (const auto& key : keys) {
-        outcomes.push_back(isSelected(key) ? *next++
-                                           : Outcome{EXIT_REFUSED, key.ineligibility, {}, false, 0});
+        outcomes.push_back(isSelected(key) ? *next++ : refused(key));
         outcomes.back().kind = kind;
     }
     return outcomes;
 }
 
-void KeyResults::settle(std::size_t key, const Outcome& outcome) {
+void KeyResults::settle(std::size_t key, const Outcome& told) {
+    const auto outcome = inOwnWords(told);
     keepRecord(m_keys[key], outcome);
     m_settled[key] = KeyResult{outcome, powerDownText(m_keys[key], outcome)};
 }
@@ -96,6 +116,9 @@ int KeyResults::conclude(const std::vector<Outcome>& ofSelected) {
         }
         results.push_back(*m_settled[key]);
     }
+    for (const auto& key : m_leftOut) {
+        keepRecord(key, refused(key));
+    }
     return concludeKeys(m_console, m_keys, results, m_choices.job.verify);
 }
 
@@ -107,14 +130,17 @@ std::string KeyResults::powerDownText(const Key& key, const Outcome& outcome) co
         powerDown(key.disk);
         return ", powered down";
     } catch (const Failure& failure) {
-        return std::string(", not powered down: ") + failure.what();
+        m_console.say("Note: " + key.disk.node() + " was not powered down: " + failure.what());
+        return "";
     }
 }
 
 void KeyResults::keepRecord(const Key& key, const Outcome& outcome) const {
     const auto reason = outcome.status == 0 ? "" : failureText(outcome);
     try {
-        m_report.append({key.about, key.disk.node(), resultWord(outcome), reason, outcome.seconds}, sums);
+        m_report.append({key.about, key.disk.node(), exitStatus(outcome.status).status, resultWord(outcome),
+                         reason, outcome.seconds},
+                        sums);
     } catch (const Failure& failure) {
         m_console.complain(failure.what());
     }

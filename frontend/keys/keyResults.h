@@ -18,7 +18,12 @@ struct KeyResult {
     std::string addition; ///< about powering down
 };
 
-/// Shows one key in a line, several in a table.
+/// The tools of a key say much that is no failure.
+/// @return the outcome with the words of the tool that has failed alone; after a comparison, with all
+/// differences
+Outcome inOwnWords(Outcome outcome);
+
+/// Shows one key in a line; several in a table, and each that failed in a line on standard error.
 /// @return the exit status: 0, or that of the first key that failed
 int concludeKeys(Console& console, const std::vector<Key>& keys, const std::vector<KeyResult>& results,
                  bool wasReadBack);
@@ -31,16 +36,17 @@ std::vector<Outcome> outcomesOfAll(const std::vector<Key>& keys, const std::vect
 /// Collects the outcomes of keys that are made. The keys must outlive this.
 class KeyResults {
 public:
-    KeyResults(const std::vector<Key>& keys, const UsbChoices& choices, Report& report, Console& console)
-        : m_keys(keys), m_choices(choices), m_report(report), m_console(console), m_settled(keys.size()) {}
+    KeyResults(const ChosenKeys& chosen, const UsbChoices& choices, Report& report, Console& console)
+        : m_keys(chosen.keys), m_leftOut(chosen.leftOut), m_choices(choices), m_report(report),
+          m_console(console), m_settled(m_keys.size()) {}
 
     /// For the report.
-    UpdateSums sums;
+    InputSums sums;
 
     /// To be called when a key's job ends: adds it to the report, and powers it down if wanted.
     void settle(std::size_t key, const Outcome& outcome);
 
-    /// Settles the other keys, and shows all results.
+    /// Settles the other keys, adds those that were left out to the report, and shows all results.
     /// @return the exit status, as of concludeKeys
     int conclude(const std::vector<Outcome>& ofSelected);
 
@@ -49,6 +55,7 @@ private:
     void keepRecord(const Key& key, const Outcome& outcome) const;
 
     const std::vector<Key>& m_keys;
+    const std::vector<Key>& m_leftOut;
     const UsbChoices& m_choices;
     Report& m_report;
     Console& m_console;

@@ -127,15 +127,16 @@ std::vector<Disk> removableMedia() {
     return disks;
 }
 
-void leaveOutForeign(std::vector<Key>& keys, Console& console) {
-    for (const auto& key : keys) {
+void leaveOutForeign(ChosenKeys& chosen, Console& console) {
+    std::vector<Key> examined;
+    std::swap(examined, chosen.keys);
+    for (auto& key : examined) {
         if (!key.isForKeys) {
             console.say("Left out: " + key.ineligibility);
         }
+        (key.isForKeys ? chosen.keys : chosen.leftOut).push_back(std::move(key));
     }
-    keys.erase(std::remove_if(keys.begin(), keys.end(), [](const Key& key) { return !key.isForKeys; }),
-               keys.end());
-    refuseIf(keys.empty(), "there is no removable medium for a key; a USB hard disk has to be named");
+    refuseIf(chosen.keys.empty(), "there is no removable medium for a key; a USB hard disk has to be named");
 }
 } // namespace
 
@@ -158,12 +159,12 @@ void leaveOut(Key& key, const Refusal& refusal) {
 }
 
 Table tableOfKeys(std::vector<std::string> columns) {
-    columns.insert(columns.begin(), {"Key", "Port", "Model", "Serial number"});
+    columns.insert(columns.begin(), {"Port", "Key", SERIAL_NUMBER});
     return Table(columns);
 }
 
 std::vector<std::string> cellsOf(const Key& key, std::vector<std::string> cells) {
-    cells.insert(cells.begin(), {key.disk.node(), key.about.port, key.about.name(), key.about.serial});
+    cells.insert(cells.begin(), {key.about.port, key.disk.node(), key.about.serial});
     return cells;
 }
 
@@ -185,18 +186,18 @@ void requireSelectedIfAlone(const std::vector<Key>& keys) {
     }
 }
 
-std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
-                            Console& console) {
+ChosenKeys chooseKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
+                      Console& console) {
     const auto needed = neededBy(choices, scratch);
-    std::vector<Key> keys;
+    ChosenKeys chosen;
     for (const auto& disk : choices.all ? removableMedia() : namedDisks(choices.devices)) {
-        keys.push_back(examined(disk, choices, inputs, needed));
+        chosen.keys.push_back(examined(disk, choices, inputs, needed));
     }
     if (choices.all) {
-        leaveOutForeign(keys, console);
+        leaveOutForeign(chosen, console);
     }
-    requireSelectedIfAlone(keys);
-    return keys;
+    requireSelectedIfAlone(chosen.keys);
+    return chosen;
 }
 
 void unmountKeys(std::vector<Key>& keys) {

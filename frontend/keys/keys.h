@@ -24,13 +24,18 @@ struct Key {
     bool isForKeys;               ///< whether the guard allows this disk
 };
 
-/// The named keys in their order, or all removable media that the guard allows. Media that are left out are
-/// shown. A disk with a file that the job needs is not selected.
+struct ChosenKeys {
+    std::vector<Key> keys;
+    std::vector<Key> leftOut; ///< of all removable media, those that the guard does not allow
+};
+
+/// The named keys in their order, or all removable media. Media that are left out are shown. A disk with a
+/// file that the job needs is not selected.
 /// @param scratch  the parent of the job directories
 /// @throw Refusal when a path names no disk or a disk twice, when the only key is not selected, or when there
 /// is no removable medium
-std::vector<Key> chooseKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
-                            Console& console);
+ChosenKeys chooseKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
+                      Console& console);
 
 /// @throw Refusal when a path names no disk, or a disk twice
 std::vector<Disk> namedDisks(const std::vector<std::string>& paths);
@@ -43,8 +48,10 @@ inline bool isSelected(const Key& key) {
 /// The key is no longer selected, and no longer locked.
 void leaveOut(Key& key, const Refusal& refusal);
 
-/// A table with a row for each key.
-/// @param columns behind those that tell which key it is
+constexpr const char* SERIAL_NUMBER = "Serial number";
+
+/// A table with a row for each key: its port, name and serial number first.
+/// @param columns behind these
 Table tableOfKeys(std::vector<std::string> columns);
 std::vector<std::string> cellsOf(const Key& key, std::vector<std::string> cells);
 

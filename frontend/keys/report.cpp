@@ -16,17 +16,27 @@ constexpr const char* KIND = "the report";
 
 using Json = nlohmann::ordered_json;
 
-std::string lineOf(const KeyRecord& key, const UpdateSums& updates) {
-    auto sums = Json::array();
+Json listOf(const std::map<std::string, std::string>& updates) {
+    auto list = Json::array();
     for (const auto& [place, sum] : updates) {
-        sums.push_back(Json{{"place", place}, {"sha256", sum}});
+        list.push_back(Json{{"place", place}, {"sha256", sum}});
     }
-    Json line = {{"time", universalTimeText()}};
+    return list;
+}
+
+std::string lineOf(const KeyRecord& key, const InputSums& sums) {
+    Json line = {{"time", universalTimeText()}, {"version", VELACREATE_VERSION}};
     line.update(jsonOf(key.node, key.about));
     line.update({{"result", key.result},
+                 {"status", key.status},
                  {"reason", key.reason},
-                 {"seconds", std::round(key.seconds * 10) / 10},
-                 {"updates", sums}});
+                 {"seconds", std::round(key.seconds * 10) / 10}});
+    if (!sums.package.empty()) {
+        line["package"] = sums.package;
+    }
+    if (key.status == 0) {
+        line["updates"] = listOf(sums.updates);
+    }
     return textOf(line);
 }
 
@@ -42,7 +52,7 @@ Report::Report(std::string path) : m_path(std::move(path)) {
     }
 }
 
-void Report::append(const KeyRecord& key, const UpdateSums& updates) {
+void Report::append(const KeyRecord& key, const InputSums& sums) {
     if (m_path.empty()) {
         return;
     }
@@ -54,7 +64,7 @@ void Report::append(const KeyRecord& key, const UpdateSums& updates) {
             throw Failure(refusal.what());
         }
     }
-    check(writeText(m_file, lineOf(key, updates)) && isFlushed(m_file))
+    check(writeText(m_file, lineOf(key, sums)) && isFlushed(m_file))
         .orFail("the report is incomplete from here on");
     m_path = path;
 }

@@ -10,14 +10,18 @@
 
 namespace velacreate {
 
-/// SHA-256 sums, by place on the medium.
-using UpdateSums = std::map<std::string, std::string>;
+/// SHA-256 sums of what keys are made from; empty when the files were not taken in.
+struct InputSums {
+    std::string package;
+    std::map<std::string, std::string> updates; ///< by place on the medium
+};
 
 /// What became of one key.
 struct KeyRecord {
     DiskDescription about;
     std::string node;
-    std::string result; ///< "made", "failed" or "interrupted"
+    int status;         ///< an exit status
+    std::string result; ///< "made", "failed", "refused" or "interrupted"
     std::string reason; ///< of a failure
     double seconds;
 };
@@ -31,8 +35,9 @@ public:
     explicit Report(std::string path);
 
     /// Appends a whole line, also when other calls append at the same time, and flushes.
+    /// Only the line of a made key has the sums of update files.
     /// @throw Failure once; nothing is appended afterwards
-    void append(const KeyRecord& key, const UpdateSums& updates);
+    void append(const KeyRecord& key, const InputSums& sums);
 
 private:
     std::string m_path; ///< empty when nothing is appended

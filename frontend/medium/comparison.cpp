@@ -31,13 +31,12 @@ int report(const Differences& differences, JobKind kind, const Reporter& reporte
         return 0;
     }
     const bool isFailure = kind == JobKind::making;
-    const auto show = [&](const std::string& line) {
-        isFailure ? reporter.message(VelaCreation::LEVEL_FAILURE, line) : reporter.finding(line);
-    };
     const auto lines = differences.lines();
-    std::for_each(lines.begin(), lines.end(), show);
+    for (const auto& line : lines) {
+        reporter.finding(line);
+    }
     if (const auto unshown = differences.count() - lines.size(); unshown != 0) {
-        show("and " + std::to_string(unshown) + " more differences");
+        reporter.finding("and " + std::to_string(unshown) + " more differences");
     }
     const auto others = differences.count() - 1;
     reporter.reason(lines.front() +
