@@ -117,6 +117,16 @@ TEST_F(IsoFormTest, AcceptsNumberedNames) {
     EXPECT_EQ(differencesOf(EFI, staged()), "");
 }
 
+/// Images of the same files, made by the launcher with xorriso of Debian 11 and of Debian 13.
+TEST_F(IsoFormTest, AcceptsImagesOfOtherReleases) {
+    stage("mkdir -p d1/d2/d3/d4/d5/d6/d7/d8/d9; touch 'ä [ü]' sub/.keep; "
+          "for i in {100..220}; do echo $i >$(printf \"$i%.0s\" $(seq $((i / 3)))); done");
+    for (const std::string version : {"1.5.2", "1.5.6"}) {
+        shell("gzip -dc " TESTS_DIR "/media/xorriso-" + version + ".iso.gz >medium");
+        EXPECT_EQ(joined(Image(contentOf("medium")).examine(staged(), EFI), "; "), "") << version;
+    }
+}
+
 TEST_F(IsoFormTest, FindsOtherContents) {
     struct {
         const char* commands;
@@ -229,6 +239,8 @@ TEST_F(IsoFormTest, FindsDamage) {
         {EFI, "A.TXT;1", 69 + 4, "\2", "'a.txt': unexpected value of the name"},
         {EFI, "A.TXT;1", 69 + 5, "b",
          "the top directory in the Joliet tree: 'a.txt': it is there, but should not be"},
+        {EFI, "CE\x1c\1", 4, both(0xffffffff) + both(0xffffffff),
+         "the top directory, its record of itself: unexpected value of *"},
         {EFI, "SUB", -31, both(20), "'sub': bytes * belong to something else, too"},
         {EFI, "SUB", -31, both(0), "'sub': block 0 has a record out of its form"},
         {EFI, "SUB", -31, both(0x7fffffff), "'sub': bytes * lie beyond the end of the volume"},

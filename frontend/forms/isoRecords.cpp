@@ -34,9 +34,9 @@ std::string extensionEntry() {
 /// The Rock Ridge entries of one record.
 class SystemUse {
 public:
-    SystemUse(IsoMedium& medium, IsoFields& fields, const IsoBytes& continuation, const std::string& place,
-              IsoContinuations& continuations)
-        : m_medium(medium), m_fields(fields), m_continuation(continuation), m_place(place),
+    SystemUse(IsoMedium& medium, IsoFields& fields, const std::vector<IsoContinuation>& continued,
+              const std::string& place, IsoContinuations& continuations)
+        : m_medium(medium), m_fields(fields), m_continued(continued), m_place(place),
           m_continuations(continuations) {}
 
     void examine(IsoEntry entry, const std::string& name, bool isDirectory, bool isTopItself) {
@@ -68,23 +68,26 @@ private:
     }
 
     void follow() {
-        if (m_isContinued || m_fields.rest().substr(0, 2) != "CE") {
-            return;
+        while (m_followed < m_continued.size() && m_fields.rest().substr(0, 2) == "CE") {
+            const auto& [bytes, offset] = m_continued[m_followed];
+            const ByteRange range{offset, bytes.size()};
+            m_fields.expect("the entry of the continuation", continuationEntry(range));
+            skipPadding();
+            if (!m_fields.rest().empty()) {
+                m_fields.fail("what is behind the entry of the continuation");
+            }
+            if (m_followed > 0 && range.offset % ISO_BLOCK != 0) {
+                m_fields.fail("the place of the second continuation");
+            }
+            ++m_followed;
+            m_continuations.add(m_medium, m_place, range);
+            m_fields.continueAt({bytes, offset});
         }
-        const ByteRange range{m_continuation.offset, m_continuation.data.size()};
-        m_fields.expect("the entry of the continuation", continuationEntry(range));
-        skipPadding();
-        if (!m_fields.rest().empty()) {
-            m_fields.fail("what is behind the entry of the continuation");
-        }
-        m_isContinued = true;
-        m_continuations.add(m_medium, m_place, range);
-        m_fields.continueAt(m_continuation);
     }
 
     /// Records have an even length.
     void skipPadding() {
-        if (!m_isContinued && m_fields.rest().size() == 1) {
+        if (m_followed == 0 && m_fields.rest().size() == 1) {
             m_fields.expect("the padding", 1, '\0');
         }
     }
@@ -116,10 +119,10 @@ private:
 
     IsoMedium& m_medium;
     IsoFields& m_fields;
-    IsoBytes m_continuation;
+    const std::vector<IsoContinuation>& m_continued;
     const std::string& m_place;
     IsoContinuations& m_continuations;
-    bool m_isContinued = false;
+    std::size_t m_followed = 0;
 };
 } // namespace
 
@@ -178,7 +181,9 @@ void IsoRecord::decodeIdentifier(bool hasVersions) {
 }
 
 void IsoRecord::findName(const IsoMedium& medium) {
+    ByteRange next{};
     const auto read = [&](std::string_view entries) {
+        next = {};
         while (entries.size() > ENTRY_HEADER) {
             const std::size_t size = numberIn(entries, 2, 1);
             if (size < NAME_HEADER - 1 || size > entries.size()) {
@@ -187,18 +192,20 @@ void IsoRecord::findName(const IsoMedium& medium) {
             const auto signature = entries.substr(0, 2);
             if (signature == "NM" && size > NAME_HEADER) {
                 m_name += entries.substr(NAME_HEADER, size - NAME_HEADER);
-            } else if (signature == "CE" && size == 28) {
-                m_continued = {offsetOf(numberIn(entries, 4)) + numberIn(entries, 12), numberIn(entries, 20)};
+            } else if (signature == "CE" && size == 28 && numberIn(entries, 12) < ISO_BLOCK) {
+                next = {offsetOf(numberIn(entries, 4)) + numberIn(entries, 12), numberIn(entries, 20)};
             }
             entries.remove_prefix(size);
         }
     };
     read(m_bytes.data.substr(m_systemUse));
-    const auto inBlock = m_continued.offset % ISO_BLOCK;
-    if (m_continued.size > 0 && inBlock + m_continued.size <= ISO_BLOCK &&
-        medium.has(static_cast<std::uint32_t>(m_continued.offset / ISO_BLOCK), 1)) {
-        m_continuation = medium.read(m_continued.offset, m_continued.size);
-        read(m_continuation);
+    const std::size_t most = medium.isFromXorriso() ? 2 : 1;
+    while (next.size > 0 && m_continued.size() < most) {
+        const auto inBlock = next.offset % ISO_BLOCK;
+        const bool isThere = inBlock + next.size <= ISO_BLOCK &&
+                             medium.has(static_cast<std::uint32_t>(next.offset / ISO_BLOCK), 1);
+        m_continued.push_back({isThere ? medium.read(next.offset, next.size) : "", next.offset});
+        read(m_continued.back().bytes);
     }
 }
 
@@ -221,10 +228,10 @@ void IsoRecord::examine(IsoMedium& medium, const std::string& place, IsoEntry en
     }
     if (m_kind == IsoTreeKind::primary) {
         const bool isTopItself = isTop && entry == IsoEntry::self;
-        const IsoBytes continuation{m_continuation, m_continued.offset};
-        IsoContinuations apart(static_cast<std::uint32_t>(m_continued.offset / ISO_BLOCK));
+        const auto first = m_continued.empty() ? 0 : m_continued.front().offset;
+        IsoContinuations apart(static_cast<std::uint32_t>(first / ISO_BLOCK));
         const bool isApart = isTopItself && !medium.isFromXorriso();
-        SystemUse(medium, fields, continuation, place, isApart ? apart : continuations)
+        SystemUse(medium, fields, m_continued, place, isApart ? apart : continuations)
             .examine(entry, m_name, m_isDirectory, isTopItself);
         apart.end(medium, place);
     }

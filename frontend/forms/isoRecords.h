@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace velacreate {
 
@@ -28,6 +29,13 @@ public:
 private:
     std::uint32_t m_first;
     std::uint64_t m_end;
+};
+
+/// Rock Ridge entries that are not in the record. From version 1.5.6 on, xorriso ends a block with nothing
+/// but an entry that leads to the next block.
+struct IsoContinuation {
+    std::string bytes; ///< empty when they are out of the form
+    std::uint64_t offset;
 };
 
 /// A record as it stands on the medium.
@@ -65,9 +73,8 @@ private:
     std::string m_name;
     IsoExtent m_extent{};
     bool m_isDirectory = false;
-    std::size_t m_systemUse = 0; ///< where the Rock Ridge entries begin
-    ByteRange m_continued{};     ///< where more of them are
-    std::string m_continuation;
+    std::size_t m_systemUse = 0;              ///< where the Rock Ridge entries begin
+    std::vector<IsoContinuation> m_continued; ///< more of them
 };
 
 } // namespace velacreate
