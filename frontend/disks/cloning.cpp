@@ -18,6 +18,7 @@ namespace velacreate {
 namespace {
 using namespace std::chrono_literals;
 
+constexpr std::uint64_t SMALLEST_KEY = 8U << 20U;
 constexpr std::uint64_t LARGEST_KEY =
     0xfffffffeULL * SECTOR;                // sector counts have 32 bits; the largest means unknown
 constexpr const char* SECTOR_SIZE = "512"; // the unit of the partition table
@@ -40,6 +41,9 @@ Probe signatureProbe(const Descriptor& device) {
 std::string eraseIneligibilityReason(const Disk& disk, const std::string& cloneImage,
                                      std::uint64_t imageSize) {
     const auto size = describe(disk).size;
+    if (size < SMALLEST_KEY) {
+        return "is too small: a key has at least 8 MiB";
+    }
     if (size < imageSize) {
         return "is smaller than " + quote(cloneImage) + " of the package (" + sizeText(imageSize) + ")";
     }
