@@ -22,6 +22,13 @@ void refuseFor(const Disk& disk, const std::string& reason) {
     refuseIf(!reason.empty(), disk.node() + " " + reason);
 }
 
+/// The advice comes last, and only when --any-disk would help.
+std::string reasonAgainst(const Disk& disk, bool anyDisk) {
+    const auto reason = ineligibilityReason(disk, anyDisk);
+    const bool isOnlyFixed = !reason.empty() && ineligibilityReason(disk, true).empty();
+    return reason + (isOnlyFixed ? ". If this is really the disk you mean, add --any-disk" : "");
+}
+
 /// An upper limit: a new file system takes an unknown part for itself.
 std::uint64_t capacityOf(const Disk& disk, const std::string& format) {
     if (format != FORMAT_NEVER) {
@@ -65,7 +72,7 @@ void requireFillable(const Key& key, const UsbChoices& choices, const Inputs& in
 Key examined(const Disk& disk, const UsbChoices& choices, const Inputs& inputs) {
     Key key{disk, describe(disk), std::nullopt, "", false};
     try {
-        refuseFor(disk, ineligibilityReason(disk, choices.anyDisk));
+        refuseFor(disk, reasonAgainst(disk, choices.anyDisk));
         key.isForKeys = true;
         key.lock.emplace(disk);
         if (choices.erase) {
