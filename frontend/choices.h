@@ -22,6 +22,12 @@ struct JobChoices {
     ShowChoices show;
 };
 
+/// What may be overwritten without a question.
+struct OverwriteChoices {
+    bool force = false; ///< a file
+    bool yes = false;   ///< a disc or a disk
+};
+
 struct IsoChoices {
     JobChoices job;
     std::string output;
@@ -29,6 +35,7 @@ struct IsoChoices {
     std::string platform = "linux";
     bool checksum = false;
     std::string burner;
+    bool yes = false;
 };
 
 /// @name When to format a key
@@ -62,6 +69,7 @@ struct PxeChoices {
 struct BurnChoices {
     std::string image;
     std::string device;
+    OverwriteChoices overwrite;
     bool quiet = false;
     bool verify = true;
     ShowChoices show;
