@@ -28,6 +28,12 @@ constexpr const char* PLATFORM_NAME_LINUX = "linux";
 constexpr const char* PLATFORM_NAME_PPC = "ppc";
 /// @}
 
+/// What may be overwritten without a question.
+struct OverwriteChoices {
+    bool force = false; ///< a file
+    bool yes = false;   ///< a disc or a disk
+};
+
 struct IsoChoices {
     JobChoices job;
     std::string output;
@@ -35,6 +41,7 @@ struct IsoChoices {
     std::string platform = PLATFORM_NAME_LINUX;
     bool checksum = false;
     std::string burner;
+    bool yes = false;
 };
 
 /// @name When to format a key
@@ -68,6 +75,7 @@ struct PxeChoices {
 struct BurnChoices {
     std::string image;
     std::string device;
+    OverwriteChoices overwrite;
     bool verify = true;
     ShowChoices show;
 };

@@ -201,7 +201,7 @@ TEST_F(DisksTest, ObjectionsToADisk) {
     {
         const Loop loop("disk");
         EXPECT_EQ(ineligibilityReason(loop.disk(), false),
-                  "is neither removable nor on USB (--any-disk lets it)");
+                  "is neither removable nor on USB: 16.0 MiB, blank");
         EXPECT_EQ(lacksPartition(loop.disk()), "has no fourth partition (/dev/" +
                                                    loop.disk().partitionName(4) +
                                                    "); --erase makes a key of any stick");

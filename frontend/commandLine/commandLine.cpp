@@ -169,16 +169,22 @@ private:
 
     void addIso() {
         auto& command = add("iso", "Make a bootable ISO image");
-        call(command, [this] { return makeIso(m_iso, m_caller, m_console); });
+        call(command, [this, &command] {
+            refuseWithout(command, {"--burn"}, {"--yes"});
+            return makeIso(m_iso, m_caller, m_console);
+        });
         addJobOptions(command, m_iso.job, m_console);
         command.add_option("--output", m_iso.output, "The image to make; its name ends in .iso")
             ->required()
             ->type_name("IMAGE");
-        command.add_flag("--force", m_iso.force, "Replace an existing image");
+        command.add_flag(
+            "--force", m_iso.force,
+            "Replace an existing image; with --burn, also overwrite a file in place of the drive");
         addPlatform(command, m_iso.platform)->capture_default_str();
         command.add_flag("--checksum", m_iso.checksum, "Also write IMAGE.sha256, for sha256sum -c");
         command.add_option("--burn", m_iso.burner, "Burn the finished image with this drive")
             ->type_name("DEVICE");
+        addYes(command, m_iso.yes);
     }
 
     void addUsb() {
@@ -225,6 +231,8 @@ private:
         call(command, [this] { return burn(m_burn, m_caller, m_console); });
         command.add_option("IMAGE", m_burn.image, "The image to burn")->required();
         command.add_option("DEVICE", m_burn.device, "The drive")->required();
+        command.add_flag("--force", m_burn.overwrite.force, "Overwrite a file in place of the drive");
+        addYes(command, m_burn.overwrite.yes);
         command.add_flag("--verify,!--no-verify", m_burn.verify,
                          "Read the disc back and compare it (default), or do not");
         addMessageOptions(command, m_burn.show);

@@ -5,8 +5,7 @@
 namespace velacreate {
 
 int burn(const BurnChoices& choices, const CallerEnvironment& caller, Console& console) {
-    return Burner(choices.device, caller)
-        .burn(choices.image, console.isQuiet(), choices.verify, choices.show, console);
+    return Burner(choices.device, caller).burn(choices, console);
 }
 
 } // namespace velacreate

@@ -14,8 +14,17 @@
 
 namespace velacreate {
 namespace {
-int makeImage(const IsoChoices& choices, const Output& output, const CallerEnvironment& caller,
-              Console& console) {
+/// Refuses a file to be overwritten that is one of the job's.
+void requireOther(const BurnTarget& target, const Inputs& inputs, const Output& output) {
+    if (target.found()) {
+        inputs.requireOther(*target.found(), target.name());
+    }
+    refuseIf(target.path() == output.path() || target.path() == output.path() + CHECKSUM_ENDING,
+             target.name() + " is the output");
+}
+
+int makeImage(const IsoChoices& choices, const Output& output, Burner* burner,
+              const CallerEnvironment& caller, Console& console) {
     std::optional<Output> checksum;
     if (choices.checksum) {
         checksum = Output::checksum(choices.output + CHECKSUM_ENDING, choices.force);
@@ -31,6 +40,14 @@ int makeImage(const IsoChoices& choices, const Output& output, const CallerEnvir
     }
     inputs.requireMakeable();
     inputs.requireRoom(output.parent(), 2, 2); // packed and unpacked; staged, and the image
+    if (burner != nullptr) {
+        requireOther(burner->target(), inputs, output);
+        burner->target().requireOtherLog(choices.job.show.log);
+        if (const int status = burner->target().askForConsent({choices.force, choices.yes}, console);
+            status != 0) {
+            return status;
+        }
+    }
 
     const auto workflow = [&](VelaLoggerIfc& logger) {
         VelaCreation::BootableISO builder(logger);
@@ -51,10 +68,14 @@ int makeIso(const IsoChoices& choices, const CallerEnvironment& caller, Console&
         burner.emplace(choices.burner, caller);
     }
     const auto output = Output::image(choices.output, choices.force);
-    const int status = makeImage(choices, output, caller, console);
-    return status == 0 && burner
-               ? burner->burn(output.path(), console.isQuiet(), choices.job.verify, choices.job.show, console)
-               : status;
+    const int status = makeImage(choices, output, burner ? &*burner : nullptr, caller, console);
+    return status == 0 && burner ? burner->burn({output.path(),
+                                                 choices.burner,
+                                                 {choices.force, choices.yes},
+                                                 choices.job.verify,
+                                                 choices.job.show},
+                                                console)
+                                 : status;
 }
 
 } // namespace velacreate

@@ -20,6 +20,7 @@ namespace velacreate {
 namespace {
 using namespace std::chrono_literals;
 
+constexpr std::uint64_t SMALLEST_KEY = 8U << 20U;
 constexpr std::uint64_t LARGEST_KEY = (VelaCreation::CAPACITY_UNKNOWN - std::uint64_t{1}) * SECTOR;
 
 /// A limit for a disk that ignores writes and keeps its signatures.
@@ -40,6 +41,9 @@ Probe signatureProbe(const Descriptor& device) {
 std::string eraseIneligibilityReason(const Disk& disk, const std::string& cloneImage,
                                      std::uint64_t imageSize) {
     const auto size = describe(disk).size;
+    if (size < SMALLEST_KEY) {
+        return "is too small: a key has at least 8 MiB";
+    }
     if (size < imageSize) {
         return "is smaller than " + quote(cloneImage) + " of the package (" + sizeText(imageSize) + ")";
     }

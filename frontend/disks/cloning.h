@@ -12,6 +12,7 @@ namespace velacreate {
 
 /// @param cloneImage  the name of the image in the package
 /// @return why a clone image cannot make the disk a key; empty when it can
+/// - "is too small: a key has at least 8 MiB"
 /// - "is smaller than 'init1.img' of the package (64.0 MiB)"
 /// - "is too large: a key has less than 2 TiB"
 /// - "has sectors of 4096 bytes, which a key cannot have"

@@ -1,5 +1,6 @@
 #include "disks/discDrive.h"
 
+#include "disks/inventory.h"
 #include "support/failure.h"
 
 #include <chrono>
@@ -71,6 +72,19 @@ bool DiscDrive::isReadOnly() const {
 
 std::string DiscDrive::lacksDisc() const {
     return lackText(stateOf(m_drive), m_name);
+}
+
+// A disc of music can be measured, but not read; some drives can read a disc that they cannot measure.
+std::string DiscDrive::content() const {
+    const Descriptor disc(open(m_path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC));
+    constexpr std::uint64_t SECTOR_OF_DISC = 2048;
+    long sectors = 0;
+    if (ioctl(m_drive.number(), CDROM_LAST_WRITTEN, &sectors) != 0) {
+        sectors = 0;
+    }
+    char first = 0;
+    const bool isBlank = sectors <= 0 && readAt(disc.number(), &first, 1, 0) != 1;
+    return isBlank ? "" : contentOfDisc(disc, static_cast<std::uint64_t>(sectors) * SECTOR_OF_DISC);
 }
 
 // A tray without a motor stays open. A drive may report a missing disc for a while after its tray was closed.

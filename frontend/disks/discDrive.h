@@ -36,6 +36,9 @@ public:
     /// empty when there is one or the drive does not say
     std::string lacksDisc() const;
 
+    /// @return what is on the disc, see `contentOfDisc`; empty when it is blank
+    std::string content() const;
+
     /// Closes the tray if necessary, and waits until the drive is ready.
     /// @return as above
     std::string takeDiscIn() const;

@@ -36,9 +36,13 @@ bool holdsRemovable(const fs::path& directory) {
     return attribute(directory / "removable") == "1" || attribute(directory / "device/type") == SD_CARD;
 }
 
+bool isOptical(const fs::path& directory) {
+    return attribute(directory / "device/type") == OPTICAL_DRIVE;
+}
+
 bool isRemovable(const fs::path& directory) {
     const bool isVirtual = directory.string().rfind("/sys/devices/virtual/", 0) == 0;
-    return !isVirtual && attribute(directory / "device/type") != OPTICAL_DRIVE && sizeOf(directory) != 0 &&
+    return !isVirtual && !isOptical(directory) && sizeOf(directory) != 0 &&
            (holdsRemovable(directory) || !usbDevice(directory).empty());
 }
 
@@ -101,6 +105,14 @@ std::vector<Disk> removableDisks() {
     std::sort(disks.begin(), disks.end(),
               [](const Disk& one, const Disk& other) { return one.name < other.name; });
     return disks;
+}
+
+Disk diskOf(dev_t number) {
+    return {deviceDirectory(number).filename(), number};
+}
+
+bool isOpticalDrive(const Disk& disk) {
+    return isOptical(deviceDirectory(disk.number));
 }
 
 bool isRemovableMedium(const Disk& disk) {

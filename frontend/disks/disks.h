@@ -57,6 +57,11 @@ Disk wholeDisk(const std::string& path);
 /// @return the removable disks and the USB disks, each with a medium, sorted by name; no optical drives
 std::vector<Disk> removableDisks();
 
+/// @return the whole disk, or the optical drive, with this number
+Disk diskOf(dev_t number);
+
+bool isOpticalDrive(const Disk& disk);
+
 /// Whether the medium is removable, such as a stick or an SD card, but not a USB hard disk.
 bool isRemovableMedium(const Disk& disk);
 

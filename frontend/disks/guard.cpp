@@ -1,8 +1,10 @@
 #include "disks/guard.h"
 
+#include "disks/inventory.h"
 #include "disks/stacks.h"
 #include "disks/sysfs.h"
 #include "support/failure.h"
+#include "support/texts.h"
 
 #include <algorithm>
 #include <array>
@@ -43,6 +45,13 @@ std::string holder(const std::filesystem::path& directory) {
     return "";
 }
 
+/// @return such as "ACME Disk 5, 20.0 GiB, GPT: ext4"
+std::string textOf(const Disk& disk) {
+    const auto about = describe(disk);
+    const auto name = about.name();
+    return name + (name.empty() ? "" : ", ") + sizeText(about.size) + ", " + contentOf(disk);
+}
+
 std::string usedBySystem(const Disk& disk) {
     for (const auto& mounted : mountsInUse()) {
         if (mounted.disks.count(disk.name) != 0 && isOfSystem(mounted.place)) {
@@ -60,11 +69,11 @@ std::string usedBySystem(const Disk& disk) {
 
 std::string ineligibilityReason(const Disk& disk, bool anyDisk) {
     const auto directory = deviceDirectory(disk.number);
+    if (isOpticalDrive(disk)) {
+        return "is an optical drive; \"velacreate burn\" burns discs";
+    }
     if (describe(disk).size == 0) {
         return "has no medium in it";
-    }
-    if (!anyDisk && !isRemovable(disk)) {
-        return "is neither removable nor on USB (--any-disk lets it)";
     }
     if (auto use = usedBySystem(disk); !use.empty()) {
         return use;
@@ -74,6 +83,9 @@ std::string ineligibilityReason(const Disk& disk, bool anyDisk) {
     }
     if (attribute(directory / "ro") == "1") {
         return "is read-only";
+    }
+    if (!anyDisk && !isRemovable(disk)) {
+        return "is neither removable nor on USB: " + textOf(disk);
     }
     return "";
 }

@@ -1,5 +1,5 @@
 /// @file
-/// Which disks may become keys.
+/// Which disks may be overwritten.
 #pragma once
 
 #include "disks/disks.h"
@@ -10,12 +10,13 @@ namespace velacreate {
 
 /// Follows stacks (LVM, RAID, encryption, loop devices, btrfs over several disks) down to the disks.
 /// @param anyDisk  whether the disk may be neither removable nor on USB
-/// @return why the disk must not become a key; empty when it may
+/// @return why the disk must not be overwritten; empty when it may
+/// - "is an optical drive; \"velacreate burn\" burns discs"
 /// - "has no medium in it"
-/// - "is neither removable nor on USB (--any-disk lets it)"
 /// - "carries '/home' of this machine", "carries swap space of this machine"
 /// - "is part of dm-0 (LVM, RAID or encryption)"
 /// - "is read-only"
+/// - "is neither removable nor on USB: ACME Disk 5, 20.0 GiB, GPT: ext4", when nothing else is against it
 std::string ineligibilityReason(const Disk& disk, bool anyDisk);
 
 /// @return why the disk cannot be filled as it is; empty when it can

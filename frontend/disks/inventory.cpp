@@ -2,6 +2,7 @@
 
 #include "disks/probe.h"
 #include "support/failure.h"
+#include "support/texts.h"
 #include "support/utf8.h"
 
 #include <cerrno>
@@ -118,6 +119,14 @@ std::string contentOf(const Disk& disk) {
     }
     const auto text = fileSystemOf(descriptor);
     return text.empty() ? unrecognised(descriptor) : text + ", no partition table";
+}
+
+std::string contentOfDisc(const Descriptor& disc, std::uint64_t size) {
+    const auto probe = probeOf(disc);
+    const bool isKnown = probe && blkid_do_safeprobe(probe.get()) == 0;
+    const auto label = isKnown ? valueOf(probe, "LABEL") : "";
+    return (label.empty() ? "data without a name" : "volume" + labelText(label)) +
+           (size == 0 ? "" : ", " + sizeText(size));
 }
 
 nlohmann::ordered_json jsonOf(const std::string& node, const DiskDescription& about) {

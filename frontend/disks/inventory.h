@@ -17,6 +17,12 @@ namespace velacreate {
 /// - "not readable", or "unknown" when the user may not read it
 std::string contentOf(const Disk& disk);
 
+/// What is on a disc that is not blank.
+/// @param size in bytes, if it is known
+/// - "volume 'BOOT', 123.0 MiB"
+/// - "data without a name, 650.0 MiB"
+std::string contentOfDisc(const Descriptor& disc, std::uint64_t size);
+
 /// What identifies a disk, for programs: "node", "port", "vendor", "model", "serial" and "size".
 nlohmann::ordered_json jsonOf(const std::string& node, const DiskDescription& about);
 

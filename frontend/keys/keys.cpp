@@ -26,6 +26,13 @@ void refuseFor(const Disk& disk, const std::string& reason) {
     refuseIf(!reason.empty(), disk.node() + " " + reason);
 }
 
+/// The advice comes last, and only when --any-disk would help.
+std::string reasonAgainst(const Disk& disk, bool anyDisk) {
+    const auto reason = ineligibilityReason(disk, anyDisk);
+    const bool isOnlyFixed = !reason.empty() && ineligibilityReason(disk, true).empty();
+    return reason + (isOnlyFixed ? ". If this is really the disk you mean, add --any-disk" : "");
+}
+
 /// An upper limit: a new file system takes an unknown part for itself.
 std::uint64_t capacityOf(const Disk& disk, const std::string& format) {
     if (format != FORMAT_NEVER) {
@@ -103,7 +110,7 @@ Key examined(const Disk& disk, const UsbChoices& choices, const Inputs& inputs,
              const std::vector<Needed>& needed) {
     Key key{disk, describe(disk), std::nullopt, "", false};
     try {
-        refuseFor(disk, ineligibilityReason(disk, choices.anyDisk));
+        refuseFor(disk, reasonAgainst(disk, choices.anyDisk));
         requireUnneeded(disk, needed);
         key.isForKeys = true;
         key.lock.emplace(disk);

@@ -15,10 +15,7 @@
 #include <bootableiso.h>
 #include <mediaRules.h>
 
-#include <utility>
-
 #include <fcntl.h>
-#include <unistd.h>
 
 namespace velacreate {
 namespace {
@@ -29,38 +26,6 @@ Descriptor openImage(const std::string& path) {
     auto image = openChosen(path, O_RDONLY, S_IFREG);
     requireWholeIsoImage(image, path);
     return image;
-}
-
-bool isPlain(const std::string& device) {
-    return !device.empty() && device.front() != '-' &&
-           device.find_first_not_of(
-               "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/_.,:=+-@") ==
-               std::string::npos;
-}
-
-/// The name becomes part of a command, and the program runs in another directory.
-void requireDevice(const std::string& device) {
-    const std::string what = "the drive " + quote(device);
-    refuseIf(!isPlain(device), what + " has a character in its name that no command can carry");
-    refuseIf(device.rfind(STAND_IN, 0) == 0 && device.compare(STAND_IN.size(), 1, "/") != 0,
-             what + " is not named by its path from the root");
-    if (device.front() != '/') {
-        return; // a burner's own notation
-    }
-    struct stat about {};
-    check(stat(device.c_str(), &about) == 0).orRefuse(what);
-    refuseIf(!S_ISBLK(about.st_mode), what + " is no drive");
-    refuseIf(access(device.c_str(), R_OK | W_OK) != 0, "burning needs the right to write to " +
-                                                           quote(device) +
-                                                           " (root has it, and the group of the drive)");
-}
-
-void requireDisc(const std::string& device) {
-    const DiscDrive drive(device);
-    refuseIf(drive.isReadOnly(), "the drive " + quote(device) + " cannot burn discs");
-    if (const auto lack = drive.lacksDisc(); !lack.empty()) {
-        throw Refusal(lack);
-    }
 }
 
 /// Asks the burner itself.
@@ -107,45 +72,46 @@ std::string asShellWord(const std::string& text) {
 }
 } // namespace
 
-Burner::Burner(std::string device, const CallerEnvironment& caller)
-    : m_device(std::move(device)), m_toolkit(caller.toolkit), m_scratch(scratchDirectory("", caller)) {
-    requireDevice(m_device);
+Burner::Burner(const std::string& device, const CallerEnvironment& caller)
+    : m_target(device), m_toolkit(caller.toolkit), m_scratch(scratchDirectory("", caller)) {
     if (m_toolkit.isOwn()) {
         requirePrograms({"wodim"}, LAUNCHERS_SEARCH_PATH);
     }
-    if (m_device.front() == '/') {
-        requireDisc(m_device);
-    }
-    requireAnswer(m_device, m_toolkit);
+    requireAnswer(m_target.device(), m_toolkit);
 }
 
-int Burner::burn(const std::string& path, bool isQuiet, bool verify, const ShowChoices& show,
-                 Console& console) const {
-    const auto image = openImage(path);
-    DiscDrive::requireOther(m_device, image.status());
-    const auto absolute = absolutePath(path);
-    openLog(console, show, absolute);
-    const std::string medium = "the disc in " + m_device;
-    console.say("Burning " + quote(path) + " to " + m_device);
+int Burner::burn(const BurnChoices& choices, Console& console) {
+    const auto image = openImage(choices.image);
+    const auto& device = m_target.device();
+    DiscDrive::requireOther(device, image.status());
+    m_target.requireOtherLog(choices.show.log);
+    const auto path = absolutePath(choices.image);
+    openLog(console, choices.show, path);
+    if (const int status = m_target.askForConsent(choices.overwrite, console); status != 0) {
+        return status;
+    }
+    m_target.requireUnchanged();
+    const std::string medium = "the disc in " + device;
+    console.say("Burning " + quote(choices.image) + " to " + device);
     const HeldSignals signals;
     const JobDirectory jobDirectory(m_scratch);
     const auto work = [&](Reporter& reporter) {
-        return makeDisc(image, absolute, m_device, isQuiet, show.pauses, m_toolkit, reporter);
+        return makeDisc(image, path, device, console.isQuiet(), choices.show.pauses, m_toolkit, reporter);
     };
     const auto outcome =
         supervise({{medium, jobDirectory.directory().number(), work}}, 1, signals, console).front();
     const auto size = sizeText(static_cast<std::uint64_t>(image.status().st_size));
     const int status = conclude(console, outcome, medium, size);
-    if (status != 0 || !verify) {
+    if (status != 0 || !choices.verify) {
         return status;
     }
-    const auto comparison = compareBurnt(m_device, image, signals, console);
+    const auto comparison = compareBurnt(device, image, signals, console);
     if (comparison.status != EXIT_REFUSED) {
         return conclude(console, comparison, medium, size);
     }
     console.say("The disc was not read back, as " + comparison.reason + ". Put it in, and compare it:");
-    console.say("velacreate verify --disc " + (DiscDrive::isNode(m_device) ? m_device : "DEVICE") + " " +
-                asShellWord(absolute));
+    console.say("velacreate verify --disc " + (DiscDrive::isNode(device) ? device : "DEVICE") + " " +
+                asShellWord(path));
     return 0;
 }
 

@@ -6,6 +6,7 @@
 #include "display/console.h"
 #include "job/callerEnvironment.h"
 #include "job/toolkit.h"
+#include "medium/burnTarget.h"
 #include "support/descriptor.h"
 
 #include <string>
@@ -16,16 +17,17 @@ class Burner {
 public:
     /// @param device as cdrecord's dev= takes it
     /// @throw Refusal when the kernel or the burner knows that it cannot burn
-    Burner(std::string device, const CallerEnvironment& caller);
+    Burner(const std::string& device, const CallerEnvironment& caller);
 
-    /// Burns an image.
-    /// @param verify whether the disc is read back if the drive takes it in again; else the user is told how
+    BurnTarget& target() { return m_target; }
+
+    /// Burns an image with this drive, whatever the choices name. Asks before something is lost. The disc is
+    /// read back if the drive takes it in again; else the user is told how.
     /// @return the exit status
-    int burn(const std::string& path, bool isQuiet, bool verify, const ShowChoices& show,
-             Console& console) const;
+    int burn(const BurnChoices& choices, Console& console);
 
 private:
-    std::string m_device;
+    BurnTarget m_target;
     Toolkit m_toolkit;
     NamedDirectory m_scratch;
 };

@@ -5,14 +5,16 @@ load words
 @test "an image is burned quietly, and not compared if told so" {
     image
     kit ''
-    makes velacreate burn ../x.iso stdio:/srv/job/disc --quiet --no-verify
+    files disc
+    makes velacreate burn ../x.iso stdio:/srv/job/disc --quiet --no-verify --force
     cmp -n "$(stat -c %s x.iso)" x.iso disc
     [ ! -s /srv/out ] || fails "that was not quiet"
 }
 
 @test "iso --burn makes an image, burns it and compares the disc" {
     kit ''
-    makes iso --burn stdio:/srv/job/disc a.txt
+    files disc
+    makes iso --force --burn stdio:/srv/job/disc a.txt
     cmp -n "$(stat -c %s work/i.iso)" work/i.iso disc
     told 'Burning the CD/DVD media'
     told '^Compared the disc in stdio:/srv/job/disc, .*, no difference, in'
@@ -31,7 +33,8 @@ load words
     image
     mv x.iso "it's.iso"
     kit ''
-    makes velacreate burn "../it's.iso" 99,0,0
+    makes velacreate burn "../it's.iso" 99,0,0 --yes
+    told 'Everything on it will be lost.'
     told "^velacreate verify --disc DEVICE '/srv/job/it'\\\\''s.iso'$"
 }
 

@@ -1,0 +1,181 @@
+#include "medium/burnTarget.h"
+
+#include "disks/discDrive.h"
+#include "disks/guard.h"
+#include "disks/inventory.h"
+#include "display/question.h"
+#include "display/table.h"
+#include "support/failure.h"
+#include "support/texts.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <utility>
+
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
+namespace velacreate {
+
+namespace fs = std::filesystem;
+
+namespace {
+bool isPlain(const std::string& device) {
+    return !device.empty() && device.front() != '-' &&
+           device.find_first_not_of(
+               "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/_.,:=+-@") ==
+               std::string::npos;
+}
+
+/// The name becomes part of a command.
+void requirePlain(const std::string& device) {
+    refuseIf(!isPlain(device),
+             "the drive " + quote(device) + " has a character in its name that no command can carry");
+}
+
+bool isStandIn(const std::string& device) {
+    return device.rfind(STAND_IN, 0) == 0;
+}
+
+/// Whether it is /dev/null or /dev/zero, which take anything and keep nothing.
+bool isSink(const struct stat& about) {
+    return S_ISCHR(about.st_mode) && (about.st_rdev == makedev(1, 3) || about.st_rdev == makedev(1, 5));
+}
+
+std::optional<struct stat> statusOf(const std::string& path) {
+    struct stat about {};
+    return stat(path.c_str(), &about) == 0 ? std::optional(about) : std::nullopt;
+}
+
+/// @return the path without links; the file need not exist
+std::string realPath(const std::string& path) {
+    std::error_code error;
+    auto real = fs::weakly_canonical(fs::absolute(path, error), error).string();
+    refuseIf(bool{error}, quote(path) + ": " + error.message());
+    return real;
+}
+
+void requireUnmounted(const Disk& disk) {
+    const auto places = placesText(mountedPlaces(disk));
+    refuseIf(!places.empty(), disk.node() + " is mounted on " + quote(places) + "; unmount it first");
+}
+} // namespace
+
+BurnTarget::BurnTarget(std::string device) : m_device(std::move(device)) {
+    requirePlain(m_device);
+    if (!DiscDrive::isNode(m_device)) {
+        m_content = "unknown"; // a burner's own notation
+        return;
+    }
+    m_path = isStandIn(m_device) ? m_device.substr(STAND_IN.size()) : m_device;
+    // The burner runs in another directory.
+    refuseIf(m_path.rfind('/', 0) != 0, name() + " is not named by its path from the root");
+    m_found = statusOf(m_path);
+    check(m_found || (isStandIn(m_device) && errno == ENOENT)).orRefuse(name());
+    if (!m_found || !S_ISBLK(m_found->st_mode)) {
+        takeFile();
+        return;
+    }
+    refuseIf(access(m_path.c_str(), R_OK | W_OK) != 0, "burning needs the right to write to " +
+                                                           quote(m_path) +
+                                                           " (root has it, and the group of the drive)");
+    isOpticalDrive(diskOf(m_found->st_rdev)) ? takeDisc() : takeDisk();
+}
+
+std::string BurnTarget::name() const {
+    return "the drive " + quote(m_device);
+}
+
+void BurnTarget::takeFile() {
+    if (isStandIn(m_device) && m_found && isSink(*m_found)) {
+        m_path.clear();
+        return;
+    }
+    refuseIf(!isStandIn(m_device) || (m_found && !S_ISREG(m_found->st_mode)), name() + " is no drive");
+    // A link may lead elsewhere by then, and the number of a descriptor means another file to the burner.
+    m_path = realPath(m_path);
+    m_device = STAND_IN + m_path;
+    requirePlain(m_device);
+}
+
+void BurnTarget::takeDisc() {
+    m_isOptical = true;
+    const DiscDrive drive(m_device);
+    refuseIf(drive.isReadOnly(), name() + " cannot burn discs");
+    if (const auto lack = drive.lacksDisc(); !lack.empty()) {
+        throw Refusal(lack);
+    }
+    requireUnmounted(diskOf(m_found->st_rdev));
+    m_content = drive.content();
+}
+
+void BurnTarget::takeDisk() {
+    const auto disk = wholeDisk(m_path);
+    const auto reason = ineligibilityReason(disk, false);
+    refuseIf(!reason.empty(), disk.node() + " " + reason);
+    requireUnmounted(disk);
+    m_lock.emplace(disk);
+    m_lock->unmount(); // refuses a disk that is mounted elsewhere
+    m_path = disk.node();
+    m_device = (isStandIn(m_device) ? STAND_IN : "") + m_path;
+    m_content = contentOf(disk);
+}
+
+void BurnTarget::requireOtherLog(const std::string& log) const {
+    if (log.empty() || m_path.empty()) {
+        return;
+    }
+    const auto about = statusOf(log);
+    refuseIf((about && m_found && isSameFile(*about, *m_found)) || realPath(log) == m_path,
+             "the log file " + quote(log) + " is the medium; choose another");
+}
+
+std::string BurnTarget::table() const {
+    Table table({"Drive", "Port", "Model", "Serial number", "Size", "Holds"});
+    const auto about = m_found ? describe(diskOf(m_found->st_rdev)) : DiskDescription();
+    table.add(
+        {m_device, about.port, about.name(), about.serial, m_lock ? sizeText(about.size) : "", m_content});
+    return table.text();
+}
+
+int BurnTarget::askForConsent(const OverwriteChoices& choices, Console& console) {
+    if (m_isAgreed) {
+        return 0;
+    }
+    const bool isFile = m_found && S_ISREG(m_found->st_mode);
+    refuseIf(isFile && m_found->st_size != 0 && !choices.force,
+             quote(m_path) + " is not empty (--force overwrites it)");
+    if (!m_content.empty()) {
+        console.sayLines(table());
+        console.say("Everything on it will be lost.");
+    }
+    if (!m_content.empty() && !choices.yes) {
+        const std::string medium = m_lock ? "disk" : "disc";
+        const HeldSignals signals;
+        if (const int status =
+                askForYes(signals, "without a terminal, only --yes lets a " + medium + " be changed",
+                          "the " + medium + " was left as it is", console);
+            status != 0) {
+            console.complain("interrupted; nothing was changed");
+            return status;
+        }
+    }
+    m_isAgreed = true;
+    return 0;
+}
+
+void BurnTarget::requireUnchanged() const {
+    if (m_path.empty() || m_lock) { // a locked disk keeps its name
+        return;
+    }
+    if (m_isOptical) {
+        refuseIf(DiscDrive(m_device).content() != m_content, "another disc is in " + name() + " by now");
+        return;
+    }
+    const auto now = statusOf(m_path);
+    const bool isAsItWas = m_found ? now && isSameFile(*now, *m_found) && now->st_size == m_found->st_size
+                                   : !now || (S_ISREG(now->st_mode) && now->st_size == 0);
+    refuseIf(!isAsItWas, quote(m_path) + " is another file by now");
+}
+
+} // namespace velacreate
