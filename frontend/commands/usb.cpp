@@ -72,15 +72,17 @@ std::size_t countFull(const UsbChoices& choices, std::size_t keys) {
 }
 
 Report checkedReport(const std::string& path, const std::string& log, const Inputs& inputs) {
+    if (path.empty()) {
+        return Report(path);
+    }
+    const auto what = "the report " + quote(path);
+    inputs.requireOther(path, what);
     struct stat about {};
     struct stat logs {};
-    if (!path.empty() && stat(path.c_str(), &about) == 0) {
-        inputs.requireOther(about, "the report " + quote(path));
-        refuseIf(!log.empty() && stat(log.c_str(), &logs) == 0 && isSameFile(about, logs),
-                 "the report " + quote(path) + " is the log file");
-    }
-    refuseIf(!path.empty() && !log.empty() && futurePath(path) == futurePath(log),
-             "the report " + quote(path) + " is the log file");
+    const bool isLog = stat(path.c_str(), &about) == 0 && stat(log.c_str(), &logs) == 0
+                           ? isSameFile(about, logs)
+                           : !log.empty() && futurePath(path) == futurePath(log);
+    refuseIf(isLog, what + " is the log file");
     return Report(path);
 }
 

@@ -3,11 +3,14 @@
 #include "inputs/chosenPaths.h"
 #include "inputs/limits.h"
 #include "inputs/names.h"
+#include "inputs/packageReader.h"
+#include "inputs/toolPackage.h"
 #include "support/beneath.h"
 #include "support/failure.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <functional>
 #include <utility>
 
 #include <fcntl.h>
@@ -47,11 +50,13 @@ using Entries = std::map<std::string, UpdateFiles::Entry>;
 
 class Search {
 public:
-    /// @param where  the directory, for messages
-    /// @param whole  gets all directories that are copied with their content
-    Search(int directory, std::string where, Entries& entries, std::vector<struct stat>& whole)
-        : m_directory(directory), m_where(std::move(where)), m_tree(directory), m_entries(entries),
-          m_whole(whole) {}
+    /// @param where   the directory, for messages
+    /// @param refuse  called with each file and directory; refuses it, if need be
+    /// @param whole   gets all directories that are copied with their content
+    Search(int directory, std::string where, std::function<void(const struct stat&)> refuse, Entries& entries,
+           std::vector<struct stat>& whole)
+        : m_directory(directory), m_where(std::move(where)), m_refuse(std::move(refuse)), m_tree(directory),
+          m_entries(entries), m_whole(whole) {}
 
     void add(const std::string& chosen) {
         const struct stat found = kindOf(chosen);
@@ -85,6 +90,7 @@ private:
         if (!S_ISREG(found.st_mode) && !S_ISDIR(found.st_mode)) {
             throw Refusal(named(source) + " is neither a file nor a directory");
         }
+        m_refuse(found);
         return found;
     }
 
@@ -154,6 +160,7 @@ private:
 
     int m_directory;
     std::string m_where;
+    std::function<void(const struct stat&)> m_refuse;
     Beneath m_tree;
     Entries& m_entries;
     std::vector<struct stat>& m_whole;
@@ -161,13 +168,28 @@ private:
 };
 } // namespace
 
-UpdateFiles::UpdateFiles(const std::string& directory, const std::vector<std::string>& chosen)
+UpdateFiles::UpdateFiles(const std::string& directory, const std::vector<std::string>& chosen,
+                         const ToolPackage& package)
     : m_directory(openedDirectory(directory)) {
     const ChosenPaths paths(directory, m_directory);
-    Search search(m_directory.number(), directory, m_entries, m_whole);
+    m_isEverything = paths.areEverything(chosen);
+    const auto refusePackage = [&](const struct stat& found) {
+        refuseIf(m_isEverything && package.isFile(found),
+                 packageText(package.path()) + " is among the update files" + advice());
+    };
+    Search search(m_directory.number(), directory, refusePackage, m_entries, m_whole);
+    if (m_isEverything) {
+        m_whole.push_back(m_directory.status());
+        forEachEntry(m_directory.number(), [&](const std::string& name) { search.add(name); });
+        return;
+    }
     for (const std::string& path : chosen) {
         search.add(paths.below(path));
     }
+}
+
+const char* UpdateFiles::advice() const {
+    return m_isEverything ? "; give the update files a directory of their own" : "";
 }
 
 std::vector<std::string> UpdateFiles::topLevel() const {

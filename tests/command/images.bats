@@ -32,6 +32,19 @@ load words
     isImage work/i.iso a.txt zephyn
 }
 
+@test "--directory alone and the path . mean everything in it; an installer further down is noted" {
+    export SOURCE_DATE_EPOCH=1700000000
+    files out/1.iso in/a in/.hidden in/sub/zephyn
+    output=../out/1.iso makes iso --force --directory ../in a sub .hidden
+    output=../out/2.iso makes iso --directory ../in
+    output=../out/3.iso makes eval 'cd ../in; package=../work/tool.zip iso ./'
+    told "^Note: there is no 'zephyn' at the top .*, but 'sub/zephyn'; --directory says where its path begins$"
+    cmp out/1.iso out/2.iso
+    cmp out/1.iso out/3.iso
+    makes iso zephyn folder
+    not told '^Note'
+}
+
 @test "quotes, dollars and blanks may stand in every path" {
     mkdir -p 'w "x$y` ' 'out/o "$z`'
     cp work/tool.zip "w \"x\$y\` /it's \$a.zip"
