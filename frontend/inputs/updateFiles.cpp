@@ -46,6 +46,17 @@ void requirePlace(const std::string& place, const std::string& source) {
     }
 }
 
+/// xorriso takes no longer paths, the stack of genisoimage holds no deeper trees, and both hold a directory
+/// open at each level.
+void requireDepth(const std::string& place) {
+    constexpr std::size_t LONGEST_PATH = 4000;
+    constexpr std::ptrdiff_t MOST_PARTS = 500;
+    if (place.size() > LONGEST_PATH || std::count(place.begin(), place.end(), '/') >= MOST_PARTS) {
+        throw Refusal("the update files below " + quote(topOf(place)) +
+                      " lie too deep: a path has more than 500 parts or 4000 bytes");
+    }
+}
+
 using Entries = std::map<std::string, UpdateFiles::Entry>;
 
 class Search {
@@ -62,6 +73,7 @@ public:
         const struct stat found = kindOf(chosen);
         const std::string place = S_ISDIR(found.st_mode) ? partsOf(chosen).back() : chosen;
         requirePlace(place, chosen);
+        requireDepth(place);
         addAncestors(place, chosen);
         addEntry(chosen, place, found);
         while (!m_pending.empty()) {
@@ -154,7 +166,8 @@ private:
             if (holdsControlCharacter(name)) {
                 throw Refusal(named(inner) + " has a control character in its name; rename it");
             }
-            addEntry(inner, place + "/" + name, kindOf(inner));
+            requireDepth(pathBelow(place, name));
+            addEntry(inner, pathBelow(place, name), kindOf(inner));
         });
     }
 

@@ -35,8 +35,9 @@ public:
     /// Refuses a path that does not exist, lies elsewhere, contains "..", or is the directory itself and not
     /// alone;
     /// anything but files and directories; what cannot be read; two files with the same place on the medium;
-    /// a name with a control character; a top-level name that begins with "-", is used by the job (see
-    /// names.h), or contains a double quote, "$", a backquote or a backslash, which the library cannot quote.
+    /// a path with more than 500 parts or 4000 bytes; a name with a control character; a top-level name that
+    /// begins with "-", is used by the job (see names.h), or contains a double quote, "$", a backquote or a
+    /// backslash, which the library cannot quote.
     /// @throw Refusal
     UpdateFiles(const std::string& directory, const std::vector<std::string>& chosen,
                 const ToolPackage& package);

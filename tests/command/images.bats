@@ -45,6 +45,14 @@ load words
     not told '^Note'
 }
 
+@test "a tree may be deep, for UEFI, PowerPC and the network" {
+    below work/y d 499
+    mkdir out
+    output=../out/i.iso makes iso y
+    output=../out/p.iso makes iso --platform ppc y
+    output=../out/p makes pxe y
+}
+
 @test "quotes, dollars and blanks may stand in every path" {
     mkdir -p 'w "x$y` ' 'out/o "$z`'
     cp work/tool.zip "w \"x\$y\` /it's \$a.zip"
