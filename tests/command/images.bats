@@ -63,6 +63,13 @@ load words
     output='../out/o "$z`/p "$b' makesPackage a.txt
 }
 
+@test "the names of an image and of a package may be as long as a name can be" {
+    mkdir out
+    output=../out/$(printf %0251d 1).iso makesImage a.txt
+    output=../out/$(printf %0251d 1).iso makesImage --force a.txt
+    output=../out/$(printf %0255d 1) makesPackage a.txt
+}
+
 @test "an old image is replaced and passes on its owner and mode" {
     echo old >work/i.iso
     chmod 640 work/i.iso
