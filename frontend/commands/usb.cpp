@@ -5,6 +5,7 @@
 #include "keys/keyJobs.h"
 #include "keys/keyResults.h"
 #include "keys/keys.h"
+#include "medium/imageKinds.h"
 #include "support/failure.h"
 #include "support/programs.h"
 #include "support/texts.h"
@@ -116,6 +117,8 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirect
     const auto image = openChosen(path, O_RDWR, S_IFREG);
     const auto about = image.status();
     inputs.requireOther(about, "the image " + quote(path));
+    refuseIf(isIsoImage(image),
+             quote(path) + " is an ISO image, and no image of a key; burn writes it to a disc");
     requireFitting(inputs.contents, fatCapacity(image, KEY_IMAGE_OFFSET),
                    quote(path) + ", at byte " + std::to_string(KEY_IMAGE_OFFSET) + ",");
     lockKeyImage(image, quote(path));
