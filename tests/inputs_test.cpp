@@ -23,6 +23,10 @@ struct stat statusOf(const std::string& path) {
     return opened(path).status();
 }
 
+ToolPackage somePackage() {
+    return {"work/tool.zip", CloneImages::unwanted};
+}
+
 /// The names with the files' sizes; a package that is taken for good is also written anew.
 std::string takenFrom(const std::string& path) {
     const ToolPackage package(path, CloneImages::wanted);
@@ -84,7 +88,7 @@ TEST_F(InputsTest, NoticesWhatWasChangedMeanwhile) {
          {"printf x >>a.txt", "touch a.txt", "cp a.txt x; mv x a.txt", "rm a.txt; ln -s zephyn a.txt",
           "rm a.txt", "rm a.txt; mkfifo a.txt", "mv sub aside; ln -s aside sub", "mv sub aside"}) {
         enterFreshJob();
-        const UpdateFiles updates("work", {"a.txt", "sub/d.txt"});
+        const UpdateFiles updates("work", {"a.txt", "sub/d.txt"}, somePackage());
         shell("mkdir copy; cd work; " + change);
         const std::string outcome =
             outcomeOf([&] { updates.copyTo(opened("copy").number(), [](std::uint64_t) {}); });
@@ -100,7 +104,7 @@ TEST_F(InputsTest, FindsUpdateFiles) {
         enterFreshJob();
         prepare(row[0]);
         EXPECT_EQ(outcomeOf([&row] {
-                      const UpdateFiles updates("work", words(row[1]));
+                      const UpdateFiles updates("work", words(row[1]), somePackage());
                       Lines entries;
                       for (const auto& [place, entry] : updates.entries()) {
                           entries.push_back(printable(place) + " < " + printable(entry.source));
@@ -113,7 +117,7 @@ TEST_F(InputsTest, FindsUpdateFiles) {
 
 TEST_F(InputsTest, KnowsWhatIsAmongTheUpdateFiles) {
     shell("mkdir -p work/sub/folder/own work/other");
-    const UpdateFiles updates("work", {"folder", "sub/folder", "sub/d.txt"});
+    const UpdateFiles updates("work", {"folder", "sub/folder", "sub/d.txt"}, somePackage());
     Lines held;
     for (const char* path : {"work", "work/folder", "work/folder/inner", "work/sub", "work/sub/folder",
                              "work/sub/folder/own", "work/other"}) {
@@ -132,7 +136,7 @@ TEST_F(InputsTest, CopiesUpdateFilesWithTheirRightsAndTimes) {
     shell(
         R"(cd work; chmod 4751 a.txt; chmod 0 zephyn; chmod 0 sub; truncate -s 9M folder/hole; printf end >>folder/hole
         touch -d '2019-08-07 06:05:04.123456789' a.txt zephyn sub/d.txt; mkdir ../copy)");
-    const UpdateFiles updates("work", {"a.txt", "zephyn", "sub/d.txt", "folder"});
+    const UpdateFiles updates("work", {"a.txt", "zephyn", "sub/d.txt", "folder"}, somePackage());
     Told told;
     updates.copyTo(opened("copy").number(), told.advance);
     EXPECT_EQ(told.bytes, updates.totalSize());
@@ -157,8 +161,8 @@ TEST_F(InputsTest, WaitsForALeaseButNotForEver) {
                 fcntl(owned.number(), F_SETLEASE, F_UNLCK);
             }
         });
-        const std::string outcome =
-            outcomeOf([] { return std::to_string(UpdateFiles("work", {"a.txt"}).fileCount()); });
+        const std::string outcome = outcomeOf(
+            [] { return std::to_string(UpdateFiles("work", {"a.txt"}, somePackage()).fileCount()); });
         owner.join();
         EXPECT_EQ(outcome, givesUp ? "1"
                                    : "refused: update file 'a.txt' cannot be read: "

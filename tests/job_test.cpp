@@ -170,6 +170,13 @@ TEST_F(JobDirectoryTest, IsOnesOwnAndGoesWithAllThatIsInIt) {
     EXPECT_TRUE(fs::exists("outside/file"));
 }
 
+TEST_F(JobDirectoryTest, ContentsAreLinkedButForOneName) {
+    shell("mkdir -p from/a/b from/none from/.job to && touch from/a/b/f from/a/.job from/g from/.job/x");
+    linkContents(opened("from"), opened("to"), ".job");
+    shell("diff -r from to | grep -qx 'Only in from: .job'\n"
+          "for file in a/b/f a/.job g; do [ to/$file -ef from/$file ]; done");
+}
+
 TEST_F(JobDirectoryTest, WhatIsMountedInsideIsNotEmptied) {
     std::string path;
     {

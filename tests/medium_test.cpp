@@ -26,7 +26,7 @@ MediumKind mediumOf(const std::string& name) {
 /// of something, and what a package's own directory has and lacks.
 std::string contentsText(MediumKind medium, const Lines& chosen) {
     const ToolPackage package("work/tool.zip", CloneImages::wanted);
-    const UpdateFiles updates("work", chosen);
+    const UpdateFiles updates("work", chosen, package);
     const Contents contents = contentsOf(medium, package, updates);
     std::set<std::string> gone;
     for (const auto& [name, entry] : package.entries()) {
@@ -88,8 +88,8 @@ struct ReadBackTest : MediumTest {
             echo back >'many/long name with blanks and a great many letters, more than what Joliet would take of it'
             truncate -s 200k many/hole; cp same many/Same)");
         const ToolPackage package("work/tool.zip", CloneImages::unwanted);
-        const UpdateFiles updates("work",
-                                  {"a.txt", "sub/d.txt", "deep", "empty", "many", "same", "nothing", "big"});
+        const UpdateFiles updates(
+            "work", {"a.txt", "sub/d.txt", "deep", "empty", "many", "same", "nothing", "big"}, package);
         updates.copyTo(opened(".").number(), [](std::uint64_t) {});
         shell("unzip -q work/tool.zip 'boot/*'; mkdir staged");
         Tree tree = contentsOf(MediumKind::image, package, updates).tree;

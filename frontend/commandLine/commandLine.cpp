@@ -20,6 +20,8 @@
 
 namespace velacreate {
 namespace {
+constexpr const char* UPDATES = "FILE";
+
 void addMessageOptions(CLI::App& command, ShowChoices& show) {
     command.add_flag("--verbose", show.verbose, "Show all messages as they come");
     command.add_option("--log", show.log, "Append all messages to this file")->type_name("FILE");
@@ -42,7 +44,9 @@ void addUpdates(CLI::App& command, JobChoices& job) {
     command.add_option("--directory", job.directory, "The directory of the update files")
         ->capture_default_str()
         ->type_name("DIR");
-    command.add_option("FILE", job.files, "Update files and directories, as paths below DIR")->required();
+    command.add_option(UPDATES, job.files,
+                       "Update files and directories, as paths below DIR; without any, or with the path . "
+                       "alone, everything in DIR");
     command.add_flag("--keep", job.keep, "Keep the job directory and print its path");
 }
 
@@ -91,6 +95,14 @@ void requireOneOf(const CLI::App& command, std::initializer_list<const char*> op
                                       [&](const char* option) { return command.count(option) != 0; });
     if (chosen != 1) {
         throw Refusal(command.get_name() + " takes one of " + listed(options));
+    }
+}
+
+/// Everything in a directory is meant only when the directory is named.
+void requireUpdates(const CLI::App& command) {
+    const auto* const updates = command.get_option_no_throw(UPDATES);
+    if (updates != nullptr && updates->empty() && command.count("--directory") == 0) {
+        throw Refusal("FILE is required; see velacreate " + command.get_name() + " --help");
     }
 }
 
@@ -162,6 +174,7 @@ private:
     /// Runs a function if the user has chosen this command.
     void call(CLI::App& command, const std::function<int()>& run) {
         command.callback([this, run, &command] {
+            requireUpdates(command);
             requireValues(command);
             m_run = run;
         });

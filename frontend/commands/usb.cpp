@@ -5,6 +5,7 @@
 #include "keys/keyJobs.h"
 #include "keys/keyResults.h"
 #include "keys/keys.h"
+#include "medium/imageKinds.h"
 #include "support/failure.h"
 #include "support/programs.h"
 #include "support/texts.h"
@@ -72,15 +73,17 @@ std::size_t countFull(const UsbChoices& choices, std::size_t keys) {
 }
 
 Report checkedReport(const std::string& path, const std::string& log, const Inputs& inputs) {
+    if (path.empty()) {
+        return Report(path);
+    }
+    const auto what = "the report " + quote(path);
+    inputs.requireOther(path, what);
     struct stat about {};
     struct stat logs {};
-    if (!path.empty() && stat(path.c_str(), &about) == 0) {
-        inputs.requireOther(about, "the report " + quote(path));
-        refuseIf(!log.empty() && stat(log.c_str(), &logs) == 0 && isSameFile(about, logs),
-                 "the report " + quote(path) + " is the log file");
-    }
-    refuseIf(!path.empty() && !log.empty() && futurePath(path) == futurePath(log),
-             "the report " + quote(path) + " is the log file");
+    const bool isLog = stat(path.c_str(), &about) == 0 && stat(log.c_str(), &logs) == 0
+                           ? isSameFile(about, logs)
+                           : !log.empty() && futurePath(path) == futurePath(log);
+    refuseIf(isLog, what + " is the log file");
     return Report(path);
 }
 
@@ -115,6 +118,8 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirect
     const auto image = openChosen(path, O_RDWR, S_IFREG);
     const auto about = image.status();
     inputs.requireOther(about, "the image " + quote(path));
+    refuseIf(isIsoImage(image),
+             quote(path) + " is an ISO image, and no image of a key; burn writes it to a disc");
     requireFitting(inputs.contents, fatCapacity(image, KEY_IMAGE_OFFSET),
                    quote(path) + ", at byte " + std::to_string(KEY_IMAGE_OFFSET) + ",");
     lockAlone(image, quote(path));

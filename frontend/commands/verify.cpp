@@ -5,6 +5,7 @@
 #include "forms/isoReader.h"
 #include "keys/verifyKeys.h"
 #include "medium/comparison.h"
+#include "medium/imageKinds.h"
 #include "medium/isoImage.h"
 #include "support/failure.h"
 #include "support/texts.h"
@@ -68,6 +69,8 @@ int verify(const VerifyChoices& choices, const CallerEnvironment& caller, Consol
     }
     const auto medium = choices.image.empty() ? openDiscIn(DiscDrive(choices.disc))
                                               : openToCompare("the image", choices.image, S_IFREG);
+    refuseIf(!choices.image.empty() && isKeyImage(medium.file),
+             quote(choices.image) + " is the image of a key; compare it with --key-image");
     ReadMedium read = {medium.file, sizeOf(medium.file)};
     read.isDisc = choices.image.empty();
     return verifyAlone(choices, kindOfImage(choices, read), scratch, medium, read, console);

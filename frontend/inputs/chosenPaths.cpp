@@ -40,7 +40,18 @@ ChosenPaths::ChosenPaths(const std::string& directory, const Descriptor& open)
     : m_directory(directory), m_asNamed(significantParts(fs::absolute(directory).lexically_normal())),
       m_asItIs(significantParts(fs::read_symlink(open.path()))) {}
 
+bool ChosenPaths::areEverything(const std::vector<std::string>& paths) const {
+    return paths.empty() || (paths.size() == 1 && partsBelow(paths.front()).empty());
+}
+
 std::string ChosenPaths::below(const std::string& path) const {
+    const auto parts = partsBelow(path);
+    refuseIf(parts.empty(), "update file " + quote(path) +
+                                " is the directory of the update files itself; name nothing else with it");
+    return joined(parts);
+}
+
+std::vector<std::string> ChosenPaths::partsBelow(const std::string& path) const {
     const std::string text = "update file " + quote(path);
     refuseIf(path.empty(), "an update file has no name");
     std::vector<std::string> parts = significantParts(path);
@@ -48,8 +59,7 @@ std::string ChosenPaths::below(const std::string& path) const {
              text + " is not named by a path below " + quote(m_directory));
     refuseIf(path.front() == '/' && !removeStart(parts, m_asNamed) && !removeStart(parts, m_asItIs),
              text + " is not below " + quote(m_directory));
-    refuseIf(parts.empty(), text + " is the directory of the update files itself");
-    return joined(parts);
+    return parts;
 }
 
 } // namespace velacreate

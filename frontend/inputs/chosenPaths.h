@@ -16,10 +16,16 @@ public:
     /// @param open       the same directory, open
     ChosenPaths(const std::string& directory, const Descriptor& open);
 
+    /// Whether these paths are only the directory itself, or none.
+    bool areEverything(const std::vector<std::string>& paths) const;
+
     /// @throw Refusal when the path does not lie below the directory
     std::string below(const std::string& path) const;
 
 private:
+    /// @return the parts below the directory; empty for the directory itself
+    std::vector<std::string> partsBelow(const std::string& path) const;
+
     std::string m_directory;
     std::vector<std::string> m_asNamed;
     std::vector<std::string> m_asItIs;

@@ -101,6 +101,14 @@ void requireFileSize(const std::string& place, std::uint64_t size, const std::st
     }
 }
 
+void requireExecutable(const NamedDirectory& directory) {
+    struct statvfs about {};
+    check(fstatvfs(directory.number(), &about) == 0).orFail(quote(directory.path));
+    refuseIf((about.f_flag & ST_NOEXEC) != 0,
+             "the job cannot start its programs in " + quote(directory.path) +
+                 ", which is mounted with noexec; choose another directory for the output");
+}
+
 void requireSpace(const NamedDirectory& directory, std::uint64_t bytes) {
     struct statvfs space {};
     check(fstatvfs(directory.number(), &space) == 0).orFail("the free space in " + quote(directory.path));

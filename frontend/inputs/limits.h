@@ -34,6 +34,9 @@ void requireJolietNames(const std::vector<std::string>& places);
 /// @param medium  for the message, such as "an ISO image" or "a FAT file system"
 void requireFileSize(const std::string& place, std::uint64_t size, const std::string& medium);
 
+/// Refuses a directory on a file system from which no program can be started, as it is mounted with noexec.
+void requireExecutable(const NamedDirectory& directory);
+
 /// Refuses a job for which there is too little free space.
 /// @param directory  a directory of the file system
 void requireSpace(const NamedDirectory& directory, std::uint64_t bytes);

@@ -3,11 +3,14 @@
 #include "inputs/chosenPaths.h"
 #include "inputs/limits.h"
 #include "inputs/names.h"
+#include "inputs/packageReader.h"
+#include "inputs/toolPackage.h"
 #include "support/beneath.h"
 #include "support/failure.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <functional>
 #include <iterator>
 #include <utility>
 
@@ -44,20 +47,34 @@ void requirePlace(const std::string& place, const std::string& source) {
     }
 }
 
+/// xorriso takes no longer paths, the stack of genisoimage holds no deeper trees, and both hold a directory
+/// open at each level.
+void requireDepth(const std::string& place) {
+    constexpr std::size_t LONGEST_PATH = 4000;
+    constexpr std::ptrdiff_t MOST_PARTS = 500;
+    if (place.size() > LONGEST_PATH || std::count(place.begin(), place.end(), '/') >= MOST_PARTS) {
+        throw Refusal("the update files below " + quote(topOf(place)) +
+                      " lie too deep: a path has more than 500 parts or 4000 bytes");
+    }
+}
+
 using Entries = std::map<std::string, UpdateFiles::Entry>;
 
 class Search {
 public:
-    /// @param where  the directory, for messages
-    /// @param whole  gets all directories that are copied with their content
-    Search(int directory, std::string where, Entries& entries, std::vector<struct stat>& whole)
-        : m_directory(directory), m_where(std::move(where)), m_tree(directory), m_entries(entries),
-          m_whole(whole) {}
+    /// @param where   the directory, for messages
+    /// @param refuse  called with each file and directory; refuses it, if need be
+    /// @param whole   gets all directories that are copied with their content
+    Search(int directory, std::string where, std::function<void(const struct stat&)> refuse, Entries& entries,
+           std::vector<struct stat>& whole)
+        : m_directory(directory), m_where(std::move(where)), m_refuse(std::move(refuse)), m_tree(directory),
+          m_entries(entries), m_whole(whole) {}
 
     void add(const std::string& chosen) {
         const struct stat found = kindOf(chosen);
         const std::string place = S_ISDIR(found.st_mode) ? partsOf(chosen).back() : chosen;
         requirePlace(place, chosen);
+        requireDepth(place);
         addAncestors(place, chosen);
         addEntry(chosen, place, found);
         while (!m_pending.empty()) {
@@ -86,6 +103,7 @@ private:
         if (!S_ISREG(found.st_mode) && !S_ISDIR(found.st_mode)) {
             throw Refusal(named(source) + " is neither a file nor a directory");
         }
+        m_refuse(found);
         return found;
     }
 
@@ -149,12 +167,14 @@ private:
             if (holdsControlCharacter(name)) {
                 throw Refusal(named(inner) + " has a control character in its name; rename it");
             }
-            addEntry(inner, place + "/" + name, kindOf(inner));
+            requireDepth(pathBelow(place, name));
+            addEntry(inner, pathBelow(place, name), kindOf(inner));
         });
     }
 
     int m_directory;
     std::string m_where;
+    std::function<void(const struct stat&)> m_refuse;
     Beneath m_tree;
     Entries& m_entries;
     std::vector<struct stat>& m_whole;
@@ -179,17 +199,32 @@ void requirePresent(int directory, const std::string& where, const std::vector<s
 }
 } // namespace
 
-UpdateFiles::UpdateFiles(const std::string& directory, const std::vector<std::string>& chosen)
+UpdateFiles::UpdateFiles(const std::string& directory, const std::vector<std::string>& chosen,
+                         const ToolPackage& package)
     : m_directory(openedDirectory(directory)) {
     const ChosenPaths paths(directory, m_directory);
+    m_isEverything = paths.areEverything(chosen);
+    const auto refusePackage = [&](const struct stat& found) {
+        refuseIf(m_isEverything && package.isFile(found),
+                 packageText(package.path()) + " is among the update files" + advice());
+    };
+    Search search(m_directory.number(), directory, refusePackage, m_entries, m_whole);
+    if (m_isEverything) {
+        m_whole.push_back(m_directory.status());
+        forEachEntry(m_directory.number(), [&](const std::string& name) { search.add(name); });
+        return;
+    }
     std::vector<std::string> sources;
     std::transform(chosen.begin(), chosen.end(), std::back_inserter(sources),
                    [&](const std::string& path) { return paths.below(path); });
     requirePresent(m_directory.number(), directory, sources);
-    Search search(m_directory.number(), directory, m_entries, m_whole);
     for (const std::string& source : sources) {
         search.add(source);
     }
+}
+
+const char* UpdateFiles::advice() const {
+    return m_isEverything ? "; give the update files a directory of their own" : "";
 }
 
 std::vector<std::string> UpdateFiles::topLevel() const {

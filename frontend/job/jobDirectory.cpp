@@ -2,8 +2,10 @@
 
 #include "inputs/names.h"
 #include "job/childProcess.h"
+#include "support/beneath.h"
 #include "support/failure.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <filesystem>
@@ -117,59 +119,61 @@ NamedDirectory scratchDirectory(const std::string& chosen, const CallerEnvironme
 }
 
 void removeContents(const Descriptor& directory, const std::string& besides) {
-    forEachEntry(directory.number(), [&](const std::string& name) {
-        if (name == besides || unlinkat(directory.number(), name.c_str(), 0) == 0 || errno != EISDIR) {
-            return;
-        }
-        if (const auto below = openWithin(directory.number(), name, O_RDONLY | O_DIRECTORY); below.isOpen()) {
-            removeContents(below);
-        }
-        unlinkat(directory.number(), name.c_str(), AT_REMOVEDIR);
-    });
+    const auto removed = visitTree(
+        directory.number(), [&](const Descriptor& parent, const std::string& path, const std::string& name) {
+            const bool stays = path.empty() && name == besides;
+            return !stays && unlinkat(parent.number(), name.c_str(), 0) != 0 && errno == EISDIR;
+        });
+    Beneath tree(directory.number());
+    std::for_each(removed.rbegin(), removed.rend(),
+                  [&](const std::string& path) { tree.removeDirectory(path); });
 }
 
 namespace {
 /// Some file systems have no links.
-void linkFile(const Descriptor& from, const Descriptor& to, const std::string& name) {
-    if (linkat(from.number(), name.c_str(), to.number(), name.c_str(), 0) == 0) {
+void linkFile(int from, int to, const std::string& name) {
+    if (linkat(from, name.c_str(), to, name.c_str(), 0) == 0) {
         return;
     }
     check(errno == EPERM || errno == EOPNOTSUPP || errno == EMLINK || errno == EXDEV).orFail(quote(name));
-    const auto original = openWithin(from.number(), name, O_RDONLY);
+    const auto original = openWithin(from, name, O_RDONLY);
     check(original.isOpen()).orFail(quote(name));
-    const auto copy = openWithin(to.number(), name, O_WRONLY | O_CREAT | O_EXCL, S_IRWXU);
+    const auto copy = openWithin(to, name, O_WRONLY | O_CREAT | O_EXCL, S_IRWXU);
     check(copy.isOpen()).orFail(quote(name));
     copyContent(original, copy, name, [](std::uint64_t /*bytes*/) {});
 }
 } // namespace
 
 void linkContents(const Descriptor& from, const Descriptor& to, const std::string& besides) {
-    forEachEntry(from.number(), [&](const std::string& name) {
-        if (name == besides) {
-            return;
+    Beneath target(to.number());
+    visitTree(from.number(), [&](const Descriptor& parent, const std::string& path, const std::string& name) {
+        if (path.empty() && name == besides) {
+            return false;
         }
-        const auto below = openWithin(from.number(), name, O_RDONLY | O_DIRECTORY);
-        if (!below.isOpen()) {
-            linkFile(from, to, name);
-            return;
+        const auto place = pathBelow(path, name);
+        if (openWithin(parent.number(), name, O_RDONLY | O_DIRECTORY).isOpen()) {
+            check(target.makeDirectory(place, S_IRWXU)).orFail(quote(name));
+            return true;
         }
-        check(mkdirat(to.number(), name.c_str(), S_IRWXU) == 0).orFail(quote(name));
-        linkContents(below, openWithin(to.number(), name, O_RDONLY | O_DIRECTORY));
+        linkFile(parent.number(), target.enter(place), name);
+        return false;
     });
 }
 
 std::uint64_t sizeBelow(int directory, const std::string& path) {
-    struct stat about {};
-    if (fstatat(directory, path.c_str(), &about, AT_SYMLINK_NOFOLLOW) != 0) {
-        return 0;
-    }
-    if (!S_ISDIR(about.st_mode)) {
-        return static_cast<std::uint64_t>(about.st_size);
-    }
     std::uint64_t size = 0;
-    if (const auto below = openBeneath(directory, path, O_RDONLY | O_DIRECTORY); below.isOpen()) {
-        forEachEntry(below.number(),
-                     [&](const std::string& name) { size += sizeBelow(below.number(), name); });
+    const auto add = [&](int parent, const std::string& name) {
+        struct stat about {};
+        if (fstatat(parent, name.c_str(), &about, AT_SYMLINK_NOFOLLOW) != 0) {
+            return false;
+        }
+        size += S_ISDIR(about.st_mode) ? 0 : static_cast<std::uint64_t>(about.st_size);
+        return S_ISDIR(about.st_mode);
+    };
+    if (add(directory, path)) {
+        const auto top = openBeneath(directory, path, O_RDONLY | O_DIRECTORY);
+        visitTree(top.number(), [&](const Descriptor& parent, const std::string& /*path*/,
+                                    const std::string& name) { return add(parent.number(), name); });
     }
     return size;
 }

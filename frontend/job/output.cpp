@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <filesystem>
 
@@ -217,7 +218,8 @@ bool Output::replace(const Descriptor& directory, const std::string& name) const
         return rename(directory, name, m_parent.number(), m_name, 0);
     }
     // The old directory is moved aside first, so it can always be found.
-    const std::string replaced = m_name + ".replaced";
+    const std::string ending = ".replaced";
+    const std::string replaced = m_name.substr(0, NAME_MAX - ending.size()) + ending;
     return rename(m_parent.directory, m_name, m_parent.number(), replaced, 0) &&
            rename(directory, name, m_parent.number(), m_name, 0) &&
            rename(m_parent.directory, replaced, directory.number(), "replaced", 0);

@@ -4,6 +4,7 @@
 #include "keys/keyTarget.h"
 #include "keys/keys.h"
 #include "medium/comparison.h"
+#include "medium/imageKinds.h"
 #include "support/failure.h"
 
 #include <algorithm>
@@ -78,6 +79,7 @@ int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Cons
 
 int verifyKeyImage(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
     const auto medium = openToCompare("the key image", choices.keyImage, S_IFREG);
+    refuseIf(isIsoImage(medium.file), quote(choices.keyImage) + " is an ISO image; compare it with --image");
     lockAlone(medium.file, medium.name);
     const Inputs inputs(choices.job, MediumKind::key);
     ReadMedium read = {medium.file, sizeOf(medium.file)};

@@ -1,17 +1,38 @@
 #include "medium/jobInputs.h"
 
 #include "inputs/limits.h"
+#include "inputs/names.h"
 #include "support/failure.h"
 
+#include <mediaRules.h>
+
+#include <algorithm>
 #include <filesystem>
 
 #include <fcntl.h>
 
 namespace velacreate {
 
+namespace fs = std::filesystem;
+
+namespace {
+/// @return where the installer lies when it is not at the top; else empty
+std::string misplacedInstaller(const UpdateFiles& updates, const Contents& contents) {
+    if (contents.tree.count(VelaCreation::INSTALLER) != 0) {
+        return "";
+    }
+    const auto isInstaller = [](const auto& item) {
+        return !item.second.isDirectory && partsOf(item.first).back() == VelaCreation::INSTALLER;
+    };
+    const auto& entries = updates.entries();
+    const auto found = std::find_if(entries.begin(), entries.end(), isInstaller);
+    return found == entries.end() ? "" : found->first;
+}
+} // namespace
+
 Inputs::Inputs(const JobChoices& choices, MediumKind medium)
     : kind(kindOf(medium)), package(choices.package, kind.cloneImages),
-      updates(choices.directory, choices.files), contents(contentsOf(medium, package, updates)) {
+      updates(choices.directory, choices.files, package), contents(contentsOf(medium, package, updates)) {
     refuseIf(updates.fileCount() == 0, "there is no update file in what was named");
 }
 
@@ -24,12 +45,26 @@ void Inputs::requireMakeable() const {
 
 void Inputs::requireOther(const struct stat& file, const std::string& what) const {
     refuseIf(package.isFile(file), what + " is the tool package");
-    refuseIf(updates.contain(file), what + " is one of the update files");
+    refuseIf(updates.contain(file), what + " is one of the update files" + updates.advice());
+}
+
+void Inputs::requireOther(const std::string& path, const std::string& what) const {
+    struct stat about {};
+    if (stat(path.c_str(), &about) == 0) {
+        requireOther(about, what);
+    }
+    if (stat(fs::path(futurePath(path)).parent_path().c_str(), &about) == 0) {
+        requireNotChosen(about, what);
+    }
+}
+
+void Inputs::requireNotChosen(const struct stat& directory, const std::string& what) const {
+    refuseIf(updates.hold(directory), what + " would lie among the update files" + updates.advice());
 }
 
 void Inputs::requireOther(const Output& output) const {
     const std::string what = "the output " + quote(output.path());
-    refuseIf(updates.hold(output.parent().directory.status()), what + " would lie among the update files");
+    requireNotChosen(output.parent().directory.status(), what);
     if (!output.present()) {
         return;
     }
@@ -56,10 +91,16 @@ void Inputs::announce(Console& console, const std::string& beginning) const {
     for (const auto& name : contents.missing) {
         console.say("Note: the package lacks the boot file " + quote(name));
     }
+    if (const auto place = misplacedInstaller(updates, contents); !place.empty()) {
+        console.say("Note: there is no " + quote(VelaCreation::INSTALLER) +
+                    " at the top of the medium, where machines look for it, but " + quote(place) +
+                    "; --directory says where its path begins");
+    }
 }
 
 void Inputs::requireRoom(const NamedDirectory& directory, std::size_t copiesOfPackage,
                          std::size_t copiesOfMedium) const {
+    requireNotChosen(directory.directory.status(), "the job directory in " + quote(directory.path));
     constexpr std::uint64_t BLOCK = 4096;        // a file may take up to one more
     constexpr std::uint64_t PADDING = 1U << 20U; // added by tools
     const std::uint64_t files = copiesOfPackage * package.entries().size() + updates.entries().size() +
@@ -81,15 +122,14 @@ void requireOtherLog(const ShowChoices& choices, const std::string& medium) {
     if (choices.log.empty() || medium.empty()) {
         return;
     }
-    const std::filesystem::path log = futurePath(choices.log);
+    const fs::path log = futurePath(choices.log);
     refuseIf(log == medium || log.parent_path() == medium,
              "the log file " + quote(choices.log) + " is the medium, or in it; choose another");
 }
 
 void openLog(Console& console, const ShowChoices& choices, const std::string& medium, const Inputs* inputs) {
-    struct stat about {};
-    if (inputs != nullptr && !choices.log.empty() && stat(choices.log.c_str(), &about) == 0) {
-        inputs->requireOther(about, "the log file " + quote(choices.log));
+    if (inputs != nullptr && !choices.log.empty()) {
+        inputs->requireOther(choices.log, "the log file " + quote(choices.log));
     }
     requireOtherLog(choices, medium);
     console.openLog(choices.verbose, choices.log);

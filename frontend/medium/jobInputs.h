@@ -32,6 +32,9 @@ struct Inputs {
     /// @param what  for the message, such as "the output '/x/i.iso'"
     void requireOther(const struct stat& file, const std::string& what) const;
 
+    /// The same for a path, where a file may be made. Its directory must not be a chosen one either.
+    void requireOther(const std::string& path, const std::string& what) const;
+
     /// Refuses an output that is one of these, replaces one of these, or lies in a chosen directory.
     void requireOther(const Output& output) const;
 
@@ -39,11 +42,14 @@ struct Inputs {
     /// @param beginning such as "Making the image '/x/i.iso' from"
     void announce(Console& console, const std::string& beginning) const;
 
-    /// Refuses a job for which there is too little free space.
+    /// Refuses a directory for the job directory that was chosen, or has too little free space.
     /// @param copiesOfPackage packed or unpacked
     /// @param copiesOfMedium of what is written to the medium
     void requireRoom(const NamedDirectory& directory, std::size_t copiesOfPackage,
                      std::size_t copiesOfMedium) const;
+
+private:
+    void requireNotChosen(const struct stat& directory, const std::string& what) const;
 };
 
 /// Refuses files that are too large for this kind of medium.

@@ -2,6 +2,7 @@
 
 #include "display/summary.h"
 #include "inputs/checksum.h"
+#include "inputs/limits.h"
 #include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
 #include "job/supervisor.h"
@@ -168,6 +169,7 @@ void requireProgramsOf(const Kind& kind, const Toolkit& toolkit) {
 int makeOutput(const OutputJob& job, Console& console) {
     const auto& kind = job.inputs.kind;
     const auto medium = kind.name + " " + quote(job.output.path());
+    requireExecutable(job.output.parent());
     if (job.checksum != nullptr) {
         requireOtherLog(job.choices.show, job.checksum->path());
     }

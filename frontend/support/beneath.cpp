@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace velacreate {
 namespace {
@@ -35,6 +36,34 @@ Descriptor Beneath::open(const std::string& path, int flags, unsigned mode) {
 bool Beneath::makeDirectory(const std::string& path, unsigned mode) {
     const int directory = enter(path);
     return directory >= 0 && mkdirat(directory, nameOf(path).c_str(), mode) == 0;
+}
+
+void Beneath::removeDirectory(const std::string& path) {
+    if (const int directory = enter(path); directory >= 0) {
+        unlinkat(directory, nameOf(path).c_str(), AT_REMOVEDIR);
+    }
+}
+
+std::vector<std::string> visitTree(int top, const VisitEntry& visit) {
+    std::vector<std::string> directories = {""};
+    for (std::size_t next = 0; next < directories.size(); ++next) {
+        const auto path = directories[next];
+        const auto directory = openWithin(top, path.empty() ? "." : path, O_RDONLY | O_DIRECTORY);
+        if (!directory.isOpen()) {
+            continue;
+        }
+        forEachEntry(directory.number(), [&](const std::string& name) {
+            if (visit(directory, path, name)) {
+                directories.push_back(pathBelow(path, name));
+            }
+        });
+    }
+    directories.erase(directories.begin());
+    return directories;
+}
+
+std::string pathBelow(const std::string& directory, const std::string& name) {
+    return directory + (directory.empty() ? "" : "/") + name;
 }
 
 } // namespace velacreate

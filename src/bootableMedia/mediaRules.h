@@ -61,6 +61,7 @@ struct Removal {
 /// @name Boot files
 /// @{
 constexpr const char* BOOT_CATALOG = "boot.catalog"; ///< the ISO tool makes it
+constexpr const char* INSTALLER = "zephyn";          ///< an update file that machines run
 constexpr const char* EFI_LOADER = "efibootimg";
 constexpr const char* BIOS_LOADER = "isolinux.bin";
 constexpr const char* POWERPC_LOADER = "ppc/chrp/yaboot";

@@ -48,7 +48,7 @@ int stageFiles(BootableISO& builder, const Operation& operation, std::vector<std
     if (const int result = builder.copyFiles("", stagingDir, updateFiles); result != VELAERROR_SUCCESS) {
         return operation.failed(result, "Copying source file list fails");
     }
-    const std::string installer = stagingDir + BootableMedia::FILE_SEPERATOR + "zephyn";
+    const std::string installer = stagingDir + BootableMedia::FILE_SEPERATOR + INSTALLER;
     if (builder.isFileExist(installer)) {
         operation.note("Need to chmod zephyn binary file");
         if (!runCaptured("chmod -R +x " + installer)) {

@@ -32,6 +32,27 @@ load words
     isImage work/i.iso a.txt zephyn
 }
 
+@test "--directory alone and the path . mean everything in it; an installer further down is noted" {
+    export SOURCE_DATE_EPOCH=1700000000
+    files out/1.iso in/a in/.hidden in/sub/zephyn
+    output=../out/1.iso makes iso --force --directory ../in a sub .hidden
+    output=../out/2.iso makes iso --directory ../in
+    output=../out/3.iso makes eval 'cd ../in; package=../work/tool.zip iso ./'
+    told "^Note: there is no 'zephyn' at the top .*, but 'sub/zephyn'; --directory says where its path begins$"
+    cmp out/1.iso out/2.iso
+    cmp out/1.iso out/3.iso
+    makes iso zephyn folder
+    not told '^Note'
+}
+
+@test "a tree may be deep, for UEFI, PowerPC and the network" {
+    below work/y d 499
+    mkdir out
+    output=../out/i.iso makes iso y
+    output=../out/p.iso makes iso --platform ppc y
+    output=../out/p makes pxe y
+}
+
 @test "quotes, dollars and blanks may stand in every path" {
     mkdir -p 'w "x$y` ' 'out/o "$z`'
     cp work/tool.zip "w \"x\$y\` /it's \$a.zip"
@@ -46,6 +67,13 @@ load words
     echo more >'work/größe.txt'
     run="hiding /usr/lib/locale" makesImage 'größe.txt' a.txt
     run="hiding /usr/lib/locale" refuses "update file 'größer.txt' is not in '.': No such file or directory" iso --force 'größer.txt'
+}
+
+@test "the names of an image and of a package may be as long as a name can be" {
+    mkdir out
+    output=../out/$(printf %0251d 1).iso makesImage a.txt
+    output=../out/$(printf %0251d 1).iso makesImage --force a.txt
+    output=../out/$(printf %0255d 1) makesPackage a.txt
 }
 
 @test "an old image is replaced and passes on its owner and mode" {

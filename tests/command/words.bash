@@ -49,6 +49,10 @@ files() { # PATH...: old ones
     for file; do mkdir -p "$(dirname "$file")"; echo old >"$file"; done
 }
 
+below() { # DIRECTORY NAME LEVELS: a file as deep as that, with all directories of one name
+    (for _ in $(seq "$3"); do mkdir -p "$1" && cd "$1" && set -- "$2" "$2"; done; echo deep >f)
+}
+
 velacreate() { ${as:-${run:-}} "$VELACREATE" "$@"; }
 iso() { velacreate iso --package "${package:-tool.zip}" --output "${output:-i.iso}" "$@"; }
 pxe() { velacreate pxe --package "${package:-tool.zip}" --output "${output:-../out}" "$@"; }
