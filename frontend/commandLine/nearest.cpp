@@ -7,13 +7,13 @@
 namespace velacreate {
 namespace {
 std::size_t changesBetween(const std::string& one, const std::string& other) {
-    std::vector<std::size_t> row(other.size() +
-                                 1); // from the letters of "one" so far to each start of "other"
+    // The changes from the letters so far to each beginning of the other word.
+    std::vector<std::size_t> row(other.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < one.size(); ++i) {
+    for (const char letter : one) {
         std::size_t diagonal = row[0]++;
         for (std::size_t j = 0; j < other.size(); ++j) {
-            const std::size_t replaced = diagonal + (one[i] == other[j] ? 0 : 1);
+            const std::size_t replaced = diagonal + (letter == other[j] ? 0 : 1);
             diagonal = row[j + 1];
             row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
         }

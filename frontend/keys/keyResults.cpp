@@ -101,10 +101,10 @@ std::vector<Outcome> outcomesOfAll(const std::vector<Key>& keys, const std::vect
     return outcomes;
 }
 
-void KeyResults::settle(std::size_t key, const Outcome& told) {
-    const auto outcome = inOwnWords(told);
-    keepRecord(m_keys[key], outcome);
-    m_settled[key] = KeyResult{outcome, powerDownText(m_keys[key], outcome)};
+void KeyResults::settle(std::size_t key, const Outcome& outcome) {
+    const auto result = inOwnWords(outcome);
+    keepRecord(m_keys[key], result);
+    m_settled[key] = KeyResult{result, powerDownText(m_keys[key], result)};
 }
 
 int KeyResults::conclude(const std::vector<Outcome>& ofSelected) {

@@ -2,19 +2,20 @@
 
 #include "support/utf8.h"
 
-#include <array>
 #include <cerrno>
-#include <cstdio>
+#include <iomanip>
+#include <sstream>
 #include <system_error>
 
 namespace velacreate {
 namespace {
 /// As a shell reads it in $'...'.
 std::string escaped(wchar_t character) {
-    std::array<char, sizeof "\\U0010ffff"> text{};
-    const auto number = static_cast<unsigned>(character);
-    std::snprintf(text.data(), text.size(), number > 0xffff ? "\\U%08x" : "\\u%04x", number);
-    return text.data();
+    const bool isLong = character > 0xffff;
+    std::ostringstream text;
+    text << (isLong ? "\\U" : "\\u") << std::hex << std::setfill('0') << std::setw(isLong ? 8 : 4)
+         << static_cast<long>(character);
+    return text.str();
 }
 } // namespace
 
