@@ -45,7 +45,7 @@ void requireProgramsFor(const UsbChoices& choices) {
 
 /// The kernel's count includes the flushing, which would otherwise look like a standstill.
 std::map<std::string, Gauge> gaugesOf(const DiskLock& lock, std::uint64_t expected) {
-    const Gauge written{expected, [&lock] { return lock.traffic().written * SECTOR; }};
+    const Gauge written{expected, [&lock](pid_t /*job*/) { return lock.traffic().written * SECTOR; }};
     std::map<std::string, Gauge> gauges;
     for (const auto& stage : kindOf(MediumKind::key).stages) {
         gauges[stage.text] = written;

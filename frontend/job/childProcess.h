@@ -22,6 +22,7 @@ public:
     /// @throw Failure when there can be no process
     ChildProcess(int directory, const std::function<int(Reporter&)>& work);
 
+    pid_t number() const { return m_number; }
     /// Readable when the process has ended.
     int ending() const { return m_process.number(); }
     /// Readable when there are events.

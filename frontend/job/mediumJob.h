@@ -10,6 +10,8 @@
 #include <map>
 #include <string>
 
+#include <sys/types.h>
+
 namespace velacreate {
 
 class Progress;
@@ -18,7 +20,7 @@ class Progress;
 /// first such stage on.
 struct Gauge {
     std::uint64_t expected;
-    std::function<std::uint64_t()> done;
+    std::function<std::uint64_t(pid_t job)> done;
 };
 
 struct MediumJob {

@@ -208,7 +208,7 @@ private:
     }
 
     std::uint64_t shownByGauge() {
-        const auto shown = m_gauge->done();
+        const auto shown = m_gauge->done(m_process.number());
         m_shownFirst = m_shownFirst.value_or(shown);
         return std::max(shown, *m_shownFirst) - *m_shownFirst;
     }

@@ -117,14 +117,16 @@ void addBesideArchive(Contents& contents, const std::vector<const char*>& names,
 }
 } // namespace
 
-std::uint64_t Contents::size() const {
+std::uint64_t sizeOf(const Tree& tree) {
     std::uint64_t total = 0;
-    for (const Tree* part : {&tree, &besideArchive}) {
-        for (const auto& [place, file] : *part) {
-            total = sumOf(total, file.size);
-        }
+    for (const auto& [place, part] : tree) {
+        total = sumOf(total, part.size);
     }
     return total;
+}
+
+std::uint64_t Contents::size() const {
+    return sumOf(sizeOf(tree), sizeOf(besideArchive));
 }
 
 Contents contentsOf(MediumKind medium, const ToolPackage& package, const UpdateFiles& updates) {

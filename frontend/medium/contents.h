@@ -23,6 +23,8 @@ struct Part {
 /// By the path on the medium.
 using Tree = std::map<std::string, Part>;
 
+std::uint64_t sizeOf(const Tree& tree); ///< of all files
+
 struct Contents {
     Tree tree;                         ///< on the medium, or in the archive of a network-boot directory
     Tree besideArchive;                ///< of a network-boot directory

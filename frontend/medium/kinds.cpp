@@ -67,7 +67,7 @@ Kind netbootDirectory() {
     kind.programs = {"unzip"};
     kind.toolkitPrograms = {"zip"};
     kind.place = NETBOOT_PLACE;
-    kind.stages = {{STAGE_COPYING_PXE, BootableMedia::ISO_DIR_NAME}, {STAGE_ZIPPING, NETBOOT_PLACE}};
+    kind.stages = {{STAGE_COPYING_PXE, BootableMedia::ISO_DIR_NAME}, {STAGE_ZIPPING, ""}};
     kind.removals = listOf(ARCHIVE_REMOVALS);
     kind.besideArchive = listOf(NETBOOT_FILES);
     kind.compare = compareNetbootDirectory;

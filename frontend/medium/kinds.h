@@ -29,7 +29,8 @@ struct BootFile {
 /// A stage whose bytes are counted from outside the job.
 struct MeasuredStage {
     std::string text;
-    std::string growing; ///< what grows, below the job directory; empty for the medium itself
+    std::string
+        growing; ///< below the job directory; empty for a key, and where what the job reads is counted
 };
 
 /// See readBack.h.

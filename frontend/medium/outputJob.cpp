@@ -3,6 +3,7 @@
 #include "display/summary.h"
 #include "inputs/checksum.h"
 #include "inputs/limits.h"
+#include "job/bytesRead.h"
 #include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
 #include "job/supervisor.h"
@@ -14,6 +15,7 @@
 #include "support/programs.h"
 #include "support/texts.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <future>
 #include <optional>
@@ -149,11 +151,24 @@ bool isThere(const std::string& path) {
     return !path.empty() && lstat(path.c_str(), &about) == 0;
 }
 
+/// Of the stage that reads all files of the archive.
+Gauge readingGauge(const Contents& contents) {
+    const auto readSince = [start = std::optional<std::uint64_t>()](pid_t job) mutable {
+        const auto bytes = bytesReadBy(job);
+        start = start.value_or(bytes);
+        return std::max(bytes, *start) - *start;
+    };
+    return {sizeOf(contents.tree), readSince};
+}
+
 std::map<std::string, Gauge> gaugesOf(const Inputs& inputs, int jobDirectory) {
     std::map<std::string, Gauge> gauges;
     for (const auto& [text, growing] : inputs.kind.stages) {
-        gauges[text] = {inputs.contents.size(),
-                        [jobDirectory, path = growing] { return sizeBelow(jobDirectory, path); }};
+        const auto sizeSoFar = [jobDirectory, path = growing](pid_t /*job*/) {
+            return sizeBelow(jobDirectory, path);
+        };
+        gauges[text] =
+            growing.empty() ? readingGauge(inputs.contents) : Gauge{inputs.contents.size(), sizeSoFar};
     }
     return gauges;
 }
