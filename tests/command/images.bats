@@ -33,11 +33,10 @@ load words
 }
 
 @test "--directory alone and the path . mean everything in it; an installer further down is noted" {
-    export SOURCE_DATE_EPOCH=1700000000
     files out/1.iso in/a in/.hidden in/sub/zephyn
-    output=../out/1.iso makes iso --force --directory ../in a sub .hidden
-    output=../out/2.iso makes iso --directory ../in
-    output=../out/3.iso makes eval 'cd ../in; package=../work/tool.zip iso ./'
+    SOURCE_DATE_EPOCH=1700000000 output=../out/1.iso makes iso --force --directory ../in a sub .hidden
+    SOURCE_DATE_EPOCH=1700000000 output=../out/2.iso makes iso --directory ../in
+    SOURCE_DATE_EPOCH=1700000000 output=../out/3.iso makes eval 'cd ../in; package=../work/tool.zip iso ./'
     told "^Note: there is no 'zephyn' at the top .*, but 'sub/zephyn'; --directory says where its path begins$"
     cmp out/1.iso out/2.iso
     cmp out/1.iso out/3.iso
