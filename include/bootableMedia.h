@@ -87,8 +87,10 @@ const std::string CLI_ERROR_E = "\n</CLIERROR>";        ///< closes the record
 /// - Nearly every command overwrites the capture file "stdout.txt" in the current directory with its
 ///   output.
 /// - The shell runs the commands with the privileges of the process (root, for keys). A path is quoted in a
-///   command only where the operation says so. Everywhere else it must be a single shell word. The caller
-///   must check the paths.
+///   command only where the operation says so. Everywhere else it must be a single shell word. A path that
+///   begins with "-", quoted or not, is an option for the program that gets it: an update file
+///   "--target-directory=DIR" makes cp write to another directory, and the job can still return 0. The
+///   caller must check the paths.
 /// - Nothing is undone after a failure. The destructor of a builder removes no file and unmounts nothing.
 /// - Failures are logged at level 0 and returned. Only exceptions of the standard library (no memory) and of
 ///   the logger reach the caller.
@@ -184,10 +186,10 @@ public:
     /// Copies files and directories into a directory.
     /// @param srcDir   used only when `files` is empty: its contents are copied as by `copyDir`
     /// @param destDir  the directory to copy into; bare when `files` is empty, quoted otherwise
-    /// @param files    quoted in the copy commands. Each file is copied under its own relative path, whose
-    ///                 directories are made if necessary (bare in their command, and logged at level 0
-    ///                 in any case). Each directory is copied into `destDir`, which must exist, under its
-    ///                 last name. Empty entries are skipped
+    /// @param files    quoted in the copy commands; none may begin with "-". Each file is copied under its
+    ///                 own relative path, whose directories are made if necessary (bare in their command, and
+    ///                 logged at level 0 in any case). Each directory is copied into `destDir`, which must
+    ///                 exist, under its last name. Empty entries are skipped
     /// @return 0; 100 at the first entry that is missing; 106 at the first copy that fails. Earlier entries
     ///         stay copied. Both are logged in messages that begin with "BootableMedia::copyFiles. "
     int copyFiles(const std::string& srcDir, const std::string& destDir,
