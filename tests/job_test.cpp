@@ -409,8 +409,12 @@ TEST_F(WatchTest, NoMoreAtOnceThanWanted) {
 
 TEST_F(WatchTest, InterruptEndsAllThatRunAndBeginsNoMore) {
     const auto fine = [](Reporter&) { return 0; };
-    interruptAt("waiting", "TERM");
-    EXPECT_EQ(statusesOf(outcomesOf({fine, waitUntilEnded, waitUntilEnded, fine}, 2)),
+    const auto secondToWait = [](Reporter& reporter) { // begins only when the first job has ended
+        std::ofstream("both") << "";
+        return waitUntilEnded(reporter);
+    };
+    interruptAt("both", "TERM");
+    EXPECT_EQ(statusesOf(outcomesOf({fine, waitUntilEnded, secondToWait, fine}, 2)),
               (std::vector{0, EXIT_INTERRUPTED, EXIT_INTERRUPTED, EXIT_INTERRUPTED}));
     interruptAt("ending", "TERM");
     const auto almostDone = [](Reporter&) {
