@@ -112,10 +112,11 @@ ChildProcess::ChildProcess(int directory, const std::function<int(Reporter&)>& w
     [[maybe_unused]] const int back = fchdir(here.number());
 }
 
-// A process that was just started may not have its group yet.
+// A process that was just started may not have its group yet. By its descriptor, no other process can be
+// meant that got its number.
 void ChildProcess::signal(int number) const {
     if (kill(-m_number, number) != 0) {
-        kill(m_number, number);
+        syscall(SYS_pidfd_send_signal, m_process.number(), number, nullptr, 0);
     }
 }
 
