@@ -12,6 +12,7 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -72,19 +73,21 @@ std::vector<std::string> serverCommand(const NetworkPort& port, const std::optio
                                         "--tftp-root=" + std::string(SERVED_PLACE),
                                         "--tftp-max=1000"};
     if (!range) {
+        // The server adds the ending ".0".
+        const auto loader = std::filesystem::path(VelaCreation::NETBOOT_LOADER).stem().string();
         for (const auto& network : port.networks()) {
             command.push_back("--dhcp-range=" + addressText(network.first()) + ",proxy");
         }
-        command.insert(command.end(), {"--no-ping", "--pxe-service=x86PC,Service medium,pxelinux"});
+        command.insert(command.end(), {"--no-ping", "--pxe-service=x86PC,Service medium," + loader});
         return command;
     }
     command.push_back("--dhcp-range=" + addressText(range->first) + "," + addressText(range->last) + "," +
                       addressText(range->network.mask) + ",1h");
     // Each machine gets one address, also when its firmware, its loader and its system send different
     // identifiers. No router is announced.
-    command.insert(command.end(),
-                   {"--dhcp-boot=" + std::string(VelaCreation::NETBOOT_LOADER), "--dhcp-lease-max=10000",
-                    "--dhcp-ignore-clid", "--dhcp-option=option:router"});
+    command.insert(command.end(), {"--dhcp-boot=" + std::string(VelaCreation::NETBOOT_LOADER),
+                                   "--dhcp-lease-max=" + std::to_string(MOST_MACHINES), "--dhcp-ignore-clid",
+                                   "--dhcp-option=option:router"});
     return command;
 }
 

@@ -1,6 +1,7 @@
 #include "network/machines.h"
 
 #include "network/addresses.h"
+#include "network/bootServer.h"
 #include "network/serverRoot.h"
 
 #include <mediaRules.h>
@@ -11,8 +12,7 @@
 
 namespace velacreate {
 namespace {
-constexpr std::size_t LONGEST_LINE = 900;    ///< the server cuts longer lines, whose end a machine may choose
-constexpr std::size_t MOST_MACHINES = 10000; ///< a machine can use any number of hardware addresses
+constexpr std::size_t LONGEST_LINE = 900; ///< the server cuts longer lines, whose end a machine may choose
 
 std::vector<std::string> wordsOf(const std::string& text) {
     std::istringstream stream(text);
@@ -50,10 +50,10 @@ std::optional<Machines::News> Machines::take(const std::string& line) {
     std::string text;
     stream >> month >> day >> time >> source;
     std::getline(stream >> std::ws, text);
-    if (startsWith(source, "dnsmasq-dhcp[")) {
+    if (startsWith(source, BOOT_SERVER + std::string("-dhcp["))) {
         return takeLease(wordsOf(text));
     }
-    return startsWith(source, "dnsmasq-tftp[") ? takeFile(text, time) : std::nullopt;
+    return startsWith(source, BOOT_SERVER + std::string("-tftp[")) ? takeFile(text, time) : std::nullopt;
 }
 
 std::optional<Machines::News> Machines::takeLease(const std::vector<std::string>& words) {

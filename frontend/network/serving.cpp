@@ -5,30 +5,30 @@
 #include "network/machines.h"
 #include "support/exitStatus.h"
 
+#include <mediaRules.h>
+
 namespace velacreate {
 namespace {
-constexpr int LEVEL_OF_SERVER = 2;
-
 /// What the server has said so far.
 struct ServerLog {
     Console& console;
     Machines machines;
-    std::string lastWords = "dnsmasq ended";
+    std::string lastWords = std::string(BOOT_SERVER) + " ended";
 
     void take(const std::string& line, Progress& progress) {
         if (line.empty()) {
             return;
         }
-        if (line.rfind("dnsmasq: ", 0) == 0) { // a line without a date is a failure
+        if (line.rfind(std::string(BOOT_SERVER) + ": ", 0) == 0) { // a line without a date is a failure
             lastWords = line;
         }
-        console.message(LEVEL_OF_SERVER, line);
+        console.message(VelaCreation::LEVEL_PROGRESS, line);
         const auto news = machines.take(line);
         if (!news) {
             return;
         }
         if (progress.isLive()) {
-            console.log(LEVEL_OF_SERVER, news->text);
+            console.log(VelaCreation::LEVEL_PROGRESS, news->text);
             progress.line(news->machine, machines.text(news->machine), !machines.isServed(news->machine));
         } else {
             console.say(news->text);
