@@ -28,6 +28,7 @@ std::optional<std::string> readAnswer(const HeldSignals& signals) {
         line += sources[0].revents != 0 ? std::string(1, character) : "";
     }
 }
+
 /// Who types "Yes" or "y" means it.
 bool isMeantAsYes(const std::string& answer) {
     const auto first = answer.find_first_not_of(' ');

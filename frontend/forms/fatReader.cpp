@@ -4,6 +4,7 @@
 #include "forms/fatTable.h"
 #include "forms/fields.h"
 #include "inputs/names.h"
+#include "support/beneath.h"
 #include "support/failure.h"
 
 #include <algorithm>
@@ -127,7 +128,7 @@ private:
 
     /// @param names  of the directory's entries, long and short ones
     void useEntry(const Directory& directory, const FatEntry& entry, std::set<std::string>& names) {
-        const auto place = directory.place.empty() ? entry.name : directory.place + "/" + entry.name;
+        const auto place = pathBelow(directory.place, entry.name);
         const auto name = inCapitals(entry.name);
         const bool isNewName = names.insert(name).second;
         const bool isNewShortName = name == entry.shortName || names.insert(entry.shortName).second;
@@ -234,8 +235,8 @@ private:
 
     const Examination& m_examination;
     bool m_mayKeepFiles;
-    std::map<std::string, Expected>
-        m_expected; ///< by their places in capitals; the kernel keeps other letters
+    /// By their places with a to z in capitals. The kernel writes all other letters as they are.
+    std::map<std::string, Expected> m_expected;
     const FatLayout* m_layout = nullptr;
     FatTable* m_table = nullptr;
     std::map<std::uint32_t, Directory> m_directories; ///< to be read, by their first clusters

@@ -1,5 +1,6 @@
 #include "forms/isoTree.h"
 
+#include "support/beneath.h"
 #include "support/failure.h"
 
 #include <algorithm>
@@ -23,10 +24,6 @@ std::string textOf(const std::u16string& identifier) {
 void sortByName(std::vector<std::size_t>& children, const std::vector<IsoNode>& nodes) {
     std::sort(children.begin(), children.end(),
               [&](std::size_t one, std::size_t other) { return nodes[one].name < nodes[other].name; });
-}
-
-std::string pathIn(const IsoNode& directory, const std::string& name) {
-    return directory.path.empty() ? name : directory.path + "/" + name;
 }
 } // namespace
 
@@ -223,7 +220,7 @@ bool IsoTreeReader::choose(Directory& directory, const Fits& fits) {
 std::optional<std::size_t> IsoTreeReader::findPrimary(Directory& directory, const IsoRecord& record) {
     const auto& parent = m_nodes[directory.node];
     const auto name = record.name().empty() ? textOf(record.identifier()) : record.name();
-    const auto path = pathIn(parent, name);
+    const auto path = pathBelow(parent.path, name);
     const auto& children = parent.children;
     const auto found =
         std::lower_bound(children.begin(), children.end(), name,

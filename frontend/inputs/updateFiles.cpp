@@ -54,7 +54,8 @@ void requireDepth(const std::string& place) {
     constexpr std::ptrdiff_t MOST_PARTS = 500;
     if (place.size() > LONGEST_PATH || std::count(place.begin(), place.end(), '/') >= MOST_PARTS) {
         throw Refusal("the update files below " + quote(topOf(place)) +
-                      " lie too deep: a path has more than 500 parts or 4000 bytes");
+                      " lie too deep: a path has more than " + std::to_string(MOST_PARTS) + " parts or " +
+                      std::to_string(LONGEST_PATH) + " bytes");
     }
 }
 

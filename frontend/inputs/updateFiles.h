@@ -33,11 +33,10 @@ public:
     /// it.
     ///
     /// Refuses a path that does not exist, lies elsewhere, contains "..", or is the directory itself and not
-    /// alone;
-    /// anything but files and directories; what cannot be read; two files with the same place on the medium;
-    /// a path with more than 500 parts or 4000 bytes; a name with a control character; a top-level name that
-    /// begins with "-", is used by the job (see names.h), or contains a double quote, "$", a backquote or a
-    /// backslash, which the library cannot quote.
+    /// alone; anything but files and directories; what cannot be read; two files with the same place on the
+    /// medium; a path with more than 500 parts or 4000 bytes; a name with a control character; a top-level
+    /// name that begins with "-", is used by the job (see names.h), or contains a double quote, "$", a
+    /// backquote or a backslash, which the library cannot quote.
     /// @throw Refusal
     UpdateFiles(const std::string& directory, const std::vector<std::string>& chosen,
                 const ToolPackage& package);
@@ -58,9 +57,8 @@ public:
     /// Whether an open directory was chosen or lies in a chosen one. Output made there would be copied too.
     bool hold(const struct stat& directory) const;
 
-    /// When everything in the directory was chosen, what to do about a file that must not be among it, such
-    /// as
-    /// "; give the files ..."; else empty.
+    /// @return what to do about a file that must not be among the update files, for the end of a message;
+    /// empty when not everything in the directory was chosen
     const char* advice() const;
 
     /// Copies all files to their places below a directory. They keep their time and the owner's right to

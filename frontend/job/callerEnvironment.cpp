@@ -60,7 +60,7 @@ void resetSignals() {
     unblockSignals();
 }
 
-/// Each level of a deep directory takes a descriptor.
+/// Each key of a call takes several descriptors.
 void allowDescriptors() {
     rlimit limit{};
     if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {

@@ -9,15 +9,12 @@
 #include "support/texts.h"
 
 #include <cerrno>
-#include <filesystem>
 #include <utility>
 
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace velacreate {
-
-namespace fs = std::filesystem;
 
 namespace {
 bool isPlain(const std::string& device) {
@@ -47,14 +44,6 @@ std::optional<struct stat> statusOf(const std::string& path) {
     return stat(path.c_str(), &about) == 0 ? std::optional(about) : std::nullopt;
 }
 
-/// @return the path without links; the file need not exist
-std::string realPath(const std::string& path) {
-    std::error_code error;
-    auto real = fs::weakly_canonical(fs::absolute(path, error), error).string();
-    refuseIf(bool{error}, quote(path) + ": " + error.message());
-    return real;
-}
-
 void requireUnmounted(const Disk& disk) {
     const auto places = placesText(mountedPlaces(disk));
     refuseIf(!places.empty(), disk.node() + " is mounted on " + quote(places) + "; unmount it first");
@@ -79,7 +68,11 @@ BurnTarget::BurnTarget(std::string device) : m_device(std::move(device)) {
     refuseIf(access(m_path.c_str(), R_OK | W_OK) != 0, "burning needs the right to write to " +
                                                            quote(m_path) +
                                                            " (root has it, and the group of the drive)");
-    isOpticalDrive(diskOf(m_found->st_rdev)) ? takeDisc() : takeDisk();
+    if (isOpticalDrive(diskOf(m_found->st_rdev))) {
+        takeDisc();
+    } else {
+        takeDisk();
+    }
 }
 
 std::string BurnTarget::name() const {
@@ -93,7 +86,8 @@ void BurnTarget::takeFile() {
     }
     refuseIf(!isStandIn(m_device) || (m_found && !S_ISREG(m_found->st_mode)), name() + " is no drive");
     // A link may lead elsewhere by then, and the number of a descriptor means another file to the burner.
-    m_path = realPath(m_path);
+    m_path = futurePath(m_path);
+    refuseIf(m_path.empty(), name() + " has a path that cannot be followed");
     m_device = STAND_IN + m_path;
     requirePlain(m_device);
 }
@@ -126,7 +120,7 @@ void BurnTarget::requireOtherLog(const std::string& log) const {
         return;
     }
     const auto about = statusOf(log);
-    refuseIf((about && m_found && isSameFile(*about, *m_found)) || realPath(log) == m_path,
+    refuseIf((about && m_found && isSameFile(*about, *m_found)) || futurePath(log) == m_path,
              "the log file " + quote(log) + " is the medium; choose another");
 }
 

@@ -57,7 +57,7 @@ void addUnexpected(const Descriptor& directory, const std::string& place, const 
     }
     check(here.isOpen()).orFail("the directory " + quote(place));
     forEachEntry(here.number(), [&](const std::string& name) {
-        const auto inner = place.empty() ? name : place + "/" + name;
+        const auto inner = pathBelow(place, name);
         const auto known = expected.find(inner);
         if (known != expected.end() && known->second.isDirectory) {
             addUnexpected(directory, inner, expected, {}, differences);

@@ -1,35 +1,22 @@
 #include "medium/imageKinds.h"
 
+#include "disks/fatVolume.h"
+#include "forms/fields.h"
 #include "forms/isoDescriptors.h"
 
 #include <mediaRules.h>
 
-#include <string>
+#include <algorithm>
 
 namespace velacreate {
 namespace {
-constexpr std::size_t BOOT_SECTOR = 512;
-constexpr std::size_t SIGNATURE_PLACE = 510;
-constexpr std::size_t FOURTH_TYPE_PLACE = 498;
-constexpr std::size_t FAT_NAME_PLACE = 54;
-constexpr std::size_t FAT32_NAME_PLACE = 82;
-
-/// @return empty when there is no boot sector
-std::string bootSectorAt(const Descriptor& file, std::uint64_t offset) {
-    std::string sector(BOOT_SECTOR, '\0');
-    const auto size = readAt(file.number(), sector.data(), sector.size(), offset);
-    const bool isBootSector =
-        size == static_cast<ssize_t>(BOOT_SECTOR) && sector.compare(SIGNATURE_PLACE, 2, "\x55\xaa") == 0;
-    return isBootSector ? sector : "";
-}
-
-bool hasFourthPartition(const std::string& sector) {
-    return !sector.empty() && sector[FOURTH_TYPE_PLACE] != '\0';
-}
-
-bool isOfFat(const std::string& sector) {
-    return !sector.empty() &&
-           (sector.compare(FAT_NAME_PLACE, 3, "FAT") == 0 || sector.compare(FAT32_NAME_PLACE, 3, "FAT") == 0);
+/// Whether a file has a boot record with a fourth partition.
+bool hasFourthPartition(const Descriptor& file) {
+    constexpr std::size_t TYPE_FIELD = PARTITIONS_FIELD + 3 * PARTITION_SIZE + 4;
+    Sector record{};
+    const auto size = readAt(file.number(), record.data(), record.size(), 0);
+    return size == static_cast<ssize_t>(record.size()) && record[TYPE_FIELD] != 0 &&
+           std::equal(SIGNATURE.begin(), SIGNATURE.end(), record.begin() + SIGNATURE_FIELD);
 }
 } // namespace
 
@@ -39,8 +26,7 @@ bool isIsoImage(const Descriptor& file) {
 }
 
 bool isKeyImage(const Descriptor& file) {
-    return !isIsoImage(file) && (hasFourthPartition(bootSectorAt(file, 0)) ||
-                                 isOfFat(bootSectorAt(file, VelaCreation::KEY_IMAGE_OFFSET)));
+    return !isIsoImage(file) && (hasFourthPartition(file) || holdsFat(file, VelaCreation::KEY_IMAGE_OFFSET));
 }
 
 } // namespace velacreate

@@ -29,8 +29,9 @@ struct BootFile {
 /// A stage whose bytes are counted from outside the job.
 struct MeasuredStage {
     std::string text;
-    std::string
-        growing; ///< below the job directory; empty for a key, and where what the job reads is counted
+    /// Below the job directory. Empty for a key, and for a stage of which the bytes that it reads are
+    /// counted.
+    std::string growing;
 };
 
 /// See readBack.h.
