@@ -51,19 +51,31 @@ constexpr const char* FORMAT_NEVER = "never";
 constexpr const char* FORMAT_AUTO = "auto";
 /// @}
 
-struct UsbChoices {
-    JobChoices job;
+/// The keys that a command changes.
+struct KeyChoices {
     std::vector<std::string> devices;
     bool all = false;
-    std::string image;
-    bool erase = false;
-    std::string format = FORMAT_AUTO;
     std::size_t jobs = 0; ///< at a time; 0 means all
     std::string report;
     bool eject = false;
     bool anyDisk = false;
     bool yes = false;
+};
+
+struct UsbChoices {
+    JobChoices job;
+    KeyChoices keys;
+    std::string image;
+    bool erase = false;
+    std::string format = FORMAT_AUTO;
     std::string work;
+};
+
+struct WriteChoices {
+    KeyChoices keys;
+    std::string image;
+    bool verify = true;
+    ShowChoices show;
 };
 
 struct PxeChoices {

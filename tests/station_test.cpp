@@ -3,6 +3,7 @@
 #include "disks/powerDown.h"
 #include "frontend.h"
 #include "inputs/checksum.h"
+#include "inputs/toolPackage.h"
 #include "keys/keyResults.h"
 #include "loop.h"
 
@@ -133,12 +134,11 @@ TEST_F(StationTest, ResultsOfSeveralKeysFitATerminalAndTellWhatFailedWhere) {
     chosen.keys.push_back(key("sdb", "B", ""));
     chosen.keys.push_back(key("sdc", "C", "/dev/sdc is read-only"));
     chosen.leftOut.push_back(key("sdd", "D", "/dev/sdd is not removable"));
-    UsbChoices choices;
     Report report("report");
     int status = -1;
     const auto said = outputOf([&] {
         Console console;
-        KeyResults results(chosen, choices, report, console);
+        KeyResults results(chosen, false, true, report, console);
         status = results.conclude({{0, "", {"table"}, true, 125, 4.2e6, JobKind::making, "2 files more"},
                                    {104, "", {"line 1", "mkfs: no"}, true, 1}});
     });

@@ -82,6 +82,26 @@ void addYes(CLI::App& command, bool& yes) {
     command.add_flag("--yes", yes, "Do not ask");
 }
 
+constexpr int MOST_JOBS = 10000; // more than any machine has ports
+
+void addKeys(CLI::App& command, KeyChoices& keys) {
+    command.add_option("--device", keys.devices, "The key, a whole disk; may be given several times")
+        ->allow_extra_args(false)
+        ->type_name("DEVICE");
+    command.add_flag("--all", keys.all, "All removable media, but no USB hard disks");
+}
+
+void addKeyOptions(CLI::App& command, KeyChoices& keys) {
+    command.add_option("--jobs", keys.jobs, "Make at most N keys at the same time (default: all)")
+        ->type_name("N")
+        ->check(CLI::Range(1, MOST_JOBS).description(""));
+    command.add_option("--report", keys.report, "Append a line of JSON for each key to this file")
+        ->type_name("FILE");
+    command.add_flag("--eject", keys.eject, "Power each key down when it was made");
+    command.add_flag("--any-disk", keys.anyDisk, "Accept a disk that is neither removable nor on USB");
+    addYes(command, keys.yes);
+}
+
 std::string listed(std::initializer_list<const char*> options) {
     std::string names;
     for (const char* option : options) {
@@ -127,8 +147,6 @@ void refuseWithout(const CLI::App& command, std::initializer_list<const char*> n
         throw Refusal(std::string(*idle) + " goes with " + listed(needed));
     }
 }
-
-constexpr int MOST_JOBS = 10000; // more than any machine has ports
 
 /// The command line, and what the user has chosen on it.
 class CommandLine {
@@ -207,10 +225,7 @@ private:
             return makeUsbKey(m_usb, m_caller, m_console);
         });
         addJobOptions(command, m_usb.job, m_console);
-        command.add_option("--device", m_usb.devices, "The key, a whole disk; may be given several times")
-            ->allow_extra_args(false)
-            ->type_name("DEVICE");
-        command.add_flag("--all", m_usb.all, "All removable media, but no USB hard disks");
+        addKeys(command, m_usb.keys);
         command.add_option("--image", m_usb.image, "Fill this image of a key instead of a key")
             ->type_name("FILE");
         addWord(command, "--format", m_usb.format, {FORMAT_ALWAYS, FORMAT_NEVER, FORMAT_AUTO},
@@ -218,14 +233,7 @@ private:
                     VelaCreation::USB_BOOT_FILE + ", its FAT is missing or damaged, or it holds other files")
             ->capture_default_str();
         command.add_flag("--erase", m_usb.erase, "Make a key of any stick; this erases everything on it");
-        command.add_option("--jobs", m_usb.jobs, "Make at most N keys at the same time (default: all)")
-            ->type_name("N")
-            ->check(CLI::Range(1, MOST_JOBS).description(""));
-        command.add_option("--report", m_usb.report, "Append a line of JSON for each key to this file")
-            ->type_name("FILE");
-        command.add_flag("--eject", m_usb.eject, "Power each key down when it was made");
-        command.add_flag("--any-disk", m_usb.anyDisk, "Accept a disk that is neither removable nor on USB");
-        addYes(command, m_usb.yes);
+        addKeyOptions(command, m_usb.keys);
         addWork(command, m_usb.work);
     }
 

@@ -4,7 +4,7 @@
 #include "keys/consent.h"
 #include "keys/keyJobs.h"
 #include "keys/keyResults.h"
-#include "keys/keys.h"
+#include "keys/keysToFill.h"
 #include "medium/imageKinds.h"
 #include "support/failure.h"
 #include "support/programs.h"
@@ -24,7 +24,7 @@ namespace {
 void validateOptions(const UsbChoices& choices) {
     refuseIf(choices.erase && choices.format == FORMAT_NEVER,
              "what is erased is formatted; leave out --format never");
-    refuseIf(choices.job.show.pauses && (choices.all || choices.devices.size() > 1),
+    refuseIf(choices.job.show.pauses && (choices.keys.all || choices.keys.devices.size() > 1),
              "the status file does not tell of several keys; leave out --pauses");
     if (choices.image.empty()) {
         return;
@@ -32,8 +32,8 @@ void validateOptions(const UsbChoices& choices) {
     refuseIf(choices.erase || choices.format == FORMAT_ALWAYS,
              std::string("an image is not formatted; leave out ") +
                  (choices.erase ? "--erase" : "--format always"));
-    refuseIf(choices.eject || !choices.report.empty(),
-             std::string("an image is no key; leave out ") + (choices.eject ? "--eject" : "--report"));
+    refuseIf(choices.keys.eject || !choices.keys.report.empty(),
+             std::string("an image is no key; leave out ") + (choices.keys.eject ? "--eject" : "--report"));
 }
 
 void requireProgramsFor(const UsbChoices& choices) {
@@ -69,37 +69,37 @@ std::vector<KeyTask> tasksFor(const std::vector<Key>& keys, std::uint64_t expect
 
 /// How many job directories hold the files at a time.
 std::size_t countFull(const UsbChoices& choices, std::size_t keys) {
-    return choices.jobs == 0 || choices.job.keep ? keys : std::min(choices.jobs, keys);
+    return choices.keys.jobs == 0 || choices.job.keep ? keys : std::min(choices.keys.jobs, keys);
 }
 
-Report checkedReport(const std::string& path, const std::string& log, const Inputs& inputs) {
-    if (path.empty()) {
-        return Report(path);
+std::string lossByFilling(const UsbChoices& choices, const std::vector<Key>& keys) {
+    if (choices.erase) {
+        return lossByErasing(keys);
     }
-    const auto what = "the report " + quote(path);
-    inputs.requireOther(path, what);
-    struct stat about {};
-    struct stat logs {};
-    const bool isLog = stat(path.c_str(), &about) == 0 && stat(log.c_str(), &logs) == 0
-                           ? isSameFile(about, logs)
-                           : !log.empty() && futurePath(path) == futurePath(log);
-    refuseIf(isLog, what + " is the log file");
-    return Report(path);
+    const std::string done = choices.format == FORMAT_ALWAYS ? "formatted and filled."
+                             : choices.format == FORMAT_AUTO ? "formatted if need be, and filled."
+                                                             : "filled.";
+    return (keys.size() == 1 ? "Its fourth partition will be " : "Their fourth partitions will be ") + done;
 }
 
 int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
              Console& console) {
-    auto chosen = chooseKeys(choices, inputs, scratch, console);
+    auto chosen = chooseKeysToFill(choices, inputs, scratch, console);
     auto& keys = chosen.keys;
     inputs.requireRoom(scratch, 1 + countFull(choices, countSelected(keys)), 0);
-    auto report = checkedReport(choices.report, choices.job.show.log, inputs);
+    if (!choices.keys.report.empty()) {
+        inputs.requireOther(choices.keys.report, "the report " + quote(choices.keys.report));
+    }
+    auto report = checkedReport(choices.keys.report, choices.job.show.log);
     openLog(console, choices.job.show, "", &inputs);
-    KeyResults results(chosen, choices, report, console);
+    KeyResults results(chosen, choices.keys.eject, choices.job.verify, report, console);
     if (countSelected(keys) == 0) {
         return results.conclude({});
     }
     const HeldSignals signals;
-    if (const int status = askForConsent(keys, choices, signals, console); status != 0) {
+    if (const int status =
+            askForConsent(keys, lossByFilling(choices, keys), choices.keys.yes, signals, console);
+        status != 0) {
         console.complain("interrupted; nothing was changed");
         return status;
     }
@@ -109,7 +109,7 @@ int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirecto
     const Call call{choices.job, inputs, scratch, signals, console};
     return results.conclude(runKeyJobs({call, choices, keys.size() == 1},
                                        tasksFor(keys, inputs.contents.size(), results),
-                                       choices.report.empty() ? nullptr : &results.sums));
+                                       choices.keys.report.empty() ? nullptr : &results.sums));
 }
 
 int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,

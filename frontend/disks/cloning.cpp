@@ -27,8 +27,8 @@ constexpr std::uint64_t LARGEST_KEY = (VelaCreation::CAPACITY_UNKNOWN - std::uin
 constexpr int MOST_SIGNATURES = 1000;
 
 /// Finds the same signatures as wipefs.
-Probe signatureProbe(const Descriptor& device) {
-    Probe probe = probeOf(device);
+Probe signatureProbe(const Descriptor& device, std::uint64_t offset) {
+    Probe probe = probeOf(device, offset);
     check(probe && blkid_probe_enable_superblocks(probe.get(), 1) == 0 &&
           blkid_probe_set_superblocks_flags(probe.get(), BLKID_SUBLKS_MAGIC | BLKID_SUBLKS_BADCSUM) == 0 &&
           blkid_probe_enable_partitions(probe.get(), 1) == 0 &&
@@ -50,6 +50,10 @@ std::string eraseIneligibilityReason(const Disk& disk, const std::string& cloneI
     if (size > LARGEST_KEY) {
         return "is too large: a key has less than 2 TiB";
     }
+    return sectorIneligibilityReason(disk);
+}
+
+std::string sectorIneligibilityReason(const Disk& disk) {
     const auto sectorSize = attribute(deviceDirectory(disk.number) / "queue/logical_block_size");
     return sectorSize == std::to_string(SECTOR)
                ? ""
@@ -62,8 +66,8 @@ Descriptor openToWrite(const Descriptor& disk) {
     return device;
 }
 
-void wipeSignatures(const Descriptor& device) {
-    const auto probe = signatureProbe(device);
+void wipeSignatures(const Descriptor& device, std::uint64_t offset) {
+    const auto probe = signatureProbe(device, offset);
     for (int found = 0; found < MOST_SIGNATURES; ++found) {
         const int result = blkid_do_probe(probe.get());
         if (result == 1) {

@@ -19,6 +19,9 @@ namespace velacreate {
 std::string eraseIneligibilityReason(const Disk& disk, const std::string& cloneImage,
                                      std::uint64_t imageSize);
 
+/// @return "has sectors of 4096 bytes, which a key cannot have"; empty for sectors of 512 bytes
+std::string sectorIneligibilityReason(const Disk& disk);
+
 /// Opens an open disk again for writing, even if its name belongs to another disk by now. While it is open,
 /// nothing on the disk can be mounted.
 /// @throw Failure, also when something on it is mounted anywhere
@@ -27,8 +30,9 @@ Descriptor openToWrite(const Descriptor& disk);
 /// Removes all signatures of file systems, RAIDs and partition tables, also those at the end of the disk,
 /// which an image does not reach.
 /// @param device  open for reading and writing
+/// @param offset  where that begins which has the signatures, such as a partition
 /// @throw Failure
-void wipeSignatures(const Descriptor& device);
+void wipeSignatures(const Descriptor& device, std::uint64_t offset = 0);
 
 /// Writes a newly opened image to the beginning of a device, and flushes it.
 /// @throw Failure

@@ -3,9 +3,11 @@
 #include "disks/stacks.h"
 #include "disks/sysfs.h"
 #include "support/failure.h"
+#include "support/waiting.h"
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <filesystem>
 
 #include <fcntl.h>
@@ -133,6 +135,11 @@ DiskDescription describe(const Disk& disk) {
         about.port = "usb " + usb.filename().string();
     }
     return about;
+}
+
+bool isPulledOut(const Disk& disk) {
+    const auto directory = deviceDirectory(disk.number);
+    return becomesTrue(std::chrono::seconds(1), [&] { return !fs::exists(directory); });
 }
 
 dev_t partitionNumber(const Disk& disk, int partition) {

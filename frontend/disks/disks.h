@@ -67,6 +67,9 @@ bool isRemovableMedium(const Disk& disk);
 
 DiskDescription describe(const Disk& disk);
 
+/// Whether a disk that could not be read or written was pulled out. The kernel may take a moment to tell.
+bool isPulledOut(const Disk& disk);
+
 /// @return the number of a partition's device; 0 when there is none
 dev_t partitionNumber(const Disk& disk, int partition);
 

@@ -16,28 +16,22 @@ std::string tableOf(const std::vector<Key>& keys) {
     }
     return table.text();
 }
-
-std::string consequence(const UsbChoices& choices, bool isOne) {
-    if (choices.erase) {
-        return isOne ? "Everything on it will be lost." : "Everything on them will be lost.";
-    }
-    const std::string done = choices.format == FORMAT_ALWAYS ? "formatted and filled."
-                             : choices.format == FORMAT_AUTO ? "formatted if need be, and filled."
-                                                             : "filled.";
-    return (isOne ? "Its fourth partition will be " : "Their fourth partitions will be ") + done;
-}
 } // namespace
 
-int askForConsent(const std::vector<Key>& keys, const UsbChoices& choices, const HeldSignals& signals,
-                  Console& console) {
+int askForConsent(const std::vector<Key>& keys, const std::string& loss, bool isAgreed,
+                  const HeldSignals& signals, Console& console) {
     const bool isOne = keys.size() == 1;
     console.sayLines(tableOf(keys));
-    console.say(consequence(choices, isOne));
-    if (choices.yes) {
+    console.say(loss);
+    if (isAgreed) {
         return 0;
     }
     return askForYes(signals, "without a terminal, only --yes lets a key be changed",
                      isOne ? "the key was left as it is" : "the keys were left as they are", console);
+}
+
+std::string lossByErasing(const std::vector<Key>& keys) {
+    return keys.size() == 1 ? "Everything on it will be lost." : "Everything on them will be lost.";
 }
 
 } // namespace velacreate

@@ -1,21 +1,18 @@
 #include "keys/fillKey.h"
 
 #include "disks/fatVolume.h"
-#include "disks/sysfs.h"
 #include "inputs/names.h"
 #include "job/childProcess.h"
 #include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
-#include "keys/keys.h"
+#include "keys/keysToFill.h"
 #include "keys/newKey.h"
 #include "medium/comparison.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
-#include "support/waiting.h"
 
 #include <bootableusb.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 
@@ -160,15 +157,6 @@ int runWorkflow(const KeyJob& job, const Descriptor& image, const Descriptor& jo
     return reportToolError(result, reporter);
 }
 
-/// When a key is pulled out, tools fail with any message, and may fail before the kernel removes the disk.
-bool isGone(const KeyJob& job) {
-    if (!job.target.disk) {
-        return false;
-    }
-    const auto directory = deviceDirectory(job.target.disk->number);
-    return becomesTrue(std::chrono::seconds(1), [&] { return !exists(directory); });
-}
-
 int fillAndReadBack(const KeyJob& job, const Descriptor& image, const Descriptor& jobDirectory,
                     Reporter& reporter) {
     if (const int result = runWorkflow(job, image, jobDirectory, reporter); result != 0) {
@@ -191,7 +179,7 @@ int fillKey(const KeyJob& job, Reporter& reporter) {
         reporter.reason(failure.what());
         result = EXIT_UNFINISHED;
     }
-    if (result != 0 && isGone(job)) {
+    if (result != 0 && job.target.disk && isPulledOut(*job.target.disk)) {
         reporter.reason("the key was pulled out");
     }
     tidyUp(job.all.call.choices, jobDirectory); // also after a failure: other jobs may need the space

@@ -52,7 +52,7 @@ std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>&
                               [job](Reporter& reporter) { return fillKey(job, reporter); }, task.gauges,
                               task.ended});
     }
-    const auto atOnce = jobs.choices.jobs != 0 ? jobs.choices.jobs : tasks.size();
+    const auto atOnce = jobs.choices.keys.jobs != 0 ? jobs.choices.keys.jobs : tasks.size();
     auto outcomes = supervise(mediumJobs, atOnce, call.signals, call.console);
     for (auto& jobDirectory : jobDirectories) {
         keepIfWanted(call.choices, jobDirectory, call.console); // in the order of the keys

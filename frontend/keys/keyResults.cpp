@@ -119,11 +119,11 @@ int KeyResults::conclude(const std::vector<Outcome>& ofSelected) {
     for (const auto& key : m_leftOut) {
         keepRecord(key, refused(key));
     }
-    return concludeKeys(m_console, m_keys, results, m_choices.job.verify);
+    return concludeKeys(m_console, m_keys, results, m_isReadBack);
 }
 
 std::string KeyResults::powerDownText(const Key& key, const Outcome& outcome) const {
-    if (!m_choices.eject || outcome.status != 0) {
+    if (!m_isEjected || outcome.status != 0) {
         return "";
     }
     try {

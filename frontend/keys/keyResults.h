@@ -36,9 +36,11 @@ std::vector<Outcome> outcomesOfAll(const std::vector<Key>& keys, const std::vect
 /// Collects the outcomes of keys that are made. The keys must outlive this.
 class KeyResults {
 public:
-    KeyResults(const ChosenKeys& chosen, const UsbChoices& choices, Report& report, Console& console)
-        : m_keys(chosen.keys), m_leftOut(chosen.leftOut), m_choices(choices), m_report(report),
-          m_console(console), m_settled(m_keys.size()) {}
+    /// @param isEjected  whether a key that was made is powered down
+    /// @param isReadBack  whether it is read back
+    KeyResults(const ChosenKeys& chosen, bool isEjected, bool isReadBack, Report& report, Console& console)
+        : m_keys(chosen.keys), m_leftOut(chosen.leftOut), m_isEjected(isEjected), m_isReadBack(isReadBack),
+          m_report(report), m_console(console), m_settled(m_keys.size()) {}
 
     /// For the report.
     InputSums sums;
@@ -56,7 +58,8 @@ private:
 
     const std::vector<Key>& m_keys;
     const std::vector<Key>& m_leftOut;
-    const UsbChoices& m_choices;
+    bool m_isEjected;
+    bool m_isReadBack;
     Report& m_report;
     Console& m_console;
     std::vector<std::optional<KeyResult>> m_settled;

@@ -1,31 +1,16 @@
 #include "keys/keys.h"
 
-#include "disks/cloning.h"
-#include "disks/fatVolume.h"
 #include "disks/guard.h"
 #include "disks/stacks.h"
-#include "forms/keyRecord.h"
-#include "inputs/limits.h"
-#include "medium/readBack.h"
-#include "support/failure.h"
-#include "support/texts.h"
-
-#include <mediaRules.h>
+#include "support/descriptor.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <set>
 #include <utility>
 
 namespace velacreate {
 
-using VelaCreation::KEY_IMAGE_OFFSET;
-
 namespace {
-void refuseFor(const Disk& disk, const std::string& reason) {
-    refuseIf(!reason.empty(), disk.node() + " " + reason);
-}
-
 /// The advice comes last, and only when --any-disk would help.
 std::string reasonAgainst(const Disk& disk, bool anyDisk) {
     const auto reason = ineligibilityReason(disk, anyDisk);
@@ -33,72 +18,14 @@ std::string reasonAgainst(const Disk& disk, bool anyDisk) {
     return reason + (isOnlyFixed ? ". If this is really the disk you mean, add --any-disk" : "");
 }
 
-/// An upper limit: a new file system takes an unknown part for itself.
-std::uint64_t capacityOf(const Disk& disk, const std::string& format) {
-    if (format != FORMAT_NEVER) {
-        return partitionSize(disk, KEY_PARTITION);
-    }
-    const auto partition = disk.openKeyPartition();
-    check(partition.isOpen()).orRefuse(disk.keyPartitionNode());
-    return fatCapacity(partition, 0);
-}
-
-void requireErasable(const Key& key, const Inputs& inputs) {
-    const auto image = cloneImageFor(key.about.size);
-    inputs.package.requireFile(image, "a new key of this size is made from it");
-    if (!canBeFitted(inputs.package.beginningOf(image))) {
-        throw Refusal("the clone image " + quote(image) + " of the package has no fourth partition");
-    }
-    refuseFor(key.disk, eraseIneligibilityReason(key.disk, image, inputs.package.entries().at(image).size));
-    requireFitting(inputs.contents, key.about.size - KEY_IMAGE_OFFSET, key.disk.node());
-}
-
-/// A machine would start from another boot record.
-void requireBootRecord(const Key& key, const Inputs& inputs) {
-    const auto differences =
-        compareBootRecord({key.lock->descriptor(), key.about.size}, inputs.package).lines();
-    if (!differences.empty()) {
-        refuseFor(key.disk, "has another boot record than a key: " + differences.front() +
-                                "; --erase makes a key of any stick");
-    }
-}
-
-void requireFillable(const Key& key, const UsbChoices& choices, const Inputs& inputs) {
-    refuseFor(key.disk, lacksPartition(key.disk));
-    if (choices.format == FORMAT_AUTO || choices.job.verify) {
-        inputs.package.requireFile(cloneImageFor(key.about.size), "a key of this size is recognised by it");
-        requireBootRecord(key, inputs);
-    }
-    requireFitting(inputs.contents, capacityOf(key.disk, choices.format),
-                   "partition " + std::to_string(KEY_PARTITION) + " of " + key.disk.node());
-}
-
-/// Something that the job needs while it makes keys, and the disks that carry it.
-struct Needed {
+/// The disks that carry something that the job needs.
+struct NeededDisks {
     std::string text; ///< for messages
     std::set<std::string> disks;
 };
 
-std::vector<Needed> neededBy(const UsbChoices& choices, const NamedDirectory& scratch) {
-    const std::filesystem::path directory = choices.job.directory;
-    std::vector<std::string> updates = {futurePath(directory)};
-    for (const auto& file : choices.job.files) {
-        updates.push_back(futurePath(directory / file));
-    }
-    std::vector<Needed> all = {{"the update files", disksBelow(updates)}};
-    for (const auto& [kind, path] : {std::pair("the tool package", choices.job.package),
-                                     {"the parent of the job directory", scratch.path},
-                                     {"the log file", choices.job.show.log},
-                                     {"the report", choices.report}}) {
-        if (!path.empty()) {
-            all.push_back({std::string(kind) + " " + quote(path), disksBelow({futurePath(path)})});
-        }
-    }
-    return all;
-}
-
 /// It would be lost, or keep the disk busy.
-void requireUnneeded(const Disk& disk, const std::vector<Needed>& needed) {
+void requireUnneeded(const Disk& disk, const std::vector<NeededDisks>& needed) {
     for (const auto& [text, disks] : needed) {
         if (disks.count(disk.name) != 0) {
             refuseFor(disk, "carries " + text + ", which must lie on another disk");
@@ -106,19 +33,15 @@ void requireUnneeded(const Disk& disk, const std::vector<Needed>& needed) {
     }
 }
 
-Key examined(const Disk& disk, const UsbChoices& choices, const Inputs& inputs,
-             const std::vector<Needed>& needed) {
+Key examined(const Disk& disk, bool anyDisk, const std::vector<NeededDisks>& needed,
+             const std::function<void(const Key&)>& requireUsable) {
     Key key{disk, describe(disk), std::nullopt, "", false};
     try {
-        refuseFor(disk, reasonAgainst(disk, choices.anyDisk));
+        refuseFor(disk, reasonAgainst(disk, anyDisk));
         requireUnneeded(disk, needed);
         key.isForKeys = true;
         key.lock.emplace(disk);
-        if (choices.erase) {
-            requireErasable(key, inputs);
-        } else {
-            requireFillable(key, choices, inputs);
-        }
+        requireUsable(key);
     } catch (const Refusal& refusal) {
         leaveOut(key, refusal);
     }
@@ -160,6 +83,10 @@ std::vector<Disk> namedDisks(const std::vector<std::string>& paths) {
     return disks;
 }
 
+void refuseFor(const Disk& disk, const std::string& reason) {
+    refuseIf(!reason.empty(), disk.node() + " " + reason);
+}
+
 void leaveOut(Key& key, const Refusal& refusal) {
     key.ineligibility = refusal.what();
     key.lock.reset();
@@ -193,12 +120,25 @@ void requireSelectedIfAlone(const std::vector<Key>& keys) {
     }
 }
 
-ChosenKeys chooseKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
-                      Console& console) {
-    const auto needed = neededBy(choices, scratch);
+std::vector<NeededFiles> neededFiles(std::initializer_list<std::pair<const char*, std::string>> paths) {
+    std::vector<NeededFiles> files;
+    for (const auto& [kind, path] : paths) {
+        if (!path.empty()) {
+            files.push_back({std::string(kind) + " " + quote(path), {futurePath(path)}});
+        }
+    }
+    return files;
+}
+
+ChosenKeys chooseKeys(const KeyChoices& choices, const std::vector<NeededFiles>& files,
+                      const std::function<void(const Key&)>& requireUsable, Console& console) {
+    std::vector<NeededDisks> needed;
+    for (const auto& [text, paths] : files) {
+        needed.push_back({text, disksBelow(paths)});
+    }
     ChosenKeys chosen;
     for (const auto& disk : choices.all ? removableMedia() : namedDisks(choices.devices)) {
-        chosen.keys.push_back(examined(disk, choices, inputs, needed));
+        chosen.keys.push_back(examined(disk, choices.anyDisk, needed, requireUsable));
     }
     if (choices.all) {
         leaveOutForeign(chosen, console);
@@ -218,21 +158,6 @@ void unmountKeys(std::vector<Key>& keys) {
         }
     }
     requireSelectedIfAlone(keys);
-}
-
-void requireFitting(const Contents& contents, std::uint64_t capacity, const std::string& medium) {
-    std::uint64_t size = 0;
-    requireFileSizes(contents, kindOf(MediumKind::key));
-    for (const auto& [place, part] : contents.tree) {
-        size += (part.size + SECTOR - 1) / SECTOR * SECTOR;
-    }
-    refuseIf(capacity == 0, medium + " holds no FAT file system");
-    refuseIf(size > capacity,
-             "the files take " + sizeText(size) + ", and " + medium + " holds " + sizeText(capacity));
-}
-
-std::string cloneImageFor(std::uint64_t size) {
-    return VelaCreation::cloneImageFor(static_cast<std::int64_t>(size / SECTOR));
 }
 
 } // namespace velacreate

@@ -5,12 +5,15 @@
 #include "choices.h"
 #include "disks/diskLock.h"
 #include "disks/disks.h"
+#include "display/console.h"
 #include "display/table.h"
-#include "medium/jobInputs.h"
 #include "support/failure.h"
 
+#include <functional>
+#include <initializer_list>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velacreate {
@@ -29,13 +32,22 @@ struct ChosenKeys {
     std::vector<Key> leftOut; ///< of all removable media, those that the guard does not allow
 };
 
+/// What a job needs while it changes keys.
+struct NeededFiles {
+    std::string text;               ///< for messages, such as "the log file 'log'"
+    std::vector<std::string> paths; ///< absolute and without links; the files may be missing
+};
+
+/// @param paths  with the kind of each file, such as "the log file"; an empty path is left out
+std::vector<NeededFiles> neededFiles(std::initializer_list<std::pair<const char*, std::string>> paths);
+
 /// The named keys in their order, or all removable media. Media that are left out are shown. A disk with a
 /// file that the job needs is not selected.
-/// @param scratch  the parent of the job directories
+/// @param requireUsable  called with each key that is locked; throws a Refusal when it cannot be changed
 /// @throw Refusal when a path names no disk or a disk twice, when the only key is not selected, or when there
 /// is no removable medium
-ChosenKeys chooseKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
-                      Console& console);
+ChosenKeys chooseKeys(const KeyChoices& choices, const std::vector<NeededFiles>& files,
+                      const std::function<void(const Key&)>& requireUsable, Console& console);
 
 /// @throw Refusal when a path names no disk, or a disk twice
 std::vector<Disk> namedDisks(const std::vector<std::string>& paths);
@@ -44,6 +56,10 @@ std::vector<Disk> namedDisks(const std::vector<std::string>& paths);
 inline bool isSelected(const Key& key) {
     return key.ineligibility.empty();
 }
+
+/// Refuses a disk.
+/// @param reason  follows its name; empty when there is none
+void refuseFor(const Disk& disk, const std::string& reason);
 
 /// The key is no longer selected, and no longer locked.
 void leaveOut(Key& key, const Refusal& refusal);
@@ -67,13 +83,5 @@ void requireSelectedIfAlone(const std::vector<Key>& keys);
 /// Unmounts the selected keys. A busy key is no longer selected.
 /// @throw Refusal when it is the only key
 void unmountKeys(std::vector<Key>& keys);
-
-/// Refuses files that do not fit.
-/// @param medium  for the message, such as "partition 4 of /dev/sdb"
-void requireFitting(const Contents& contents, std::uint64_t capacity, const std::string& medium);
-
-/// @param size of a key, in bytes
-/// @return the clone image's name in the tool package
-std::string cloneImageFor(std::uint64_t size);
 
 } // namespace velacreate

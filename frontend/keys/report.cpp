@@ -34,7 +34,9 @@ std::string lineOf(const KeyRecord& key, const InputSums& sums) {
     if (!sums.package.empty()) {
         line["package"] = sums.package;
     }
-    if (key.status == 0) {
+    if (!sums.image.empty()) {
+        line["image"] = sums.image;
+    } else if (key.status == 0) {
         line["updates"] = listOf(sums.updates);
     }
     return textOf(line);
@@ -50,6 +52,16 @@ Report::Report(std::string path) : m_path(std::move(path)) {
     if (!m_path.empty()) {
         requireAddable(KIND, m_path);
     }
+}
+
+Report checkedReport(const std::string& path, const std::string& log) {
+    struct stat about {};
+    struct stat logs {};
+    const bool isLog = stat(path.c_str(), &about) == 0 && stat(log.c_str(), &logs) == 0
+                           ? isSameFile(about, logs)
+                           : !path.empty() && !log.empty() && futurePath(path) == futurePath(log);
+    refuseIf(isLog, "the report " + quote(path) + " is the log file");
+    return Report(path);
 }
 
 void Report::append(const KeyRecord& key, const InputSums& sums) {

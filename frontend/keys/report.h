@@ -14,6 +14,7 @@ namespace velacreate {
 struct InputSums {
     std::string package;
     std::map<std::string, std::string> updates; ///< by place on the medium
+    std::string image = {};                     ///< of a key, in place of the others
 };
 
 /// What became of one key.
@@ -43,5 +44,9 @@ private:
     std::string m_path; ///< empty when nothing is appended
     Descriptor m_file;
 };
+
+/// @param path  of the report; may be empty, as the path of the log file
+/// @throw Refusal when it is the log file, or as Report()
+Report checkedReport(const std::string& path, const std::string& log);
 
 } // namespace velacreate

@@ -1,0 +1,27 @@
+/// @file
+/// The keys that update files are copied to.
+#pragma once
+
+#include "keys/keys.h"
+#include "medium/jobInputs.h"
+
+#include <cstdint>
+#include <string>
+
+namespace velacreate {
+
+/// Chooses keys that can be filled, or made from any stick.
+/// @param scratch  the parent of the job directories
+/// @throw Refusal as chooseKeys()
+ChosenKeys chooseKeysToFill(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
+                            Console& console);
+
+/// Refuses files that do not fit.
+/// @param medium  for the message, such as "partition 4 of /dev/sdb"
+void requireFitting(const Contents& contents, std::uint64_t capacity, const std::string& medium);
+
+/// @param size of a key, in bytes
+/// @return the clone image's name in the tool package
+std::string cloneImageFor(std::uint64_t size);
+
+} // namespace velacreate
