@@ -93,7 +93,7 @@ struct BurnChoices {
 };
 
 struct VerifyChoices {
-    JobChoices job; ///< the package is empty when a disc is compared with its image
+    JobChoices job; ///< the package is empty when a disc or keys are compared with an image
     std::string image;
     std::vector<std::string> devices;
     std::string keyImage;

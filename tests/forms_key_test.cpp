@@ -1,4 +1,6 @@
+#include "forms/blockMap.h"
 #include "forms/fatNames.h"
+#include "forms/keyBlocks.h"
 #include "forms/keyReader.h"
 #include "frontend.h"
 
@@ -239,6 +241,53 @@ TEST_F(KeyFormTest, NamesEachFault) {
     expectEach(damages);
     make("140", "32");
     expectEach(damagesOf32);
+}
+
+/// Clusters from 9 on are free.
+TEST_F(KeyFormTest, KnowsWhichBlocksHoldDataAndWhose) {
+    for (const auto& [bits, cylinders] : {std::pair("12", "1"), {"16", "10"}, {"32", "140"}}) {
+        make(cylinders, bits);
+        const auto key = opened("key");
+        MediumBytes medium(key, sizeOf(key));
+        Sources sources(-1);
+        Differences differences;
+        const Advance advance = [](std::uint64_t) {};
+        const Examination image = {medium, sources, differences, advance, variation};
+        const auto blocks = usedBlocks(image);
+        EXPECT_EQ(joined(differences.lines(), "; "), "");
+        ASSERT_EQ(blocks.size(), 1U);
+        std::map<std::string, int> owners;
+        for (std::uint64_t offset = 0; offset < blocks[0].size; offset += 0x200) {
+            ++owners[ownerOf(image, offset)];
+        }
+        EXPECT_LT(owners["the free space"], 8);
+        for (const auto& [owner, sectors] : {std::pair("the boot record", 1),
+                                             {"the gap before the file system", 7},
+                                             {"the directory 'EFI'", 1},
+                                             {"'EFI/BOOT.EFI'", 1},
+                                             {"'A name in two pieces.txt'", 1},
+                                             {"'BIG.BIN'", 3}}) {
+            EXPECT_EQ(owners[owner], sectors) << owner;
+        }
+    }
+}
+
+/// Each row: what is done to a map before its own sum is set, and what it is refused for.
+TEST(BlockMapTest, RefusesWhatIsNotRight) {
+    enterFreshJob();
+    for (const auto& row : rows("block-maps")) {
+        SCOPED_TRACE(row[0]);
+        prepare("head -c 16384 /dev/zero >key.img; edit='" + row[0] + "' mapped 0-1 3-3");
+        EXPECT_EQ(outcomeOf([] { readBlockMap(contentOf("key.img.bmap"), 16384); }),
+                  "refused: the map is not right: " + row[1]);
+    }
+    prepare("mapped 0-1 3-3");
+    const auto text = contentOf("key.img.bmap");
+    const auto ranges = readBlockMap(text, 16384);
+    EXPECT_EQ(outcomeOf([&] { readBlockMap(text + " ", 16384); }),
+              "refused: the map is not right: its text does not have the sum that it names");
+    ASSERT_EQ(ranges.size(), 2U);
+    EXPECT_EQ(ranges[1].range.offset, 3U * KEY_BLOCK);
 }
 
 /// A name that is found in any case may change its case, which these changes of a byte do not do.

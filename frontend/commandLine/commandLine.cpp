@@ -159,6 +159,7 @@ public:
         m_app.set_help_flag("-h,--help", "Print this help and exit");
         addIso();
         addUsb();
+        addWrite();
         addPxe();
         addBurn();
         addVerify();
@@ -237,6 +238,23 @@ private:
         addWork(command, m_usb.work);
     }
 
+    void addWrite() {
+        auto& command = add("write", "Write an image of a key to USB sticks");
+        call(command, [this, &command] {
+            requireOneOf(command, {"--device", "--all"});
+            return writeKeys(m_write, m_caller, m_console);
+        });
+        command
+            .add_option("KEY.img", m_write.image, "The image; KEY.img.bmap beside it is used if it exists")
+            ->required();
+        addKeys(command, m_write.keys);
+        addKeyOptions(command, m_write.keys);
+        command.add_flag("--verify,!--no-verify", m_write.verify,
+                         "Read each key back and compare it (default), or do not");
+        addMessageOptions(command, m_write.show);
+        addQuiet(command, m_console);
+    }
+
     void addPxe() {
         auto& command = add("pxe", "Make a network-boot directory");
         call(command, [this] { return makeNetbootDirectory(m_pxe, m_caller, m_console); });
@@ -265,7 +283,7 @@ private:
         auto& command = add("verify", "Compare a medium with what would be made now");
         call(command, [this, &command] {
             requireOneOf(command, {"--image", "--device", "--key-image", "--pxe", "--disc"});
-            if (command.count("--disc") == 0 && command.count("--package") == 0) {
+            if (command.count("--disc") + command.count("--device") + command.count("--package") == 0) {
                 throw Refusal("what would be made now takes a tool package; name it with --package");
             }
             refuseWithout(command, {"--package"}, {"--directory", "--keep", "--platform", "--work"});
@@ -273,12 +291,13 @@ private:
             return verify(m_verify, m_caller, m_console);
         });
         addPackage(command, m_verify.job)
-            ->description("The tool package; not needed to compare a disc with its image");
+            ->description("The tool package; not needed to compare a disc or a key with its image");
         addUpdates(command, m_verify.job);
         command.add_option("--image", m_verify.image, "The ISO image to compare")->type_name("IMAGE");
         command
             .add_option("--device", m_verify.devices,
-                        "The key to compare, a whole disk; may be given several times")
+                        "The key to compare, a whole disk; may be given several times; without a tool "
+                        "package, FILE is the image that was written")
             ->allow_extra_args(false)
             ->type_name("DEVICE");
         command.add_option("--key-image", m_verify.keyImage, "The image of a key to compare")
@@ -411,6 +430,7 @@ private:
     std::function<int()> m_run;
     IsoChoices m_iso;
     UsbChoices m_usb;
+    WriteChoices m_write;
     PxeChoices m_pxe;
     BurnChoices m_burn;
     VerifyChoices m_verify;

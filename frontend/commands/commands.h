@@ -12,6 +12,7 @@ namespace velacreate {
 
 int makeIso(const IsoChoices& choices, const CallerEnvironment& caller, Console& console);
 int makeUsbKey(const UsbChoices& choices, const CallerEnvironment& caller, Console& console);
+int writeKeys(const WriteChoices& choices, const CallerEnvironment& caller, Console& console);
 int makeNetbootDirectory(const PxeChoices& choices, const CallerEnvironment& caller, Console& console);
 int burn(const BurnChoices& choices, const CallerEnvironment& caller, Console& console);
 int verify(const VerifyChoices& choices, const CallerEnvironment& caller, Console& console);

@@ -52,10 +52,13 @@ int verifyAlone(const VerifyChoices& choices, MediumKind kind, const NamedDirect
 } // namespace
 
 int verify(const VerifyChoices& choices, const CallerEnvironment& caller, Console& console) {
-    if (choices.job.package.empty()) {
+    if (choices.job.package.empty() && !choices.disc.empty()) {
         return verifyBurntDisc(choices, console);
     }
     const auto scratch = scratchDirectory(choices.work, caller);
+    if (choices.job.package.empty()) {
+        return compareKeysWithImage(choices, scratch, console);
+    }
     if (!choices.devices.empty()) {
         return verifyKeys(choices, scratch, console);
     }

@@ -20,6 +20,7 @@ Words wordsOf(const Outcome& outcome) {
         return {"Verified ", RESULT_SAME, ", no difference", "was not verified",
                 "differs from what would be made now"};
     case JobKind::comparing:
+    case JobKind::comparingKey:
         return {"Compared ", RESULT_SAME, ", no difference", "was not compared", "differs from its image"};
     case JobKind::making:
         break;
@@ -55,7 +56,9 @@ std::string nextStep(const Outcome& outcome) {
     if (!isFinding(outcome)) {
         return exitStatus(outcome.status).nextStep;
     }
-    return outcome.kind == JobKind::comparing ? "Burn it again, with another disc if it recurs." : "";
+    return outcome.kind == JobKind::comparing      ? "Burn it again, with another disc if it recurs."
+           : outcome.kind == JobKind::comparingKey ? "Write it again, with another stick if it recurs."
+                                                   : "";
 }
 
 std::string resultWord(const Outcome& outcome) {

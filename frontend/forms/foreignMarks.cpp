@@ -2,6 +2,7 @@
 
 #include "forms/fields.h"
 
+#include <algorithm>
 #include <array>
 #include <set>
 #include <string>
@@ -39,21 +40,28 @@ bool holds(MediumBytes& medium, std::uint64_t offset, std::string_view mark) {
     medium.read(offset, found.data(), found.size());
     return found == mark;
 }
+
+bool isAmong(const std::vector<ByteRange>& ranges, std::uint64_t offset) {
+    return std::any_of(ranges.begin(), ranges.end(), [&](const ByteRange& range) {
+        return offset >= range.offset && offset - range.offset < range.size;
+    });
+}
 } // namespace
 
-void refuseForeignMarks(const Examination& examination, std::uint64_t fileSystem) {
+void refuseForeignMarks(const Examination& examination, std::uint64_t fileSystem,
+                        const std::vector<ByteRange>& compared) {
     auto& medium = examination.medium;
     for (const auto base : std::set<std::uint64_t>{0, fileSystem}) {
         for (const auto& mark : MARKS) {
             const auto offset = base + mark.offset;
-            if (offset >= fileSystem && holds(medium, offset, mark.bytes)) {
+            if (offset >= fileSystem && !isAmong(compared, offset) && holds(medium, offset, mark.bytes)) {
                 examination.differences.addForm(rangeText({offset, mark.bytes.size()}) + " are the mark of " +
                                                 mark.owner);
             }
         }
     }
     const auto lastSector = (medium.size() / SECTOR_SIZE - 1) * SECTOR_SIZE;
-    if (holds(medium, lastSector, "EFI PART"sv)) {
+    if (!isAmong(compared, lastSector) && holds(medium, lastSector, "EFI PART"sv)) {
         examination.differences.addForm("the last sector, " + rangeText({lastSector, SECTOR_SIZE}) +
                                         ", holds a second partition table (GPT)");
     }

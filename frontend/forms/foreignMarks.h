@@ -5,6 +5,7 @@
 #include "forms/examination.h"
 
 #include <cstdint>
+#include <vector>
 
 namespace velacreate {
 
@@ -12,6 +13,8 @@ namespace velacreate {
 /// system. They look at fixed places of the disk and of the partition, which may lie in free space, or in the
 /// table of FAT.
 /// @param fileSystem  its offset; what lies before it has been compared
-void refuseForeignMarks(const Examination& examination, std::uint64_t fileSystem);
+/// @param compared  what else has been compared with bytes that may have a mark
+void refuseForeignMarks(const Examination& examination, std::uint64_t fileSystem,
+                        const std::vector<ByteRange>& compared = {});
 
 } // namespace velacreate

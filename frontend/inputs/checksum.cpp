@@ -2,11 +2,14 @@
 
 #include "support/failure.h"
 
+#include <algorithm>
 #include <array>
+#include <limits>
 #include <memory>
 #include <vector>
 
 #include <openssl/evp.h>
+
 namespace velacreate {
 namespace {
 constexpr const char* DIGITS = "0123456789abcdef";
@@ -26,28 +29,57 @@ std::string hexadecimal(const unsigned char* bytes, std::size_t size) {
     }
     return text;
 }
+
+class Sha256 {
+public:
+    Sha256() : m_context(EVP_MD_CTX_new(), EVP_MD_CTX_free) {
+        require(m_context && EVP_DigestInit_ex(m_context.get(), EVP_sha256(), nullptr) == 1);
+    }
+
+    void add(const void* data, std::size_t size) {
+        require(EVP_DigestUpdate(m_context.get(), data, size) == 1);
+    }
+
+    std::string digits() {
+        std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
+        unsigned size = 0;
+        require(EVP_DigestFinal_ex(m_context.get(), bytes.data(), &size) == 1);
+        return hexadecimal(bytes.data(), size);
+    }
+
+private:
+    std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> m_context;
+};
 } // namespace
 
 std::string sha256Of(const Descriptor& file, const Advance& advance) {
-    const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> sum(EVP_MD_CTX_new(), EVP_MD_CTX_free);
-    require(sum && EVP_DigestInit_ex(sum.get(), EVP_sha256(), nullptr) == 1);
+    return sha256Of(file, 0, std::numeric_limits<std::uint64_t>::max(), advance);
+}
+
+std::string sha256Of(const Descriptor& file, std::uint64_t offset, std::uint64_t size,
+                     const Advance& advance) {
+    Sha256 sum;
     std::vector<char> buffer(BLOCK_SIZE);
-    std::uint64_t offset = 0;
-    for (;;) {
-        const auto count = readAt(file.number(), buffer.data(), buffer.size(), offset);
+    while (size > 0) {
+        const auto count =
+            readAt(file.number(), buffer.data(), std::min<std::uint64_t>(size, buffer.size()), offset);
         check(count >= 0).orFail("reading a file for its sum");
         if (count == 0) {
             break;
         }
-        const auto size = static_cast<std::size_t>(count);
-        require(EVP_DigestUpdate(sum.get(), buffer.data(), size) == 1);
-        offset += size;
-        advance(size);
+        const auto done = static_cast<std::size_t>(count);
+        sum.add(buffer.data(), done);
+        offset += done;
+        size -= done;
+        advance(done);
     }
-    std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
-    unsigned size = 0;
-    require(EVP_DigestFinal_ex(sum.get(), bytes.data(), &size) == 1);
-    return hexadecimal(bytes.data(), size);
+    return sum.digits();
+}
+
+std::string sha256Of(const std::string& text) {
+    Sha256 sum;
+    sum.add(text.data(), text.size());
+    return sum.digits();
 }
 
 std::string checksumLine(const std::string& sum, const std::string& name) {

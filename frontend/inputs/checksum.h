@@ -4,6 +4,7 @@
 
 #include "support/descriptor.h"
 
+#include <cstdint>
 #include <string>
 
 namespace velacreate {
@@ -12,6 +13,14 @@ namespace velacreate {
 /// @throw Failure
 std::string sha256Of(
     const Descriptor& file, const Advance& advance = [](std::uint64_t /*bytes*/) {});
+
+/// @return that of a part of a file, or of what there is of it
+/// @throw Failure
+std::string sha256Of(const Descriptor& file, std::uint64_t offset, std::uint64_t size,
+                     const Advance& advance);
+
+/// @return that of a text
+std::string sha256Of(const std::string& text);
 
 /// @return the line that "sha256sum -c" reads, with the name escaped where necessary
 std::string checksumLine(const std::string& sum, const std::string& name);

@@ -11,8 +11,9 @@ namespace velacreate {
 /// What a job does to its medium.
 enum class JobKind {
     making,
-    verifying, ///< compares it with what would be made now
-    comparing, ///< a disc with its image
+    verifying,    ///< compares it with what would be made now
+    comparing,    ///< a disc with its image
+    comparingKey, ///< a key with its image
 };
 
 struct Outcome {

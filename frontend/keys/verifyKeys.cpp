@@ -1,8 +1,11 @@
 #include "keys/verifyKeys.h"
 
+#include "job/supervisor.h"
+#include "keys/keyImage.h"
 #include "keys/keyResults.h"
 #include "keys/keyTarget.h"
 #include "keys/keys.h"
+#include "keys/writeKey.h"
 #include "medium/comparison.h"
 #include "medium/imageKinds.h"
 #include "support/failure.h"
@@ -36,9 +39,19 @@ Key examined(const Disk& disk) {
     return key;
 }
 
-int conclude(Console& console, const std::vector<Key>& keys, const std::vector<Outcome>& ofSelected) {
+std::vector<Key> keysToCompare(const std::vector<std::string>& devices) {
+    std::vector<Key> keys;
+    for (const auto& disk : namedDisks(devices)) {
+        keys.push_back(examined(disk));
+    }
+    requireSelectedIfAlone(keys);
+    return keys;
+}
+
+int conclude(Console& console, const std::vector<Key>& keys, const std::vector<Outcome>& ofSelected,
+             JobKind kind) {
     std::vector<KeyResult> results;
-    for (const auto& outcome : outcomesOfAll(keys, ofSelected, JobKind::verifying)) {
+    for (const auto& outcome : outcomesOfAll(keys, ofSelected, kind)) {
         results.push_back({outcome, ""});
     }
     return concludeKeys(console, keys, results, false);
@@ -47,15 +60,11 @@ int conclude(Console& console, const std::vector<Key>& keys, const std::vector<O
 
 int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
     const Inputs inputs(choices.job, MediumKind::key);
-    std::vector<Key> keys;
-    for (const auto& disk : namedDisks(choices.devices)) {
-        keys.push_back(examined(disk));
-    }
-    requireSelectedIfAlone(keys);
+    const auto keys = keysToCompare(choices.devices);
     inputs.requireRoom(scratch, 1, 0);
     openLog(console, choices.job.show, "", &inputs);
     if (countSelected(keys) == 0) {
-        return conclude(console, keys, {});
+        return conclude(console, keys, {}, JobKind::verifying);
     }
     const HeldSignals signals;
     inputs.announce(console, "Comparing " + mediaText(keys) + " with");
@@ -68,13 +77,47 @@ int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Cons
         }
     }
     const auto outcomes = compareMedia({choices.job, inputs, scratch, signals, console}, media);
-    const int status = conclude(console, keys, outcomes);
+    const int status = conclude(console, keys, outcomes, JobKind::verifying);
     const auto isSame = [](const Outcome& outcome) { return outcome.status == 0; };
     if (const auto same = std::count_if(outcomes.begin(), outcomes.end(), isSame); same != 0) {
         console.say(
             explanationText(same == 1 ? inputs.kind.name : std::to_string(same) + " keys", inputs.contents));
     }
     return status;
+}
+
+int compareKeysWithImage(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
+    refuseIf(choices.job.files.size() != 1,
+             "a key is compared with one image, or with a --package and update files");
+    KeyImage image(choices.job.files.front());
+    const auto keys = keysToCompare(choices.devices);
+    image.requireOther(choices.job.show.log, "the log file " + quote(choices.job.show.log));
+    openLog(console, choices.job.show, image.path());
+    if (countSelected(keys) == 0) {
+        return conclude(console, keys, {}, JobKind::comparingKey);
+    }
+    const HeldSignals signals;
+    const JobDirectory jobDirectory(scratch);
+    const auto examination = image.examine(false, jobDirectory, signals, console);
+    if (examination.status != 0) {
+        return conclude(console, examination, image.name(), "");
+    }
+    console.say("Comparing " + mediaText(keys) + " with " + image.name());
+    std::vector<MediumJob> jobs;
+    for (const auto& key : keys) {
+        if (isSelected(key)) {
+            const auto work = [&](Reporter& reporter) {
+                return compareWithKeyImage(image, key.lock->descriptor(), JobKind::comparingKey, reporter);
+            };
+            jobs.push_back({key.disk.node(),
+                            jobDirectory.directory().number(),
+                            work,
+                            {},
+                            nullptr,
+                            JobKind::comparingKey});
+        }
+    }
+    return conclude(console, keys, supervise(jobs, jobs.size(), signals, console), JobKind::comparingKey);
 }
 
 int verifyKeyImage(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {

@@ -12,6 +12,10 @@ namespace velacreate {
 /// @return the exit status
 int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console);
 
+/// Compares the named keys with the image that was written to them, side by side.
+/// @return the exit status
+int compareKeysWithImage(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console);
+
 /// Compares the image of a key.
 int verifyKeyImage(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console);
 

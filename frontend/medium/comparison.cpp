@@ -146,6 +146,13 @@ int compareConfined(const Descriptor& directory, const Inputs& inputs, const Rea
     return runConfined(directory, work, reporter);
 }
 
+int compareBlocksConfined(const Descriptor& directory, const ImageBlocks& image, const ReadMedium& key,
+                          JobKind kind, Reporter& reporter) {
+    const auto advance = beginReadingBack(sizeOf(image.blocks), reporter);
+    return runConfined(
+        directory, [&] { return report(compareBlocks(image, key, advance), kind, reporter); }, reporter);
+}
+
 int examineForm(const Descriptor& directory, const Inputs& inputs, ReadMedium medium,
                 const std::function<int(const std::string& fault)>& faulty, Reporter& reporter) {
     medium.isFormOnly = true;

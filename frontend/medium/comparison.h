@@ -4,6 +4,7 @@
 
 #include "disks/discDrive.h"
 #include "medium/call.h"
+#include "medium/imageBlocks.h"
 #include "medium/readBack.h"
 
 #include <functional>
@@ -56,6 +57,11 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
 /// @return EXIT_DIFFERENT, or 0 when there is no difference
 int compareConfined(const Descriptor& directory, const Inputs& inputs, const ReadMedium& medium, JobKind kind,
                     Reporter& reporter);
+
+/// Compares a key with its image in the same way.
+/// @param directory  to which the process is confined
+int compareBlocksConfined(const Descriptor& directory, const ImageBlocks& image, const ReadMedium& key,
+                          JobKind kind, Reporter& reporter);
 
 /// Examines in a confined process whether a key can be filled as it is: nothing is on it that is not
 /// expected, unless it may keep files, and its file system is sound.

@@ -58,9 +58,39 @@ iso() { velacreate iso --package "${package:-tool.zip}" --output "${output:-i.is
 pxe() { velacreate pxe --package "${package:-tool.zip}" --output "${output:-../out}" "$@"; }
 usb() { velacreate usb --package "${package:-tool.zip}" "$@"; }
 verify() { velacreate verify --package "${package:-tool.zip}" "$@"; }
+written() { velacreate write --any-disk --device "$stick" --yes "${@:-../key.img}"; }
 made() { (cd work && "$@" >/srv/made); }
 image() { made iso a.txt && mv work/i.iso x.iso; }
 keyImage() { truncate -s 16M key.img && mkfs.vfat --offset 63 key.img >/dev/null; }
+wholeKeyImage() { # with a boot record, a file, and free clusters before it that are not empty
+    "$project/demo/clone-image" key.img 16 64 32
+    truncate -s 16M key.img
+    seq 200000 >gone && seq 30000 >payload
+    mcopy -i key.img@@16384 gone ::gone && mcopy -i key.img@@16384 payload ::Payload && mdel -i key.img@@16384 ::gone
+}
+mapped() { # RANGE...: makes the map of key.img, in which a line of sed changes something before its sum is set
+    local range sum zeros text
+    zeros=$(printf %064d 0)
+    text="<bmap version=\"2.0\"><ImageSize> $(stat -c %s key.img) </ImageSize><BlockSize> 4096 </BlockSize>
+        <ChecksumType> sha256 </ChecksumType><BmapFileChecksum> $zeros </BmapFileChecksum><BlockMap>"
+    for range; do
+        sum=$(dd if=key.img bs=4096 skip="${range%-*}" count=$((${range#*-} - ${range%-*} + 1)) status=none | sha256sum)
+        text+="<Range chksum=\"${sum%% *}\"> $range </Range>"
+    done
+    text=$(sed "${edit:-}" <<<"$text</BlockMap></bmap>")
+    sum=$(printf %s "$text" | sha256sum)
+    printf %s "${text/$zeros/${sum%% *}}" >key.img.bmap
+}
+disks() { # NUMBER MEBIBYTES: full of noise, with a GPT
+    local disk
+    disks=()
+    while [ ${#disks[@]} -lt "$1" ]; do
+        disk=/srv/disk${#disks[@]}
+        head -c "$2M" /dev/urandom >"$disk"
+        printf 'label: gpt\n2048\n' | sfdisk -q "$disk"
+        disks+=("$(losetup -f --show "$disk")")
+    done
+}
 stick() { # a disk that is mounted on /mnt
     truncate -s 16M disk && mke2fs -q disk && stick=$(losetup -f --show disk)
     mounts "$stick" /mnt && losetup -d "$stick"

@@ -1,0 +1,64 @@
+/// @file
+/// The image of a key that is written to keys, or compared with them.
+#pragma once
+
+#include "display/console.h"
+#include "forms/blockMap.h"
+#include "job/heldSignals.h"
+#include "job/jobDirectory.h"
+#include "job/outcome.h"
+#include "job/reporter.h"
+#include "medium/imageBlocks.h"
+#include "support/descriptor.h"
+#include "support/failure.h"
+
+#include <cstdint>
+#include <string>
+
+namespace velacreate {
+
+class KeyImage {
+public:
+    /// @throw Refusal when it is no file, or an ISO image
+    explicit KeyImage(const std::string& path);
+
+    const std::string& path() const { return m_path; } ///< absolute
+    /// The path of the map beside it; empty when there is none.
+    const std::string& mapPath() const { return m_mapPath; }
+    std::uint64_t size() const { return sizeOf(m_file); }
+
+    /// For messages.
+    std::string name() const { return "the image " + quote(m_path); }
+
+    /// Refuses a file to be written that is the image or its map.
+    /// @param what  for the message, such as "the report 'keys.jsonl'"
+    void requireOther(const std::string& path, const std::string& what) const;
+
+    /// Reads its form and its map in a confined process, holds the sums of the map against it, and sums it up
+    /// if wanted.
+    /// @return refused, when it is no image of a key, or not that of its map
+    Outcome examine(bool isSummedUp, const JobDirectory& jobDirectory, const HeldSignals& signals,
+                    Console& console);
+
+    /// After examine(): by the map, or by its file system.
+    ImageBlocks blocks() const { return {m_file, m_blocks}; }
+    const std::string& sum() const { return m_sum; } ///< SHA-256
+
+    /// In a job's process, when the blocks have been read.
+    /// @throw Failure when it was changed since it was opened
+    void requireUnchanged() const;
+
+private:
+    int readBlocks(const Descriptor& found, Reporter& reporter) const;
+    void checkSums(const std::vector<MappedRange>& ranges, Reporter& reporter) const;
+
+    std::string m_path;
+    std::string m_mapPath;
+    Descriptor m_file;
+    Descriptor m_map; ///< closed when there is none
+    struct stat m_status;
+    Blocks m_blocks;
+    std::string m_sum;
+};
+
+} // namespace velacreate
