@@ -1,5 +1,6 @@
 #include "keys/keyImage.h"
 
+#include "forms/fields.h"
 #include "inputs/checksum.h"
 #include "job/confinement.h"
 #include "job/supervisor.h"
@@ -51,6 +52,7 @@ KeyImage::KeyImage(const std::string& path)
     : m_path(absolutePath(path)), m_file(openChosen(path, O_RDONLY, S_IFREG)), m_status(m_file.status()) {
     refuseIf(isIsoImage(m_file),
              quote(path) + " is an ISO image, and no image of a key; burn writes it to a disc");
+    refuseIf(size() % SECTOR_SIZE != 0, quote(path) + " is incomplete: it does not end with a whole sector");
     if (const auto map = path + MAP_ENDING; std::filesystem::exists(map)) {
         m_mapPath = absolutePath(map);
         m_map = openChosen(map, O_RDONLY, S_IFREG);

@@ -19,7 +19,7 @@ namespace velacreate {
 
 class KeyImage {
 public:
-    /// @throw Refusal when it is no file, or an ISO image
+    /// @throw Refusal when it is no file, is an ISO image, or does not end with a whole sector
     explicit KeyImage(const std::string& path);
 
     const std::string& path() const { return m_path; } ///< absolute

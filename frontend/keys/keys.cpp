@@ -133,6 +133,7 @@ std::vector<NeededFiles> neededFiles(std::initializer_list<std::pair<const char*
 ChosenKeys chooseKeys(const KeyChoices& choices, const std::vector<NeededFiles>& files,
                       const std::function<void(const Key&)>& requireUsable, Console& console) {
     std::vector<NeededDisks> needed;
+    needed.reserve(files.size());
     for (const auto& [text, paths] : files) {
         needed.push_back({text, disksBelow(paths)});
     }

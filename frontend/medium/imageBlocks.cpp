@@ -48,8 +48,7 @@ void writePiece(const Descriptor& device, const ByteRange& piece, const Buffer& 
     for (std::uint64_t done = 0; done < piece.size;) {
         const auto count = pwrite(device.number(), buffer.bytes.data() + done, piece.size - done,
                                   static_cast<off_t>(piece.offset + done));
-        check(count > 0 || (count < 0 && errno == EINTR))
-            .orFail("it cannot be written" + atByte(piece.offset + done));
+        check(count > 0 || (count < 0 && errno == EINTR)).orFail(rangeText(piece) + " cannot be written");
         done += static_cast<std::uint64_t>(std::max<ssize_t>(count, 0));
     }
 }
@@ -99,7 +98,7 @@ Differences compareBlocks(const ImageBlocks& image, const ReadMedium& key, const
     forEachPiece(image.blocks, [&](const ByteRange& piece) {
         readImage(image, piece, *wanted);
         const auto count = readAt(key.file.number(), found->bytes.data(), piece.size, piece.offset);
-        check(count >= 0).orFail("it cannot be read" + atByte(piece.offset));
+        check(count >= 0).orFail(rangeText(piece) + " cannot be read");
         const auto* const begin = wanted->bytes.cbegin();
         const auto* const end = begin + count;
         const auto* const parting = std::mismatch(begin, end, found->bytes.cbegin()).first;
