@@ -2,6 +2,7 @@
 # Images of keys that are written to sticks as they are.
 load words
 
+disks=()
 teardown() {
     for disk in "${disks[@]}"; do losetup -d "$disk"; done
 }
