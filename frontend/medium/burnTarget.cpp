@@ -17,16 +17,9 @@
 namespace velacreate {
 
 namespace {
-bool isPlain(const std::string& device) {
-    return !device.empty() && device.front() != '-' &&
-           device.find_first_not_of(
-               "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/_.,:=+-@") ==
-               std::string::npos;
-}
-
 /// The name becomes part of a command.
 void requirePlain(const std::string& device) {
-    refuseIf(!isPlain(device),
+    refuseIf(device.empty() || device.front() == '-' || !isPlain(device, "/_.,:=+-@"),
              "the drive " + quote(device) + " has a character in its name that no command can carry");
 }
 
