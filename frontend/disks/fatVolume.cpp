@@ -1,7 +1,7 @@
 #include "disks/fatVolume.h"
 
+#include "disks/disks.h"
 #include "disks/probe.h"
-#include "disks/sysfs.h"
 #include "forms/fatSectors.h"
 
 #include <algorithm>
@@ -62,8 +62,7 @@ bool isOnFat(const Descriptor& file, dev_t device) {
 }
 
 bool isLoopOver(dev_t device, const Descriptor& file) {
-    const auto node = "/dev/" + deviceDirectory(device).filename().string();
-    const Descriptor loop(open(node.c_str(), O_RDONLY | O_CLOEXEC));
+    const Descriptor loop(open(diskOf(device).node().c_str(), O_RDONLY | O_CLOEXEC));
     loop_info64 about{};
     const auto wanted = file.status();
     return loop.isOpen() && loop.status().st_rdev == device &&

@@ -23,10 +23,6 @@ void requirePlain(const std::string& device) {
              "the drive " + quote(device) + " has a character in its name that no command can carry");
 }
 
-bool isStandIn(const std::string& device) {
-    return device.rfind(STAND_IN, 0) == 0;
-}
-
 /// Whether it is /dev/null or /dev/zero, which take anything and keep nothing.
 bool isSink(const struct stat& about) {
     return S_ISCHR(about.st_mode) && (about.st_rdev == makedev(1, 3) || about.st_rdev == makedev(1, 5));
@@ -49,11 +45,11 @@ BurnTarget::BurnTarget(std::string device) : m_device(std::move(device)) {
         m_content = "unknown"; // a burner's own notation
         return;
     }
-    m_path = isStandIn(m_device) ? m_device.substr(STAND_IN.size()) : m_device;
+    m_path = DiscDrive::pathOf(m_device);
     // The burner runs in another directory.
     refuseIf(m_path.rfind('/', 0) != 0, name() + " is not named by its path from the root");
     m_found = statusOf(m_path);
-    check(m_found || (isStandIn(m_device) && errno == ENOENT)).orRefuse(name());
+    check(m_found || (DiscDrive::isStandIn(m_device) && errno == ENOENT)).orRefuse(name());
     if (!m_found || !S_ISBLK(m_found->st_mode)) {
         takeFile();
         return;
@@ -73,11 +69,12 @@ std::string BurnTarget::name() const {
 }
 
 void BurnTarget::takeFile() {
-    if (isStandIn(m_device) && m_found && isSink(*m_found)) {
+    if (DiscDrive::isStandIn(m_device) && m_found && isSink(*m_found)) {
         m_path.clear();
         return;
     }
-    refuseIf(!isStandIn(m_device) || (m_found && !S_ISREG(m_found->st_mode)), name() + " is no drive");
+    refuseIf(!DiscDrive::isStandIn(m_device) || (m_found && !S_ISREG(m_found->st_mode)),
+             name() + " is no drive");
     // A link may lead elsewhere by then, and the number of a descriptor means another file to the burner.
     m_path = futurePath(m_path);
     refuseIf(m_path.empty(), name() + " has a path that cannot be followed");
@@ -104,7 +101,7 @@ void BurnTarget::takeDisk() {
     m_lock.emplace(disk);
     m_lock->unmount(); // refuses a disk that is mounted elsewhere
     m_path = disk.node();
-    m_device = (isStandIn(m_device) ? STAND_IN : "") + m_path;
+    m_device = (DiscDrive::isStandIn(m_device) ? STAND_IN : "") + m_path;
     m_content = contentOf(disk);
 }
 

@@ -91,7 +91,7 @@ int Burner::burn(const BurnChoices& choices, Console& console) {
         return status;
     }
     m_target.requireUnchanged();
-    const std::string medium = "the disc in " + device;
+    const auto medium = discText(device);
     console.say("Burning " + quote(choices.image) + " to " + device);
     const HeldSignals signals;
     const JobDirectory jobDirectory(m_scratch);

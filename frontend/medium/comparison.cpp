@@ -119,8 +119,7 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
         return report(compareDisc(image, disc, beginReadingBack(size, reporter)), JobKind::comparing,
                       reporter);
     };
-    const MediumJob job = {
-        "the disc in " + drive.name(), anywhere.number(), work, {}, nullptr, JobKind::comparing};
+    const MediumJob job = {discText(drive.name()), anywhere.number(), work, {}, nullptr, JobKind::comparing};
     return supervise({job}, 1, signals, console).front();
 }
 
