@@ -29,7 +29,7 @@ constexpr std::size_t BLOCK_FOR_HEADERS = 16 << 10;
 using Entries = std::map<std::string, ToolPackage::Entry>;
 
 Descriptor openedFile(const std::string& path) {
-    Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    Descriptor file(open(path.c_str(), TO_READ | O_CLOEXEC));
     check(file.isOpen()).orRefuse(packageText(path));
     if (!S_ISREG(file.status().st_mode)) {
         throw Refusal(packageText(path) + " is no file");

@@ -18,9 +18,6 @@
 
 namespace velacreate {
 namespace {
-/// The file may have been replaced by a FIFO; O_NONBLOCK keeps the open from waiting for a writer.
-constexpr int TO_READ = O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY;
-
 std::string named(const std::string& source) {
     return "update file " + quote(source);
 }

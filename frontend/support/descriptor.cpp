@@ -170,6 +170,15 @@ Descriptor openChosen(const std::string& path, int flags, mode_t type) {
     return file;
 }
 
+void refuseOtherThanFile(const Descriptor& opened, const std::string& what) {
+    if (!opened.isOpen() && errno == ELOOP) {
+        throw Refusal(what + " is a link");
+    }
+    if (opened.isOpen() && !S_ISREG(opened.status().st_mode)) {
+        throw Refusal(what + " is not a file");
+    }
+}
+
 Descriptor openBeneath(int directory, const std::string& path, int flags, unsigned mode) {
     return openResolved(directory, path, flags, mode, BENEATH);
 }
