@@ -22,9 +22,9 @@ bool isSourceDate(const std::string& text) {
 } // namespace
 
 void requireSourceDate() {
-    const char* const date = std::getenv("SOURCE_DATE_EPOCH"); // NOLINT(concurrency-mt-unsafe): no setenv()
+    const char* const date = std::getenv(SOURCE_DATE); // NOLINT(concurrency-mt-unsafe): no setenv()
     if (date != nullptr && !isSourceDate(date)) {
-        throw Refusal("SOURCE_DATE_EPOCH is " + quote(date) + ", and no number of seconds from " +
+        throw Refusal(SOURCE_DATE + (" is " + quote(date)) + ", and no number of seconds from " +
                       std::to_string(EARLIEST) + " (the year 1980) to " + std::to_string(LATEST) + " (2107)");
     }
 }

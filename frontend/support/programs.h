@@ -24,7 +24,7 @@ struct ProgramResult {
 };
 
 /// Waits for the end of a child process.
-/// @return its exit status, or 128 and the signal's number
+/// @return its exit status, or EXIT_BY_SIGNAL and the signal's number
 /// @throw Failure
 int exitStatusOf(pid_t process);
 
