@@ -185,11 +185,7 @@ Descriptor ToolPackage::beginningOf(const std::string& cloneImage) const {
 }
 
 std::uint64_t ToolPackage::unpackedSize() const {
-    std::uint64_t total = 0;
-    for (const auto& [name, entry] : m_entries) {
-        total = sumOf(total, entry.size);
-    }
-    return total;
+    return sizeOfAll(m_entries);
 }
 
 std::string ToolPackage::sum() const {

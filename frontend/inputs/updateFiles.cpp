@@ -241,11 +241,7 @@ std::size_t UpdateFiles::fileCount() const {
 }
 
 std::uint64_t UpdateFiles::totalSize() const {
-    std::uint64_t total = 0;
-    for (const auto& [place, entry] : m_entries) {
-        total = sumOf(total, entry.size);
-    }
-    return total;
+    return sizeOfAll(m_entries);
 }
 
 bool UpdateFiles::contain(const struct stat& other) const {
