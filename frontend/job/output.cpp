@@ -133,7 +133,7 @@ Descriptor Output::openPresent() const {
 }
 
 std::string Output::path() const {
-    return (m_parent.path == "/" ? "" : m_parent.path) + "/" + m_name;
+    return m_parent.pathOf(m_name);
 }
 
 struct stat Output::take(const Descriptor& directory, const std::string& name) const {

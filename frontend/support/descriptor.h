@@ -48,6 +48,7 @@ struct NamedDirectory {
     Descriptor directory;
 
     int number() const { return directory.number(); }
+    std::string pathOf(const std::string& entry) const { return (path == "/" ? "" : path) + "/" + entry; }
 };
 
 /// @return the absolute path of an existing file
