@@ -24,7 +24,6 @@ Kind image() {
     Kind kind;
     kind.name = "the image";
     kind.bootFiles = {{inBoot(EFI_LOADER), "the image starts from it"}};
-    kind.programs = {"unzip"};
     kind.toolkitPrograms = {"xorriso"};
     kind.place = IMAGE_PLACE;
     kind.stages = {{STAGE_COPYING, BootableMedia::ISO_DIR_NAME}, {STAGE_MAKING_ISO, IMAGE_PLACE}};
@@ -50,7 +49,7 @@ Kind key() {
     Kind kind;
     kind.name = "the key";
     kind.cloneImages = CloneImages::wanted;
-    kind.programs = {"unzip", "mount", "umount"};
+    kind.programs.insert(kind.programs.end(), {"mount", "umount"});
     kind.stages = {{STAGE_COPYING, ""}, {STAGE_COPYING_UPDATES, ""}, {STAGE_WRITING_OUT, ""}};
     kind.removals = listOf(KEY_REMOVALS);
     kind.updatesComeLast = true;
@@ -64,7 +63,6 @@ Kind netbootDirectory() {
     Kind kind;
     kind.name = "the network-boot directory";
     kind.bootFiles = {{inBoot(NETBOOT_LOADER), "a machine on the network starts from it"}};
-    kind.programs = {"unzip"};
     kind.toolkitPrograms = {"zip"};
     kind.place = NETBOOT_PLACE;
     kind.stages = {{STAGE_COPYING_PXE, BootableMedia::ISO_DIR_NAME}, {STAGE_ZIPPING, ""}};

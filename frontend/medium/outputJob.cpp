@@ -176,9 +176,7 @@ std::map<std::string, Gauge> gaugesOf(const Inputs& inputs, int jobDirectory) {
 
 void requireProgramsOf(const Kind& kind, const Toolkit& toolkit) {
     requirePrograms(kind.programs);
-    if (toolkit.isOwn()) {
-        requirePrograms(kind.toolkitPrograms, LAUNCHERS_SEARCH_PATH);
-    }
+    toolkit.requirePrograms(kind.toolkitPrograms);
 }
 
 int makeOutput(const OutputJob& job, Console& console) {

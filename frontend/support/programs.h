@@ -12,9 +12,6 @@ namespace velacreate {
 /// The search path of all jobs, whatever the caller's is.
 constexpr const char* SEARCH_PATH = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
 
-/// Where velacreate's own launchers look for programs.
-constexpr const char* LAUNCHERS_SEARCH_PATH = "/usr/bin";
-
 /// @return the path of a program; empty when it is missing
 std::string pathOf(const std::string& program, const char* searchPath = SEARCH_PATH);
 
