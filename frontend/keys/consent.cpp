@@ -36,7 +36,7 @@ int askForConsent(const std::vector<Key>& keys, const UsbChoices& choices, const
     if (choices.yes) {
         return 0;
     }
-    return askForYes(signals, "without a terminal, only --yes lets a key be changed",
+    return askForYes(signals, "a key be changed",
                      isOne ? "the key was left as it is" : "the keys were left as they are", console);
 }
 

@@ -136,9 +136,8 @@ int BurnTarget::askForConsent(const OverwriteChoices& choices, Console& console)
     if (!m_content.empty() && !choices.yes) {
         const std::string medium = m_lock ? "disk" : "disc";
         const HeldSignals signals;
-        if (const int status =
-                askForYes(signals, "without a terminal, only --yes lets a " + medium + " be changed",
-                          "the " + medium + " was left as it is", console);
+        if (const int status = askForYes(signals, "a " + medium + " be changed",
+                                         "the " + medium + " was left as it is", console);
             status != 0) {
             console.complain("interrupted; nothing was changed");
             return status;
