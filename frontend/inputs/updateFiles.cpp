@@ -28,11 +28,15 @@ Descriptor openedDirectory(const std::string& path) {
     return directory;
 }
 
-void requirePlace(const std::string& place, const std::string& source) {
-    const std::string top = topOf(place);
-    if (holdsControlCharacter(place)) {
+void requireNoControl(const std::string& name, const std::string& source) {
+    if (holdsControlCharacter(name)) {
         throw Refusal(named(source) + " has a control character in its name; rename it");
     }
+}
+
+void requirePlace(const std::string& place, const std::string& source) {
+    const std::string top = topOf(place);
+    requireNoControl(place, source);
     if (top.front() == '-') {
         throw Refusal(named(source) + " has a name that programs would take for an option; rename it");
     }
@@ -162,9 +166,7 @@ private:
         check(directory.isOpen()).orRefuse(named(source) + " cannot be read");
         forEachEntry(directory.number(), [&](const std::string& name) {
             const std::string inner = source + "/" + name;
-            if (holdsControlCharacter(name)) {
-                throw Refusal(named(inner) + " has a control character in its name; rename it");
-            }
+            requireNoControl(name, inner);
             requireDepth(pathBelow(place, name));
             addEntry(inner, pathBelow(place, name), kindOf(inner));
         });
