@@ -56,6 +56,10 @@ struct UsbChoices {
     std::vector<std::string> devices;
     bool all = false;
     std::string image;
+    std::string output;
+    bool force = false;
+    bool checksum = false;
+    std::size_t capacity = 0; ///< in gigabytes; 0 for the smallest that fits
     bool erase = false;
     std::string format = FORMAT_AUTO;
     std::size_t jobs = 0; ///< at a time; 0 means all

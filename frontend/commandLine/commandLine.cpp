@@ -203,7 +203,9 @@ private:
     void addUsb() {
         auto& command = add("usb", "Fill bootable USB keys");
         call(command, [this, &command] {
-            requireOneOf(command, {"--device", "--all", "--image"});
+            requireOneOf(command, {"--device", "--all", "--image", "--output"});
+            refuseWithout(command, {"--output"}, {"--capacity", "--checksum", "--force"});
+            refuseWithout(command, {"--device", "--all", "--image"}, {"--work"});
             return makeUsbKey(m_usb, m_caller, m_console);
         });
         addJobOptions(command, m_usb.job, m_console);
@@ -213,6 +215,16 @@ private:
         command.add_flag("--all", m_usb.all, "All removable media, but no USB hard disks");
         command.add_option("--image", m_usb.image, "Fill this image of a key instead of a key")
             ->type_name("FILE");
+        command
+            .add_option("--output", m_usb.output, "Make the image of a key instead, and IMAGE.bmap; needs no root")
+            ->type_name("IMAGE");
+        command
+            .add_option("--capacity", m_usb.capacity,
+                        "The size in GB of the keys that the image is for (default: the smallest that fits)")
+            ->type_name("1|2|4|8")
+            ->check(CLI::IsMember({1, 2, 4, 8}).description(""));
+        command.add_flag("--force", m_usb.force, "Replace an existing image");
+        command.add_flag("--checksum", m_usb.checksum, "Also write IMAGE.sha256, for sha256sum -c");
         addWord(command, "--format", m_usb.format, {FORMAT_ALWAYS, FORMAT_NEVER, FORMAT_AUTO},
                 std::string("When to format the key; auto does so when it lacks ") +
                     VelaCreation::USB_BOOT_FILE + ", its FAT is missing or damaged, or it holds other files")

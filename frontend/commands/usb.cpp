@@ -1,11 +1,16 @@
 #include "commands/commands.h"
 
 #include "disks/fatVolume.h"
+#include "inputs/sourceDate.h"
 #include "keys/consent.h"
+#include "keys/keyImage.h"
 #include "keys/keyJobs.h"
 #include "keys/keyResults.h"
 #include "keys/keys.h"
+#include "medium/blockMap.h"
+#include "medium/imageChecksum.h"
 #include "medium/imageKinds.h"
+#include "medium/outputJob.h"
 #include "support/failure.h"
 #include "support/programs.h"
 #include "support/texts.h"
@@ -26,7 +31,7 @@ void validateOptions(const UsbChoices& choices) {
              "what is erased is formatted; leave out --format never");
     refuseIf(choices.job.show.pauses && (choices.all || choices.devices.size() > 1),
              "the status file does not tell of several keys; leave out --pauses");
-    if (choices.image.empty()) {
+    if (choices.image.empty() && choices.output.empty()) {
         return;
     }
     refuseIf(choices.erase || choices.format == FORMAT_ALWAYS,
@@ -137,11 +142,40 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirect
     return conclude(console, outcome, medium,
                     sizeText(static_cast<std::uint64_t>(about.st_size)) + readBackText(choices.job.verify));
 }
+
+int makeImage(const UsbChoices& choices, Console& console) {
+    requireSourceDate();
+    requirePrograms(kindOf(MediumKind::keyImage).programs);
+    const auto output = Output::keyImage(choices.output, choices.force);
+    const auto blockMap = Output::blockMap(choices.output + BLOCK_MAP_ENDING, choices.force);
+    std::optional<Output> checksum;
+    if (choices.checksum) {
+        checksum = Output::checksum(choices.output + CHECKSUM_ENDING, choices.force);
+    }
+    const Inputs inputs(choices.job, MediumKind::keyImage);
+    inputs.requireOther(output);
+    inputs.requireOther(blockMap);
+    if (checksum) {
+        inputs.requireOther(*checksum);
+    }
+    const auto size = chooseKeySize(choices.capacity, inputs);
+    inputs.requireRoom(output.parent(), 1, 1);
+    const auto workflow = [&, time = timeOfFiles()](const Descriptor& jobDirectory, Reporter& reporter) {
+        makeKeyImage(size, inputs, time, jobDirectory, reporter);
+        return 0;
+    };
+    return makeOutput({choices.job, inputs, output, &blockMap, checksum ? &*checksum : nullptr,
+                       checksum ? "" : output.path() + CHECKSUM_ENDING, PackageForm::unpacked, workflow},
+                      console);
+}
 } // namespace
 
 int makeUsbKey(const UsbChoices& choices, const CallerEnvironment& caller, Console& console) {
-    requireRoot("a key is mounted and formatted, which");
     validateOptions(choices);
+    if (!choices.output.empty()) {
+        return makeImage(choices, console);
+    }
+    requireRoot("a key is mounted and formatted, which");
     requireProgramsFor(choices);
     const auto scratch = scratchDirectory(choices.work, caller);
     const Inputs inputs(choices.job, MediumKind::key);

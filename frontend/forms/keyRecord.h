@@ -5,9 +5,11 @@
 #include "forms/examination.h"
 #include "support/descriptor.h"
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace velacreate {
 
@@ -21,6 +23,11 @@ struct KeyForm {
 
 /// Whether a clone image, or its beginning, has a fourth partition that the library can fit to a key.
 bool canBeFitted(const Descriptor& cloneImage);
+
+/// What a key has before its file system, when a clone image was fitted to it.
+/// @param capacity  of the key, in sectors
+/// @return whole sectors; empty when the clone image cannot be fitted
+std::vector<unsigned char> headOfKey(const Descriptor& cloneImage, std::uint64_t capacity);
 
 /// Demands all that lies before the file system as it is in the clone image, when that is fitted to the key
 /// or to a smaller one. It may be zero in an image.

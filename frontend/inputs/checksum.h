@@ -4,6 +4,7 @@
 
 #include "support/descriptor.h"
 
+#include <cstdint>
 #include <string>
 
 namespace velacreate {
@@ -12,6 +13,11 @@ namespace velacreate {
 /// @throw Failure
 std::string sha256Of(
     const Descriptor& file, const Advance& advance = [](std::uint64_t /*bytes*/) {});
+
+/// The same of the first bytes of a file, or of a text.
+/// @throw Failure, also when the file is shorter
+std::string sha256OfBeginning(const Descriptor& file, std::uint64_t size);
+std::string sha256Of(const std::string& text);
 
 /// @return the line that "sha256sum -c" reads, with the name escaped where necessary
 std::string checksumLine(const std::string& sum, const std::string& name);

@@ -104,6 +104,14 @@ Output Output::image(const std::string& path, bool force) {
     return file(path, force, "an image");
 }
 
+Output Output::keyImage(const std::string& path, bool force) {
+    return file(path, force, "an image");
+}
+
+Output Output::blockMap(const std::string& path, bool force) {
+    return file(path, force, "a block map");
+}
+
 Output Output::checksum(const std::string& path, bool force) {
     return file(path, force, "a checksum");
 }

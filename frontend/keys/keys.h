@@ -68,6 +68,9 @@ void requireSelectedIfAlone(const std::vector<Key>& keys);
 /// @throw Refusal when it is the only key
 void unmountKeys(std::vector<Key>& keys);
 
+/// Refuses a tool package whose clone image cannot be fitted to a key.
+void requireFittable(const ToolPackage& package, const std::string& cloneImage);
+
 /// Refuses files that do not fit.
 /// @param medium  for the message, such as "partition 4 of /dev/sdb"
 void requireFitting(const Contents& contents, std::uint64_t capacity, const std::string& medium);

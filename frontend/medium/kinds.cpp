@@ -9,6 +9,7 @@ namespace {
 using namespace VelaCreation;
 
 const std::string IMAGE_PLACE = std::string(LIBRARY_FOLDER) + "/image" + ISO_ENDING;
+const std::string KEY_IMAGE_PLACE = std::string(LIBRARY_FOLDER) + "/key.img";
 const std::string NETBOOT_PLACE = std::string(LIBRARY_FOLDER) + "/package";
 
 template <typename Values>
@@ -59,6 +60,16 @@ Kind key() {
     return kind;
 }
 
+/// Made without the library and without mounts.
+Kind keyImage() {
+    Kind kind = key();
+    kind.name = "the key image";
+    kind.programs = {"mkfs.vfat"};
+    kind.place = KEY_IMAGE_PLACE;
+    kind.stages = {};
+    return kind;
+}
+
 Kind netbootDirectory() {
     Kind kind;
     kind.name = "the network-boot directory";
@@ -77,6 +88,7 @@ const Kind& kindOf(MediumKind kind) {
     static const Kind IMAGE = image();
     static const Kind POWER_PC_IMAGE = powerPcImage();
     static const Kind KEY = key();
+    static const Kind KEY_IMAGE = keyImage();
     static const Kind NETBOOT_DIRECTORY = netbootDirectory();
     switch (kind) { // a missing kind does not compile
     case MediumKind::image:
@@ -85,6 +97,8 @@ const Kind& kindOf(MediumKind kind) {
         return POWER_PC_IMAGE;
     case MediumKind::key:
         return KEY;
+    case MediumKind::keyImage:
+        return KEY_IMAGE;
     case MediumKind::netbootDirectory:
         break;
     }

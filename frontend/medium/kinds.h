@@ -18,7 +18,7 @@ struct Findings;
 
 constexpr const char* STAGE_WRITING_OUT = "Writing out";
 
-enum class MediumKind { image, powerPcImage, key, netbootDirectory };
+enum class MediumKind { image, powerPcImage, key, keyImage, netbootDirectory };
 
 /// A boot file that machines start from.
 struct BootFile {
