@@ -55,7 +55,7 @@ struct UsbChoices {
     JobChoices job;
     std::vector<std::string> devices;
     bool all = false;
-    std::string image;
+    std::string keyImage;
     std::string output;
     bool force = false;
     bool checksum = false;

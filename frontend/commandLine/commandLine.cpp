@@ -203,9 +203,9 @@ private:
     void addUsb() {
         auto& command = add("usb", "Fill bootable USB keys");
         call(command, [this, &command] {
-            requireOneOf(command, {"--device", "--all", "--image", "--output"});
+            requireOneOf(command, {"--device", "--all", "--key-image", "--output"});
             refuseWithout(command, {"--output"}, {"--capacity", "--checksum", "--force"});
-            refuseWithout(command, {"--device", "--all", "--image"}, {"--work"});
+            refuseWithout(command, {"--device", "--all", "--key-image"}, {"--work"});
             return makeUsbKey(m_usb, m_caller, m_console);
         });
         addJobOptions(command, m_usb.job, m_console);
@@ -213,7 +213,8 @@ private:
             ->allow_extra_args(false)
             ->type_name("DEVICE");
         command.add_flag("--all", m_usb.all, "All removable media, but no USB hard disks");
-        command.add_option("--image", m_usb.image, "Fill this image of a key instead of a key")
+        command
+            .add_option("--key-image,--image", m_usb.keyImage, "Fill this image of a key instead of a key")
             ->type_name("FILE");
         command
             .add_option("--output", m_usb.output, "Make the image of a key instead, and IMAGE.bmap; needs no root")

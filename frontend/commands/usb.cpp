@@ -1,6 +1,7 @@
 #include "commands/commands.h"
 
 #include "disks/fatVolume.h"
+#include "forms/keyRecord.h"
 #include "inputs/sourceDate.h"
 #include "keys/consent.h"
 #include "keys/keyImage.h"
@@ -15,15 +16,11 @@
 #include "support/programs.h"
 #include "support/texts.h"
 
-#include <mediaRules.h>
-
 #include <algorithm>
 
 #include <fcntl.h>
 
 namespace velacreate {
-
-using VelaCreation::KEY_IMAGE_OFFSET;
 
 namespace {
 void validateOptions(const UsbChoices& choices) {
@@ -31,7 +28,7 @@ void validateOptions(const UsbChoices& choices) {
              "what is erased is formatted; leave out --format never");
     refuseIf(choices.job.show.pauses && (choices.all || choices.devices.size() > 1),
              "the status file does not tell of several keys; leave out --pauses");
-    if (choices.image.empty() && choices.output.empty()) {
+    if (choices.keyImage.empty() && choices.output.empty()) {
         return;
     }
     refuseIf(choices.erase || choices.format == FORMAT_ALWAYS,
@@ -43,7 +40,7 @@ void validateOptions(const UsbChoices& choices) {
 
 void requireProgramsFor(const UsbChoices& choices) {
     requirePrograms(kindOf(MediumKind::key).programs);
-    if (choices.image.empty() && choices.format != FORMAT_NEVER) {
+    if (choices.keyImage.empty() && choices.format != FORMAT_NEVER) {
         requirePrograms({"mkfs", "mkfs.vfat", "sfdisk"});
     }
 }
@@ -63,9 +60,8 @@ std::vector<KeyTask> tasksFor(const std::vector<Key>& keys, std::uint64_t expect
     for (std::size_t index = 0; index < keys.size(); ++index) {
         const auto& key = keys[index];
         if (isSelected(key)) {
-            tasks.push_back({key.disk.node(),
-                             {key.lock->descriptor(), key.disk, ""},
-                             gaugesOf(*key.lock, expected),
+            const KeyTarget target{key.lock->descriptor(), key.disk};
+            tasks.push_back({key.disk.node(), target, gaugesOf(*key.lock, expected),
                              [&results, index](const Outcome& outcome) { results.settle(index, outcome); }});
         }
     }
@@ -119,14 +115,15 @@ int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirecto
 
 int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
               Console& console) {
-    const auto path = absolutePath(choices.image);
+    const auto path = absolutePath(choices.keyImage);
     const auto image = openChosen(path, O_RDWR, S_IFREG);
     const auto about = image.status();
     inputs.requireOther(about, "the image " + quote(path));
     refuseIf(isIsoImage(image),
              quote(path) + " is an ISO image, and no image of a key; burn writes it to a disc");
-    requireFitting(inputs.contents, fatCapacity(image, KEY_IMAGE_OFFSET),
-                   quote(path) + ", at byte " + std::to_string(KEY_IMAGE_OFFSET) + ",");
+    const auto fileSystem = fileSystemIn(image);
+    requireFitting(inputs.contents, fatCapacity(image, fileSystem.offset),
+                   quote(path) + ", at byte " + std::to_string(fileSystem.offset) + ",");
     lockAlone(image, quote(path));
     inputs.requireRoom(scratch, 2, 0); // packed and unpacked
     openLog(console, choices.job.show, path, &inputs);
@@ -137,7 +134,7 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirect
     asItIs.format = FORMAT_NEVER;
     const Call call{choices.job, inputs, scratch, signals, console};
     const auto outcome =
-        runKeyJobs({call, asItIs, true}, {{medium, {image, std::nullopt, path}, {}, nullptr}}, nullptr)
+        runKeyJobs({call, asItIs, true}, {{medium, {image, std::nullopt, fileSystem}, {}, nullptr}}, nullptr)
             .front();
     return conclude(console, outcome, medium,
                     sizeText(static_cast<std::uint64_t>(about.st_size)) + readBackText(choices.job.verify));
@@ -179,8 +176,8 @@ int makeUsbKey(const UsbChoices& choices, const CallerEnvironment& caller, Conso
     requireProgramsFor(choices);
     const auto scratch = scratchDirectory(choices.work, caller);
     const Inputs inputs(choices.job, MediumKind::key);
-    return choices.image.empty() ? fillKeys(choices, inputs, scratch, console)
-                                 : fillImage(choices, inputs, scratch, console);
+    return choices.keyImage.empty() ? fillKeys(choices, inputs, scratch, console)
+                                    : fillImage(choices, inputs, scratch, console);
 }
 
 } // namespace velacreate

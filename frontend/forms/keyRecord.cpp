@@ -37,10 +37,23 @@ struct Partition {
     std::uint64_t length;
 
     std::uint64_t end() const { return start + length; }
+
+    /// @return none when it does not begin on a medium of this size
+    std::optional<ByteRange> rangeOn(std::uint64_t size) const {
+        const auto sectors = size / SECTOR_SIZE;
+        if (start == 0 || start >= sectors) {
+            return {};
+        }
+        return ByteRange{start * SECTOR_SIZE, std::min(length, sectors - start) * SECTOR_SIZE};
+    }
 };
 
 Partition fourthPartition(const unsigned char* record) {
     return {littleEndian(record + START_FIELD, 4), littleEndian(record + LENGTH_FIELD, 4)};
+}
+
+ByteRange rangeWithoutPartition(std::uint64_t size) {
+    return {VelaCreation::KEY_IMAGE_OFFSET, size - std::min(size, VelaCreation::KEY_IMAGE_OFFSET)};
 }
 
 /// What a clone image has before its file system.
@@ -77,7 +90,7 @@ public:
         auto& medium = m_examination.medium;
         if (m_form.isImage && medium.size() > VelaCreation::KEY_IMAGE_OFFSET &&
             medium.areZero(0, VelaCreation::KEY_IMAGE_OFFSET)) {
-            return ByteRange{VelaCreation::KEY_IMAGE_OFFSET, medium.size() - VelaCreation::KEY_IMAGE_OFFSET};
+            return rangeWithoutPartition(medium.size());
         }
         Sector record{};
         if (medium.size() < record.size()) {
@@ -87,16 +100,13 @@ public:
         medium.read(0, record.data(), record.size());
         const auto partition = fourthPartition(record.data());
         compareWithCloneImage(partition);
-        const auto sectors = medium.size() / SECTOR_SIZE;
-        if (partition.start == 0 || partition.start >= sectors) {
+        const auto range = partition.rangeOn(medium.size());
+        if (!range) {
             add("there is no fourth partition");
-            return {};
-        }
-        if (partition.end() > sectors) {
+        } else if (partition.end() > medium.size() / SECTOR_SIZE) {
             add("the fourth partition ends behind the medium");
         }
-        return ByteRange{partition.start * SECTOR_SIZE,
-                         std::min(partition.length, sectors - partition.start) * SECTOR_SIZE};
+        return range;
     }
 
 private:
@@ -144,6 +154,13 @@ private:
     const KeyForm& m_form;
 };
 } // namespace
+
+ByteRange fileSystemIn(const Descriptor& keyImage) {
+    Sector record{};
+    check(readAt(keyImage.number(), record.data(), record.size(), 0) >= 0).orFail("the boot record");
+    const auto size = sizeOf(keyImage);
+    return fourthPartition(record.data()).rangeOn(size).value_or(rangeWithoutPartition(size));
+}
 
 bool canBeFitted(const Descriptor& cloneImage) {
     return !headOf(cloneImage).empty();

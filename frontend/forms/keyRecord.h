@@ -21,6 +21,11 @@ struct KeyForm {
     bool mayKeepFiles; ///< that are not of the job
 };
 
+/// @return where the file system of a key's image lies: its fourth partition, or from byte 32256 on when
+/// there is no such partition
+/// @throw Failure
+ByteRange fileSystemIn(const Descriptor& keyImage);
+
 /// Whether a clone image, or its beginning, has a fourth partition that the library can fit to a key.
 bool canBeFitted(const Descriptor& cloneImage);
 

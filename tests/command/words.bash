@@ -61,6 +61,10 @@ verify() { velacreate verify --package "${package:-tool.zip}" "$@"; }
 made() { (cd work && "$@" >/srv/made); }
 image() { made iso a.txt && mv work/i.iso x.iso; }
 keyImage() { truncate -s 16M key.img && mkfs.vfat --offset 63 key.img >/dev/null; }
+clonedImage() { # SECTORS_PER_TRACK: as its clone image is, with nothing else in the package
+    "$project/demo/clone-image" key.img 16 64 "$1"
+    cp key.img init1.img && zip -qj work/tool.zip init1.img && truncate -s $((16 * 64 * $1 * 512)) key.img
+}
 stick() { # a disk that is mounted on /mnt
     truncate -s 16M disk && mke2fs -q disk && stick=$(losetup -f --show disk)
     mounts "$stick" /mnt && losetup -d "$stick"
