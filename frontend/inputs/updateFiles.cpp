@@ -159,6 +159,17 @@ private:
         if (!isUnchanged(found, file.status())) {
             throw Refusal(named(source) + " is being changed");
         }
+        if (found.st_size == 0) {
+            requireEmpty(file, source);
+        }
+    }
+
+    /// The kernel gives most files below /proc no size.
+    static void requireEmpty(const Descriptor& file, const std::string& source) {
+        char first = 0;
+        const auto count = readAt(file.number(), &first, 1, 0);
+        check(count >= 0).orRefuse(named(source) + " cannot be read");
+        refuseIf(count != 0, named(source) + " has content, but no size; copy it to a disk first");
     }
 
     void addContent(const std::string& source, const std::string& place) {
