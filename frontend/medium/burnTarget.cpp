@@ -78,6 +78,8 @@ void BurnTarget::takeFile() {
     // A link may lead elsewhere by then, and the number of a descriptor means another file to the burner.
     m_path = futurePath(m_path);
     refuseIf(m_path.empty(), name() + " has a path that cannot be followed");
+    refuseIf(!m_found && m_path.rfind("/dev/", 0) == 0,
+             name() + " does not exist, and no file is made in /dev");
     m_device = STAND_IN + m_path;
     requirePlain(m_device);
 }
