@@ -347,7 +347,8 @@ private:
         try {
             return *m_app.get_subcommand(name);
         } catch (const CLI::OptionNotFound&) {
-            throw Refusal("there is no command " + quote(name) + "; see velacreate --help");
+            throw Refusal("there is no command " + quote(name) + meantCommand(name) +
+                          "; see velacreate --help");
         }
     }
 
@@ -381,6 +382,19 @@ private:
                 known.push_back("--" + name);
             }
         }
+        return meantAmong(known, mistyped);
+    }
+
+    std::string meantCommand(const std::string& mistyped) const {
+        std::vector<std::string> known;
+        for (const auto* command : m_app.get_subcommands([](const CLI::App* /*any*/) { return true; })) {
+            known.push_back(command->get_name());
+        }
+        return meantAmong(known, mistyped);
+    }
+
+    /// @return the word that a mistyped one was meant to be, as a question; may be empty
+    static std::string meantAmong(const std::vector<std::string>& known, const std::string& mistyped) {
         const auto nearest = nearestTo(mistyped, known);
         return nearest.empty() ? "" : " (did you mean " + nearest + "?)";
     }
@@ -404,8 +418,9 @@ private:
             throw Refusal("there is no option " + quote(name) + meantIn(command, name) + see);
         }
         if (!strange.empty()) {
-            throw Refusal((chosen.empty() ? "there is no command " : "nothing can be made of ") +
-                          quote(strange.front()) + see);
+            const auto& word = strange.front();
+            throw Refusal(chosen.empty() ? "there is no command " + quote(word) + meantCommand(word) + see
+                                         : "nothing can be made of " + quote(word) + see);
         }
         throw Refusal((chosen.empty() ? "a command is missing" : meaningOf(error)) + see);
     }
