@@ -71,7 +71,7 @@ NetworkPort::NetworkPort(const std::string& name) : m_name(name), m_index(if_nam
             m_networks.push_back({addressIn(entry->ifa_addr), addressIn(entry->ifa_netmask)});
         }
     }
-    refuseIf((flags & IFF_BROADCAST) == 0, name + " is no port on which machines can ask for anything");
+    refuseIf((flags & IFF_BROADCAST) == 0, name + " has no broadcasts, and machines need them to boot");
     refuseIf((flags & IFF_UP) == 0, name + " is not up; \"ip link set " + name + " up\" does it");
     refuseIf(m_networks.empty(),
              name + " has no IPv4 address; \"ip address add ADDRESS/BITS dev " + name + "\" gives it one");

@@ -201,7 +201,9 @@ Descriptor openedToAdd(const std::string& what, const std::string& path, int cre
         return file;
     }
     if (!file.isOpen()) {
-        throw Refusal(errno == ELOOP ? what + " is a link" : SystemError().about(what));
+        throw Refusal(errno == ELOOP   ? what + " is a link"
+                      : errno == ENXIO ? what + " is no file" // a FIFO that nobody reads
+                                       : SystemError().about(what));
     }
     const mode_t mode = file.status().st_mode;
     if (!S_ISREG(mode) && !S_ISCHR(mode)) {
