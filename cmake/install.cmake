@@ -20,7 +20,7 @@ if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
 endif()
 cmake_path(APPEND pcLibdir "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
 cmake_path(APPEND pcIncludedir "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR} velacreation)
-cmake_path(APPEND pcToolkitdir "\${prefix}" ${CMAKE_INSTALL_LIBEXECDIR} velacreate)
+cmake_path(APPEND pcToolkitdir "\${prefix}" ${launchersDir})
 configure_file(cmake/velacreation.pc.in velacreation.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/velacreation.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT libvelacreation-dev)

@@ -65,7 +65,11 @@ struct KeyChoices {
 struct UsbChoices {
     JobChoices job;
     KeyChoices keys;
-    std::string image;
+    std::string keyImage;
+    std::string output;
+    bool force = false;
+    bool checksum = false;
+    std::size_t capacity = 0; ///< in gigabytes; 0 for the smallest that fits
     bool erase = false;
     std::string format = FORMAT_AUTO;
     std::string work;

@@ -38,8 +38,8 @@ public:
     /// the working directory and stays there. The unpacked tool package, the tools and the staging directory
     /// stay there until `removeTempFilesAndDirs` is called.
     ///
-    /// The executables "xorriso" and "cdrecord" must be in the current directory of the caller. A capture
-    /// file stays there. Every file in the working directory is made executable.
+    /// The executables "xorriso" and "cdrecord" must be in the current directory of the caller, which
+    /// must be writable: a capture file stays there. Every file in the working directory is made executable.
     /// @param workDir      an existing directory
     /// @param isoFile      the image to write, relative to `workDir`; must end with ".iso"; quoted in
     ///                     commands

@@ -3,6 +3,7 @@
 #include "disks/fatVolume.h"
 #include "disks/guard.h"
 #include "disks/inventory.h"
+#include "disks/loopDevice.h"
 #include "disks/sysfs.h"
 #include "frontend.h"
 #include "loop.h"
@@ -150,9 +151,19 @@ TEST_F(DisksTest, SizesAndNumbersOfALoop) {
     EXPECT_EQ(partitionSize(disk, 4), 16384U * 512);
     EXPECT_EQ(partitionNumber(disk, 3), 0U);
     EXPECT_EQ(partitionSize(disk, 3), 0U);
-    EXPECT_TRUE(isLoopOver(disk.number, opened("disk")));
-    EXPECT_FALSE(isLoopOver(disk.number, opened("work/tool.zip")));
-    EXPECT_FALSE(isLoopOver(0, opened("disk")));
+}
+
+TEST_F(DisksTest, PartOfAFileAsALoopUntilItIsClosed) {
+    shell("printf part | dd of=disk bs=16384 seek=1 conv=notrunc status=none");
+    auto loop = attachLoopDevice(opened("disk", O_RDWR), {16384, 1024});
+    std::string begin(4, ' ');
+    EXPECT_EQ(readAt(loop.number(), begin.data(), begin.size(), 0), 4);
+    EXPECT_EQ(begin, "part");
+    EXPECT_EQ(sizeOf(loop), 1024U);
+    const auto file = deviceDirectory(loop.status().st_rdev) / "loop/backing_file";
+    EXPECT_TRUE(exists(file));
+    loop = Descriptor();
+    EXPECT_FALSE(exists(file));
 }
 
 /// Each row: what is done to a blank disk; what is said to be on it.

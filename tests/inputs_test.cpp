@@ -222,7 +222,8 @@ TEST_F(InputsTest, ShowsTextsWithoutHarm) {
         {"\xf0\x9f\x98\x80", "\xf0\x9f\x98\x80"},
         {"\u061c\u200b\u202e\u2060", R"(\u061c\u200b\u202e\u2060)"},
         {"\ufeff\ufff9\ufffb\ufffc", "\\ufeff\\ufff9\\ufffb\ufffc"},
-        {"\U000e0000x\U000e007f\U000e0100", "\\U000e0000x\\U000e007f\U000e0100"}};
+        {"\U000e0000x\U000e007f\U000e01f0", "\\U000e0000x\\U000e007f\U000e01f0"},
+        {"\u00ad\u115f\u180e\u2800\u3164\ufe0f\uffa0", R"(\u00ad\u115f\u180e\u2800\u3164\ufe0f\uffa0)"}};
     for (const auto& [text, expected] : texts) {
         EXPECT_EQ(printable(text), expected);
     }

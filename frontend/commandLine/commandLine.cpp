@@ -222,13 +222,27 @@ private:
     void addUsb() {
         auto& command = add("usb", "Fill bootable USB keys");
         call(command, [this, &command] {
-            requireOneOf(command, {"--device", "--all", "--image"});
+            requireOneOf(command, {"--device", "--all", "--key-image", "--output"});
+            refuseWithout(command, {"--output"}, {"--capacity", "--checksum", "--force"});
+            refuseWithout(command, {"--device", "--all", "--key-image"}, {"--work"});
             return makeUsbKey(m_usb, m_caller, m_console);
         });
         addJobOptions(command, m_usb.job, m_console);
         addKeys(command, m_usb.keys);
-        command.add_option("--image", m_usb.image, "Fill this image of a key instead of a key")
+        command
+            .add_option("--key-image,--image", m_usb.keyImage, "Fill this image of a key instead of a key")
             ->type_name("FILE");
+        command
+            .add_option("--output", m_usb.output,
+                        "Make the image of a key instead, and IMAGE.bmap; needs no root")
+            ->type_name("IMAGE");
+        command
+            .add_option("--capacity", m_usb.capacity,
+                        "The size in GB of the keys that the image is for (default: the smallest that fits)")
+            ->type_name("1|2|4|8")
+            ->check(CLI::IsMember({1, 2, 4, 8}).description(""));
+        command.add_flag("--force", m_usb.force, "Replace an existing image");
+        command.add_flag("--checksum", m_usb.checksum, "Also write IMAGE.sha256, for sha256sum -c");
         addWord(command, "--format", m_usb.format, {FORMAT_ALWAYS, FORMAT_NEVER, FORMAT_AUTO},
                 std::string("When to format the key; auto does so when it lacks ") +
                     VelaCreation::USB_BOOT_FILE + ", its FAT is missing or damaged, or it holds other files")
@@ -361,7 +375,8 @@ private:
         try {
             return *m_app.get_subcommand(name);
         } catch (const CLI::OptionNotFound&) {
-            throw Refusal("there is no command " + quote(name) + "; see velacreate --help");
+            throw Refusal("there is no command " + quote(name) + meantCommand(name) +
+                          "; see velacreate --help");
         }
     }
 
@@ -395,6 +410,19 @@ private:
                 known.push_back("--" + name);
             }
         }
+        return meantAmong(known, mistyped);
+    }
+
+    std::string meantCommand(const std::string& mistyped) const {
+        std::vector<std::string> known;
+        for (const auto* command : m_app.get_subcommands([](const CLI::App* /*any*/) { return true; })) {
+            known.push_back(command->get_name());
+        }
+        return meantAmong(known, mistyped);
+    }
+
+    /// @return the word that a mistyped one was meant to be, as a question; may be empty
+    static std::string meantAmong(const std::vector<std::string>& known, const std::string& mistyped) {
         const auto nearest = nearestTo(mistyped, known);
         return nearest.empty() ? "" : " (did you mean " + nearest + "?)";
     }
@@ -418,8 +446,9 @@ private:
             throw Refusal("there is no option " + quote(name) + meantIn(command, name) + see);
         }
         if (!strange.empty()) {
-            throw Refusal((chosen.empty() ? "there is no command " : "nothing can be made of ") +
-                          quote(strange.front()) + see);
+            const auto& word = strange.front();
+            throw Refusal(chosen.empty() ? "there is no command " + quote(word) + meantCommand(word) + see
+                                         : "nothing can be made of " + quote(word) + see);
         }
         throw Refusal((chosen.empty() ? "a command is missing" : meaningOf(error)) + see);
     }

@@ -26,7 +26,9 @@ HelpText::HelpText() {
 
 std::string HelpText::make_option_name(const CLI::Option* option, bool isPositional) const {
     const auto name = CLI::Formatter::make_option_name(option, isPositional);
-    return name.substr(0, name.find('{')); // hides the value of the negative form
+    // Hides the value of a flag's negative form, and an option's old name.
+    const bool isFlag = option->get_expected_max() == 0;
+    return name.substr(0, name.find(isFlag ? '{' : ','));
 }
 
 std::string HelpText::make_option_opts(const CLI::Option* option) const {

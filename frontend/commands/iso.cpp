@@ -55,8 +55,9 @@ int makeImage(const IsoChoices& choices, const Output& output, Burner* burner,
         return builder.CreateISO("..", inputs.kind.place, files, PACKAGE_NAME,
                                  isPowerPc ? VelaCreation::PLATFORM_PPC : VelaCreation::PLATFORM_LINUX);
     };
-    return makeOutput({choices.job, inputs, toolkit, output, checksum ? &*checksum : nullptr,
-                       checksum ? "" : output.path() + CHECKSUM_ENDING, workflow},
+    return makeOutput({choices.job, inputs, output, nullptr, checksum ? &*checksum : nullptr,
+                       checksum ? "" : output.path() + CHECKSUM_ENDING, PackageForm::archive,
+                       libraryWorkflow(toolkit, workflow)},
                       console);
 }
 } // namespace

@@ -23,7 +23,9 @@ int makeNetbootDirectory(const PxeChoices& choices, const CallerEnvironment& cal
         auto files = inputs.updates.topLevel();
         return builder.CreateIMG("..", inputs.kind.place, files, PACKAGE_NAME);
     };
-    return makeOutput({choices.job, inputs, toolkit, output, nullptr, "", workflow}, console);
+    return makeOutput({choices.job, inputs, output, nullptr, nullptr, "", PackageForm::archive,
+                       libraryWorkflow(toolkit, workflow)},
+                      console);
 }
 
 } // namespace velacreate

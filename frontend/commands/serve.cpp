@@ -33,9 +33,7 @@ int askToHandOut(const AddressRange& range, const ServeChoices& choices, const H
     console.say("Every machine on " + choices.interface + ", network " + range.network.text() +
                 ", that asks for an address will get one of " + range.text() + ".");
     console.say("Where a DHCP server is at work already, this disturbs everyone; --proxy does not.");
-    return choices.yes ? 0
-                       : askForYes(signals, "without a terminal, only --yes lets addresses be handed out",
-                                   "nothing was served", console);
+    return choices.yes ? 0 : askForYes(signals, "addresses be handed out", "nothing was served", console);
 }
 
 void announce(const NetbootDirectory& directory, const NetworkPort& port,

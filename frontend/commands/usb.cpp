@@ -1,16 +1,20 @@
 #include "commands/commands.h"
 
 #include "disks/fatVolume.h"
+#include "forms/blockMap.h"
+#include "forms/keyRecord.h"
+#include "inputs/sourceDate.h"
 #include "keys/consent.h"
 #include "keys/keyJobs.h"
 #include "keys/keyResults.h"
 #include "keys/keysToFill.h"
+#include "keys/newKeyImage.h"
+#include "medium/imageChecksum.h"
 #include "medium/imageKinds.h"
+#include "medium/outputJob.h"
 #include "support/failure.h"
 #include "support/programs.h"
 #include "support/texts.h"
-
-#include <mediaRules.h>
 
 #include <algorithm>
 
@@ -18,15 +22,13 @@
 
 namespace velacreate {
 
-using VelaCreation::KEY_IMAGE_OFFSET;
-
 namespace {
 void validateOptions(const UsbChoices& choices) {
     refuseIf(choices.erase && choices.format == FORMAT_NEVER,
              "what is erased is formatted; leave out --format never");
     refuseIf(choices.job.show.pauses && (choices.keys.all || choices.keys.devices.size() > 1),
              "the status file does not tell of several keys; leave out --pauses");
-    if (choices.image.empty()) {
+    if (choices.keyImage.empty() && choices.output.empty()) {
         return;
     }
     refuseIf(choices.erase || choices.format == FORMAT_ALWAYS,
@@ -38,7 +40,7 @@ void validateOptions(const UsbChoices& choices) {
 
 void requireProgramsFor(const UsbChoices& choices) {
     requirePrograms(kindOf(MediumKind::key).programs);
-    if (choices.image.empty() && choices.format != FORMAT_NEVER) {
+    if (choices.keyImage.empty() && choices.format != FORMAT_NEVER) {
         requirePrograms({"mkfs", "mkfs.vfat", "sfdisk"});
     }
 }
@@ -58,9 +60,8 @@ std::vector<KeyTask> tasksFor(const std::vector<Key>& keys, std::uint64_t expect
     for (std::size_t index = 0; index < keys.size(); ++index) {
         const auto& key = keys[index];
         if (isSelected(key)) {
-            tasks.push_back({key.disk.node(),
-                             {key.lock->descriptor(), key.disk, ""},
-                             gaugesOf(*key.lock, expected),
+            const KeyTarget target{key.lock->descriptor(), key.disk};
+            tasks.push_back({key.disk.node(), target, gaugesOf(*key.lock, expected),
                              [&results, index](const Outcome& outcome) { results.settle(index, outcome); }});
         }
     }
@@ -114,14 +115,15 @@ int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirecto
 
 int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
               Console& console) {
-    const auto path = absolutePath(choices.image);
+    const auto path = absolutePath(choices.keyImage);
     const auto image = openChosen(path, O_RDWR, S_IFREG);
     const auto about = image.status();
     inputs.requireOther(about, "the image " + quote(path));
     refuseIf(isIsoImage(image),
              quote(path) + " is an ISO image, and no image of a key; burn writes it to a disc");
-    requireFitting(inputs.contents, fatCapacity(image, KEY_IMAGE_OFFSET),
-                   quote(path) + ", at byte " + std::to_string(KEY_IMAGE_OFFSET) + ",");
+    const auto fileSystem = fileSystemIn(image);
+    requireFitting(inputs.contents, fatCapacity(image, fileSystem.offset),
+                   quote(path) + ", at byte " + std::to_string(fileSystem.offset) + ",");
     lockAlone(image, quote(path));
     inputs.requireRoom(scratch, 2, 0); // packed and unpacked
     openLog(console, choices.job.show, path, &inputs);
@@ -132,21 +134,50 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirect
     asItIs.format = FORMAT_NEVER;
     const Call call{choices.job, inputs, scratch, signals, console};
     const auto outcome =
-        runKeyJobs({call, asItIs, true}, {{medium, {image, std::nullopt, path}, {}, nullptr}}, nullptr)
+        runKeyJobs({call, asItIs, true}, {{medium, {image, std::nullopt, fileSystem}, {}, nullptr}}, nullptr)
             .front();
     return conclude(console, outcome, medium,
                     sizeText(static_cast<std::uint64_t>(about.st_size)) + readBackText(choices.job.verify));
 }
+
+int makeImage(const UsbChoices& choices, Console& console) {
+    requireSourceDate();
+    requirePrograms(kindOf(MediumKind::keyImage).programs);
+    const auto output = Output::keyImage(choices.output, choices.force);
+    const auto blockMap = Output::blockMap(choices.output + BLOCK_MAP_ENDING, choices.force);
+    std::optional<Output> checksum;
+    if (choices.checksum) {
+        checksum = Output::checksum(choices.output + CHECKSUM_ENDING, choices.force);
+    }
+    const Inputs inputs(choices.job, MediumKind::keyImage);
+    inputs.requireOther(output);
+    inputs.requireOther(blockMap);
+    if (checksum) {
+        inputs.requireOther(*checksum);
+    }
+    const auto size = chooseKeySize(choices.capacity, inputs);
+    inputs.requireRoom(output.parent(), 1, 1);
+    const auto workflow = [&, time = timeOfFiles()](const Descriptor& jobDirectory, Reporter& reporter) {
+        makeKeyImage(size, inputs, time, jobDirectory, reporter);
+        return 0;
+    };
+    return makeOutput({choices.job, inputs, output, &blockMap, checksum ? &*checksum : nullptr,
+                       checksum ? "" : output.path() + CHECKSUM_ENDING, PackageForm::unpacked, workflow},
+                      console);
+}
 } // namespace
 
 int makeUsbKey(const UsbChoices& choices, const CallerEnvironment& caller, Console& console) {
-    requireRoot("a key is mounted and formatted, which");
     validateOptions(choices);
+    if (!choices.output.empty()) {
+        return makeImage(choices, console);
+    }
+    requireRoot("a key is mounted and formatted, which");
     requireProgramsFor(choices);
     const auto scratch = scratchDirectory(choices.work, caller);
     const Inputs inputs(choices.job, MediumKind::key);
-    return choices.image.empty() ? fillKeys(choices, inputs, scratch, console)
-                                 : fillImage(choices, inputs, scratch, console);
+    return choices.keyImage.empty() ? fillKeys(choices, inputs, scratch, console)
+                                    : fillImage(choices, inputs, scratch, console);
 }
 
 } // namespace velacreate

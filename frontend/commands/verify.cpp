@@ -14,7 +14,7 @@ namespace velacreate {
 namespace {
 OpenMedium openDiscIn(const DiscDrive& drive) {
     auto disc = takeDisc(drive);
-    return {"the disc in " + drive.name(), absolutePath(drive.path()), std::move(disc)};
+    return {discText(drive.name()), absolutePath(drive.path()), std::move(disc)};
 }
 
 /// Compares a disc with the image that it was burned from.
@@ -29,7 +29,7 @@ int verifyBurntDisc(const VerifyChoices& choices, Console& console) {
     requireOtherLog(choices.job.show, image.path);
     openLog(console, choices.job.show, absolutePath(drive.path()));
     const HeldSignals signals;
-    const auto medium = "the disc in " + drive.name();
+    const auto medium = discText(drive.name());
     console.say("Comparing " + medium + " with " + image.name);
     return conclude(console, compareWithImage(drive, image.file, signals, console), medium,
                     sizeText(static_cast<std::uint64_t>(image.file.status().st_size)));

@@ -92,6 +92,7 @@ void cloneTo(const Descriptor& device, const Descriptor& image, const Advance& a
 }
 
 void rereadPartitionTable(const Descriptor& device, const Disk& disk, int partition) {
+    constexpr const char* NEXT_STEP = "; plug it in again and repeat --erase";
     int error = 0;
     // The kernel refuses while a partition is open, for example by udev.
     becomesTrue(5s, [&] {
@@ -100,10 +101,12 @@ void rereadPartitionTable(const Descriptor& device, const Disk& disk, int partit
     });
     if (error != 0) {
         errno = error;
-        throw Failure(SystemError().about("the new partition table of " + disk.node() + " cannot be read"));
+        throw Failure(SystemError().about("the new partition table of " + disk.node() + " cannot be read") +
+                      NEXT_STEP);
     }
     if (!becomesTrue(10s, [&] { return hasPartitionNode(disk, partition); })) {
-        throw Failure(disk.partitionNode(partition) + " did not appear after the disk was written");
+        throw Failure(disk.partitionNode(partition) + " did not appear after the disk was written" +
+                      NEXT_STEP);
     }
 }
 

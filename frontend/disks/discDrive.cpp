@@ -16,14 +16,6 @@ namespace velacreate {
 namespace {
 using namespace std::chrono_literals;
 
-bool isStandIn(const std::string& name) {
-    return name.rfind(STAND_IN, 0) == 0;
-}
-
-std::string pathOf(const std::string& name) {
-    return isStandIn(name) ? name.substr(STAND_IN.size()) : name;
-}
-
 /// A drive that does not know its state counts as loaded, and so does a device that is not a drive.
 int stateOf(const Descriptor& drive) {
     const int state = ioctl(drive.number(), CDROM_DRIVE_STATUS, CDSL_CURRENT);
@@ -44,6 +36,14 @@ std::string lackText(int state, const std::string& name) {
     }
 }
 } // namespace
+
+bool DiscDrive::isStandIn(const std::string& name) {
+    return name.rfind(STAND_IN, 0) == 0;
+}
+
+std::string DiscDrive::pathOf(const std::string& name) {
+    return isStandIn(name) ? name.substr(STAND_IN.size()) : name;
+}
 
 bool DiscDrive::isNode(const std::string& name) {
     return isStandIn(name) || name.rfind('/', 0) == 0;
@@ -108,7 +108,7 @@ std::string DiscDrive::takeDiscIn() const {
 
 Descriptor DiscDrive::openDisc() const {
     Descriptor disc(open(m_drive.path().c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC));
-    check(disc.isOpen()).orRefuse("the disc in " + quote(m_name));
+    check(disc.isOpen()).orRefuse(discText(quote(m_name)));
     posix_fadvise(disc.number(), 0, 0, POSIX_FADV_DONTNEED);
     return disc;
 }

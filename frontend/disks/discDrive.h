@@ -12,11 +12,21 @@ namespace velacreate {
 /// In front of the path of a file that stands in for a drive.
 const std::string STAND_IN = "stdio:";
 
+/// @return such as "the disc in /dev/sr0"
+inline std::string discText(const std::string& drive) {
+    return "the disc in " + drive;
+}
+
 /// A drive, another block device, or a file named by "stdio:" and its path. The last two always have a disc.
 class DiscDrive {
 public:
     /// Whether a name has one of these forms. Burners also have other notations.
     static bool isNode(const std::string& name);
+
+    static bool isStandIn(const std::string& name);
+
+    /// @return the path of the node or the file with such a name
+    static std::string pathOf(const std::string& name);
 
     /// Refuses an image as its own drive.
     static void requireOther(const std::string& name, const struct stat& image);

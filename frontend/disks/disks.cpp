@@ -3,6 +3,7 @@
 #include "disks/stacks.h"
 #include "disks/sysfs.h"
 #include "support/failure.h"
+#include "support/texts.h"
 #include "support/waiting.h"
 
 #include <algorithm>
@@ -22,10 +23,7 @@ constexpr const char* OPTICAL_DRIVE = "5";
 constexpr const char* SD_CARD = "SD";
 
 bool isPlainWord(const std::string& name) {
-    const auto isPlain = [](unsigned char letter) {
-        return std::isalnum(letter) != 0 || letter == '_' || letter == '.' || letter == '-';
-    };
-    return !name.empty() && name.front() != '-' && std::all_of(name.begin(), name.end(), isPlain);
+    return !name.empty() && name.front() != '-' && isPlain(name, "_.-");
 }
 
 std::uint64_t sizeOf(const fs::path& directory) {

@@ -1,15 +1,12 @@
 #include "disks/fatVolume.h"
 
+#include "disks/disks.h"
 #include "disks/probe.h"
-#include "disks/sysfs.h"
 #include "forms/fatSectors.h"
 
 #include <algorithm>
 #include <array>
-#include <fcntl.h>
-#include <linux/loop.h>
 #include <linux/magic.h>
-#include <sys/ioctl.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
@@ -59,16 +56,6 @@ bool isOnFat(const Descriptor& file, dev_t device) {
     struct statfs about {};
     return fstatfs(file.number(), &about) == 0 && about.f_type == MSDOS_SUPER_MAGIC &&
            file.status().st_dev == device;
-}
-
-bool isLoopOver(dev_t device, const Descriptor& file) {
-    const auto node = "/dev/" + deviceDirectory(device).filename().string();
-    const Descriptor loop(open(node.c_str(), O_RDONLY | O_CLOEXEC));
-    loop_info64 about{};
-    const auto wanted = file.status();
-    return loop.isOpen() && loop.status().st_rdev == device &&
-           ioctl(loop.number(), LOOP_GET_STATUS64, &about) == 0 && about.lo_inode == wanted.st_ino &&
-           about.lo_device == wanted.st_dev;
 }
 
 } // namespace velacreate

@@ -17,7 +17,4 @@ std::uint64_t fatCapacity(const Descriptor& disk, std::uint64_t offset);
 /// Whether an open file lies on the FAT file system of this device.
 bool isOnFat(const Descriptor& file, dev_t device);
 
-/// Whether a device is a loop device over an open file.
-bool isLoopOver(dev_t device, const Descriptor& file);
-
 } // namespace velacreate

@@ -36,12 +36,10 @@ bool isMeantAsYes(const std::string& answer) {
 }
 } // namespace
 
-int askForYes(const HeldSignals& signals, const std::string& unasked, const std::string& refused,
+int askForYes(const HeldSignals& signals, const std::string& allowed, const std::string& refused,
               Console& console) {
     refuseIf(console.isQuiet(), "with --quiet nothing is asked; add --yes");
-    if (isatty(STDIN_FILENO) == 0) {
-        throw Refusal(unasked);
-    }
+    refuseIf(isatty(STDIN_FILENO) == 0, "without a terminal, only --yes lets " + allowed);
     console.ask("Type yes to go on:");
     const auto answer = readAnswer(signals);
     if (!answer) {

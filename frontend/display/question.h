@@ -10,11 +10,11 @@
 namespace velacreate {
 
 /// Asks for a "yes".
-/// @param unasked the refusal when nobody can be asked
+/// @param allowed what it allows, such as "a key be changed", for the refusal when nobody can be asked
 /// @param refused the refusal for any other answer; an answer such as "YES" gets a hint
 /// @return 0, or EXIT_INTERRUPTED
 /// @throw Refusal also when the console is quiet
-int askForYes(const HeldSignals& signals, const std::string& unasked, const std::string& refused,
+int askForYes(const HeldSignals& signals, const std::string& allowed, const std::string& refused,
               Console& console);
 
 } // namespace velacreate

@@ -37,8 +37,11 @@ std::string additionText(const Outcome& outcome) {
     return (outcome.addition.empty() ? "" : ", ") + outcome.addition;
 }
 
-std::string ended(const std::string& sentence) {
-    return std::string(".!?").find(sentence.back()) != std::string::npos ? sentence : sentence + ".";
+/// Ends a sentence, and adds what the user can do.
+std::string withNextStep(const std::string& sentence, const Outcome& outcome) {
+    const bool isEnded = std::string(".!?").find(sentence.back()) != std::string::npos;
+    const auto step = nextStep(outcome);
+    return sentence + (isEnded ? "" : ".") + (step.empty() ? "" : " ") + step;
 }
 } // namespace
 
@@ -86,8 +89,7 @@ std::string resultText(const Outcome& outcome, bool wasReadBack) {
 }
 
 std::string failureSentences(const Outcome& outcome) {
-    const auto step = nextStep(outcome);
-    return ended(resultText(outcome, false)) + (step.empty() ? "" : " ") + step;
+    return withNextStep(resultText(outcome, false), outcome);
 }
 
 void showFailures(Console& console, const Outcome& outcome, const std::string& name) {
@@ -118,8 +120,7 @@ int conclude(Console& console, const Outcome& outcome, const std::string& medium
     }
     showFailures(console, outcome, "");
     const auto what = (isFinding(outcome) ? "" : state + ": ") + failureText(outcome);
-    const auto step = nextStep(outcome);
-    console.complain(ended(medium + " " + what) + (step.empty() ? "" : " ") + step);
+    console.complain(withNextStep(medium + " " + what, outcome));
     return exitStatus(outcome.status).status;
 }
 

@@ -8,6 +8,10 @@
 
 #include <algorithm>
 #include <cctype>
+#include <sstream>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace velacreate {
 namespace {
@@ -15,6 +19,10 @@ using tinyxml2::XMLElement;
 
 constexpr std::size_t SUM_DIGITS = 64;
 constexpr std::size_t MOST_DIGITS = 18; // the number fits into 64 bits
+
+std::uint64_t blockCount(std::uint64_t bytes) {
+    return (bytes + KEY_BLOCK - 1) / KEY_BLOCK;
+}
 
 void require(bool isRight, const std::string& fault) {
     refuseIf(!isRight, "the map is not right: " + fault);
@@ -53,11 +61,30 @@ MappedRange rangeOf(const XMLElement& element, std::uint64_t imageSize) {
     const auto dash = text.find('-');
     const auto first = numberIn(trimmed(text.substr(0, dash).c_str()));
     const auto last = dash == std::string::npos ? first : numberIn(trimmed(text.substr(dash + 1).c_str()));
-    require(first <= last && last < (imageSize + KEY_BLOCK - 1) / KEY_BLOCK,
+    require(first <= last && last < blockCount(imageSize),
             "the range " + quote(text) + " does not lie in the image");
     const auto* const sum = element.Attribute("chksum");
     require(sum != nullptr, "the range " + quote(text) + " has no sum");
     return {blocksOf(first, last + 1, imageSize), sum};
+}
+
+/// @param ownSum  of the map, with zeros in the place of this sum
+std::string mapText(std::uint64_t size, std::uint64_t dataEnd, const std::string& dataSum,
+                    const std::string& ownSum) {
+    std::ostringstream text;
+    text << "<?xml version=\"1.0\" ?>\n"
+         << "<bmap version=\"2.0\">\n"
+         << "    <ImageSize> " << size << " </ImageSize>\n"
+         << "    <BlockSize> " << KEY_BLOCK << " </BlockSize>\n"
+         << "    <BlocksCount> " << blockCount(size) << " </BlocksCount>\n"
+         << "    <MappedBlocksCount> " << blockCount(dataEnd) << " </MappedBlocksCount>\n"
+         << "    <ChecksumType> sha256 </ChecksumType>\n"
+         << "    <BmapFileChecksum> " << ownSum << " </BmapFileChecksum>\n"
+         << "    <BlockMap>\n"
+         << "        <Range chksum=\"" << dataSum << "\"> 0-" << blockCount(dataEnd) - 1 << " </Range>\n"
+         << "    </BlockMap>\n"
+         << "</bmap>\n";
+    return text.str();
 }
 } // namespace
 
@@ -86,6 +113,17 @@ std::vector<MappedRange> readBlockMap(const std::string& text, std::uint64_t ima
                 "its ranges are not in order");
     }
     return ranges;
+}
+
+void writeBlockMap(const Descriptor& image, std::uint64_t dataEnd, const std::string& path) {
+    const auto size = sizeOf(image);
+    const auto dataSum =
+        sha256Of(image, 0, std::min(size, blockCount(dataEnd) * KEY_BLOCK), [](std::uint64_t /*bytes*/) {});
+    const auto ownSum = sha256Of(mapText(size, dataEnd, dataSum, std::string(dataSum.size(), '0')));
+    const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
+    check(file.isOpen() && writeText(file, mapText(size, dataEnd, dataSum, ownSum)) &&
+          fsync(file.number()) == 0)
+        .orFail("the block map cannot be written");
 }
 
 } // namespace velacreate

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "forms/byteMap.h"
+#include "support/descriptor.h"
 
 #include <cstdint>
 #include <string>
@@ -10,7 +11,7 @@
 
 namespace velacreate {
 
-constexpr const char* MAP_ENDING = ".bmap"; ///< behind the name of the image
+constexpr const char* BLOCK_MAP_ENDING = ".bmap"; ///< behind the name of the image
 
 struct MappedRange {
     ByteRange range;
@@ -21,5 +22,10 @@ struct MappedRange {
 /// @return the ranges, in order and within the image
 /// @throw Refusal when it is no map, has a wrong sum, or is that of an image of another size
 std::vector<MappedRange> readBlockMap(const std::string& text, std::uint64_t imageSize);
+
+/// Writes a new map of one range.
+/// @param dataEnd  in bytes; all that follows is free
+/// @throw Failure
+void writeBlockMap(const Descriptor& image, std::uint64_t dataEnd, const std::string& path);
 
 } // namespace velacreate

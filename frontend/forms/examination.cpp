@@ -36,9 +36,13 @@ void reportVariation(const Examination& examination, Variation variation, const 
     }
 }
 
+void reportUnclaimed(const ByteRange& range, Differences& differences) {
+    differences.addForm(rangeText(range) + " belong to nothing");
+}
+
 void reportUnclaimed(const ByteMap& map, Differences& differences) {
     for (const auto& range : map.unclaimed()) {
-        differences.addForm(rangeText(range) + " belong to nothing");
+        reportUnclaimed(range, differences);
     }
 }
 

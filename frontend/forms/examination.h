@@ -41,7 +41,10 @@ void compareContent(const Examination& examination, const std::string& place, co
 /// Tells of bytes that are not compared, if somebody wants to know.
 void reportVariation(const Examination& examination, Variation variation, const ByteRange& range);
 
-/// Adds a difference for each range, such as "bytes 0x9000–0x97ff belong to nothing".
+/// Adds a difference, such as "bytes 0x9000–0x97ff belong to nothing".
+void reportUnclaimed(const ByteRange& range, Differences& differences);
+
+/// The same for each range that is not claimed.
 void reportUnclaimed(const ByteMap& map, Differences& differences);
 
 } // namespace velacreate

@@ -1,5 +1,6 @@
 #include "forms/fatDirectory.h"
 
+#include "forms/fatEntry.h"
 #include "forms/fatNames.h"
 #include "forms/fatSectors.h"
 #include "support/failure.h"
@@ -11,39 +12,9 @@
 namespace velacreate {
 namespace {
 constexpr std::size_t ENTRY_SIZE = FAT_ENTRY_SIZE;
-using Entry = std::array<unsigned char, ENTRY_SIZE>;
 
-constexpr unsigned char DELETED = 0xe5;
-
-constexpr std::size_t ATTRIBUTES_FIELD = 11;
-constexpr std::size_t CASE_FIELD = 12;
-constexpr std::size_t CREATED_FIELD = 13; ///< with the date of the last access
-constexpr std::size_t CREATED_SIZE = 7;
-constexpr std::size_t HIGH_CLUSTER_FIELD = 20;
-constexpr std::size_t WRITTEN_FIELD = 22;
-constexpr std::size_t WRITTEN_SIZE = 4;
-constexpr std::size_t LOW_CLUSTER_FIELD = 26;
-constexpr std::size_t SIZE_FIELD = 28;
-
-constexpr unsigned char LABEL = 0x08;
-constexpr unsigned char DIRECTORY = 0x10;
-constexpr unsigned char ARCHIVE = 0x20;
-constexpr unsigned char LONG_NAME = 0x0f;
 constexpr unsigned char BY_OTHERS = 0x27; ///< read-only, hidden, system, archive
 constexpr unsigned char CASE_BITS = 0x18;
-
-constexpr std::size_t CHECK_SUM_FIELD = 13;
-constexpr unsigned char LAST_PIECE = 0x40;
-constexpr std::size_t MOST_PIECES = 20;
-constexpr std::size_t PIECE_UNITS = 13;
-constexpr std::array<std::size_t, PIECE_UNITS> UNIT_FIELDS = {1, 3, 5, 7, 9, 14, 16, 18, 20, 22, 24, 28, 30};
-
-FatShortName padded(const std::string& name) {
-    FatShortName result{};
-    result.fill(' ');
-    std::copy(name.begin(), name.end(), result.begin());
-    return result;
-}
 
 std::string inSmallLetters(std::string text) {
     for (char& letter : text) {
@@ -86,19 +57,15 @@ private:
     /// The label in the top directory; "." and ".." in all others.
     void readFirstEntries() {
         if (!m_form.isTop) {
-            demandEntry(padded("."), DIRECTORY, m_form.cluster);
-            demandEntry(padded(".."), DIRECTORY, m_form.parent);
+            demandEntry(shortNameOf("."), FAT_DIRECTORY, m_form.cluster);
+            demandEntry(shortNameOf(".."), FAT_DIRECTORY, m_form.parent);
         } else if (m_form.hasLabel) {
-            demandEntry(padded(FAT_LABEL), LABEL, 0);
+            demandEntry(shortNameOf(FAT_LABEL), FAT_LABEL_ENTRY, 0);
         }
     }
 
     void demandEntry(const FatShortName& name, unsigned char attributes, std::uint32_t cluster) {
-        Entry expected{};
-        std::copy(name.begin(), name.end(), expected.begin());
-        expected[ATTRIBUTES_FIELD] = attributes;
-        putLittleEndian(&expected[HIGH_CLUSTER_FIELD], 2, cluster >> 16U);
-        putLittleEndian(&expected[LOW_CLUSTER_FIELD], 2, cluster & 0xffffU);
+        auto expected = entryOf(name, attributes, cluster);
         std::copy_n(entry() + CREATED_FIELD, CREATED_SIZE, expected.begin() + CREATED_FIELD);
         std::copy_n(entry() + WRITTEN_FIELD, WRITTEN_SIZE, expected.begin() + WRITTEN_FIELD);
         if (!std::equal(expected.begin(), expected.end(), entry())) {
@@ -114,10 +81,10 @@ private:
     }
 
     void readEntry() {
-        if (entry()[0] == DELETED) {
+        if (entry()[0] == FAT_DELETED) {
             demandNoPieces();
             vary(Variation::freeSpace, 0, ENTRY_SIZE);
-        } else if ((entry()[ATTRIBUTES_FIELD] & LONG_NAME) == LONG_NAME) {
+        } else if ((entry()[ATTRIBUTES_FIELD] & FAT_LONG_NAME) == FAT_LONG_NAME) {
             readPiece();
         } else {
             readShortEntry();
@@ -150,7 +117,7 @@ private:
             return;
         }
         m_pieces = number;
-        if (entry()[ATTRIBUTES_FIELD] != LONG_NAME || entry()[CASE_FIELD] != 0 ||
+        if (entry()[ATTRIBUTES_FIELD] != FAT_LONG_NAME || entry()[CASE_FIELD] != 0 ||
             entry()[CHECK_SUM_FIELD] != m_checkSum || littleEndian(entry() + LOW_CLUSTER_FIELD, 2) != 0) {
             fault("its fields are not those of a piece of a long name");
         }
@@ -166,7 +133,7 @@ private:
         if (end == std::u16string::npos) {
             return piece;
         }
-        if (end == 0 || piece.find_first_not_of(u'\xffff', end + 1) != std::u16string::npos) {
+        if (end == 0 || piece.find_first_not_of(NAME_PADDING, end + 1) != std::u16string::npos) {
             fault("the padding of its long name is wrong");
         }
         return end == 0 ? std::u16string(1, u'\0') : piece.substr(0, end);
@@ -178,7 +145,7 @@ private:
         FatEntry found;
         found.shortName = textOf(shortName);
         found.name = m_longName.empty() ? withCase(found.shortName) : textOf(m_longName);
-        found.isDirectory = (entry()[ATTRIBUTES_FIELD] & DIRECTORY) != 0;
+        found.isDirectory = (entry()[ATTRIBUTES_FIELD] & FAT_DIRECTORY) != 0;
         found.cluster = littleEndian(entry() + LOW_CLUSTER_FIELD, 2) |
                         littleEndian(entry() + HIGH_CLUSTER_FIELD, 2) << 16U;
         found.size = littleEndian(entry() + SIZE_FIELD, 4);
@@ -234,9 +201,9 @@ private:
             return false;
         }
         if (m_form.isOfKernel) {
-            return entry()[CASE_FIELD] == 0 && (attributes == ARCHIVE || attributes == DIRECTORY);
+            return entry()[CASE_FIELD] == 0 && (attributes == FAT_ARCHIVE || attributes == FAT_DIRECTORY);
         }
-        return (entry()[CASE_FIELD] & ~CASE_BITS) == 0 && (attributes & ~(BY_OTHERS | DIRECTORY)) == 0;
+        return (entry()[CASE_FIELD] & ~CASE_BITS) == 0 && (attributes & ~(BY_OTHERS | FAT_DIRECTORY)) == 0;
     }
 
     const std::vector<unsigned char>& m_bytes;

@@ -36,4 +36,8 @@ std::uint64_t FatLayout::end() const {
     return offset + sectors * SECTOR_SIZE;
 }
 
+std::uint32_t FatLayout::allOnes() const {
+    return isFat32() ? 0x0fffffffU : (1U << bits) - 1;
+}
+
 } // namespace velacreate

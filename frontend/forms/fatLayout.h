@@ -10,7 +10,8 @@ constexpr std::uint32_t FIRST_CLUSTER =
     2; ///< of any FAT file system; the top directory of FAT 32 begins there
 
 constexpr unsigned FAT_TABLES = 2;
-constexpr std::uint64_t FAT_ENTRY_SIZE = 32; ///< of a directory
+constexpr std::uint64_t FAT_ENTRY_SIZE = 32;             ///< of a directory
+constexpr std::uint64_t LARGEST_FAT_DIRECTORY = 2 << 20; ///< in bytes; the kernel makes no larger one
 constexpr std::uint64_t MOST_CLUSTERS_OF_FAT_12 = 4084;
 
 /// Offsets and sizes are in bytes of the medium.
@@ -34,6 +35,9 @@ struct FatLayout {
     std::uint64_t clusterSize() const;
     std::uint64_t clusterOffset(std::uint64_t cluster) const; ///< the first one has the number 2
     std::uint64_t end() const;
+
+    /// @return the largest entry of the table. It ends the chain of a file or directory.
+    std::uint32_t allOnes() const;
 };
 
 } // namespace velacreate

@@ -1,5 +1,7 @@
 #include "forms/fatNames.h"
 
+#include "support/utf8.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -96,6 +98,21 @@ std::string withoutPadding(std::string text) {
     return text;
 }
 
+/// Both parts of a name.
+struct Halves {
+    Half base;
+    Half extension;
+
+    bool areWhole() const { return base.isWhole && extension.isWhole; }
+    bool haveForeign() const { return base.hasForeign || extension.hasForeign; }
+    bool areCapital() const { return base.isCapital && extension.isCapital; }
+};
+
+Halves halvesOf(const std::u16string& name) {
+    const auto [before, behind] = splitName(name);
+    return {halfOf(before, BASE_LENGTH), halfOf(behind, EXTENSION_LENGTH)};
+}
+
 bool matches(const FatShortName& name, const std::string& base, const std::string& extension) {
     const auto wanted = padded(base, BASE_LENGTH) + padded(extension, EXTENSION_LENGTH);
     return std::equal(name.begin(), name.end(), wanted.begin(), [](unsigned char found, char expected) {
@@ -104,6 +121,12 @@ bool matches(const FatShortName& name, const std::string& base, const std::strin
     });
 }
 
+constexpr std::size_t MOST_BEFORE_TAIL = 6;
+constexpr std::size_t MOST_BEFORE_NUMBER = 2;
+constexpr std::size_t NUMBER_LENGTH = 4;
+constexpr char LARGEST_TAIL = '9';
+constexpr char LARGEST_TAIL_OF_NUMBER = '8';
+
 bool hasTail(const FatShortName& name, const std::string& start, char largest, const std::string& extension) {
     const char digit = static_cast<char>(name.at(start.size() + 1));
     return digit >= '1' && digit <= largest && matches(name, start + "~" + digit, extension);
@@ -111,15 +134,12 @@ bool hasTail(const FatShortName& name, const std::string& start, char largest, c
 
 /// Such as "EFIBOO~1", or "EF0A1B~2" where nine of those are taken.
 bool hasTail(const FatShortName& name, const std::string& base, const std::string& extension) {
-    constexpr std::size_t mostBeforeTail = 6;
-    constexpr std::size_t mostBeforeNumber = 2;
-    constexpr std::size_t numberLength = 4;
-    const auto start = base.substr(0, mostBeforeNumber);
+    const auto start = base.substr(0, MOST_BEFORE_NUMBER);
     const auto* const begin = name.begin() + start.size();
-    const std::string number(begin, begin + numberLength);
+    const std::string number(begin, begin + NUMBER_LENGTH);
     const bool isNumber = number.find_first_not_of("0123456789ABCDEF") == std::string::npos;
-    return hasTail(name, base.substr(0, mostBeforeTail), '9', extension) ||
-           (isNumber && hasTail(name, start + number, '8', extension));
+    return hasTail(name, base.substr(0, MOST_BEFORE_TAIL), LARGEST_TAIL, extension) ||
+           (isNumber && hasTail(name, start + number, LARGEST_TAIL_OF_NUMBER, extension));
 }
 
 bool isShortCharacter(unsigned char character) {
@@ -135,7 +155,31 @@ bool isPadded(Iterator begin, Iterator end) {
     return std::all_of(std::find(begin, end, ' '), end,
                        [](unsigned char character) { return character == ' '; });
 }
+std::string fourDigits(unsigned number) {
+    std::string text;
+    for (unsigned shift = 16; shift > 0; shift -= 4) {
+        text += "0123456789ABCDEF"[number >> (shift - 4) & 0xfU];
+    }
+    return text;
+}
+
+/// Spreads names that begin alike.
+unsigned spreadOf(const std::u16string& name) {
+    constexpr unsigned factor = 31;
+    unsigned sum = 0;
+    for (const char16_t unit : name) {
+        sum = sum * factor + unit;
+    }
+    return sum;
+}
 } // namespace
+
+FatShortName shortNameOf(const std::string& text) {
+    FatShortName name{};
+    name.fill(' ');
+    std::copy(text.begin(), text.end(), name.begin());
+    return name;
+}
 
 std::string textOf(const FatShortName& name) {
     std::string text;
@@ -178,16 +222,69 @@ bool isLongName(const std::u16string& name) {
 }
 
 bool isFromLongName(const FatShortName& name, const std::u16string& longName) {
-    const auto [before, behind] = splitName(longName);
-    const auto base = halfOf(before, BASE_LENGTH);
-    const auto extension = halfOf(behind, EXTENSION_LENGTH);
-    const bool isWhole = base.isWhole && extension.isWhole;
-    const bool hasForeign = base.hasForeign || extension.hasForeign;
-    if (isWhole && !hasForeign) {
-        const bool needsNoLongName = base.isCapital && extension.isCapital;
-        return !needsNoLongName && matches(name, base.text, extension.text);
+    const auto halves = halvesOf(longName);
+    const auto& base = halves.base.text;
+    const auto& extension = halves.extension.text;
+    if (fitsShortName(longName)) {
+        return !halves.areCapital() && matches(name, base, extension);
     }
-    return hasTail(name, base.text, extension.text) || (isWhole && matches(name, base.text, extension.text));
+    return hasTail(name, base, extension) || (halves.areWhole() && matches(name, base, extension));
+}
+
+std::u16string longNameOf(const std::string& name) {
+    const auto characters = decoded(name);
+    std::u16string units;
+    for (const auto character : characters.value()) {
+        const auto value = static_cast<char32_t>(character);
+        if (value > LAST_OF_ONE_UNIT) {
+            units += static_cast<char16_t>(0xd800U + ((value - 0x10000U) >> 10U));
+            units += static_cast<char16_t>(0xdc00U + (value & 0x3ffU));
+        } else {
+            units += static_cast<char16_t>(value);
+        }
+    }
+    return units;
+}
+
+bool fitsShortName(const std::u16string& name) {
+    const auto halves = halvesOf(name);
+    return halves.areWhole() && !halves.haveForeign();
+}
+
+bool needsNoLongName(const std::u16string& name) {
+    return fitsShortName(name) && halvesOf(name).areCapital();
+}
+
+FatShortName newShortName(const std::u16string& name, const std::set<FatShortName>& taken) {
+    const auto halves = halvesOf(name);
+    const auto inAscii = [](std::string text) {
+        std::replace(text.begin(), text.end(), FOREIGN, '_');
+        return text;
+    };
+    const auto base = inAscii(halves.base.text);
+    const auto extension = padded(inAscii(halves.extension.text), EXTENSION_LENGTH);
+    const auto with = [&](const std::string& start, const std::string& tail) {
+        return shortNameOf(padded(start + tail, BASE_LENGTH) + extension);
+    };
+    if (fitsShortName(name)) {
+        return with(base, "");
+    }
+    for (char digit = '1'; digit <= LARGEST_TAIL; ++digit) {
+        const auto candidate = with(base.substr(0, MOST_BEFORE_TAIL), {'~', digit});
+        if (taken.count(candidate) == 0) {
+            return candidate;
+        }
+    }
+    for (unsigned number = spreadOf(name);;
+         ++number) { // a directory has fewer entries than there are numbers
+        const auto start = base.substr(0, MOST_BEFORE_NUMBER) + fourDigits(number & 0xffffU);
+        for (char digit = '1'; digit <= LARGEST_TAIL_OF_NUMBER; ++digit) {
+            const auto candidate = with(start, {'~', digit});
+            if (taken.count(candidate) == 0) {
+                return candidate;
+            }
+        }
+    }
 }
 
 unsigned char checkSum(const FatShortName& name) {

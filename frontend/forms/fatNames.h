@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <set>
 #include <string>
 
 namespace velacreate {
@@ -17,6 +18,9 @@ constexpr const char* FORBIDDEN_AT_END_OF_FAT_NAMES = ". ";
 
 /// Eight characters and three, padded with blanks.
 using FatShortName = std::array<unsigned char, 11>;
+
+/// @return a text of at most eleven characters, padded
+FatShortName shortNameOf(const std::string& text);
 
 /// @return such as "GRUB.CFG"; "?" stands for what is not ASCII
 std::string textOf(const FatShortName& name);
@@ -32,6 +36,18 @@ bool isLongName(const std::u16string& name);
 
 /// Whether the kernel's driver gives this short name to a long one, and writes both.
 bool isFromLongName(const FatShortName& name, const std::u16string& longName);
+
+/// @param name  in UTF-8
+std::u16string longNameOf(const std::string& name);
+
+/// Whether the short name is the whole name, in capitals.
+bool fitsShortName(const std::u16string& name);
+
+/// Whether the name is its short name.
+bool needsNoLongName(const std::u16string& name);
+
+/// @return a short name that the kernel could give to this one. It depends only on the names.
+FatShortName newShortName(const std::u16string& name, const std::set<FatShortName>& taken);
 
 /// The check sum that binds a long name to its short one.
 unsigned char checkSum(const FatShortName& name);

@@ -14,9 +14,8 @@
 
 namespace velacreate {
 namespace {
-constexpr std::uint64_t LARGEST_DIRECTORY = 2 << 20; ///< the kernel makes no larger one
-constexpr std::size_t LONGEST_PLACE = 1024;          ///< in messages about files that stay
-constexpr std::size_t MOST_WAITING = 100000;         ///< directories that were found, but not yet read
+constexpr std::size_t LONGEST_PLACE = 1024;  ///< in messages about files that stay
+constexpr std::size_t MOST_WAITING = 100000; ///< directories that were found, but not yet read
 
 std::uint64_t offsetIn(const std::vector<ByteRange>& ranges, std::uint64_t offset) {
     auto range = ranges.begin();
@@ -100,7 +99,7 @@ private:
             directory.place.empty() ? "the top directory" : "the directory " + quote(directory.place);
         std::vector<unsigned char> bytes;
         for (const auto& range : directory.ranges) {
-            if (range.size > LARGEST_DIRECTORY - bytes.size()) {
+            if (range.size > LARGEST_FAT_DIRECTORY - bytes.size()) {
                 fault(name + " is too large");
                 m_isWhole = false;
                 return;

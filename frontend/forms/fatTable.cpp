@@ -65,7 +65,7 @@ bool FatTable::useEntries(std::uint32_t cluster, const std::vector<unsigned char
     }
     for (std::size_t at = 0; at < piece.size(); at += PAIR_SIZE, cluster += 2) {
         const auto pair = littleEndian(&piece[at], std::min(PAIR_SIZE, piece.size() - at));
-        if (!use(cluster, pair & allOnes()) || !use(cluster + 1, pair >> 12U)) {
+        if (!use(cluster, pair & m_layout.allOnes()) || !use(cluster + 1, pair >> 12U)) {
             return false;
         }
     }
@@ -103,14 +103,14 @@ bool FatTable::use(std::uint32_t cluster, std::uint32_t value) {
 /// The media byte, then two bits that are cleared while the file system is mounted, or after an error.
 bool FatTable::useReserved(std::uint32_t cluster, std::uint32_t value) {
     if (cluster == 0) {
-        return value == allOnes() - MEDIA_BITS ||
+        return value == m_layout.allOnes() - MEDIA_BITS ||
                refuse(cluster, value, "is not the media byte of the boot sector");
     }
-    const std::uint32_t flags = m_layout.bits == 12 ? 0 : (allOnes() >> 2U) ^ allOnes();
-    if ((value | flags) != allOnes()) {
+    const std::uint32_t flags = m_layout.bits == 12 ? 0 : (m_layout.allOnes() >> 2U) ^ m_layout.allOnes();
+    if ((value | flags) != m_layout.allOnes()) {
         return refuse(cluster, value, "is not what mkfs.vfat writes");
     }
-    m_isDirty = value != allOnes();
+    m_isDirty = value != m_layout.allOnes();
     if (flags != 0) {
         const std::uint64_t entrySize = m_layout.bits / 8;
         for (const unsigned table : {0U, 1U}) {
@@ -130,11 +130,8 @@ bool FatTable::refuse(std::uint32_t cluster, std::uint32_t value, const std::str
 }
 
 bool FatTable::isEnd(std::uint32_t cluster, std::uint32_t value) const {
-    return value == allOnes() || (m_layout.isFat32() && cluster == FIRST_CLUSTER && value == END_BY_MKFS);
-}
-
-std::uint32_t FatTable::allOnes() const {
-    return m_layout.isFat32() ? 0x0fffffffU : (1U << m_layout.bits) - 1;
+    return value == m_layout.allOnes() ||
+           (m_layout.isFat32() && cluster == FIRST_CLUSTER && value == END_BY_MKFS);
 }
 
 std::uint32_t FatTable::lastCluster() const {

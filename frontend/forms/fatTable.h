@@ -52,7 +52,6 @@ private:
     bool useReserved(std::uint32_t cluster, std::uint32_t value);
     bool refuse(std::uint32_t cluster, std::uint32_t value, const std::string& reason) const;
     bool isEnd(std::uint32_t cluster, std::uint32_t value) const;
-    std::uint32_t allOnes() const;
     std::uint32_t lastCluster() const;
     ByteRange rangeOf(const Run& run) const;
 

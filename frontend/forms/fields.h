@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace velacreate {
 
@@ -17,6 +18,8 @@ using Sector = std::array<unsigned char, SECTOR_SIZE>;
 /// @{
 constexpr std::size_t PARTITIONS_FIELD = 446;
 constexpr std::size_t PARTITION_SIZE = 16;
+constexpr std::size_t FOURTH_PARTITION_FIELD = PARTITIONS_FIELD + 3 * PARTITION_SIZE;
+constexpr std::size_t FOURTH_TYPE_FIELD = FOURTH_PARTITION_FIELD + 4;
 constexpr std::size_t SIGNATURE_FIELD = 510;
 constexpr std::array<unsigned char, 2> SIGNATURE = {0x55, 0xaa};
 /// @}
@@ -49,6 +52,13 @@ inline void putLittleEndian(unsigned char* data, std::size_t bytes, std::uint64_
     for (std::size_t at = 0; at < bytes; ++at) {
         data[at] = static_cast<unsigned char>(number >> 8U * at & 0xffU);
     }
+}
+
+/// @return the same as text
+inline std::string littleEndian(std::uint64_t number, std::size_t bytes) {
+    std::string text(bytes, '\0');
+    putLittleEndian(reinterpret_cast<unsigned char*>(text.data()), bytes, number);
+    return text;
 }
 
 } // namespace velacreate

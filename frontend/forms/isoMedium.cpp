@@ -10,14 +10,6 @@ std::string blocksText(std::uint32_t block, std::uint64_t count) {
 }
 } // namespace
 
-std::string littleEndian(std::uint64_t value, std::size_t bytes) {
-    std::string text;
-    for (std::size_t at = 0; at < bytes; ++at) {
-        text += static_cast<char>(value >> (8 * at) & 0xff);
-    }
-    return text;
-}
-
 std::string bigEndian(std::uint64_t value, std::size_t bytes) {
     std::string text = littleEndian(value, bytes);
     std::reverse(text.begin(), text.end());

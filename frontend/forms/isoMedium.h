@@ -3,6 +3,7 @@
 #pragma once
 
 #include "forms/examination.h"
+#include "forms/fields.h"
 
 #include <cstdint>
 #include <string>
@@ -14,8 +15,7 @@ enum class IsoPlatform { none, efi, powerPc };
 
 constexpr std::uint32_t ISO_BLOCK = 2048; ///< bytes
 
-/// Numbers as a form holds them.
-std::string littleEndian(std::uint64_t value, std::size_t bytes);
+/// Numbers as a form holds them; see also littleEndian().
 std::string bigEndian(std::uint64_t value, std::size_t bytes);
 std::string bothEndian(std::uint64_t value, std::size_t bytes); ///< so many bytes twice
 

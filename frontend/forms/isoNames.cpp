@@ -49,12 +49,11 @@ std::u16string decodedBytes(const std::string& name, bool isLatin1) {
 }
 
 std::u16string decodedUtf8(const std::string& name) {
-    constexpr wchar_t lastOfOneUnit = 0xffff;
     std::u16string text;
     for (std::size_t at = 0; at < name.size();) {
         wchar_t character = 0;
         const auto length = readCharacter(name, at, character);
-        if (length == 0 || character > lastOfOneUnit) {
+        if (length == 0 || character > LAST_OF_ONE_UNIT) {
             text += SUBSTITUTE;
         } else {
             text += static_cast<char16_t>(character);

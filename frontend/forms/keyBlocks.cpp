@@ -4,6 +4,7 @@
 #include "forms/fatDirectory.h"
 #include "forms/fatTable.h"
 #include "forms/fields.h"
+#include "forms/keyRecord.h"
 #include "support/beneath.h"
 #include "support/failure.h"
 
@@ -14,14 +15,12 @@
 
 namespace velacreate {
 namespace {
-constexpr std::size_t TYPE_FIELD = PARTITIONS_FIELD + 3 * PARTITION_SIZE + 4;
-constexpr std::uint64_t LARGEST_DIRECTORY = 2 << 20; ///< the kernel makes no larger one
 
 /// The file system of an image, with its table.
 class KeyFileSystem {
 public:
     explicit KeyFileSystem(const Examination& image)
-        : m_image(image), m_partition(fourthPartition(image.medium)), m_layout(layout()),
+        : m_image(image), m_partition(keyPartition(image.medium)), m_layout(layout()),
           m_table(image, m_layout),
           m_isSound(m_partition && m_layout.clusters != 0 && m_table.read(m_notes)) {}
 
@@ -93,7 +92,7 @@ private:
     void readDirectory(const Directory& directory, std::uint64_t offset) {
         std::vector<unsigned char> bytes;
         for (const auto& range : directory.ranges) {
-            if (range.size > LARGEST_DIRECTORY - bytes.size()) {
+            if (range.size > LARGEST_FAT_DIRECTORY - bytes.size()) {
                 return;
             }
             bytes.resize(bytes.size() + range.size);
@@ -149,22 +148,6 @@ void append(Blocks& blocks, const ByteRange& range) {
     } else {
         blocks.push_back(range);
     }
-}
-
-std::optional<ByteRange> fourthPartition(MediumBytes& medium) {
-    Sector record{};
-    if (medium.size() < record.size()) {
-        return std::nullopt;
-    }
-    medium.read(0, record.data(), record.size());
-    const std::uint64_t start = littleEndian(&record[VelaCreation::START_OFFSET], 4);
-    const std::uint64_t length = littleEndian(&record[VelaCreation::LENGTH_OFFSET], 4);
-    const bool isRecord = std::equal(SIGNATURE.begin(), SIGNATURE.end(), record.begin() + SIGNATURE_FIELD);
-    if (!isRecord || record[TYPE_FIELD] == 0 || start == 0 || length == 0 ||
-        start + length > medium.size() / SECTOR_SIZE) {
-        return std::nullopt;
-    }
-    return ByteRange{start * SECTOR_SIZE, length * SECTOR_SIZE};
 }
 
 Blocks usedBlocks(const Examination& examination) {

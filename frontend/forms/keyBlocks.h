@@ -6,7 +6,6 @@
 #include "forms/examination.h"
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,9 +24,6 @@ std::uint64_t sizeOf(const Blocks& blocks); ///< in bytes
 
 /// Adds a range that does not begin before the last one.
 void append(Blocks& blocks, const ByteRange& range);
-
-/// @return the fourth partition in a boot record; none when there is none, or it ends behind the medium
-std::optional<ByteRange> fourthPartition(MediumBytes& medium);
 
 /// Adds a difference when the image does not have the form of a key: a boot record, and a sound FAT file
 /// system on the fourth partition.

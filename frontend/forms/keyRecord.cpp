@@ -7,7 +7,6 @@
 #include <mediaRules.h>
 
 #include <algorithm>
-#include <vector>
 
 namespace velacreate {
 namespace {
@@ -21,12 +20,12 @@ constexpr std::size_t LENGTH_SIZE = 4;
 constexpr std::array<Field, 13> FIELDS = {
     {{0, "the boot code"},
      {DISK_SIGNATURE_FIELD, "the disk signature"},
-     {444, "the field after the disk signature"},
+     {DISK_SIGNATURE_FIELD + DISK_SIGNATURE_SIZE, "the field after the disk signature"},
      {PARTITIONS_FIELD, "the first partition"},
      {PARTITIONS_FIELD + PARTITION_SIZE, "the second partition"},
      {PARTITIONS_FIELD + 2 * PARTITION_SIZE, "the third partition"},
-     {PARTITIONS_FIELD + 3 * PARTITION_SIZE, "the start mark and first address of the fourth partition"},
-     {498, "the type of the fourth partition"},
+     {FOURTH_PARTITION_FIELD, "the start mark and first address of the fourth partition"},
+     {FOURTH_TYPE_FIELD, "the type of the fourth partition"},
      {END_ADDRESS_FIELD, "the last address of the fourth partition"},
      {START_FIELD, "the first sector of the fourth partition"},
      {LENGTH_FIELD, "the length of the fourth partition"},
@@ -38,19 +37,32 @@ struct Partition {
     std::uint64_t length;
 
     std::uint64_t end() const { return start + length; }
+
+    /// @return none when it does not begin on a medium of this size
+    std::optional<ByteRange> rangeOn(std::uint64_t size) const {
+        const auto sectors = size / SECTOR_SIZE;
+        if (start == 0 || start >= sectors) {
+            return {};
+        }
+        return ByteRange{start * SECTOR_SIZE, std::min(length, sectors - start) * SECTOR_SIZE};
+    }
 };
 
 Partition fourthPartition(const unsigned char* record) {
     return {littleEndian(record + START_FIELD, 4), littleEndian(record + LENGTH_FIELD, 4)};
 }
 
+ByteRange rangeWithoutPartition(std::uint64_t size) {
+    return {VelaCreation::KEY_IMAGE_OFFSET, size - std::min(size, VelaCreation::KEY_IMAGE_OFFSET)};
+}
+
 /// What a clone image has before its file system.
-std::vector<unsigned char> headOf(const Descriptor& image, const std::string& name) {
+std::vector<unsigned char> headOf(const Descriptor& image) {
     std::vector<unsigned char> head(SECTOR_SIZE);
     const auto readTo = [&](std::size_t size) {
         head.resize(size);
         const auto count = readAt(image.number(), head.data(), size, 0);
-        check(count >= 0).orFail("reading the clone image " + quote(name));
+        check(count >= 0).orFail("reading a clone image");
         return static_cast<std::size_t>(count) == size;
     };
     if (readTo(SECTOR_SIZE)) {
@@ -64,14 +76,9 @@ std::vector<unsigned char> headOf(const Descriptor& image, const std::string& na
     return {};
 }
 
-/// Fits it as the library does, but for the capacity in the gap.
-void fit(std::vector<unsigned char>& head, std::uint64_t capacity) {
-    auto* const address = &head[END_ADDRESS_FIELD];
-    const auto geometry = VelaCreation::geometryOf({address[0], address[1], address[2]});
-    const auto start = static_cast<std::int64_t>(fourthPartition(head.data()).start);
-    const auto fitted = VelaCreation::fittedEntry(static_cast<std::int64_t>(capacity), geometry, start);
-    std::copy(fitted.end.begin(), fitted.end.end(), address);
-    putLittleEndian(&head[LENGTH_FIELD], LENGTH_SIZE, static_cast<std::uint64_t>(fitted.length));
+/// Where the library puts the capacity, too. A small key's file system may begin behind this place.
+std::size_t capacityPlace(std::uint64_t length) {
+    return static_cast<std::size_t>(VelaCreation::totalSectorsOffset(static_cast<std::int64_t>(length)));
 }
 
 class KeyRecord {
@@ -83,7 +90,7 @@ public:
         auto& medium = m_examination.medium;
         if (m_form.isImage && medium.size() > VelaCreation::KEY_IMAGE_OFFSET &&
             medium.areZero(0, VelaCreation::KEY_IMAGE_OFFSET)) {
-            return ByteRange{VelaCreation::KEY_IMAGE_OFFSET, medium.size() - VelaCreation::KEY_IMAGE_OFFSET};
+            return rangeWithoutPartition(medium.size());
         }
         Sector record{};
         if (medium.size() < record.size()) {
@@ -93,16 +100,13 @@ public:
         medium.read(0, record.data(), record.size());
         const auto partition = fourthPartition(record.data());
         compareWithCloneImage(partition);
-        const auto sectors = medium.size() / SECTOR_SIZE;
-        if (partition.start == 0 || partition.start >= sectors) {
+        const auto range = partition.rangeOn(medium.size());
+        if (!range) {
             add("there is no fourth partition");
-            return {};
-        }
-        if (partition.end() > sectors) {
+        } else if (partition.end() > medium.size() / SECTOR_SIZE) {
             add("the fourth partition ends behind the medium");
         }
-        return ByteRange{partition.start * SECTOR_SIZE,
-                         std::min(partition.length, sectors - partition.start) * SECTOR_SIZE};
+        return range;
     }
 
 private:
@@ -115,20 +119,20 @@ private:
             add("the tool package has no " + quote(name) + ", so the boot record cannot be compared");
             return;
         }
-        auto head = headOf(image, name);
+        auto head = headOfKey(image, partition.end());
         if (head.empty()) {
             add(quote(name) +
                 " of the tool package has no fourth partition, so the boot record cannot be compared");
             return;
         }
-        fit(head, partition.end());
         std::vector<unsigned char> found(std::min<std::uint64_t>(head.size(), m_examination.medium.size()));
         m_examination.medium.read(0, found.data(), found.size());
-        vary(Variation::diskSignature, DISK_SIGNATURE_FIELD, DISK_SIGNATURE_SIZE, found, head);
-        // A small key's file system may begin behind the place that the library takes for its boot sector.
-        const auto capacityPlace =
-            VelaCreation::totalSectorsOffset(static_cast<std::int64_t>(partition.length));
-        vary(Variation::keyCapacity, static_cast<std::size_t>(capacityPlace), LENGTH_SIZE, found, head);
+        if (DISK_SIGNATURE_FIELD + DISK_SIGNATURE_SIZE <= found.size()) {
+            reportVariation(m_examination, Variation::diskSignature,
+                            {DISK_SIGNATURE_FIELD, DISK_SIGNATURE_SIZE});
+            std::copy_n(&found[DISK_SIGNATURE_FIELD], DISK_SIGNATURE_SIZE, &head[DISK_SIGNATURE_FIELD]);
+        }
+        allowUnfitted(found, headOf(image), capacityPlace(partition.length), head);
         const auto difference = std::mismatch(found.begin(), found.end(), head.begin()).first;
         if (difference != found.end()) {
             const auto at = static_cast<std::size_t>(difference - found.begin());
@@ -137,11 +141,12 @@ private:
         }
     }
 
-    void vary(Variation variation, std::size_t at, std::size_t size, const std::vector<unsigned char>& found,
-              std::vector<unsigned char>& head) {
-        if (at + size <= found.size()) {
-            reportVariation(m_examination, variation, {at, size});
-            std::copy_n(&found[at], size, &head[at]);
+    /// A key that was not made by the library may lack the capacity in the gap.
+    static void allowUnfitted(const std::vector<unsigned char>& found, const std::vector<unsigned char>& own,
+                              std::size_t at, std::vector<unsigned char>& head) {
+        if (at + LENGTH_SIZE <= found.size() &&
+            std::equal(&own[at], &own[at] + LENGTH_SIZE, found.begin() + static_cast<std::ptrdiff_t>(at))) {
+            std::copy_n(&own[at], LENGTH_SIZE, &head[at]);
         }
     }
 
@@ -150,8 +155,46 @@ private:
 };
 } // namespace
 
+std::optional<ByteRange> keyPartition(MediumBytes& medium) {
+    Sector record{};
+    if (medium.size() < record.size()) {
+        return std::nullopt;
+    }
+    medium.read(0, record.data(), record.size());
+    const auto partition = fourthPartition(record.data());
+    const bool isRecord = std::equal(SIGNATURE.begin(), SIGNATURE.end(), record.begin() + SIGNATURE_FIELD);
+    if (!isRecord || record[FOURTH_TYPE_FIELD] == 0 || partition.start == 0 || partition.length == 0 ||
+        partition.end() > medium.size() / SECTOR_SIZE) {
+        return std::nullopt;
+    }
+    return ByteRange{partition.start * SECTOR_SIZE, partition.length * SECTOR_SIZE};
+}
+
+ByteRange fileSystemIn(const Descriptor& keyImage) {
+    MediumBytes bytes(keyImage, sizeOf(keyImage));
+    return keyPartition(bytes).value_or(rangeWithoutPartition(bytes.size()));
+}
+
 bool canBeFitted(const Descriptor& cloneImage) {
-    return !headOf(cloneImage, "").empty();
+    return !headOf(cloneImage).empty();
+}
+
+std::vector<unsigned char> headOfKey(const Descriptor& cloneImage, std::uint64_t capacity) {
+    auto head = headOf(cloneImage);
+    if (head.empty()) {
+        return head;
+    }
+    auto* const address = &head[END_ADDRESS_FIELD];
+    const auto geometry = VelaCreation::geometryOf({address[0], address[1], address[2]});
+    const auto start = static_cast<std::int64_t>(fourthPartition(head.data()).start);
+    const auto fitted = VelaCreation::fittedEntry(static_cast<std::int64_t>(capacity), geometry, start);
+    const auto length = static_cast<std::uint64_t>(fitted.length);
+    std::copy(fitted.end.begin(), fitted.end.end(), address);
+    putLittleEndian(&head[LENGTH_FIELD], LENGTH_SIZE, length);
+    if (const auto place = capacityPlace(length); place + LENGTH_SIZE <= head.size()) {
+        putLittleEndian(&head[place], LENGTH_SIZE, length);
+    }
+    return head;
 }
 
 std::optional<ByteRange> examineKeyRecord(const Examination& examination, const KeyForm& form) {

@@ -5,9 +5,11 @@
 #include "forms/examination.h"
 #include "support/descriptor.h"
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace velacreate {
 
@@ -19,8 +21,21 @@ struct KeyForm {
     bool mayKeepFiles; ///< that are not of the job
 };
 
+/// @return the fourth partition in a boot record; none when there is none, or it ends behind the medium
+std::optional<ByteRange> keyPartition(MediumBytes& medium);
+
+/// @return where the file system of a key's image lies: its fourth partition, or from byte 32256 on when
+/// there is no such partition
+/// @throw Failure
+ByteRange fileSystemIn(const Descriptor& keyImage);
+
 /// Whether a clone image, or its beginning, has a fourth partition that the library can fit to a key.
 bool canBeFitted(const Descriptor& cloneImage);
+
+/// What a key has before its file system, when a clone image was fitted to it.
+/// @param capacity  of the key, in sectors
+/// @return whole sectors; empty when the clone image cannot be fitted
+std::vector<unsigned char> headOfKey(const Descriptor& cloneImage, std::uint64_t capacity);
 
 /// Demands all that lies before the file system as it is in the clone image, when that is fitted to the key
 /// or to a smaller one. It may be zero in an image.

@@ -19,7 +19,6 @@ enum class Variation {
     fatGeometry,    ///< heads, sectors per track, hidden sectors
     freeSpaceHints, ///< of FAT 32
     dirtyBit,       ///< the two kinds of FAT
-    keyCapacity,    ///< a number in the gap before a key's file system, beside no field
     keptFile,       ///< of a key that was not formatted; not of the job
     freeSpace,      ///< nothing refers to it
 };

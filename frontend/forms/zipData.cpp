@@ -62,7 +62,7 @@ bool isInflatedFrom(Content& content, Inflater& inflater) {
 /// What lies behind the deflated data, and between their blocks.
 void examineRest(const Inflater& inflater, const std::string& place, Differences& differences) {
     if (inflater.rest().size > 0) {
-        differences.addForm(rangeText(inflater.rest()) + " belong to nothing");
+        reportUnclaimed(inflater.rest(), differences);
     }
     if (!inflater.hasZeroPadding()) {
         differences.addForm("unused bits in the deflated data of " + quote(place) + " are not zero");

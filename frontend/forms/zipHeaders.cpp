@@ -1,5 +1,6 @@
 #include "forms/zipHeaders.h"
 
+#include "forms/fields.h"
 #include "support/utf8.h"
 
 #include <algorithm>
@@ -145,10 +146,7 @@ ZipHeader localExtra(const ZipMember& member, const ZipStyle& style, std::uint32
 } // namespace
 
 void ZipHeader::addNumber(const char* field, std::size_t size, std::uint64_t value) {
-    for (std::size_t i = 0; i < size; ++i) {
-        m_bytes += static_cast<char>(value >> i * 8 & 0xff);
-    }
-    m_fields.push_back({field, m_bytes.size()});
+    addText(field, littleEndian(value, size));
 }
 
 void ZipHeader::addText(const char* field, const std::string& text) {

@@ -146,7 +146,7 @@ private:
 
     void examineEnd() {
         if (m_position < m_end.directory.offset) {
-            addForm(rangeText({m_position, m_end.directory.offset - m_position}) + " belong to nothing");
+            reportUnclaimed({m_position, m_end.directory.offset - m_position}, m_examination.differences);
         }
         if (m_count != m_end.count) {
             addForm("the end record differs in the number of members");

@@ -16,7 +16,6 @@
 namespace velacreate {
 namespace {
 constexpr std::uint64_t LARGEST_FILE = (std::uint64_t{1} << 32) - 1;
-constexpr wchar_t LAST_OF_ONE_UNIT = 0xffff; ///< higher characters take two units of UTF-16
 
 std::size_t utf16Units(const std::wstring& text) {
     const auto pairs = std::count_if(text.begin(), text.end(),

@@ -19,6 +19,16 @@ constexpr std::uint64_t sumOf(std::uint64_t one, std::uint64_t other) {
     return std::min(std::min(one, LARGEST_SUM) + std::min(other, LARGEST_SUM), LARGEST_SUM);
 }
 
+/// @return the size of all entries of a map, added up like this
+template <typename Entries>
+std::uint64_t sizeOfAll(const Entries& entries) {
+    std::uint64_t total = 0;
+    for (const auto& [name, entry] : entries) {
+        total = sumOf(total, entry.size);
+    }
+    return total;
+}
+
 /// Refuses names that FAT cannot hold unchanged: with one of "*:<>?|\ in them, with a control
 /// character, with an empty part, with a blank or a dot at the end of a part, with a part of more than 255
 /// UTF-16 units, or not in UTF-8. Refuses two names that differ only in case, also of letters beyond ASCII.

@@ -19,14 +19,23 @@ bool isSourceDate(const std::string& text) {
                           text.front() != '0' && std::all_of(text.begin(), text.end(), isDigit);
     return isNumber && std::stoull(text) >= EARLIEST && std::stoull(text) <= LATEST;
 }
+
+const char* sourceDate() {
+    return std::getenv(SOURCE_DATE); // NOLINT(concurrency-mt-unsafe): no setenv()
+}
 } // namespace
 
 void requireSourceDate() {
-    const char* const date = std::getenv("SOURCE_DATE_EPOCH"); // NOLINT(concurrency-mt-unsafe): no setenv()
+    const char* const date = sourceDate();
     if (date != nullptr && !isSourceDate(date)) {
-        throw Refusal("SOURCE_DATE_EPOCH is " + quote(date) + ", and no number of seconds from " +
+        throw Refusal(SOURCE_DATE + (" is " + quote(date)) + ", and no number of seconds from " +
                       std::to_string(EARLIEST) + " (the year 1980) to " + std::to_string(LATEST) + " (2107)");
     }
+}
+
+std::time_t timeOfFiles() {
+    const char* const date = sourceDate();
+    return date != nullptr ? static_cast<std::time_t>(std::stoull(date)) : std::time(nullptr);
 }
 
 } // namespace velacreate

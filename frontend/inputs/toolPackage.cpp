@@ -29,7 +29,7 @@ constexpr std::size_t BLOCK_FOR_HEADERS = 16 << 10;
 using Entries = std::map<std::string, ToolPackage::Entry>;
 
 Descriptor openedFile(const std::string& path) {
-    Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    Descriptor file(open(path.c_str(), TO_READ | O_CLOEXEC));
     check(file.isOpen()).orRefuse(packageText(path));
     if (!S_ISREG(file.status().st_mode)) {
         throw Refusal(packageText(path) + " is no file");
@@ -185,11 +185,7 @@ Descriptor ToolPackage::beginningOf(const std::string& cloneImage) const {
 }
 
 std::uint64_t ToolPackage::unpackedSize() const {
-    std::uint64_t total = 0;
-    for (const auto& [name, entry] : m_entries) {
-        total = sumOf(total, entry.size);
-    }
-    return total;
+    return sizeOfAll(m_entries);
 }
 
 std::string ToolPackage::sum() const {

@@ -18,9 +18,6 @@
 
 namespace velacreate {
 namespace {
-/// The file may have been replaced by a FIFO; O_NONBLOCK keeps the open from waiting for a writer.
-constexpr int TO_READ = O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY;
-
 std::string named(const std::string& source) {
     return "update file " + quote(source);
 }
@@ -31,11 +28,15 @@ Descriptor openedDirectory(const std::string& path) {
     return directory;
 }
 
-void requirePlace(const std::string& place, const std::string& source) {
-    const std::string top = topOf(place);
-    if (holdsControlCharacter(place)) {
+void requireNoControl(const std::string& name, const std::string& source) {
+    if (holdsControlCharacter(name)) {
         throw Refusal(named(source) + " has a control character in its name; rename it");
     }
+}
+
+void requirePlace(const std::string& place, const std::string& source) {
+    const std::string top = topOf(place);
+    requireNoControl(place, source);
     if (top.front() == '-') {
         throw Refusal(named(source) + " has a name that programs would take for an option; rename it");
     }
@@ -158,6 +159,17 @@ private:
         if (!isUnchanged(found, file.status())) {
             throw Refusal(named(source) + " is being changed");
         }
+        if (found.st_size == 0) {
+            requireEmpty(file, source);
+        }
+    }
+
+    /// The kernel gives most files below /proc no size.
+    static void requireEmpty(const Descriptor& file, const std::string& source) {
+        char first = 0;
+        const auto count = readAt(file.number(), &first, 1, 0);
+        check(count >= 0).orRefuse(named(source) + " cannot be read");
+        refuseIf(count != 0, named(source) + " has content, but no size; copy it to a disk first");
     }
 
     void addContent(const std::string& source, const std::string& place) {
@@ -165,9 +177,7 @@ private:
         check(directory.isOpen()).orRefuse(named(source) + " cannot be read");
         forEachEntry(directory.number(), [&](const std::string& name) {
             const std::string inner = source + "/" + name;
-            if (holdsControlCharacter(name)) {
-                throw Refusal(named(inner) + " has a control character in its name; rename it");
-            }
+            requireNoControl(name, inner);
             requireDepth(pathBelow(place, name));
             addEntry(inner, pathBelow(place, name), kindOf(inner));
         });
@@ -244,11 +254,7 @@ std::size_t UpdateFiles::fileCount() const {
 }
 
 std::uint64_t UpdateFiles::totalSize() const {
-    std::uint64_t total = 0;
-    for (const auto& [place, entry] : m_entries) {
-        total = sumOf(total, entry.size);
-    }
-    return total;
+    return sizeOfAll(m_entries);
 }
 
 bool UpdateFiles::contain(const struct stat& other) const {

@@ -1,5 +1,6 @@
 #include "job/callerEnvironment.h"
 
+#include "inputs/sourceDate.h"
 #include "job/heldSignals.h"
 #include "support/failure.h"
 #include "support/programs.h"
@@ -24,7 +25,7 @@ std::string variable(const char* name) {
 }
 
 bool isKept(const std::string& name) {
-    for (const char* kept : {"LANG", "LANGUAGE", "TZ", "TERM", "SOURCE_DATE_EPOCH"}) {
+    for (const char* kept : {"LANG", "LANGUAGE", "TZ", "TERM", SOURCE_DATE}) {
         if (name == kept) {
             return true;
         }
@@ -53,9 +54,11 @@ void resetSignals() {
     struct sigaction hangUp {};
     sigaction(SIGHUP, nullptr, &hangUp);
     for (int number = 1; number < NSIG; ++number) {
-        const bool isIgnored = number == SIGPIPE || number == SIGXFSZ ||
-                               (number == SIGHUP && hangUp.sa_handler == SIG_IGN); // set by nohup
-        static_cast<void>(std::signal(number, isIgnored ? SIG_IGN : SIG_DFL));
+        const bool isKeptIgnored = number == SIGHUP && hangUp.sa_handler == SIG_IGN; // set by nohup
+        static_cast<void>(std::signal(number, isKeptIgnored ? SIG_IGN : SIG_DFL));
+    }
+    for (const int ignored : IGNORED_SIGNALS) {
+        static_cast<void>(std::signal(ignored, SIG_IGN));
     }
     unblockSignals();
 }

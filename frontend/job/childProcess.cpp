@@ -47,7 +47,7 @@ bool mapOwnIds(uid_t user, gid_t group) {
 }
 
 void endAtOnce(int number) {
-    _exit(128 + number);
+    _exit(EXIT_BY_SIGNAL + number);
 }
 
 void setUpProcess(int socket, int output) {
@@ -58,7 +58,7 @@ void setUpProcess(int socket, int output) {
     dup2(nothing.number(), STDIN_FILENO);
     dup2(output, STDOUT_FILENO);
     dup2(output, STDERR_FILENO);
-    for (const int ignored : {SIGPIPE, SIGXFSZ}) {
+    for (const int ignored : IGNORED_SIGNALS) {
         static_cast<void>(std::signal(ignored, SIG_DFL));
     }
     // The first process of a namespace gets only the signals that it handles.

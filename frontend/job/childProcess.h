@@ -34,7 +34,7 @@ public:
     void signal(int number) const;
 
     /// To be called when it has ended. Ends the rest of its group.
-    /// @return the exit status, or 128 and the signal's number
+    /// @return the exit status, or EXIT_BY_SIGNAL and the signal's number
     int reap() const;
 
 private:

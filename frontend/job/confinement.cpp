@@ -86,7 +86,7 @@ int runConfined(const Descriptor& visible, const std::function<int()>& work, con
                               [&](const char* text) { reporter.reason(text); }));
     }
     const int status = exitStatusOf(process);
-    if (status == 128 + SIGALRM) {
+    if (status == EXIT_BY_SIGNAL + SIGALRM) {
         throw Failure("there was no progress for " + std::to_string(SECONDS_WITHOUT_PROGRESS) + " s");
     }
     return status;

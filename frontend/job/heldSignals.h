@@ -4,7 +4,13 @@
 
 #include "support/descriptor.h"
 
+#include <array>
+#include <csignal>
+
 namespace velacreate {
+
+/// Ignored by the supervisor, but not by jobs, so that a failed write does not end it.
+inline constexpr std::array IGNORED_SIGNALS = {SIGPIPE, SIGXFSZ};
 
 /// Delivers all signals at once, also those that the caller or HeldSignals held back.
 void unblockSignals();

@@ -105,7 +105,7 @@ std::string JobDirectory::keep() {
     renameat(m_directory.number(), LIBRARY_FOLDER, m_directory.number(),
              LIBRARY_FOLDER + 1); // so it is no longer removed as abandoned
     const bool isRenamed = renameat(m_parent.number(), name.c_str(), m_parent.number(), visible.c_str()) == 0;
-    return (m_parent.path == "/" ? "" : m_parent.path) + "/" + (isRenamed ? visible : name);
+    return m_parent.pathOf(isRenamed ? visible : name);
 }
 
 NamedDirectory scratchDirectory(const std::string& chosen, const CallerEnvironment& caller) {

@@ -104,6 +104,14 @@ Output Output::image(const std::string& path, bool force) {
     return file(path, force, "an image");
 }
 
+Output Output::keyImage(const std::string& path, bool force) {
+    return file(path, force, "an image");
+}
+
+Output Output::blockMap(const std::string& path, bool force) {
+    return file(path, force, "a block map");
+}
+
 Output Output::checksum(const std::string& path, bool force) {
     return file(path, force, "a checksum");
 }
@@ -133,7 +141,7 @@ Descriptor Output::openPresent() const {
 }
 
 std::string Output::path() const {
-    return (m_parent.path == "/" ? "" : m_parent.path) + "/" + m_name;
+    return m_parent.pathOf(m_name);
 }
 
 struct stat Output::take(const Descriptor& directory, const std::string& name) const {

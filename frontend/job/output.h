@@ -17,7 +17,9 @@ public:
     /// anything else that exists.
     static Output image(const std::string& path, bool force);
 
-    /// For the checksum of an image: the same, with any name.
+    /// For the image of a key, the block map or the checksum of an image: the same, with any name.
+    static Output keyImage(const std::string& path, bool force);
+    static Output blockMap(const std::string& path, bool force);
     static Output checksum(const std::string& path, bool force);
 
     /// For a network-boot directory: refuses a mount point, a directory with other files, and an existing

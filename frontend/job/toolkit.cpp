@@ -50,6 +50,12 @@ Toolkit::Toolkit(const std::string& folder, Launchers launchers) : m_isOwn(folde
     }
 }
 
+void Toolkit::requirePrograms(const std::vector<const char*>& names) const {
+    if (m_isOwn) {
+        velacreate::requirePrograms(names, "/usr/bin"); // where they look for them
+    }
+}
+
 // Its interpreter opens it once more, and has not the descriptor.
 ProgramResult Toolkit::runBurner(const std::vector<std::string>& arguments) const {
     const auto self = fs::path("/proc") / fs::read_symlink("/proc/self");

@@ -21,8 +21,9 @@ public:
     /// @throw Refusal when one is missing
     explicit Toolkit(const std::string& folder, Launchers launchers = Launchers::ofDiscs);
 
-    /// Whether they are velacreate's own. Others may run other programs.
-    bool isOwn() const { return m_isOwn; }
+    /// Demands programs that velacreate's own launchers run. Others may run other programs.
+    /// @throw Refusal
+    void requirePrograms(const std::vector<const char*>& names) const;
 
     /// Runs the burner's launcher in its folder.
     ProgramResult runBurner(const std::vector<std::string>& arguments) const;

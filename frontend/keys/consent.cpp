@@ -26,7 +26,7 @@ int askForConsent(const std::vector<Key>& keys, const std::string& loss, bool is
     if (isAgreed) {
         return 0;
     }
-    return askForYes(signals, "without a terminal, only --yes lets a key be changed",
+    return askForYes(signals, "a key be changed",
                      isOne ? "the key was left as it is" : "the keys were left as they are", console);
 }
 

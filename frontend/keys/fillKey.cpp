@@ -1,6 +1,8 @@
 #include "keys/fillKey.h"
 
 #include "disks/fatVolume.h"
+#include "disks/loopDevice.h"
+#include "disks/sysfs.h"
 #include "inputs/names.h"
 #include "job/childProcess.h"
 #include "job/jobDirectory.h"
@@ -13,7 +15,6 @@
 
 #include <bootableusb.h>
 
-#include <cstdlib>
 #include <filesystem>
 
 #include <fcntl.h>
@@ -27,20 +28,17 @@ using VelaCreation::BootableUSB;
 namespace {
 const std::string KEY_LINK = "/mnt/key";
 
-/// The library's device when there is only an image. A real key would be mounted below the image and stay
-/// mounted.
-const std::string NO_KEY = "/nonexistent/key";
+/// The library mounts an image only at byte 32256. It gets the file system of any image as a partition.
+Descriptor attachImage(const KeyTarget& target) {
+    return target.disk ? Descriptor() : attachLoopDevice(target.open, target.fileSystem);
+}
 
 /// The library appends the number of the partition to the disk's name. Where the kernel's name has a "p"
-/// before the number, two links provide that name.
+/// before the number, and for an image, two links provide that name.
 std::string deviceForLibrary(const KeyJob& job, const Descriptor& image) {
-    if (!job.target.disk) {
-        const auto place = placeImage(job.target, image);
-        setenv(VelaCreation::SOFT_KEY_VARIABLE, place.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
-        return NO_KEY;
-    }
-    auto node = job.target.disk->node();
-    const auto partition = job.target.disk->keyPartitionNode();
+    const auto& disk = job.target.disk;
+    auto node = disk ? disk->node() : "/dev/" + deviceDirectory(image.status().st_rdev).filename().string();
+    const auto partition = disk ? disk->keyPartitionNode() : node;
     if (partition == VelaCreation::keyPartitionOf(node)) {
         return node;
     }
@@ -51,14 +49,11 @@ std::string deviceForLibrary(const KeyJob& job, const Descriptor& image) {
 }
 
 /// Files must go to the key's own FAT file system. Another one could have links that lead elsewhere.
-bool isKeyMounted(const KeyJob& job) {
+bool isKeyMounted(const KeyJob& job, const Descriptor& image) {
     const Descriptor place(open(BootableUSB::MOUNT_POINT.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!place.isOpen()) {
-        return false;
-    }
     const auto& disk = job.target.disk;
-    const dev_t device = disk ? partitionNumber(*disk, KEY_PARTITION) : place.status().st_dev;
-    return isOnFat(place, device) && (disk || isLoopOver(device, job.target.open));
+    return place.isOpen() &&
+           isOnFat(place, disk ? partitionNumber(*disk, KEY_PARTITION) : image.status().st_rdev);
 }
 
 /// The key as bytes.
@@ -125,10 +120,10 @@ void hideStatusFile(BootableUSB& builder) {
     }
 }
 
-int runWorkflow(const KeyJob& job, const Descriptor& image, const Descriptor& jobDirectory,
-                Reporter& reporter) {
+int runWorkflow(const KeyJob& job, const Descriptor& jobDirectory, Reporter& reporter) {
+    const auto image = attachImage(job.target);
     LibraryLogger logger(reporter, [&] {
-        if (isKeyMounted(job)) {
+        if (isKeyMounted(job, image)) {
             return 0;
         }
         reporter.reason("what was mounted is not this key's FAT file system");
@@ -157,9 +152,8 @@ int runWorkflow(const KeyJob& job, const Descriptor& image, const Descriptor& jo
     return reportToolError(result, reporter);
 }
 
-int fillAndReadBack(const KeyJob& job, const Descriptor& image, const Descriptor& jobDirectory,
-                    Reporter& reporter) {
-    if (const int result = runWorkflow(job, image, jobDirectory, reporter); result != 0) {
+int fillAndReadBack(const KeyJob& job, const Descriptor& jobDirectory, Reporter& reporter) {
+    if (const int result = runWorkflow(job, jobDirectory, reporter); result != 0) {
         return result;
     }
     reporter.stage(STAGE_WRITING_OUT);
@@ -169,12 +163,14 @@ int fillAndReadBack(const KeyJob& job, const Descriptor& image, const Descriptor
 } // namespace
 
 int fillKey(const KeyJob& job, Reporter& reporter) {
-    const auto image = openImageAgain(job.target);
+    if (!hasOwnMounts()) {
+        throw Refusal("a key needs mounts of its own, and this machine does not grant them");
+    }
     linkContents(job.staged, job.jobDirectory, LIBRARY_FOLDER);
     const auto jobDirectory = enterLibraryFolder(job.all.call.choices.show.pauses, reporter);
     int result = 0;
     try {
-        result = fillAndReadBack(job, image, jobDirectory, reporter);
+        result = fillAndReadBack(job, jobDirectory, reporter);
     } catch (const Failure& failure) {
         reporter.reason(failure.what());
         result = EXIT_UNFINISHED;

@@ -53,7 +53,7 @@ KeyImage::KeyImage(const std::string& path)
     refuseIf(isIsoImage(m_file),
              quote(path) + " is an ISO image, and no image of a key; burn writes it to a disc");
     refuseIf(size() % SECTOR_SIZE != 0, quote(path) + " is incomplete: it does not end with a whole sector");
-    if (const auto map = path + MAP_ENDING; std::filesystem::exists(map)) {
+    if (const auto map = path + BLOCK_MAP_ENDING; std::filesystem::exists(map)) {
         m_mapPath = absolutePath(map);
         m_map = openChosen(map, O_RDONLY, S_IFREG);
     }

@@ -15,9 +15,8 @@ std::string countsText(const std::map<std::string, std::size_t>& counts) {
     for (const char* word : RESULT_WORDS) {
         const auto found = counts.find(word);
         if (found != counts.end()) {
-            text += (text.empty() ? std::to_string(found->second) + (found->second == 1 ? " key " : " keys ")
-                                  : ", " + std::to_string(found->second) + " ") +
-                    word;
+            text += (text.empty() ? counted(found->second, "key") : ", " + std::to_string(found->second)) +
+                    " " + word;
         }
     }
     return text;
@@ -85,9 +84,8 @@ int concludeKeys(Console& console, const std::vector<Key>& keys, const std::vect
         return concludeSeveral(console, keys, results, wasReadBack);
     }
     const auto& [outcome, addition] = results.front();
-    const auto& key = keys.front();
-    return conclude(console, outcome, "the key " + key.disk.node(),
-                    sizeText(key.about.size) + readBackText(wasReadBack) + addition);
+    return conclude(console, outcome, mediaText(keys),
+                    sizeText(keys.front().about.size) + readBackText(wasReadBack) + addition);
 }
 
 std::vector<Outcome> outcomesOfAll(const std::vector<Key>& keys, const std::vector<Outcome>& ofSelected,

@@ -3,6 +3,7 @@
 #include "disks/guard.h"
 #include "disks/stacks.h"
 #include "support/descriptor.h"
+#include "support/texts.h"
 
 #include <algorithm>
 #include <set>
@@ -107,11 +108,7 @@ std::size_t countSelected(const std::vector<Key>& keys) {
 }
 
 std::string mediaText(const std::vector<Key>& keys) {
-    if (keys.size() == 1) {
-        return "the key " + keys.front().disk.node();
-    }
-    const auto count = countSelected(keys);
-    return std::to_string(count) + (count == 1 ? " key" : " keys");
+    return keys.size() == 1 ? "the key " + keys.front().disk.node() : counted(countSelected(keys), "key");
 }
 
 void requireSelectedIfAlone(const std::vector<Key>& keys) {

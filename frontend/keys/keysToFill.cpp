@@ -30,9 +30,7 @@ std::uint64_t capacityOf(const Disk& disk, const std::string& format) {
 void requireErasable(const Key& key, const Inputs& inputs) {
     const auto image = cloneImageFor(key.about.size);
     inputs.package.requireFile(image, "a new key of this size is made from it");
-    if (!canBeFitted(inputs.package.beginningOf(image))) {
-        throw Refusal("the clone image " + quote(image) + " of the package has no fourth partition");
-    }
+    requireFittable(inputs.package, image);
     refuseFor(key.disk, eraseIneligibilityReason(key.disk, image, inputs.package.entries().at(image).size));
     requireFitting(inputs.contents, key.about.size - KEY_IMAGE_OFFSET, key.disk.node());
 }
@@ -82,6 +80,11 @@ ChosenKeys chooseKeysToFill(const UsbChoices& choices, const Inputs& inputs, con
         }
     };
     return chooseKeys(choices.keys, neededBy(choices, scratch), requireUsable, console);
+}
+
+void requireFittable(const ToolPackage& package, const std::string& cloneImage) {
+    refuseIf(!canBeFitted(package.beginningOf(cloneImage)),
+             "the clone image " + quote(cloneImage) + " of the package has no fourth partition");
 }
 
 void requireFitting(const Contents& contents, std::uint64_t capacity, const std::string& medium) {

@@ -16,6 +16,9 @@ namespace velacreate {
 ChosenKeys chooseKeysToFill(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
                             Console& console);
 
+/// Refuses a tool package whose clone image cannot be fitted to a key.
+void requireFittable(const ToolPackage& package, const std::string& cloneImage);
+
 /// Refuses files that do not fit.
 /// @param medium  for the message, such as "partition 4 of /dev/sdb"
 void requireFitting(const Contents& contents, std::uint64_t capacity, const std::string& medium);

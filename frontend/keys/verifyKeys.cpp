@@ -23,7 +23,8 @@ void requireNotWritten(const Disk& disk) {
     for (const auto& [place, device] : mountedPlaces(disk)) {
         struct statvfs about {};
         const bool isReadOnly = statvfs(place.c_str(), &about) == 0 && (about.f_flag & ST_RDONLY) != 0;
-        refuseIf(device == partitionNumber(disk, KEY_PARTITION) && !isReadOnly,
+        const bool isCompared = device == disk.number || device == partitionNumber(disk, KEY_PARTITION);
+        refuseIf(isCompared && !isReadOnly,
                  disk.node() + " is mounted on " + quote(place) + "; unmount it first");
     }
 }

@@ -1,6 +1,7 @@
 #include "keys/writeKey.h"
 
 #include "disks/cloning.h"
+#include "forms/keyRecord.h"
 #include "medium/comparison.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
@@ -16,7 +17,7 @@ namespace {
 void wipe(const KeyImage& image, const Descriptor& device) {
     MediumBytes bytes(image.blocks().file, image.size());
     wipeSignatures(device);
-    wipeSignatures(device, fourthPartition(bytes).value_or(ByteRange{}).offset);
+    wipeSignatures(device, keyPartition(bytes).value_or(ByteRange{}).offset);
     check(fsync(device.number()) == 0).orFail("what is on the disk cannot be wiped");
 }
 

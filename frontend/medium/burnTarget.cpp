@@ -17,21 +17,10 @@
 namespace velacreate {
 
 namespace {
-bool isPlain(const std::string& device) {
-    return !device.empty() && device.front() != '-' &&
-           device.find_first_not_of(
-               "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/_.,:=+-@") ==
-               std::string::npos;
-}
-
 /// The name becomes part of a command.
 void requirePlain(const std::string& device) {
-    refuseIf(!isPlain(device),
+    refuseIf(device.empty() || device.front() == '-' || !isPlain(device, "/_.,:=+-@"),
              "the drive " + quote(device) + " has a character in its name that no command can carry");
-}
-
-bool isStandIn(const std::string& device) {
-    return device.rfind(STAND_IN, 0) == 0;
 }
 
 /// Whether it is /dev/null or /dev/zero, which take anything and keep nothing.
@@ -56,11 +45,11 @@ BurnTarget::BurnTarget(std::string device) : m_device(std::move(device)) {
         m_content = "unknown"; // a burner's own notation
         return;
     }
-    m_path = isStandIn(m_device) ? m_device.substr(STAND_IN.size()) : m_device;
+    m_path = DiscDrive::pathOf(m_device);
     // The burner runs in another directory.
     refuseIf(m_path.rfind('/', 0) != 0, name() + " is not named by its path from the root");
     m_found = statusOf(m_path);
-    check(m_found || (isStandIn(m_device) && errno == ENOENT)).orRefuse(name());
+    check(m_found || (DiscDrive::isStandIn(m_device) && errno == ENOENT)).orRefuse(name());
     if (!m_found || !S_ISBLK(m_found->st_mode)) {
         takeFile();
         return;
@@ -80,14 +69,17 @@ std::string BurnTarget::name() const {
 }
 
 void BurnTarget::takeFile() {
-    if (isStandIn(m_device) && m_found && isSink(*m_found)) {
+    if (DiscDrive::isStandIn(m_device) && m_found && isSink(*m_found)) {
         m_path.clear();
         return;
     }
-    refuseIf(!isStandIn(m_device) || (m_found && !S_ISREG(m_found->st_mode)), name() + " is no drive");
+    refuseIf(!DiscDrive::isStandIn(m_device) || (m_found && !S_ISREG(m_found->st_mode)),
+             name() + " is no drive");
     // A link may lead elsewhere by then, and the number of a descriptor means another file to the burner.
     m_path = futurePath(m_path);
     refuseIf(m_path.empty(), name() + " has a path that cannot be followed");
+    refuseIf(!m_found && m_path.rfind("/dev/", 0) == 0,
+             name() + " does not exist, and no file is made in /dev");
     m_device = STAND_IN + m_path;
     requirePlain(m_device);
 }
@@ -111,7 +103,7 @@ void BurnTarget::takeDisk() {
     m_lock.emplace(disk);
     m_lock->unmount(); // refuses a disk that is mounted elsewhere
     m_path = disk.node();
-    m_device = (isStandIn(m_device) ? STAND_IN : "") + m_path;
+    m_device = (DiscDrive::isStandIn(m_device) ? STAND_IN : "") + m_path;
     m_content = contentOf(disk);
 }
 
@@ -146,9 +138,8 @@ int BurnTarget::askForConsent(const OverwriteChoices& choices, Console& console)
     if (!m_content.empty() && !choices.yes) {
         const std::string medium = m_lock ? "disk" : "disc";
         const HeldSignals signals;
-        if (const int status =
-                askForYes(signals, "without a terminal, only --yes lets a " + medium + " be changed",
-                          "the " + medium + " was left as it is", console);
+        if (const int status = askForYes(signals, "a " + medium + " be changed",
+                                         "the " + medium + " was left as it is", console);
             status != 0) {
             console.complain("interrupted; nothing was changed");
             return status;

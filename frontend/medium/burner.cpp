@@ -9,7 +9,6 @@
 #include "medium/isoImage.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
-#include "support/programs.h"
 #include "support/texts.h"
 
 #include <bootableiso.h>
@@ -74,9 +73,7 @@ std::string asShellWord(const std::string& text) {
 
 Burner::Burner(const std::string& device, const CallerEnvironment& caller)
     : m_target(device), m_toolkit(caller.toolkit), m_scratch(scratchDirectory("", caller)) {
-    if (m_toolkit.isOwn()) {
-        requirePrograms({"wodim"}, LAUNCHERS_SEARCH_PATH);
-    }
+    m_toolkit.requirePrograms({"wodim"});
     requireAnswer(m_target.device(), m_toolkit);
 }
 
@@ -91,7 +88,7 @@ int Burner::burn(const BurnChoices& choices, Console& console) {
         return status;
     }
     m_target.requireUnchanged();
-    const std::string medium = "the disc in " + device;
+    const auto medium = discText(device);
     console.say("Burning " + quote(choices.image) + " to " + device);
     const HeldSignals signals;
     const JobDirectory jobDirectory(m_scratch);

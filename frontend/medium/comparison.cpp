@@ -46,14 +46,9 @@ int report(const Differences& differences, JobKind kind, const Reporter& reporte
 
 void reportKept(const Findings& findings, const Reporter& reporter) {
     if (findings.keptFiles != 0) {
-        reporter.addition(std::to_string(findings.keptFiles) +
-                          (findings.keptFiles == 1 ? " other file" : " other files") + " with " +
+        reporter.addition(counted(findings.keptFiles, "other file") + " with " +
                           sizeText(findings.keptBytes) + " not looked at");
     }
-}
-
-std::string counted(std::size_t count, const std::string& what) {
-    return std::to_string(count) + " " + what + (count == 1 ? " file" : " files");
 }
 } // namespace
 
@@ -88,8 +83,8 @@ std::string explanationText(const std::string& medium, const Contents& contents)
             }
         }
     }
-    return "Every byte of " + medium + " is explained: " + counted(bootFiles, "boot") + ", " +
-           counted(updateFiles, "update");
+    return "Every byte of " + medium + " is explained: " + counted(bootFiles, "boot file") + ", " +
+           counted(updateFiles, "update file");
 }
 
 OpenMedium openToCompare(const std::string& kind, const std::string& path, mode_t type) {
@@ -124,8 +119,7 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
         return report(compareDisc(image, disc, beginReadingBack(size, reporter)), JobKind::comparing,
                       reporter);
     };
-    const MediumJob job = {
-        "the disc in " + drive.name(), anywhere.number(), work, {}, nullptr, JobKind::comparing};
+    const MediumJob job = {discText(drive.name()), anywhere.number(), work, {}, nullptr, JobKind::comparing};
     return supervise({job}, 1, signals, console).front();
 }
 

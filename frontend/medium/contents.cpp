@@ -118,11 +118,7 @@ void addBesideArchive(Contents& contents, const std::vector<const char*>& names,
 } // namespace
 
 std::uint64_t sizeOf(const Tree& tree) {
-    std::uint64_t total = 0;
-    for (const auto& [place, part] : tree) {
-        total = sumOf(total, part.size);
-    }
-    return total;
+    return sizeOfAll(tree);
 }
 
 std::uint64_t Contents::size() const {

@@ -11,12 +11,8 @@
 
 namespace velacreate {
 namespace {
-constexpr int TO_READ = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW;
-
-/// @throw Refusal for a link, a FIFO, a device or a directory in the place of a file
 void compareFile(const Comparison& comparison, const Descriptor& file, const std::string& place,
                  const Part& part, Differences& differences) {
-    refuseIf(!S_ISREG(file.status().st_mode), quote(place) + " is not a file");
     const auto size = sizeOf(file);
     if (size != part.size) {
         differences.addDiffering(place, part);
@@ -30,20 +26,19 @@ void compareFile(const Comparison& comparison, const Descriptor& file, const std
 
 void compare(const Comparison& comparison, Beneath& directory, const std::string& place, const Part& part,
              Differences& differences) {
-    const auto file = directory.open(place, part.isDirectory ? O_PATH | O_DIRECTORY | O_NOFOLLOW : TO_READ);
-    const SystemError error;
-    if (file.isOpen() && !part.isDirectory) {
-        compareFile(comparison, file, place, part, differences);
-    } else if (file.isOpen()) {
+    const auto what = quote(place);
+    const auto opened = directory.open(place, part.isDirectory ? O_PATH | O_DIRECTORY | O_NOFOLLOW : TO_READ);
+    if (opened.isOpen() && part.isDirectory) {
         return;
-    } else if (error.number() == ENOENT) {
+    }
+    refuseOtherThanFile(opened, what);
+    if (opened.isOpen()) {
+        compareFile(comparison, opened, place, part, differences);
+    } else if (errno == ENOENT) {
         differences.addMissing(place, part);
-    } else if (error.number() == ENOTDIR) {
-        differences.addDiffering(place, part);
-    } else if (error.number() == ELOOP) {
-        throw Refusal(quote(place) + " is a link");
     } else {
-        throw Failure(error.about(quote(place)));
+        check(errno == ENOTDIR).orFail(what);
+        differences.addDiffering(place, part);
     }
 }
 

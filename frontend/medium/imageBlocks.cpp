@@ -1,6 +1,7 @@
 #include "medium/imageBlocks.h"
 
 #include "forms/foreignMarks.h"
+#include "forms/keyRecord.h"
 #include "support/failure.h"
 
 #include <algorithm>
@@ -71,7 +72,7 @@ std::string ownerIn(const Descriptor& image, std::uint64_t offset) {
 
 void refuseMarks(const ImageBlocks& image, const Descriptor& key, Differences& differences) {
     MediumBytes bytes(image.file, sizeOf(image.file));
-    const auto partition = fourthPartition(bytes).value_or(ByteRange{});
+    const auto partition = keyPartition(bytes).value_or(ByteRange{});
     examining(key, differences, [&](const Examination& examination) {
         refuseForeignMarks(examination, partition.offset, image.blocks);
     });

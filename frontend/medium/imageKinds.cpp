@@ -12,10 +12,9 @@ namespace velacreate {
 namespace {
 /// Whether a file has a boot record with a fourth partition.
 bool hasFourthPartition(const Descriptor& file) {
-    constexpr std::size_t TYPE_FIELD = PARTITIONS_FIELD + 3 * PARTITION_SIZE + 4;
     Sector record{};
     const auto size = readAt(file.number(), record.data(), record.size(), 0);
-    return size == static_cast<ssize_t>(record.size()) && record[TYPE_FIELD] != 0 &&
+    return size == static_cast<ssize_t>(record.size()) && record[FOURTH_TYPE_FIELD] != 0 &&
            std::equal(SIGNATURE.begin(), SIGNATURE.end(), record.begin() + SIGNATURE_FIELD);
 }
 } // namespace

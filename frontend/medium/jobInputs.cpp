@@ -3,6 +3,7 @@
 #include "inputs/limits.h"
 #include "inputs/names.h"
 #include "support/failure.h"
+#include "support/texts.h"
 
 #include <mediaRules.h>
 
@@ -81,9 +82,8 @@ void Inputs::requireOther(const Output& output) const {
 }
 
 void Inputs::announce(Console& console, const std::string& beginning) const {
-    const auto count = updates.fileCount();
-    console.say(beginning + " " + quote(package.path()) + " and " + std::to_string(count) +
-                (count == 1 ? " update file" : " update files"));
+    console.say(beginning + " " + quote(package.path()) + " and " +
+                counted(updates.fileCount(), "update file"));
     for (const auto& name : contents.replaced) {
         console.say("Note: the update file " + quote(name) +
                     " takes the place of a boot file of the package");

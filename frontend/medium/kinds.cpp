@@ -9,6 +9,7 @@ namespace {
 using namespace VelaCreation;
 
 const std::string IMAGE_PLACE = std::string(LIBRARY_FOLDER) + "/image" + ISO_ENDING;
+const std::string KEY_IMAGE_PLACE = std::string(LIBRARY_FOLDER) + "/key.img";
 const std::string NETBOOT_PLACE = std::string(LIBRARY_FOLDER) + "/package";
 
 template <typename Values>
@@ -24,7 +25,6 @@ Kind image() {
     Kind kind;
     kind.name = "the image";
     kind.bootFiles = {{inBoot(EFI_LOADER), "the image starts from it"}};
-    kind.programs = {"unzip"};
     kind.toolkitPrograms = {"xorriso"};
     kind.place = IMAGE_PLACE;
     kind.stages = {{STAGE_COPYING, BootableMedia::ISO_DIR_NAME}, {STAGE_MAKING_ISO, IMAGE_PLACE}};
@@ -50,7 +50,7 @@ Kind key() {
     Kind kind;
     kind.name = "the key";
     kind.cloneImages = CloneImages::wanted;
-    kind.programs = {"unzip", "mount", "umount"};
+    kind.programs.insert(kind.programs.end(), {"mount", "umount"});
     kind.stages = {{STAGE_COPYING, ""}, {STAGE_COPYING_UPDATES, ""}, {STAGE_WRITING_OUT, ""}};
     kind.removals = listOf(KEY_REMOVALS);
     kind.updatesComeLast = true;
@@ -60,11 +60,20 @@ Kind key() {
     return kind;
 }
 
+/// Made without the library and without mounts.
+Kind keyImage() {
+    Kind kind = key();
+    kind.name = "the key image";
+    kind.programs = {"mkfs.vfat"};
+    kind.place = KEY_IMAGE_PLACE;
+    kind.stages = {};
+    return kind;
+}
+
 Kind netbootDirectory() {
     Kind kind;
     kind.name = "the network-boot directory";
     kind.bootFiles = {{inBoot(NETBOOT_LOADER), "a machine on the network starts from it"}};
-    kind.programs = {"unzip"};
     kind.toolkitPrograms = {"zip"};
     kind.place = NETBOOT_PLACE;
     kind.stages = {{STAGE_COPYING_PXE, BootableMedia::ISO_DIR_NAME}, {STAGE_ZIPPING, ""}};
@@ -79,6 +88,7 @@ const Kind& kindOf(MediumKind kind) {
     static const Kind IMAGE = image();
     static const Kind POWER_PC_IMAGE = powerPcImage();
     static const Kind KEY = key();
+    static const Kind KEY_IMAGE = keyImage();
     static const Kind NETBOOT_DIRECTORY = netbootDirectory();
     switch (kind) { // a missing kind does not compile
     case MediumKind::image:
@@ -87,6 +97,8 @@ const Kind& kindOf(MediumKind kind) {
         return POWER_PC_IMAGE;
     case MediumKind::key:
         return KEY;
+    case MediumKind::keyImage:
+        return KEY_IMAGE;
     case MediumKind::netbootDirectory:
         break;
     }

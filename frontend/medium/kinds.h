@@ -18,7 +18,7 @@ struct Findings;
 
 constexpr const char* STAGE_WRITING_OUT = "Writing out";
 
-enum class MediumKind { image, powerPcImage, key, netbootDirectory };
+enum class MediumKind { image, powerPcImage, key, keyImage, netbootDirectory };
 
 /// A boot file that machines start from.
 struct BootFile {
@@ -43,7 +43,7 @@ struct Kind {
     std::string name;                                ///< for messages, such as "the image"
     std::vector<BootFile> bootFiles;                 ///< required in the tool package
     CloneImages cloneImages = CloneImages::unwanted; ///< whether the job needs them
-    std::vector<const char*> programs;               ///< the job runs them
+    std::vector<const char*> programs = {"unzip"};   ///< the job runs them
     std::vector<const char*> toolkitPrograms;        ///< velacreate's own launchers run them
     std::string place;                               ///< of the growing output, below the job directory
     std::vector<MeasuredStage> stages;

@@ -1,13 +1,13 @@
 #include "medium/outputJob.h"
 
 #include "display/summary.h"
+#include "forms/blockMap.h"
 #include "inputs/checksum.h"
 #include "inputs/limits.h"
 #include "job/bytesRead.h"
 #include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
 #include "job/supervisor.h"
-#include "medium/call.h"
 #include "medium/comparison.h"
 #include "medium/imageChecksum.h"
 #include "support/exitStatus.h"
@@ -27,6 +27,23 @@ namespace velacreate {
 namespace {
 std::string checksumPlace(const Kind& kind) {
     return kind.place + CHECKSUM_ENDING;
+}
+
+/// A file that is made beside the output.
+struct Companion {
+    const Output* output;
+    std::string place; ///< below the job directory
+};
+
+std::vector<Companion> companionsOf(const OutputJob& job) {
+    std::vector<Companion> companions;
+    if (job.blockMap != nullptr) {
+        companions.push_back({job.blockMap, job.inputs.kind.place + BLOCK_MAP_ENDING});
+    }
+    if (job.checksum != nullptr) {
+        companions.push_back({job.checksum, checksumPlace(job.inputs.kind)});
+    }
+    return companions;
 }
 
 std::string nameOf(const Output& output) {
@@ -84,13 +101,9 @@ int finish(const OutputJob& job, const Descriptor& jobDirectory, Reporter& repor
 /// In the job's process.
 int make(const OutputJob& job, Reporter& reporter) {
     const auto jobDirectory = enterLibraryFolder(job.choices.show.pauses, reporter);
-    stageFiles(job.inputs, PackageForm::archive, jobDirectory, reporter);
-    job.toolkit.copyHere();
-    LibraryLogger logger(reporter);
-    if (const int result = job.workflow(logger); result != 0) {
-        return reportToolError(result, reporter);
-    }
-    return finish(job, jobDirectory, reporter);
+    stageFiles(job.inputs, job.form, jobDirectory, reporter);
+    const int result = job.workflow(jobDirectory, reporter);
+    return result == 0 ? finish(job, jobDirectory, reporter) : result;
 }
 
 /// The checksum of the image that is to be replaced is moved away. Another file of this name stays.
@@ -122,13 +135,18 @@ void putAllInPlace(const OutputJob& job, const Descriptor& jobDirectory, Outcome
         }
         throw;
     }
-    if (job.checksum == nullptr) {
-        return;
-    }
+    std::vector<Companion> done = {{&job.output, place}};
+    std::vector<struct stat> takenOnes = {taken};
     try {
-        job.checksum->take(jobDirectory, checksumPlace(job.inputs.kind));
+        for (const auto& companion : companionsOf(job)) {
+            takenOnes.push_back(companion.output->take(jobDirectory, companion.place));
+            done.push_back(companion);
+        }
     } catch (const Failure&) {
-        outcome.hasChanged = !job.output.giveBack(jobDirectory, place, taken);
+        for (; !done.empty(); done.pop_back(), takenOnes.pop_back()) {
+            outcome.hasChanged |=
+                !done.back().output->giveBack(jobDirectory, done.back().place, takenOnes.back());
+        }
         throw;
     }
 }
@@ -176,17 +194,23 @@ std::map<std::string, Gauge> gaugesOf(const Inputs& inputs, int jobDirectory) {
 
 void requireProgramsOf(const Kind& kind, const Toolkit& toolkit) {
     requirePrograms(kind.programs);
-    if (toolkit.isOwn()) {
-        requirePrograms(kind.toolkitPrograms, LAUNCHERS_SEARCH_PATH);
-    }
+    toolkit.requirePrograms(kind.toolkitPrograms);
+}
+
+Workflow libraryWorkflow(const Toolkit& toolkit, const std::function<int(VelaLoggerIfc&)>& run) {
+    return [&toolkit, run](const Descriptor& /*jobDirectory*/, Reporter& reporter) {
+        toolkit.copyHere();
+        LibraryLogger logger(reporter);
+        return reportToolError(run(logger), reporter);
+    };
 }
 
 int makeOutput(const OutputJob& job, Console& console) {
     const auto& kind = job.inputs.kind;
     const auto medium = kind.name + " " + quote(job.output.path());
     requireExecutable(job.output.parent());
-    if (job.checksum != nullptr) {
-        requireOtherLog(job.choices.show, job.checksum->path());
+    for (const auto& companion : companionsOf(job)) {
+        requireOtherLog(job.choices.show, companion.output->path());
     }
     openLog(console, job.choices.show, job.output.path(), &job.inputs);
     job.inputs.announce(console, "Making " + medium + " from");

@@ -6,6 +6,7 @@
 #include "display/console.h"
 #include "job/output.h"
 #include "job/toolkit.h"
+#include "medium/call.h"
 #include "medium/jobInputs.h"
 
 #include <bootableMedia.h>
@@ -15,17 +16,23 @@
 
 namespace velacreate {
 
+/// Makes the output at its kind's place in the job directory, from the staged files.
+using Workflow = std::function<int(const Descriptor& jobDirectory, Reporter& reporter)>;
+
 struct OutputJob {
     const JobChoices& choices;
     const Inputs& inputs;
-    const Toolkit& toolkit;
     const Output& output;
+    const Output* blockMap; ///< null for a medium without one; the workflow makes it
     const Output* checksum; ///< null when none is wanted
     /// Where an earlier image may have left its checksum; empty when the checksum is made anew.
     std::string earlierChecksum;
-    /// The library's workflow. It makes the output at its kind's place.
-    std::function<int(VelaLoggerIfc&)> workflow;
+    PackageForm form; ///< that the workflow takes
+    Workflow workflow;
 };
+
+/// @param run  a workflow of the library, which runs the launchers
+Workflow libraryWorkflow(const Toolkit& toolkit, const std::function<int(VelaLoggerIfc&)>& run);
 
 /// @throw Refusal when a program is missing
 void requireProgramsOf(const Kind& kind, const Toolkit& toolkit);

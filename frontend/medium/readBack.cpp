@@ -11,8 +11,6 @@
 #include <memory>
 #include <utility>
 
-#include <fcntl.h>
-
 namespace velacreate {
 namespace {
 /// Calls a reader with the examination of a file or a disk.
@@ -93,19 +91,16 @@ Differences compareBootRecord(const ReadMedium& medium, const ToolPackage& packa
 
 Examine compareNetbootDirectory(const Comparison& comparison, Findings& findings) {
     const std::string name = VelaCreation::NETBOOT_ARCHIVE;
+    const auto what = quote(name);
     compareDirectory(comparison, comparison.contents.besideArchive, {name}, findings.differences);
-    auto opened = openBeneath(comparison.medium.file.number(), name, O_RDONLY | O_NONBLOCK | O_NOCTTY);
-    const SystemError error;
-    const auto archive = std::make_shared<Descriptor>(std::move(opened));
-    if (!archive->isOpen() && error.number() == ENOENT) {
-        findings.differences.addForm("the archive " + quote(name) + " is missing");
+    auto opened = openBeneath(comparison.medium.file.number(), name, TO_READ);
+    refuseOtherThanFile(opened, what);
+    if (!opened.isOpen() && errno == ENOENT) {
+        findings.differences.addForm("the archive " + what + " is missing");
         return [](Findings& /*findings*/) {};
     }
-    refuseIf(!archive->isOpen() && error.number() == ELOOP, quote(name) + " is a link");
-    if (!archive->isOpen()) {
-        throw Failure(error.about(quote(name)));
-    }
-    refuseIf(!S_ISREG(archive->status().st_mode), quote(name) + " is not a file");
+    check(opened.isOpen()).orFail(what);
+    const auto archive = std::make_shared<Descriptor>(std::move(opened));
     return [&comparison, archive](Findings& inside) {
         examine(comparison, *archive, sizeOf(*archive), inside.differences,
                 [&](const Examination& examination) { examineZip(examination, comparison.contents.tree); });

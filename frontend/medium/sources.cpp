@@ -12,7 +12,7 @@ namespace velacreate {
 
 void Sources::enter(const Part& part) {
     m_name = part.source;
-    m_file = m_workplace.open(part.source, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+    m_file = m_workplace.open(part.source, TO_READ);
     if (!m_file.isOpen()) {
         throw Failure(SystemError().about("the source " + quote(m_name)));
     }

@@ -65,7 +65,7 @@ void NetbootDirectory::forEachFile(
         if (!found) {
             continue;
         }
-        const auto file = openBeneath(m_directory.number(), name, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+        const auto file = openBeneath(m_directory.number(), name, TO_READ);
         check(file.isOpen()).orFail(quote(name));
         use(name, file);
         if (!isUnchanged(*found, file.status())) {
@@ -97,17 +97,13 @@ std::string NetbootDirectory::change() const {
 /// @return closed when it is missing
 Descriptor NetbootDirectory::open(const std::string& name) const {
     const std::string what = quote(name) + " in " + text();
-    auto file = openBeneath(m_directory.number(), name, O_RDONLY | O_NONBLOCK | O_NOCTTY);
-    if (!file.isOpen()) {
-        if (errno != ENOENT) {
-            throw Refusal(errno == ELOOP ? what + " is a link" : SystemError().about(what));
-        }
-        return file;
+    auto file = openBeneath(m_directory.number(), name, TO_READ);
+    refuseOtherThanFile(file, what);
+    if (file.isOpen()) {
+        requireReadable(file.status(), what);
+    } else {
+        check(errno == ENOENT).orRefuse(what);
     }
-    if (!S_ISREG(file.status().st_mode)) {
-        throw Refusal(what + " is not a file");
-    }
-    requireReadable(file.status(), what);
     return file;
 }
 

@@ -2,8 +2,8 @@
 
 #include "support/descriptor.h"
 #include "support/failure.h"
+#include "support/texts.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <memory>
 
@@ -33,16 +33,6 @@ Address addressIn(const sockaddr* address) {
     return ntohl(reinterpret_cast<const sockaddr_in*>(address)->sin_addr.s_addr);
 }
 
-/// The server reads some characters as a pattern or as the end of a name.
-bool isPlain(const std::string& name) {
-    return std::all_of(name.begin(), name.end(), [](char character) {
-        const bool isLetter =
-            (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
-        return isLetter || (character >= '0' && character <= '9') ||
-               std::string("._-@+").find(character) != std::string::npos;
-    });
-}
-
 /// Binds without SO_REUSEADDR, or EADDRINUSE would not be reported.
 bool isInUse(std::uint16_t number, Address address, const std::string& port) {
     const Descriptor trial(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
@@ -67,7 +57,8 @@ void requireFree(std::uint16_t number, Address address, const std::string& port)
 
 NetworkPort::NetworkPort(const std::string& name) : m_name(name), m_index(if_nametoindex(name.c_str())) {
     refuseIf(m_index == 0, "there is no network port " + quote(name));
-    refuseIf(!isPlain(name),
+    // The server reads some characters as a pattern or as the end of a name.
+    refuseIf(!isPlain(name, "._-@+"),
              "the network port " + quote(name) + " has a name that cannot be served; rename it");
     const auto all = addressesOfAll();
     unsigned flags = 0;
@@ -80,7 +71,7 @@ NetworkPort::NetworkPort(const std::string& name) : m_name(name), m_index(if_nam
             m_networks.push_back({addressIn(entry->ifa_addr), addressIn(entry->ifa_netmask)});
         }
     }
-    refuseIf((flags & IFF_BROADCAST) == 0, name + " is no port on which machines can ask for anything");
+    refuseIf((flags & IFF_BROADCAST) == 0, name + " has no broadcasts, and machines need them to boot");
     refuseIf((flags & IFF_UP) == 0, name + " is not up; \"ip link set " + name + " up\" does it");
     refuseIf(m_networks.empty(),
              name + " has no IPv4 address; \"ip address add ADDRESS/BITS dev " + name + "\" gives it one");

@@ -170,6 +170,15 @@ Descriptor openChosen(const std::string& path, int flags, mode_t type) {
     return file;
 }
 
+void refuseOtherThanFile(const Descriptor& opened, const std::string& what) {
+    if (!opened.isOpen() && errno == ELOOP) {
+        throw Refusal(what + " is a link");
+    }
+    if (opened.isOpen() && !S_ISREG(opened.status().st_mode)) {
+        throw Refusal(what + " is not a file");
+    }
+}
+
 Descriptor openBeneath(int directory, const std::string& path, int flags, unsigned mode) {
     return openResolved(directory, path, flags, mode, BENEATH);
 }
@@ -192,7 +201,9 @@ Descriptor openedToAdd(const std::string& what, const std::string& path, int cre
         return file;
     }
     if (!file.isOpen()) {
-        throw Refusal(errno == ELOOP ? what + " is a link" : SystemError().about(what));
+        throw Refusal(errno == ELOOP   ? what + " is a link"
+                      : errno == ENXIO ? what + " is no file" // a FIFO that nobody reads
+                                       : SystemError().about(what));
     }
     const mode_t mode = file.status().st_mode;
     if (!S_ISREG(mode) && !S_ISCHR(mode)) {

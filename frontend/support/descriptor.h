@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace velacreate {
@@ -47,6 +48,7 @@ struct NamedDirectory {
     Descriptor directory;
 
     int number() const { return directory.number(); }
+    std::string pathOf(const std::string& entry) const { return (path == "/" ? "" : path) + "/" + entry; }
 };
 
 /// @return the absolute path of an existing file
@@ -60,6 +62,14 @@ std::string futurePath(const std::string& path);
 /// @param type  S_IFREG or S_IFDIR
 /// @throw Refusal when it cannot be opened, or is of another type
 Descriptor openChosen(const std::string& path, int flags, mode_t type);
+
+/// For files that may have been replaced by others. Does not wait for a FIFO's writer.
+constexpr int TO_READ = O_RDONLY | O_NONBLOCK | O_NOCTTY;
+
+/// To be called with a file that was just opened from a directory that others may change.
+/// @param what  for the message; built before the file was opened, since errno is read
+/// @throw Refusal when the path is no file, or led to a link; not when it could not be opened otherwise
+void refuseOtherThanFile(const Descriptor& opened, const std::string& what);
 
 /// Opens a path below a directory, but none that leads out of it or through a link. Adds O_CLOEXEC.
 /// @return closed, with errno set, when it cannot be opened

@@ -20,7 +20,7 @@ constexpr ExitStatus TABLE[] = {
     {VELAERROR_NO_UPDATE_FILES, "no update file is left", "Name update files."},
     {VELAERROR_FILE_OR_DIR_NOT_FOUND, "a file that the job needs is missing", "Look it up with --verbose."},
     {VELAERROR_USB_ACCESS_ERROR, "the key cannot be read, sized or mounted",
-     "Plug it in again, or format it with --format always."},
+     "Plug the key in again, or format it with --format always. If it is an image, make a new one."},
     {VELAERROR_UNZIP_ERROR, "the tool package cannot be unpacked",
      "Check the free space of the job directory."},
     {VELAERROR_FORMAT_ERROR, "the key cannot be formatted",

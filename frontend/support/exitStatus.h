@@ -2,6 +2,7 @@
 /// Exit statuses: 0, the library's result codes, and the command's own.
 #pragma once
 
+#include <csignal>
 #include <functional>
 #include <string>
 
@@ -10,7 +11,8 @@ namespace velacreate {
 constexpr int EXIT_REFUSED = 2;
 constexpr int EXIT_DIFFERENT = 3;
 constexpr int EXIT_UNFINISHED = 4;
-constexpr int EXIT_INTERRUPTED = 130; ///< as in shells
+constexpr int EXIT_BY_SIGNAL = 128; ///< and the signal's number, as in shells
+constexpr int EXIT_INTERRUPTED = EXIT_BY_SIGNAL + SIGINT;
 
 /// Runs a function. A Refusal becomes EXIT_REFUSED, another exception EXIT_UNFINISHED.
 /// @param tell  called with the exception's text

@@ -1,6 +1,7 @@
 #include "support/programs.h"
 
 #include "support/descriptor.h"
+#include "support/exitStatus.h"
 #include "support/failure.h"
 
 #include <array>
@@ -98,7 +99,7 @@ int exitStatusOf(pid_t process) {
     while (waitpid(process, &status, 0) < 0) {
         check(errno == EINTR).orFail("waiting for a process");
     }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : EXIT_BY_SIGNAL + WTERMSIG(status);
 }
 
 std::vector<char*> argumentsOf(const std::vector<std::string>& command) {

@@ -12,9 +12,6 @@ namespace velacreate {
 /// The search path of all jobs, whatever the caller's is.
 constexpr const char* SEARCH_PATH = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
 
-/// Where velacreate's own launchers look for programs.
-constexpr const char* LAUNCHERS_SEARCH_PATH = "/usr/bin";
-
 /// @return the path of a program; empty when it is missing
 std::string pathOf(const std::string& program, const char* searchPath = SEARCH_PATH);
 
@@ -24,7 +21,7 @@ struct ProgramResult {
 };
 
 /// Waits for the end of a child process.
-/// @return its exit status, or 128 and the signal's number
+/// @return its exit status, or EXIT_BY_SIGNAL and the signal's number
 /// @throw Failure
 int exitStatusOf(pid_t process);
 

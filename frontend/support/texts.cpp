@@ -16,12 +16,16 @@ std::string formatted(const std::tm& time, const char* format) {
 }
 } // namespace
 
+std::string counted(std::uint64_t count, const std::string& what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 std::string sizeText(std::uint64_t bytes) {
     constexpr std::array<const char*, 6> UNITS = {" KiB", " MiB", " GiB", " TiB", " PiB", " EiB"};
     constexpr double STEP = 1024;
     constexpr double LARGEST = STEP - 0.05; // larger counts would be rounded to the next unit
     if (bytes < 1024) {
-        return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
+        return counted(bytes, "byte");
     }
     double count = static_cast<double>(bytes) / STEP;
     std::size_t unit = 0;
@@ -63,6 +67,11 @@ std::string universalTimeText() {
     std::tm universal{};
     gmtime_r(&now, &universal);
     return formatted(universal, "%FT%TZ");
+}
+
+bool isPlain(const std::string& text, const std::string& others) {
+    const std::string plain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789" + others;
+    return text.find_first_not_of(plain) == std::string::npos;
 }
 
 } // namespace velacreate

@@ -1,11 +1,14 @@
 /// @file
-/// Numbers and times as text.
+/// Numbers and times as text, and what texts consist of.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
 namespace velacreate {
+
+/// @return such as "1 file" or "2 files"
+std::string counted(std::uint64_t count, const std::string& what);
 
 /// @return such as "1.5 GiB", in multiples of 1,024
 std::string sizeText(std::uint64_t bytes);
@@ -24,5 +27,8 @@ std::string localTimeText();
 
 /// @return the universal time, such as "2026-11-25T09:28:35Z"
 std::string universalTimeText();
+
+/// Whether a text has no characters but letters and digits of ASCII, and these others.
+bool isPlain(const std::string& text, const std::string& others);
 
 } // namespace velacreate

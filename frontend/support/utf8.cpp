@@ -66,14 +66,21 @@ bool isUnseen(wchar_t character) {
         wchar_t first;
         wchar_t last;
     };
-    constexpr std::array<Range, 8> UNSEEN = {{{0x61c, 0x61c},
-                                              {0x200b, 0x200b},
-                                              {0x200e, 0x200f},
-                                              {0x2028, 0x202e},
-                                              {0x2060, 0x206f},
-                                              {0xfeff, 0xfeff},
-                                              {0xfff9, 0xfffb},
-                                              {0xe0000, 0xe007f}}};
+    constexpr std::array<Range, 15> UNSEEN = {{{0xad, 0xad},
+                                               {0x61c, 0x61c},
+                                               {0x115f, 0x1160},
+                                               {0x180b, 0x180f},
+                                               {0x200b, 0x200b},
+                                               {0x200e, 0x200f},
+                                               {0x2028, 0x202e},
+                                               {0x2060, 0x206f},
+                                               {0x2800, 0x2800},
+                                               {0x3164, 0x3164},
+                                               {0xfe00, 0xfe0f},
+                                               {0xfeff, 0xfeff},
+                                               {0xffa0, 0xffa0},
+                                               {0xfff9, 0xfffb},
+                                               {0xe0000, 0xe01ef}}};
     return std::any_of(UNSEEN.begin(), UNSEEN.end(), [&](const Range& range) {
         return character >= range.first && character <= range.last;
     });

@@ -24,6 +24,8 @@ private:
     locale_t m_before;
 };
 
+constexpr wchar_t LAST_OF_ONE_UNIT = 0xffff; ///< higher characters take two units of UTF-16
+
 /// Reads what the C library reads in the locale C.UTF-8, also a character of four bytes beyond U+10FFFF.
 /// @return the length in bytes of the character at a position; 0 for a NUL or an invalid byte
 std::size_t readCharacter(const std::string& text, std::size_t at, wchar_t& character);

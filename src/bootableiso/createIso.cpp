@@ -50,7 +50,7 @@ int stageFiles(BootableISO& builder, const Operation& operation, std::vector<std
     }
     const std::string installer = stagingDir + BootableMedia::FILE_SEPERATOR + INSTALLER;
     if (builder.isFileExist(installer)) {
-        operation.note("Need to chmod zephyn binary file");
+        operation.note(std::string("Need to chmod ") + INSTALLER + " binary file");
         if (!runCaptured("chmod -R +x " + installer)) {
             return operation.failedWithError(VELAERROR_CHANGE_MODE_ERROR, errno, "Changing mode fails");
         }

@@ -23,7 +23,7 @@ std::string sizeText(std::uint32_t sectors) {
             return text.str();
         }
     }
-    return std::to_string(sectors * 512U) + "B";
+    return std::to_string(sectors * SECTOR_SIZE) + "B";
 }
 
 std::string deviceName(std::string devicePath) {

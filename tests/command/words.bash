@@ -90,6 +90,9 @@ disks() { # NUMBER MEBIBYTES: full of noise, with a GPT
         printf 'label: gpt\n2048\n' | sfdisk -q "$disk"
         disks+=("$(losetup -f --show "$disk")")
     done
+clonedImage() { # SECTORS_PER_TRACK: as its clone image is, with nothing else in the package
+    "$project/demo/clone-image" key.img 16 64 "$1"
+    cp key.img init1.img && zip -qj work/tool.zip init1.img && truncate -s $((16 * 64 * $1 * 512)) key.img
 }
 stick() { # a disk that is mounted on /mnt
     truncate -s 16M disk && mke2fs -q disk && stick=$(losetup -f --show disk)
