@@ -232,6 +232,10 @@ TEST_F(IsoFormTest, FindsDamage) {
         {EFI, "A.TXT;1", -5, "\2", "'a.txt': unexpected value of the volume number"},
         {EFI, "A.TXT;1", 0, "B", "'a.txt': unexpected identifier"},
         {EFI, "A.TXT;1", 6, "2", "'a.txt': unexpected identifier"},
+        {EFI, "LONGERNA.CFG;1", 4, "4711", "'longername.cfg': unexpected identifier"},
+        {EFI, "NNNNNNNN1;1", 8, "2", "'n*2': unexpected identifier"},
+        {PPC, "nnn000", 5, "1", "'n*': unexpected identifier"},
+        {PPC, "longer-name-in-the-Rock-Ridge-e", 30, "d", "'longer-name-in-*': unexpected identifier"},
         {EFI, "A.TXT;1", 7, "SL", "'a.txt': unexpected value of the entry of the mode"},
         {EFI, "A.TXT;1", 12, "\x8d", "'a.txt': unexpected value of the mode"},
         {EFI, "A.TXT;1", 43, "CL", "'a.txt': unexpected value of the entry of the times"},
@@ -252,7 +256,7 @@ TEST_F(IsoFormTest, FindsDamage) {
         {EFI, record, 100000, "x", "the padding at the end: bytes * are not all zero"},
         {PPC, "subRR", -31, both(28), "'sub': bytes * belong to something else, too"},
     };
-    stage("true");
+    stage("touch longername.cfg longer-name-in-the-Rock-Ridge-entry $(printf 'n%.0s' {1..40}){1,2}");
     const Tree tree = staged();
     const std::map<IsoPlatform, std::string> images = {{EFI, imageOf(EFI)}, {PPC, imageOf(PPC)}};
     for (const auto& row : cases) {

@@ -106,6 +106,7 @@ void IsoTreeReader::readDirectory(std::size_t node) {
     }
     if (m_medium.claim(place, extent.block, blocks) && readBlocks(directory)) {
         directory.continuations.end(m_medium, place);
+        checkIdentifiers(directory);
         noteMissing(directory);
     }
     if (m_kind == IsoTreeKind::primary) {
@@ -205,7 +206,7 @@ void IsoTreeReader::checkOrder(Directory& directory, std::size_t entry,
 template <typename Fits>
 bool IsoTreeReader::choose(Directory& directory, const Fits& fits) {
     auto& readings = directory.readings;
-    const auto isRight = [&](Reading& reading) { return fits(reading.names); };
+    const auto isRight = [&](const Reading& reading) { return fits(reading.names); };
     const auto firstWrong = std::stable_partition(readings.begin(), readings.end(), isRight);
     if (firstWrong == readings.begin()) {
         return false;
@@ -250,6 +251,7 @@ std::optional<std::size_t> IsoTreeReader::findPrimary(Directory& directory, cons
     if (!choose(directory, [&](const IsoNames& names) { return names.fit(entry, record.identifier()); })) {
         m_medium.add(quote(path), "unexpected identifier");
     }
+    directory.identifiers.emplace(entry, record.identifier());
     return entry;
 }
 
@@ -270,19 +272,14 @@ void IsoTreeReader::addUnknown(Directory& directory, const IsoRecord& record, co
 
 std::optional<std::size_t> IsoTreeReader::findJoliet(Directory& directory, const IsoRecord& record) {
     const auto& children = m_nodes[directory.node].children;
-    const auto isFree = [&](std::size_t entry) { return !m_nodes[children[entry]].joliet; };
-    const auto isLikely = [&](std::size_t entry) {
-        const auto& node = m_nodes[children[entry]];
-        return node.isDirectory == record.isDirectory() &&
-               (node.isDirectory || (node.primary && node.primary->block == record.extent().block));
-    };
     std::optional<std::size_t> found;
-    const bool isKnown = choose(directory, [&](IsoNames& names) {
-        const auto entry = names.find(record.identifier(), isFree, isLikely);
-        if (entry < children.size() && !found) {
+    const bool isKnown = choose(directory, [&](const IsoNames& names) {
+        const auto entry = names.find(record.identifier());
+        const bool isFree = entry && !m_nodes[children[*entry]].joliet;
+        if (isFree && !found) {
             found = entry;
         }
-        return entry < children.size();
+        return isFree;
     });
     const auto place = directory.place + ": " + quote(textOf(record.identifier()));
     if (!isKnown) {
@@ -297,6 +294,12 @@ std::optional<std::size_t> IsoTreeReader::findJoliet(Directory& directory, const
         return std::nullopt;
     }
     return found;
+}
+
+void IsoTreeReader::checkIdentifiers(const Directory& directory) const {
+    for (const auto entry : directory.readings.front().names.wrongOf(directory.identifiers)) {
+        m_medium.add(quote(m_nodes[m_nodes[directory.node].children[entry]].path), "unexpected identifier");
+    }
 }
 
 void IsoTreeReader::noteMissing(const Directory& directory) {

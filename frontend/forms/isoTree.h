@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -62,6 +63,7 @@ private:
         std::u16string previous{}; ///< identifier
         std::u16string previousPlace{};
         std::size_t count = 0;
+        std::map<std::size_t, std::u16string> identifiers{}; ///< of entries in the primary tree
         std::vector<IsoNode> unknown{};
     };
 
@@ -79,6 +81,7 @@ private:
     bool choose(Directory& directory, const Fits& fits);
     void addUnknown(Directory& directory, const IsoRecord& record, const std::string& path,
                     const std::string& name);
+    void checkIdentifiers(const Directory& directory) const;
     void noteMissing(const Directory& directory);
     void noteChildren(Directory& directory);
 
