@@ -140,6 +140,7 @@ TEST_F(IsoFormTest, FindsOtherContents) {
         {"printf b >a.txt", "update file 'a.txt' differs"},
         {"printf aa >a.txt", "update file 'a.txt' differs"},
         {": >a.txt", "update file 'a.txt' differs"},
+        {"cd sub; seq 10100 | xargs touch", "more than 10000 names should not be there; *"},
         {"rm a.txt; mkdir a.txt", "update file 'a.txt' differs"},
         {"rm -r sub/inner; touch sub/inner", "update directory 'sub/inner' differs"},
         {"ln -f a.txt twin", "'twin': bytes * belong to something else, too"},

@@ -36,6 +36,11 @@ void reportVariation(const Examination& examination, Variation variation, const 
     }
 }
 
+void reportTooMany(Differences& differences) {
+    differences.addForm("more than " + std::to_string(MOST_UNEXPECTED) +
+                        " names should not be there; the others are not read");
+}
+
 void reportUnclaimed(const ByteMap& map, Differences& differences) {
     for (const auto& range : map.unclaimed()) {
         differences.addForm(rangeText(range) + " belong to nothing");

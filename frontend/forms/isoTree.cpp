@@ -7,8 +7,6 @@
 
 namespace velacreate {
 namespace {
-constexpr std::size_t MOST_UNKNOWN = 10000; // kept, so that the medium cannot fill the memory
-
 bool isAscii(const IsoName& name) {
     return std::all_of(name.text.begin(), name.text.end(), [](unsigned char byte) { return byte < 0x80; });
 }
@@ -66,7 +64,7 @@ std::vector<IsoListedDirectory> IsoTreeReader::read(const IsoRoot& root) {
     const auto comesFirst = [](const IsoListedDirectory& one, const IsoListedDirectory& other) {
         return one.identifier < other.identifier; // also where the order of the records is another one
     };
-    while (m_number < m_listed.size()) {
+    while (m_number < m_listed.size() && !hasTooMany()) {
         const auto before = static_cast<std::ptrdiff_t>(m_listed.size());
         readDirectory(m_listed[m_number++].node);
         std::sort(m_listed.begin() + before, m_listed.end(), comesFirst);
@@ -130,6 +128,9 @@ void IsoTreeReader::noteChildren(Directory& directory) {
 bool IsoTreeReader::readBlocks(Directory& directory) {
     std::size_t left = 0; // in the block before
     for (std::uint32_t block = 0; block < blocksOf(directory.extent.size); ++block) {
+        if (hasTooMany()) {
+            return false;
+        }
         if (!readBlock(directory, offsetOf(directory.extent.block + block), left)) {
             m_medium.add(directory.place, "block " + std::to_string(block) + " has a record out of its form");
             return false;
@@ -258,13 +259,11 @@ std::optional<std::size_t> IsoTreeReader::findPrimary(Directory& directory, cons
 void IsoTreeReader::addUnknown(Directory& directory, const IsoRecord& record, const std::string& path,
                                const std::string& name) {
     const auto extent = record.extent();
+    ++m_unknown;
     if (record.isDirectory()) {
         m_medium.addUnknown();
     } else {
         m_medium.claim(quote(path), extent.block, blocksOf(extent.size));
-    }
-    if (++m_unknown > MOST_UNKNOWN) {
-        return;
     }
     directory.unknown.push_back(
         {path, name, nullptr, directory.node, record.isDirectory(), {}, extent, {}, true});
@@ -284,6 +283,7 @@ std::optional<std::size_t> IsoTreeReader::findJoliet(Directory& directory, const
     const auto place = directory.place + ": " + quote(textOf(record.identifier()));
     if (!isKnown) {
         m_medium.add(place, "it is there, but should not be");
+        ++m_unknown;
         if (record.isDirectory()) {
             m_medium.addUnknown();
         }

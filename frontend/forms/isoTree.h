@@ -49,6 +49,9 @@ public:
     /// @return all directories, in the order of the path tables
     std::vector<IsoListedDirectory> read(const IsoRoot& root);
 
+    /// Whether the reading ended early because of names that should not be there.
+    bool hasTooMany() const { return m_unknown > MOST_UNEXPECTED; }
+
 private:
     struct Reading {
         IsoCharset charset;
@@ -91,7 +94,7 @@ private:
     std::vector<IsoListedDirectory> m_listed;
     std::size_t m_number = 0; ///< of the current directory
     std::optional<IsoCharset> m_charset;
-    std::size_t m_unknown = 0; ///< files and directories that should not be there
+    std::size_t m_unknown = 0; ///< names that should not be there, in both trees
 };
 
 } // namespace velacreate

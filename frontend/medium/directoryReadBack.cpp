@@ -16,7 +16,7 @@ constexpr int TO_READ = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW;
 /// @throw Refusal for a link, a FIFO, a device or a directory in the place of a file
 void compareFile(const Comparison& comparison, const Descriptor& file, const std::string& place,
                  const Part& part, Differences& differences) {
-    refuseIf(!S_ISREG(file.status().st_mode), quote(place) + " is not a file");
+    requirePlainFile(file, place, differences);
     const auto size = sizeOf(file);
     if (size != part.size) {
         differences.addDiffering(place, part);
@@ -68,6 +68,14 @@ void addUnexpected(const Descriptor& directory, const std::string& place, const 
     });
 }
 } // namespace
+
+void requirePlainFile(const Descriptor& file, const std::string& place, Differences& differences) {
+    const auto mode = file.status().st_mode;
+    refuseIf(!S_ISREG(mode), quote(place) + " is not a file");
+    if ((mode & (S_ISUID | S_ISGID | S_ISVTX)) != 0) {
+        differences.addForm(quote(place) + " has a mode with setuid, setgid or sticky");
+    }
+}
 
 void compareDirectory(const Comparison& comparison, const Tree& expected,
                       const std::vector<std::string>& ignored, Differences& differences) {

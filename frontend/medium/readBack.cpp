@@ -105,7 +105,7 @@ Examine compareNetbootDirectory(const Comparison& comparison, Findings& findings
     if (!archive->isOpen()) {
         throw Failure(error.about(quote(name)));
     }
-    refuseIf(!S_ISREG(archive->status().st_mode), quote(name) + " is not a file");
+    requirePlainFile(*archive, name, findings.differences);
     return [&comparison, archive](Findings& inside) {
         examine(comparison, *archive, sizeOf(*archive), inside.differences,
                 [&](const Examination& examination) { examineZip(examination, comparison.contents.tree); });

@@ -61,6 +61,10 @@ Differences compareBootRecord(const ReadMedium& medium, const ToolPackage& packa
 void compareDirectory(const Comparison& comparison, const Tree& expected,
                       const std::vector<std::string>& ignored, Differences& differences);
 
+/// Adds a difference for a mode with setuid, setgid or sticky.
+/// @throw Refusal for what is not a file
+void requirePlainFile(const Descriptor& file, const std::string& place, Differences& differences);
+
 /// Adds a difference when a disc has a session behind the one at its beginning.
 void refuseLaterSession(const Descriptor& disc, Differences& differences);
 
