@@ -43,6 +43,7 @@ Examine imageExamination(const Comparison& comparison, IsoPlatform platform) {
         const auto& medium = comparison.medium;
         if (medium.isDisc) {
             refuseLaterSession(medium.file, findings.differences);
+            refuseOtherMarks(medium.file, platform == IsoPlatform::powerPc, findings.differences);
         }
         examine(comparison, medium.file, medium.size, findings.differences,
                 [&](const Examination& examination) {
