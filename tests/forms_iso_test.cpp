@@ -91,7 +91,7 @@ TEST_F(IsoFormTest, AcceptsWhatTheToolsWrite) {
     const std::string names =
         "mkdir -p d1/d2/d3/d4/d5/d6/d7/d8/d9/d10 'dir.with.dots' 'a b' .hidden; mkdir -p $(printf 'd%.0s' "
         "{1..200})/x; "
-        "touch 'ä [ü] $x' 'a;b' .a .abc .keep a. a.. a+b A_B x.tar.gz README Readme; "
+        "touch Ä Ö 'ä [ü] $x' 'a;b' .a .abc .keep a. a.. a+b A_B x.tar.gz README Readme; "
         "head -c 5000 /dev/urandom >d1/d2/big; for i in {1..30}; do echo $i >collide$i.text; done; ";
     const Lines cases = {"true", names, "for i in {1..240}; do echo $i >$i$(printf 'n%.0s' $(seq $i)); done",
                          "seq 12000 | split -l1 -a5 - sub/inner/many; head -c 40M /dev/zero >efibootimg",
