@@ -33,9 +33,8 @@ void refuseOtherMarks(const Descriptor& disc, bool hasPartitions, Differences& d
     constexpr int mostErrors = 1000; // after each, libblkid goes on with the next kind
     const auto probe = probeOf(disc);
     check(probe && blkid_probe_enable_superblocks(probe.get(), 1) == 0 &&
-          blkid_probe_set_superblocks_flags(probe.get(), BLKID_SUBLKS_TYPE | BLKID_SUBLKS_MAGIC) == 0 &&
-          blkid_probe_enable_partitions(probe.get(), 1) == 0 &&
-          blkid_probe_set_partitions_flags(probe.get(), BLKID_PARTS_MAGIC) == 0)
+          blkid_probe_set_superblocks_flags(probe.get(), BLKID_SUBLKS_TYPE) == 0 &&
+          blkid_probe_enable_partitions(probe.get(), 1) == 0)
         .orFail("the disc cannot be searched for other file systems");
     const auto valueOf = [&](const char* name) {
         const char* value = nullptr;
@@ -53,8 +52,7 @@ void refuseOtherMarks(const Descriptor& disc, bool hasPartitions, Differences& d
         const auto table = valueOf("PTTYPE");
         const auto type = table.empty() ? valueOf("TYPE") : table;
         if (type != "iso9660" && !(hasPartitions && table == "dos")) {
-            differences.addForm("at byte " + valueOf(table.empty() ? "SBMAGIC_OFFSET" : "PTMAGIC_OFFSET") +
-                                " is the mark of " + type);
+            differences.addForm("besides the volume, it has the mark of " + type);
         }
     }
 }
