@@ -91,7 +91,7 @@ TEST_F(IsoFormTest, AcceptsWhatTheToolsWrite) {
     const std::string names =
         "mkdir -p d1/d2/d3/d4/d5/d6/d7/d8/d9/d10 'dir.with.dots' 'a b' .hidden; mkdir -p $(printf 'd%.0s' "
         "{1..200})/x; "
-        "touch 'ä [ü] $x' 'a;b' .a .abc .keep a. a.. a+b A_B x.tar.gz README Readme; "
+        "touch Ä Ö 'ä [ü] $x' 'a;b' .a .abc .keep a. a.. a+b A_B x.tar.gz README Readme; "
         "head -c 5000 /dev/urandom >d1/d2/big; for i in {1..30}; do echo $i >collide$i.text; done; ";
     const Lines cases = {"true", names, "for i in {1..240}; do echo $i >$i$(printf 'n%.0s' $(seq $i)); done",
                          "seq 12000 | split -l1 -a5 - sub/inner/many; head -c 40M /dev/zero >efibootimg",
@@ -140,6 +140,7 @@ TEST_F(IsoFormTest, FindsOtherContents) {
         {"printf b >a.txt", "update file 'a.txt' differs"},
         {"printf aa >a.txt", "update file 'a.txt' differs"},
         {": >a.txt", "update file 'a.txt' differs"},
+        {"cd sub; seq 10100 | xargs touch", "more than 10000 names should not be there; *"},
         {"rm a.txt; mkdir a.txt", "update file 'a.txt' differs"},
         {"rm -r sub/inner; touch sub/inner", "update directory 'sub/inner' differs"},
         {"ln -f a.txt twin", "'twin': bytes * belong to something else, too"},
@@ -232,6 +233,10 @@ TEST_F(IsoFormTest, FindsDamage) {
         {EFI, "A.TXT;1", -5, "\2", "'a.txt': unexpected value of the volume number"},
         {EFI, "A.TXT;1", 0, "B", "'a.txt': unexpected identifier"},
         {EFI, "A.TXT;1", 6, "2", "'a.txt': unexpected identifier"},
+        {EFI, "LONGERNA.CFG;1", 4, "4711", "'longername.cfg': unexpected identifier"},
+        {EFI, "NNNNNNNN1;1", 8, "2", "'n*2': unexpected identifier"},
+        {PPC, "nnn000", 5, "1", "'n*': unexpected identifier"},
+        {PPC, "longer-name-in-the-Rock-Ridge-e", 30, "d", "'longer-name-in-*': unexpected identifier"},
         {EFI, "A.TXT;1", 7, "SL", "'a.txt': unexpected value of the entry of the mode"},
         {EFI, "A.TXT;1", 12, "\x8d", "'a.txt': unexpected value of the mode"},
         {EFI, "A.TXT;1", 43, "CL", "'a.txt': unexpected value of the entry of the times"},
@@ -252,7 +257,7 @@ TEST_F(IsoFormTest, FindsDamage) {
         {EFI, record, 100000, "x", "the padding at the end: bytes * are not all zero"},
         {PPC, "subRR", -31, both(28), "'sub': bytes * belong to something else, too"},
     };
-    stage("true");
+    stage("touch longername.cfg longer-name-in-the-Rock-Ridge-entry $(printf 'n%.0s' {1..40}){1,2}");
     const Tree tree = staged();
     const std::map<IsoPlatform, std::string> images = {{EFI, imageOf(EFI)}, {PPC, imageOf(PPC)}};
     for (const auto& row : cases) {

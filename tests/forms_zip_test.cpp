@@ -236,6 +236,10 @@ TEST_F(ZipTest, FindsDamagedData) {
     EXPECT_EQ(examine(resized(size + 2)), rangeText({59 + size, 2}) + " belong to nothing");
     EXPECT_EQ(examine(resized(size - 1)), "update file 'z' differs");
     EXPECT_EQ(examine(resized(0)), "update file 'z' differs");
+    auto withEmptyBlock = resized(size + 5);
+    const auto stored = "\0\0\0\xff\xff"s + right.substr(59, size);
+    EXPECT_EQ(examine(withEmptyBlock.replace(59, stored.size(), stored)),
+              "the deflated data of 'z' have an empty block");
 
     shell("mv staged/z z; head -c 90M /dev/zero >staged/z"); // a bomb
     auto bomb = packed();

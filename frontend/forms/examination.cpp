@@ -40,6 +40,11 @@ void reportUnclaimed(const ByteRange& range, Differences& differences) {
     differences.addForm(rangeText(range) + " belong to nothing");
 }
 
+void reportTooMany(Differences& differences) {
+    differences.addForm("more than " + std::to_string(MOST_UNEXPECTED) +
+                        " names should not be there; the others are not read");
+}
+
 void reportUnclaimed(const ByteMap& map, Differences& differences) {
     for (const auto& range : map.unclaimed()) {
         reportUnclaimed(range, differences);

@@ -41,6 +41,12 @@ void compareContent(const Examination& examination, const std::string& place, co
 /// Tells of bytes that are not compared, if somebody wants to know.
 void reportVariation(const Examination& examination, Variation variation, const ByteRange& range);
 
+/// So many names that should not be there are read. A medium can claim to hold any number of them.
+constexpr std::size_t MOST_UNEXPECTED = 10000;
+
+/// Adds the difference that ends the reading after so many names.
+void reportTooMany(Differences& differences);
+
 /// Adds a difference, such as "bytes 0x9000–0x97ff belong to nothing".
 void reportUnclaimed(const ByteRange& range, Differences& differences);
 

@@ -63,9 +63,19 @@ void Inflater::goOn() {
         if (m_result == Z_BUF_ERROR) { // the end of the block was in the bits that zlib had
             m_result = Z_OK;
         }
-        checkPadding((m_stream.data_type & LAST_BLOCK) != 0,
-                     static_cast<unsigned>(m_stream.data_type & UNUSED_BITS));
+        const bool isLast = (m_stream.data_type & LAST_BLOCK) != 0;
+        checkPadding(isLast, static_cast<unsigned>(m_stream.data_type & UNUSED_BITS));
+        endBlock(isLast);
     }
+}
+
+/// Any number of empty blocks could follow each other.
+void Inflater::endBlock(bool isLast) {
+    if (m_stream.total_out == m_blockStart && !isLast) {
+        m_hasEmptyBlock = true;
+        m_result = Z_DATA_ERROR;
+    }
+    m_blockStart = m_stream.total_out;
 }
 
 void Inflater::checkPadding(bool isEnd, unsigned unusedBits) {

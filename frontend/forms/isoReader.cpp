@@ -49,6 +49,11 @@ public:
         IsoTreeReader reader(m_medium, m_nodes);
         for (const auto& root : {volume.primary, volume.joliet}) {
             const auto directories = reader.read(root);
+            if (reader.hasTooMany()) {
+                m_medium.addUnknown();
+                reportTooMany(m_medium.examination().differences);
+                break;
+            }
             if (!m_medium.hasUnknown()) {
                 examineIsoPathTables(m_medium, root, directories);
             }

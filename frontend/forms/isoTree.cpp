@@ -7,8 +7,6 @@
 
 namespace velacreate {
 namespace {
-constexpr std::size_t MOST_UNKNOWN = 10000; // kept, so that the medium cannot fill the memory
-
 bool isAscii(const IsoName& name) {
     return std::all_of(name.text.begin(), name.text.end(), [](unsigned char byte) { return byte < 0x80; });
 }
@@ -66,7 +64,7 @@ std::vector<IsoListedDirectory> IsoTreeReader::read(const IsoRoot& root) {
     const auto comesFirst = [](const IsoListedDirectory& one, const IsoListedDirectory& other) {
         return one.identifier < other.identifier; // also where the order of the records is another one
     };
-    while (m_number < m_listed.size()) {
+    while (m_number < m_listed.size() && !hasTooMany()) {
         const auto before = static_cast<std::ptrdiff_t>(m_listed.size());
         readDirectory(m_listed[m_number++].node);
         std::sort(m_listed.begin() + before, m_listed.end(), comesFirst);
@@ -106,6 +104,7 @@ void IsoTreeReader::readDirectory(std::size_t node) {
     }
     if (m_medium.claim(place, extent.block, blocks) && readBlocks(directory)) {
         directory.continuations.end(m_medium, place);
+        checkIdentifiers(directory);
         noteMissing(directory);
     }
     if (m_kind == IsoTreeKind::primary) {
@@ -129,6 +128,9 @@ void IsoTreeReader::noteChildren(Directory& directory) {
 bool IsoTreeReader::readBlocks(Directory& directory) {
     std::size_t left = 0; // in the block before
     for (std::uint32_t block = 0; block < blocksOf(directory.extent.size); ++block) {
+        if (hasTooMany()) {
+            return false;
+        }
         if (!readBlock(directory, offsetOf(directory.extent.block + block), left)) {
             m_medium.add(directory.place, "block " + std::to_string(block) + " has a record out of its form");
             return false;
@@ -205,7 +207,7 @@ void IsoTreeReader::checkOrder(Directory& directory, std::size_t entry,
 template <typename Fits>
 bool IsoTreeReader::choose(Directory& directory, const Fits& fits) {
     auto& readings = directory.readings;
-    const auto isRight = [&](Reading& reading) { return fits(reading.names); };
+    const auto isRight = [&](const Reading& reading) { return fits(reading.names); };
     const auto firstWrong = std::stable_partition(readings.begin(), readings.end(), isRight);
     if (firstWrong == readings.begin()) {
         return false;
@@ -250,19 +252,18 @@ std::optional<std::size_t> IsoTreeReader::findPrimary(Directory& directory, cons
     if (!choose(directory, [&](const IsoNames& names) { return names.fit(entry, record.identifier()); })) {
         m_medium.add(quote(path), "unexpected identifier");
     }
+    directory.identifiers.emplace(entry, record.identifier());
     return entry;
 }
 
 void IsoTreeReader::addUnknown(Directory& directory, const IsoRecord& record, const std::string& path,
                                const std::string& name) {
     const auto extent = record.extent();
+    ++m_unknown;
     if (record.isDirectory()) {
         m_medium.addUnknown();
     } else {
         m_medium.claim(quote(path), extent.block, blocksOf(extent.size));
-    }
-    if (++m_unknown > MOST_UNKNOWN) {
-        return;
     }
     directory.unknown.push_back(
         {path, name, nullptr, directory.node, record.isDirectory(), {}, extent, {}, true});
@@ -270,23 +271,19 @@ void IsoTreeReader::addUnknown(Directory& directory, const IsoRecord& record, co
 
 std::optional<std::size_t> IsoTreeReader::findJoliet(Directory& directory, const IsoRecord& record) {
     const auto& children = m_nodes[directory.node].children;
-    const auto isFree = [&](std::size_t entry) { return !m_nodes[children[entry]].joliet; };
-    const auto isLikely = [&](std::size_t entry) {
-        const auto& node = m_nodes[children[entry]];
-        return node.isDirectory == record.isDirectory() &&
-               (node.isDirectory || (node.primary && node.primary->block == record.extent().block));
-    };
     std::optional<std::size_t> found;
-    const bool isKnown = choose(directory, [&](IsoNames& names) {
-        const auto entry = names.find(record.identifier(), isFree, isLikely);
-        if (entry < children.size() && !found) {
+    const bool isKnown = choose(directory, [&](const IsoNames& names) {
+        const auto entry = names.find(record.identifier());
+        const bool isFree = entry && !m_nodes[children[*entry]].joliet;
+        if (isFree && !found) {
             found = entry;
         }
-        return entry < children.size();
+        return isFree;
     });
     const auto place = directory.place + ": " + quote(textOf(record.identifier()));
     if (!isKnown) {
         m_medium.add(place, "it is there, but should not be");
+        ++m_unknown;
         if (record.isDirectory()) {
             m_medium.addUnknown();
         }
@@ -297,6 +294,12 @@ std::optional<std::size_t> IsoTreeReader::findJoliet(Directory& directory, const
         return std::nullopt;
     }
     return found;
+}
+
+void IsoTreeReader::checkIdentifiers(const Directory& directory) const {
+    for (const auto entry : directory.readings.front().names.wrongOf(directory.identifiers)) {
+        m_medium.add(quote(m_nodes[m_nodes[directory.node].children[entry]].path), "unexpected identifier");
+    }
 }
 
 void IsoTreeReader::noteMissing(const Directory& directory) {

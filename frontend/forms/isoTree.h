@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -48,6 +49,9 @@ public:
     /// @return all directories, in the order of the path tables
     std::vector<IsoListedDirectory> read(const IsoRoot& root);
 
+    /// Whether the reading ended early because of names that should not be there.
+    bool hasTooMany() const { return m_unknown > MOST_UNEXPECTED; }
+
 private:
     struct Reading {
         IsoCharset charset;
@@ -62,6 +66,7 @@ private:
         std::u16string previous{}; ///< identifier
         std::u16string previousPlace{};
         std::size_t count = 0;
+        std::map<std::size_t, std::u16string> identifiers{}; ///< of entries in the primary tree
         std::vector<IsoNode> unknown{};
     };
 
@@ -79,6 +84,7 @@ private:
     bool choose(Directory& directory, const Fits& fits);
     void addUnknown(Directory& directory, const IsoRecord& record, const std::string& path,
                     const std::string& name);
+    void checkIdentifiers(const Directory& directory) const;
     void noteMissing(const Directory& directory);
     void noteChildren(Directory& directory);
 
@@ -88,7 +94,7 @@ private:
     std::vector<IsoListedDirectory> m_listed;
     std::size_t m_number = 0; ///< of the current directory
     std::optional<IsoCharset> m_charset;
-    std::size_t m_unknown = 0; ///< files and directories that should not be there
+    std::size_t m_unknown = 0; ///< names that should not be there, in both trees
 };
 
 } // namespace velacreate

@@ -78,6 +78,10 @@ void compareZipData(const Examination& examination, const ZipMember& member, con
     if (member.isDeflated) {
         Inflater inflater(examination.medium, data);
         isSame = isInflatedFrom(content, inflater);
+        if (inflater.hasEmptyBlock()) {
+            examination.differences.addForm("the deflated data of " + quote(place) + " have an empty block");
+            return;
+        }
         if (isSame) {
             examineRest(inflater, place, examination.differences);
         }

@@ -85,6 +85,10 @@ private:
             return false;
         }
         compareMember(member, m_position + header.size());
+        if (m_unexpected > MOST_UNEXPECTED) {
+            reportTooMany(m_examination.differences);
+            return false;
+        }
         ++m_count;
         m_needsLarge = m_needsLarge || member.isLarge();
         m_entry += entry.size();
@@ -127,10 +131,12 @@ private:
         const auto expected = m_expected.find(place);
         if (expected == m_expected.end()) {
             differences.addUnexpected(place);
+            ++m_unexpected;
             return;
         }
         if (!m_seen.insert(place).second) {
             differences.addTwice(place);
+            ++m_unexpected;
             return;
         }
         if (const auto above = ancestorsOf(place); !above.empty() && m_seen.count(above.back()) == 0) {
@@ -176,6 +182,7 @@ private:
     std::uint64_t m_position = 0; ///< where the next member begins
     std::uint64_t m_count = 0;
     std::set<std::string> m_seen;
+    std::size_t m_unexpected = 0;
 };
 } // namespace
 

@@ -1,7 +1,7 @@
 #include "inputs/limits.h"
 
 #include "forms/fatNames.h"
-#include "forms/isoNames.h"
+#include "forms/isoIdentifiers.h"
 #include "inputs/names.h"
 #include "support/failure.h"
 #include "support/texts.h"

@@ -13,6 +13,7 @@ namespace velacreate {
 namespace {
 void compareFile(const Comparison& comparison, const Descriptor& file, const std::string& place,
                  const Part& part, Differences& differences) {
+    refuseSpecialMode(file, place, differences);
     const auto size = sizeOf(file);
     if (size != part.size) {
         differences.addDiffering(place, part);
@@ -63,6 +64,12 @@ void addUnexpected(const Descriptor& directory, const std::string& place, const 
     });
 }
 } // namespace
+
+void refuseSpecialMode(const Descriptor& file, const std::string& place, Differences& differences) {
+    if ((file.status().st_mode & (S_ISUID | S_ISGID | S_ISVTX)) != 0) {
+        differences.addForm(quote(place) + " has a mode with setuid, setgid or sticky");
+    }
+}
 
 void compareDirectory(const Comparison& comparison, const Tree& expected,
                       const std::vector<std::string>& ignored, Differences& differences) {

@@ -1,6 +1,7 @@
 #include "medium/readBack.h"
 
 #include "disks/discDrive.h"
+#include "disks/probe.h"
 #include "support/failure.h"
 
 #include <algorithm>
@@ -25,6 +26,34 @@ void refuseLaterSession(const Descriptor& disc, Differences& differences) {
     if (const auto block = DiscDrive::lastSession(disc); block > 0) {
         differences.addForm("another session begins at block " + std::to_string(block) +
                             " of the disc, and machines read that one");
+    }
+}
+
+void refuseOtherMarks(const Descriptor& disc, bool hasPartitions, Differences& differences) {
+    constexpr int mostErrors = 1000; // after each, libblkid goes on with the next kind
+    const auto probe = probeOf(disc);
+    check(probe && blkid_probe_enable_superblocks(probe.get(), 1) == 0 &&
+          blkid_probe_set_superblocks_flags(probe.get(), BLKID_SUBLKS_TYPE) == 0 &&
+          blkid_probe_enable_partitions(probe.get(), 1) == 0)
+        .orFail("the disc cannot be searched for other file systems");
+    const auto valueOf = [&](const char* name) {
+        const char* value = nullptr;
+        return std::string(blkid_probe_lookup_value(probe.get(), name, &value, nullptr) == 0 ? value : "");
+    };
+    for (int errors = 0; errors < mostErrors;) {
+        const int result = blkid_do_probe(probe.get());
+        if (result > 0) {
+            return;
+        }
+        if (result < 0) { // a place that cannot be read, behind what was burned
+            ++errors;
+            continue;
+        }
+        const auto table = valueOf("PTTYPE");
+        const auto type = table.empty() ? valueOf("TYPE") : table;
+        if (type != "iso9660" && !(hasPartitions && table == "dos")) {
+            differences.addForm("besides the volume, it has the mark of " + type);
+        }
     }
 }
 

@@ -41,6 +41,7 @@ Examine imageExamination(const Comparison& comparison, IsoPlatform platform) {
         const auto& medium = comparison.medium;
         if (medium.isDisc) {
             refuseLaterSession(medium.file, findings.differences);
+            refuseOtherMarks(medium.file, platform == IsoPlatform::powerPc, findings.differences);
         }
         examine(comparison, medium.file, medium.size, findings.differences,
                 [&](const Examination& examination) {
@@ -101,6 +102,7 @@ Examine compareNetbootDirectory(const Comparison& comparison, Findings& findings
     }
     check(opened.isOpen()).orFail(what);
     const auto archive = std::make_shared<Descriptor>(std::move(opened));
+    refuseSpecialMode(*archive, name, findings.differences);
     return [&comparison, archive](Findings& inside) {
         examine(comparison, *archive, sizeOf(*archive), inside.differences,
                 [&](const Examination& examination) { examineZip(examination, comparison.contents.tree); });

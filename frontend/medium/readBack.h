@@ -61,8 +61,16 @@ Differences compareBootRecord(const ReadMedium& medium, const ToolPackage& packa
 void compareDirectory(const Comparison& comparison, const Tree& expected,
                       const std::vector<std::string>& ignored, Differences& differences);
 
+/// Adds a difference for a mode with setuid, setgid or sticky.
+void refuseSpecialMode(const Descriptor& file, const std::string& place, Differences& differences);
+
 /// Adds a difference when a disc has a session behind the one at its beginning.
 void refuseLaterSession(const Descriptor& disc, Differences& differences);
+
+/// Adds a difference for each file system, RAID or partition table that libblkid finds on a disc besides the
+/// volume at its beginning. A mark is not found where the disc cannot be read.
+/// @param hasPartitions  whether the volume has a partition table itself
+void refuseOtherMarks(const Descriptor& disc, bool hasPartitions, Differences& differences);
 
 /// Compares a disc with its image. What is behind the image's end is padding, if it is no other session.
 /// @return the first difference; none when they are the same

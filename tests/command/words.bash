@@ -90,6 +90,7 @@ disks() { # NUMBER MEBIBYTES: full of noise, with a GPT
         printf 'label: gpt\n2048\n' | sfdisk -q "$disk"
         disks+=("$(losetup -f --show "$disk")")
     done
+}
 clonedImage() { # SECTORS_PER_TRACK: as its clone image is, with nothing else in the package
     "$project/demo/clone-image" key.img 16 64 "$1"
     cp key.img init1.img && zip -qj work/tool.zip init1.img && truncate -s $((16 * 64 * $1 * 512)) key.img
