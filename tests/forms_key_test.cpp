@@ -14,11 +14,11 @@ using namespace std::string_literals;
 
 namespace {
 
-/// @name Offsets in a key of FAT 12 that is made here, with one sector to a cluster
+/// @name Offsets in a key of FAT 12 that is made here, with four sectors to a cluster
 /// @{
 constexpr std::uint64_t VOLUME = 0x1000;
 constexpr std::uint64_t TABLE = VOLUME + 0x200;
-constexpr std::uint64_t TABLE_SIZE = 0x400;
+constexpr std::uint64_t TABLE_SIZE = 0x200;
 constexpr std::uint64_t TOP = TABLE + 2 * TABLE_SIZE;
 
 constexpr std::uint64_t entryAt(std::uint64_t index) {
@@ -26,7 +26,7 @@ constexpr std::uint64_t entryAt(std::uint64_t index) {
 }
 
 constexpr std::uint64_t clusterAt(std::uint64_t cluster) {
-    return TOP + 0x400 + (cluster - 2) * 0x200;
+    return TOP + 0x4000 + (cluster - 2) * 0x800;
 }
 /// @}
 
@@ -41,14 +41,14 @@ struct KeyFormTest : JobTest {
     /// mtools: in the top directory those of the label, EFI, Grub.cfg (2 and 3), a name in two pieces (4 to
     /// 6), BIG.BIN, NONE, and a deleted one; from cluster 2 on EFI, BOOT.EFI, Grub.cfg, the two pieces,
     /// BIG.BIN (6 to 8).
-    static void make(const std::string& cylinders, const std::string& bits) {
+    static void make(const std::string& cylinders) {
         enterFreshJob();
-        shell("cylinders=" + cylinders + " bits=" + bits + " cloneImage=" TESTS_DIR "/../demo/clone-image\n" +
+        shell("cylinders=" + cylinders + " cloneImage=" TESTS_DIR "/../demo/clone-image\n" +
               R"(
             mkdir package; $cloneImage package/init1.img 1024 64 8; $cloneImage key $cylinders 64 8
             truncate -s $((256 * cylinders))K key
-            mkfs.vfat -nMOXBOOT --offset 8 -s 1 -r 32 -F $bits key >/dev/null
-            printf small >small; printf %1300s big >big; >none; export MTOOLSRC=/dev/null
+            mkfs.vfat -nMOXBOOT --offset 8 key >/dev/null
+            printf small >small; printf %5000s big >big; >none; export MTOOLSRC=/dev/null
             put() { mcopy -i key@@4096 $1 "::$2"; }
             mmd -i key@@4096 ::EFI; put small EFI/BOOT.EFI; put small Grub.cfg; put small 'A name in two pieces.txt'
             put big BIG.BIN; put none NONE; put big GONE; mdel -i key@@4096 ::GONE)");
@@ -88,15 +88,15 @@ struct KeyFormTest : JobTest {
 
     Tree tree = {{"EFI", {"efi", 0, true}},         {"EFI/BOOT.EFI", {"small", 5, false}},
                  {"Grub.cfg", {"small", 5, false}}, {"A name in two pieces.txt", {"small", 5, false}},
-                 {"big.bin", {"big", 1300, false}}, {"none", {"none", 0, false}}};
+                 {"big.bin", {"big", 5000, false}}, {"none", {"none", 0, false}}};
     KeyForm form = {[](const std::string& name) { return opened("package/" + name); }, false, false};
     ReportVariation variation;
     KeyFindings findings;
 };
 
 TEST_F(KeyFormTest, AcceptsKeys) {
-    for (const auto& [bits, cylinders] : {std::pair("12", "1"), {"16", "10"}, {"32", "140"}}) {
-        make(cylinders, bits);
+    for (const auto& [bits, cylinders] : {std::pair("12", "1"), {"16", "34"}, {"32", "2200"}}) {
+        make(cylinders);
         EXPECT_EQ(joined(examine(Patches{}), "; "), "") << bits;
         EXPECT_TRUE(findings.notes.empty());
         const auto dirty = bits == "32"s ? VOLUME + 0x41 : VOLUME + 0x25;
@@ -107,7 +107,7 @@ TEST_F(KeyFormTest, AcceptsKeys) {
 }
 
 TEST_F(KeyFormTest, AcceptsImagesOfOthers) {
-    make("1", "12");
+    make("1");
     form.isImage = true;
     EXPECT_EQ(joined(examine(Patches{}), "; "), "");
     shell("truncate -s 256K image; mkfs.vfat --offset 63 image >/dev/null; MTOOLSRC=/dev/null mcopy -i "
@@ -121,8 +121,30 @@ TEST_F(KeyFormTest, AcceptsImagesOfOthers) {
     EXPECT_EQ(examine(Patches{}).back(), "there is no fourth partition");
 }
 
+/// As the kernel writes two names whose short names differ only in a letter of the code page.
+TEST_F(KeyFormTest, TellsLettersOfTheCodePageApart) {
+    make("1");
+    const auto entries = [](const std::string& letter, const std::string& short83) {
+        FatShortName name{};
+        std::copy(short83.begin(), short83.end(), name.begin());
+        return "\x41" + letter + "\0001\0.\0t\0x\0\x0f\0"s + static_cast<char>(checkSum(name)) + "t\0\0\0"s +
+               std::string(8, '\xff') + "\0\0"s + std::string(4, '\xff') + short83 + " " +
+               std::string(20, '\0');
+    };
+    tree.erase("none");
+    tree.insert({{"\u00e91.txt", {"none", 0, false}}, {"\u00fc1.txt", {"none", 0, false}}});
+    const auto first = entries("\xe9", "\x90"
+                                       "1      TXT");
+    EXPECT_EQ(joined(examine({{entryAt(8), first + entries("\xfc", "\x9a"
+                                                                   "1      TXT")}}),
+                     "; "),
+              "");
+    const auto lines = examine({{entryAt(8), first + first}});
+    EXPECT_NE(std::find(lines.begin(), lines.end(), "'\u00e91.txt' is there twice"), lines.end());
+}
+
 TEST_F(KeyFormTest, CountsSoundFilesThatStay) {
-    make("1", "12");
+    make("1");
     shell("export MTOOLSRC=/dev/null; mmd -i key@@4096 ::more; mcopy -i key@@4096 big ::more/big.x; mcopy "
           "-i key@@4096 "
           "small ::small.x; mattrib -i key@@4096 +h +r ::small.x");
@@ -130,12 +152,12 @@ TEST_F(KeyFormTest, CountsSoundFilesThatStay) {
     form.mayKeepFiles = true;
     EXPECT_EQ(joined(examine(Patches{}), "; "), "");
     EXPECT_EQ(findings.kept.files, 2U);
-    EXPECT_EQ(findings.kept.bytes, 1305U);
+    EXPECT_EQ(findings.kept.bytes, 5005U);
     EXPECT_EQ(joined(examine(inTables(16, "\xf0\xff")), "; "), "'more/big.x' has 2 clusters, but needs 3");
 }
 
 TEST_F(KeyFormTest, NamesEachFault) {
-    make("1", "12");
+    make("1");
     const auto sum = [](const std::string& name) {
         FatShortName shortName{};
         std::copy(name.begin(), name.end(), shortName.begin());
@@ -148,6 +170,7 @@ TEST_F(KeyFormTest, NamesEachFault) {
     const auto ofImage = [](const std::string& field) {
         return field + " is not as in 'init1.img' of the tool package";
     };
+    const std::string ofDefaults = " is not what mkfs.vfat gives to a file system of 496 sectors";
     const std::pair<Patches, std::string> damages[] = {
         {{{0, "\xeb"}}, ofImage("the boot code (byte 0)")},
         {{{450, "\x0c"}}, ofImage("the first partition (byte 450)")},
@@ -156,12 +179,12 @@ TEST_F(KeyFormTest, NamesEachFault) {
         {{{502, "\x3f"}}, ofImage("the last address of the fourth partition (byte 499)")},
         {{{506, "\xf7"}}, ofImage("the last address of the fourth partition (byte 500)")},
         {{{507, "\2"}}, "the fourth partition ends behind the medium"},
-        {{{0x3fe00, "EFI PART"}},
-         "the last sector, bytes 0x3fe00–0x3ffff, holds a second partition table (GPT)"},
-        {{{0x8001, "CD001"}}, "bytes 0x8001–0x8005 are the mark of ISO 9660"},
-        {{{VOLUME + 0x8001, "BEA01"}}, "bytes 0x9001–0x9005 are the mark of UDF"},
-        {{{VOLUME + 0x10040, "_BHRfS_M"}}, "bytes 0x11040–0x11047 are the mark of Btrfs"},
-        {inTables(0x238, "\x53\xef"), "bytes 0x1438–0x1439 are the mark of ext2, ext3 or ext4"},
+        {{{0x3fe00, "EFI PART"}}, "bytes 0x3fe00–0x3fe07 look like gpt"},
+        {{{0x8001, "CD001"}}, "bytes 0x8001–0x8005 look like iso9660"},
+        {{{VOLUME + 0x8001, "BOOT2"}}, "bytes 0x9001–0x9005 look like udf"},
+        {{{VOLUME + 0x10000, "SKUL\xba\xbe"}}, "bytes 0x11000–0x11005 look like crypto_LUKS"},
+        {{{0x20400, "\x0c\xb1\xba\0\0\0\0\0"s}}, "bytes 0x20400–0x20407 look like zfs_member"},
+        {{{VOLUME + 0x438, "\x53\xef"}}, "bytes 0x1438–0x1439 look like ext2"},
         {{{VOLUME + 3, "MSDOS5.0"}}, boot("03): its OEM name is not what mkfs.vfat writes")},
         {{{VOLUME + 12, "\4"}}, boot("00): its sectors do not have 512 bytes")},
         {{{VOLUME + 13, "\3"}}, boot("00): its cluster size is not a power of two")},
@@ -172,19 +195,21 @@ TEST_F(KeyFormTest, NamesEachFault) {
          boot("00): the file system has 65535 sectors, but there is only room for 504")},
         {{{VOLUME + 19, "\x90\1"}}, boot("00): the file system ends 104 sectors before its partition")},
         {{{VOLUME + 19, "\1\0"s}}, boot("00): the file system ends 503 sectors before its partition")},
-        {{{VOLUME + 22, "\1"}}, boot("00): its tables are too short for 491 clusters")},
+        {{{VOLUME + 13, "\2"}}, boot("00): its cluster size" + ofDefaults)},
+        {{{VOLUME + 14, "\2"}}, boot("00): its number of reserved sectors" + ofDefaults)},
+        {{{VOLUME + 17, "\x10"}}, boot("00): its number of root entries" + ofDefaults)},
         {{{VOLUME + 22, "\xff\xff"}}, boot("00): FAT 12 does not have 0 clusters")},
         {{{VOLUME + 37, "\4"}}, boot("25): its state is not what mkfs.vfat writes")},
         {{{VOLUME + 43, "OTHER"}}, boot("2b): its label is not what mkfs.vfat writes")},
         {{{VOLUME + 90, "\1"}}, boot("5a): its boot code is not what mkfs.vfat writes")},
         {{{TABLE + TABLE_SIZE + 9, "\x08"}},
-         "the second table of the file system differs from the first one in bytes 0x1600–0x19ff"},
+         "the second table of the file system differs from the first one in bytes 0x1400–0x15ff"},
         {inTables(0, "\xf0"), "the table of the file system: the entry of cluster 0 (0xff0) is not the media "
                               "byte of the boot sector"},
         {inTables(9, "\xf7\x8f"),
          "the table of the file system: the entry of cluster 6 (0xff7) is neither a cluster nor an end"},
-        {inTables(739, "\x10"),
-         "the table of the file system: the entry of cluster 493 (0x1) is behind the last cluster"},
+        {inTables(178, "\x10"),
+         "the table of the file system: the entry of cluster 119 (0x1) is behind the last cluster"},
         {inTables(10, "\x60"), "'BIG.BIN' leads to cluster 6, which is already in use"},
         {inTables(10, "\x50"), "'BIG.BIN' leads to cluster 5, which is already in use"},
         {inTables(10, "\x90"),
@@ -220,10 +245,16 @@ TEST_F(KeyFormTest, NamesEachFault) {
         {{{entryAt(7), "ANAMEI~1TXT"}}, "'ANAMEI~1.TXT' is there twice"},
         {{{entryAt(7), "OTHER   BIN"}}, "'OTHER.BIN' is there, but should not be"},
         {{{entryAt(7), "OTHER   BIN"}}, "update file 'big.bin' is missing"},
-        {{{entryAt(7) + 28, "\x15"}}, "update file 'big.bin' differs"},
+        {{{entryAt(7) + 28, "\x89"}}, "update file 'big.bin' differs"},
         {{{clusterAt(8), "x"}}, "update file 'big.bin' differs"},
         {{{entryAt(8) + 11, "\x10"}}, "'NONE' has no clusters"}};
     const std::pair<Patches, std::string> damagesOf32[] = {
+        {{{VOLUME + 0x10040, "_BHRfS_M"}}, "bytes 0x11040–0x11047 look like btrfs"},
+        {{{VOLUME + 0x24, "\1\1"}}, boot("00): its tables are too short for 140728 clusters")},
+        {{{VOLUME + 0x24, "\x80\4"}}, boot("00): its tables are too long for 140505 clusters")},
+        {{{0x225f0000, "\xa9\x2b\x4e\xfc"}}, "bytes 0x225f0000–0x225f0003 look like linux_raid_member"},
+        {{{VOLUME + 0x225e0000, "\xfc\x4e\x2b\xa9"}},
+         "bytes 0x225e1000–0x225e1003 look like linux_raid_member"},
         {{{VOLUME + 0x28, "\x81"}}, boot("28): its table flags is not what mkfs.vfat writes")},
         {{{VOLUME + 0x2c, "\3"}}, boot("2c): its root cluster is not what mkfs.vfat writes")},
         {{{VOLUME + 0x290, "x"}}, "an FSInfo sector (byte 0x1200) is not what mkfs.vfat writes"},
@@ -239,15 +270,17 @@ TEST_F(KeyFormTest, NamesEachFault) {
         EXPECT_EQ(joined(examine(Patches{}), "; "), "");
     };
     expectEach(damages);
-    make("140", "32");
+    make("2200");
     expectEach(damagesOf32);
 }
 
-/// Clusters from 9 on are free.
+/// The last clusters are free.
 TEST_F(KeyFormTest, KnowsWhichBlocksHoldDataAndWhose) {
-    for (const auto& [bits, cylinders] : {std::pair("12", "1"), {"16", "10"}, {"32", "140"}}) {
-        make(cylinders, bits);
+    for (const auto* cylinders : {"1", "34", "2200"}) {
+        make(cylinders);
         const auto key = opened("key");
+        unsigned char cluster = 0; // in sectors
+        ASSERT_EQ(pread(key.number(), &cluster, 1, VOLUME + 13), 1);
         MediumBytes medium(key, sizeOf(key));
         Sources sources(-1);
         Differences differences;
@@ -263,10 +296,10 @@ TEST_F(KeyFormTest, KnowsWhichBlocksHoldDataAndWhose) {
         EXPECT_LT(owners["the free space"], 8);
         for (const auto& [owner, sectors] : {std::pair("the boot record", 1),
                                              {"the gap before the file system", 7},
-                                             {"the directory 'EFI'", 1},
-                                             {"'EFI/BOOT.EFI'", 1},
-                                             {"'A name in two pieces.txt'", 1},
-                                             {"'BIG.BIN'", 3}}) {
+                                             {"the directory 'EFI'", cluster},
+                                             {"'EFI/BOOT.EFI'", cluster},
+                                             {"'A name in two pieces.txt'", cluster},
+                                             {"'BIG.BIN'", (5000 / 512 / cluster + 1) * cluster}}) {
             EXPECT_EQ(owners[owner], sectors) << owner;
         }
     }
@@ -290,10 +323,29 @@ TEST(BlockMapTest, RefusesWhatIsNotRight) {
     EXPECT_EQ(ranges[1].range.offset, 3U * KEY_BLOCK);
 }
 
+/// Formatting overwrites the tables and the top directory.
+TEST_F(KeyFormTest, FindsWhatFormattingWouldLeave) {
+    make("1");
+    const auto found = [&](std::uint64_t offset) {
+        const auto key = opened("key", O_RDWR);
+        write(key, offset, "SKUL\xba\xbe");
+        MediumBytes medium(key, static_cast<std::uint64_t>(key.status().st_size));
+        const auto here = opened(".");
+        Sources sources(here.number());
+        Differences differences;
+        const Advance advance = [](std::uint64_t) {};
+        refuseLeftovers({medium, sources, differences, advance, variation}, {VOLUME, medium.size() - VOLUME});
+        write(key, offset, std::string(6, '\0'));
+        return joined(differences.lines(), "; ");
+    };
+    EXPECT_EQ(found(VOLUME + 0x4000), "");
+    EXPECT_EQ(found(VOLUME + 0x8000), "bytes 0x9000–0x9005 look like crypto_LUKS");
+}
+
 /// A name that is found in any case may change its case, which these changes of a byte do not do.
 TEST_F(KeyFormTest, EachByteThatChangesIsADifferenceOrKnownToVary) {
-    for (const auto& [bits, cylinders] : {std::pair("12", "1"), {"16", "10"}, {"32", "140"}}) {
-        make(cylinders, bits);
+    for (const auto& [bits, cylinders] : {std::pair("12", "1"), {"16", "34"}, {"32", "2200"}}) {
+        make(cylinders);
         const auto key = opened("key", O_RDWR);
         const auto size = static_cast<std::uint64_t>(key.status().st_size);
         ByteMap varying(size);
@@ -307,7 +359,8 @@ TEST_F(KeyFormTest, EachByteThatChangesIsADifferenceOrKnownToVary) {
         std::uint64_t changed = 0;
         const auto stepAt = [&, is12 = bits == "12"s](std::uint64_t at) -> std::uint64_t {
             constexpr std::uint64_t twoSectors = 0x400;
-            return is12 || (at >= VOLUME && at - VOLUME < twoSectors) ? 1 : 331; // all of FAT 12
+            const bool isEmpty = at >= entryAt(32) && at < clusterAt(2); // in FAT 12
+            return is12 ? (isEmpty ? 31 : 1) : at >= VOLUME && at - VOLUME < twoSectors ? 1 : 1331;
         };
         for (const auto& fixed : varying.unclaimed()) {
             const std::uint64_t end = fixed.offset + fixed.size;

@@ -25,7 +25,9 @@ TEST_F(StationTest, NothingIsRecognisedOnAWipedDisk) {
         SCOPED_TRACE(row[0]);
         prepare("exec >/dev/null 2>&1; rm -f disk; truncate -s 16M disk; " + row[0]);
         shell("wipefs -n disk | grep -q 0x");
-        wipeSignatures(opened("disk", O_RDWR));
+        const auto disk = opened("disk", O_RDWR);
+        wipeSignatures(disk);
+        wipeEnd(disk);
         shell("wipefs -n disk >found; cat found; [ ! -s found ]; blkid -p disk || [ $? = 2 ]");
     }
 }

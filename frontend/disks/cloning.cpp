@@ -8,8 +8,10 @@
 
 #include <keyDescription.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <vector>
 
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -25,17 +27,6 @@ constexpr std::uint64_t LARGEST_KEY = (VelaCreation::CAPACITY_UNKNOWN - std::uin
 
 /// A limit for a disk that ignores writes and keeps its signatures.
 constexpr int MOST_SIGNATURES = 1000;
-
-/// Finds the same signatures as wipefs.
-Probe signatureProbe(const Descriptor& device, std::uint64_t offset) {
-    Probe probe = probeOf(device, offset);
-    check(probe && blkid_probe_enable_superblocks(probe.get(), 1) == 0 &&
-          blkid_probe_set_superblocks_flags(probe.get(), BLKID_SUBLKS_MAGIC | BLKID_SUBLKS_BADCSUM) == 0 &&
-          blkid_probe_enable_partitions(probe.get(), 1) == 0 &&
-          blkid_probe_set_partitions_flags(probe.get(), BLKID_PARTS_MAGIC | BLKID_PARTS_FORCE_GPT) == 0)
-        .orFail("looking for what is on the disk");
-    return probe;
-}
 } // namespace
 
 std::string eraseIneligibilityReason(const Disk& disk, const std::string& cloneImage,
@@ -69,14 +60,21 @@ Descriptor openToWrite(const Descriptor& disk) {
 void wipeSignatures(const Descriptor& device, std::uint64_t offset) {
     const auto probe = signatureProbe(device, offset);
     for (int found = 0; found < MOST_SIGNATURES; ++found) {
-        const int result = blkid_do_probe(probe.get());
-        if (result == 1) {
+        if (!findSignature(probe)) {
             return;
         }
-        check(result == 0).orFail("looking for what is on the disk");
         check(blkid_do_wipe(probe.get(), 0) == 0).orFail("what is on the disk cannot be wiped");
     }
     throw Failure("what is on the disk is still there after it was wiped");
+}
+
+void wipeEnd(const Descriptor& device) {
+    constexpr std::uint64_t endSize = 2U << 20U; // more than any RAID needs
+    const auto size = sizeOf(device);
+    const std::vector<char> zeros(std::min(endSize, size));
+    check(lseek(device.number(), static_cast<off_t>(size - zeros.size()), SEEK_SET) >= 0)
+        .orFail("the end of the disk");
+    writeAll(device, zeros.data(), zeros.size(), "the end of the disk");
 }
 
 void cloneTo(const Descriptor& device, const Descriptor& image, const Advance& advance) {

@@ -34,6 +34,12 @@ Descriptor openToWrite(const Descriptor& disk);
 /// @throw Failure
 void wipeSignatures(const Descriptor& device, std::uint64_t offset = 0);
 
+/// Overwrites the end of a disk, where RAIDs and copies of partition tables have their marks. Some are not
+/// recognised while a partition reaches to the end, or are damaged.
+/// @param device  open for writing
+/// @throw Failure
+void wipeEnd(const Descriptor& device);
+
 /// Writes a newly opened image to the beginning of a device, and flushes it.
 /// @throw Failure
 void cloneTo(const Descriptor& device, const Descriptor& image, const Advance& advance);

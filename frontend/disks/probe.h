@@ -6,6 +6,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include <blkid/blkid.h>
 
@@ -24,5 +26,25 @@ inline Probe probeOf(const Descriptor& disk, std::uint64_t offset = 0, std::uint
     }
     return probe;
 }
+
+/// A mark by which libblkid recognises a file system, a RAID or a partition table.
+struct Signature {
+    std::string kind;         ///< in the words of libblkid
+    std::uint64_t offset = 0; ///< in what is probed
+    std::uint64_t size = 0;
+};
+
+/// Finds the same signatures as wipefs.
+/// @param offset  as above, like the size
+/// @throw Failure
+Probe signatureProbe(const Descriptor& disk, std::uint64_t offset = 0, std::uint64_t size = 0);
+
+/// Looks for the next signature.
+/// @return false when there are no more
+/// @throw Failure
+bool findSignature(const Probe& probe);
+
+/// @return what was found last, and perhaps what was found before
+std::vector<Signature> signaturesFound(const Probe& probe);
 
 } // namespace velacreate

@@ -1,5 +1,6 @@
 #include "forms/fatBootSector.h"
 
+#include "forms/fatDefaults.h"
 #include "forms/fatSectors.h"
 
 #include <algorithm>
@@ -94,11 +95,9 @@ private:
         return track == 0 || track > LARGEST_TRACK ? sectors : sectors - sectors % track;
     }
 
-    /// Counts the clusters. Demands a number that mkfs.vfat gives to the kind: machines do not agree about
-    /// those between.
+    /// Counts the clusters. Demands a number that mkfs.vfat gives to the kind, as machines do not agree about
+    /// those between, and tables of its length.
     std::string clusterProblem(FatLayout& layout) const {
-        constexpr std::uint64_t FEWEST_OF_16 = 4087;
-        constexpr std::uint64_t MOST_OF_16 = 65524;
         constexpr std::uint64_t FEWEST_OF_32 = 65529;
         constexpr std::uint64_t MOST_OF_32 = 268435446;
         const auto dataSector = (layout.dataOffset() - layout.offset) / SECTOR_SIZE;
@@ -108,14 +107,37 @@ private:
         if (!layout.isFat32() && layout.clusters <= MOST_CLUSTERS_OF_FAT_12) {
             layout.bits = 12;
         }
-        const auto fewest = layout.bits == 12 ? 1 : layout.bits == 16 ? FEWEST_OF_16 : FEWEST_OF_32;
+        const auto fewest = layout.bits == 12   ? 1
+                            : layout.bits == 16 ? FEWEST_CLUSTERS_OF_FAT_16
+                                                : FEWEST_OF_32;
         const auto count = std::to_string(layout.clusters);
-        if (layout.clusters < fewest || layout.clusters > (layout.isFat32() ? MOST_OF_32 : MOST_OF_16)) {
+        if (layout.clusters < fewest ||
+            layout.clusters > (layout.isFat32() ? MOST_OF_32 : MOST_CLUSTERS_OF_FAT_16)) {
             return "FAT " + std::to_string(layout.bits) + " does not have " + count + " clusters";
         }
-        return (layout.clusters + FIRST_CLUSTER) * layout.bits > layout.tableSize() * 8
-                   ? "its tables are too short for " + count + " clusters"
-                   : "";
+        const auto needed = neededTableSectors(layout.clusters, layout.bits);
+        const auto forClusters = [&](const char* problem) {
+            return std::string("its tables are too ") + problem + " for " + count + " clusters";
+        };
+        // mkfs.vfat rounds the length up, after it has counted up to three clusters too many.
+        return layout.tableSectors < needed                                         ? forClusters("short")
+               : layout.tableSectors > roundedUp(needed + 1, layout.clusterSectors) ? forClusters("long")
+                                                                                    : defaultsProblem(layout);
+    }
+
+    /// Other numbers would leave room in free space for the marks of other file systems.
+    std::string defaultsProblem(const FatLayout& layout) const {
+        const auto expected = defaultFatLayout(layout.sectors, m_place.range.size);
+        const auto* const field = layout.clusterSectors != expected.clusterSectors ? "cluster size"
+                                  : layout.reservedSectors != expected.reservedSectors
+                                      ? "number of reserved sectors"
+                                  : layout.rootEntries != expected.rootEntries   ? "number of root entries"
+                                  : layout.tableSectors != expected.tableSectors ? "table length"
+                                                                                 : nullptr;
+        return field == nullptr || !m_place.isFilled
+                   ? ""
+                   : std::string("its ") + field + " is not what mkfs.vfat gives to a file system of " +
+                         std::to_string(layout.sectors) + " sectors";
     }
 
     void compareBootSector(const FatLayout& layout) {

@@ -143,8 +143,10 @@ private:
         FatShortName shortName{};
         std::copy_n(entry(), shortName.size(), shortName.begin());
         FatEntry found;
-        found.shortName = textOf(shortName);
-        found.name = m_longName.empty() ? withCase(found.shortName) : textOf(m_longName);
+        const auto text = textOf(shortName);
+        const bool isAscii = text.find('?') == std::string::npos;
+        found.shortName = isAscii ? text : text + "/" + std::string(shortName.begin(), shortName.end());
+        found.name = m_longName.empty() ? withCase(text) : textOf(m_longName);
         found.isDirectory = (entry()[ATTRIBUTES_FIELD] & FAT_DIRECTORY) != 0;
         found.cluster = littleEndian(entry() + LOW_CLUSTER_FIELD, 2) |
                         littleEndian(entry() + HIGH_CLUSTER_FIELD, 2) << 16U;

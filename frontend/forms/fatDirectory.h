@@ -14,7 +14,9 @@ namespace velacreate {
 
 struct FatEntry {
     std::string name;
-    std::string shortName; ///< the same as the name, but for small letters, when there is no other
+    /// The same as the name, but for small letters, when there is no other. Its bytes follow when it has
+    /// letters of a code page, as the text does not tell those apart.
+    std::string shortName;
     bool isDirectory = false;
     std::uint32_t cluster = 0; ///< 0 when there is none
     std::uint32_t size = 0;

@@ -13,6 +13,8 @@ constexpr unsigned FAT_TABLES = 2;
 constexpr std::uint64_t FAT_ENTRY_SIZE = 32;             ///< of a directory
 constexpr std::uint64_t LARGEST_FAT_DIRECTORY = 2 << 20; ///< in bytes; the kernel makes no larger one
 constexpr std::uint64_t MOST_CLUSTERS_OF_FAT_12 = 4084;
+constexpr std::uint64_t FEWEST_CLUSTERS_OF_FAT_16 = 4087; ///< that mkfs.vfat gives; machines differ below
+constexpr std::uint64_t MOST_CLUSTERS_OF_FAT_16 = 65524;
 
 /// Offsets and sizes are in bytes of the medium.
 struct FatLayout {

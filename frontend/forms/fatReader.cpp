@@ -129,7 +129,8 @@ private:
     void useEntry(const Directory& directory, const FatEntry& entry, std::set<std::string>& names) {
         const auto place = pathBelow(directory.place, entry.name);
         const auto name = inCapitals(entry.name);
-        const bool isNewName = names.insert(name).second;
+        const bool isComplete = name.find('?') == std::string::npos; // without letters of a code page
+        const bool isNewName = !isComplete || names.insert(name).second;
         const bool isNewShortName = name == entry.shortName || names.insert(entry.shortName).second;
         if (!isNewName || !isNewShortName) {
             m_examination.differences.addTwice(place);

@@ -50,6 +50,7 @@ bool FatTable::readPiece(std::uint64_t offset, std::vector<unsigned char>& piece
         }
         done += bytes.size;
     }
+    m_examination.advance(0); // the tables of a large stick take a while
     return true;
 }
 

@@ -1,5 +1,7 @@
 #include "forms/keyReader.h"
 
+#include "forms/fatDefaults.h"
+#include "forms/fields.h"
 #include "forms/foreignMarks.h"
 
 namespace velacreate {
@@ -10,10 +12,15 @@ KeyFindings examineKey(const Examination& examination, const Tree& expected, con
         return {};
     }
     const FatPlace place = {*partition, !form.isImage, form.isImage};
-    refuseForeignMarks(examination, partition->offset);
+    refuseForeignMarks(examination, *partition, partition->offset + SECTOR_SIZE);
     const auto end = partition->offset + partition->size;
     reportVariation(examination, Variation::freeSpace, {end, examination.medium.size() - end});
     return examineFat(examination, expected, place, form.mayKeepFiles);
+}
+
+void refuseLeftovers(const Examination& examination, const ByteRange& partition) {
+    const auto layout = defaultFatLayout(partition.size / SECTOR_SIZE, partition.size);
+    refuseForeignMarks(examination, partition, partition.offset + layout.dataOffset());
 }
 
 } // namespace velacreate

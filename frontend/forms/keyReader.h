@@ -11,4 +11,8 @@ namespace velacreate {
 /// @throw Failure when something cannot be read
 KeyFindings examineKey(const Examination& examination, const Tree& expected, const KeyForm& form);
 
+/// Adds a difference for each mark of something else than a key that is still there after formatting.
+/// @throw Failure when something cannot be read
+void refuseLeftovers(const Examination& examination, const ByteRange& partition);
+
 } // namespace velacreate

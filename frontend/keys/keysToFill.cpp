@@ -35,21 +35,24 @@ void requireErasable(const Key& key, const Inputs& inputs) {
     requireFitting(inputs.contents, key.about.size - KEY_IMAGE_OFFSET, key.disk.node());
 }
 
-/// A machine would start from another boot record.
-void requireBootRecord(const Key& key, const Inputs& inputs) {
-    const auto differences =
-        compareBootRecord({key.lock->descriptor(), key.about.size}, inputs.package).lines();
-    if (!differences.empty()) {
-        refuseFor(key.disk, "has another boot record than a key: " + differences.front() +
-                                "; --erase makes a key of any stick");
-    }
+/// A machine would start from another boot record, or find something else than FAT.
+void requireNoObstacles(const Key& key, const Inputs& inputs) {
+    const auto obstacles = obstaclesOn({key.lock->descriptor(), key.about.size}, inputs.package);
+    const auto refuse = [&](const char* what, const Differences& differences) {
+        if (differences.count() != 0) {
+            refuseFor(key.disk,
+                      what + (": " + differences.lines().front()) + "; --erase makes a key of any stick");
+        }
+    };
+    refuse("has another boot record than a key", obstacles.bootRecord);
+    refuse("carries what formatting would not remove", obstacles.leftovers);
 }
 
 void requireFillable(const Key& key, const UsbChoices& choices, const Inputs& inputs) {
     refuseFor(key.disk, lacksPartition(key.disk));
     if (choices.format == FORMAT_AUTO || choices.job.verify) {
         inputs.package.requireFile(cloneImageFor(key.about.size), "a key of this size is recognised by it");
-        requireBootRecord(key, inputs);
+        requireNoObstacles(key, inputs);
     }
     requireFitting(inputs.contents, capacityOf(key.disk, choices.format),
                    "partition " + std::to_string(KEY_PARTITION) + " of " + key.disk.node());

@@ -34,6 +34,7 @@ int makeNewKey(const Disk& disk, const Descriptor& held, const std::string& clon
     reporter.changing();
     reporter.stage("Erasing");
     wipeSignatures(device);
+    wipeEnd(device);
     if (const int result = fitImage(builder, logger); result != 0) {
         return result;
     }

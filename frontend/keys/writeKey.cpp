@@ -18,6 +18,7 @@ void wipe(const KeyImage& image, const Descriptor& device) {
     MediumBytes bytes(image.blocks().file, image.size());
     wipeSignatures(device);
     wipeSignatures(device, keyPartition(bytes).value_or(ByteRange{}).offset);
+    wipeEnd(device);
     check(fsync(device.number()) == 0).orFail("what is on the disk cannot be wiped");
 }
 

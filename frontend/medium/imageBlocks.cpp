@@ -74,7 +74,7 @@ void refuseMarks(const ImageBlocks& image, const Descriptor& key, Differences& d
     MediumBytes bytes(image.file, sizeOf(image.file));
     const auto partition = keyPartition(bytes).value_or(ByteRange{});
     examining(key, differences, [&](const Examination& examination) {
-        refuseForeignMarks(examination, partition.offset, image.blocks);
+        refuseForeignMarks(examination, partition, partition.offset, image.blocks);
     });
 }
 } // namespace

@@ -81,13 +81,19 @@ Examine compareKey(const Comparison& comparison, Findings& /*findings*/) {
     };
 }
 
-Differences compareBootRecord(const ReadMedium& medium, const ToolPackage& package) {
+Obstacles obstaclesOn(const ReadMedium& stick, const ToolPackage& package) {
     const Contents nothing;
-    Differences differences;
-    const Comparison comparison = {-1, package, nothing, medium, [](std::uint64_t /*bytes*/) {}};
-    examine(comparison, medium.file, medium.size, differences,
-            [&](const Examination& examination) { examineKeyRecord(examination, formOf(medium, package)); });
-    return differences;
+    Obstacles found;
+    const Comparison comparison = {-1, package, nothing, stick, [](std::uint64_t /*bytes*/) {}};
+    const auto partition =
+        examine(comparison, stick.file, stick.size, found.bootRecord, [&](const Examination& examination) {
+            return examineKeyRecord(examination, formOf(stick, package));
+        });
+    if (partition) {
+        examine(comparison, stick.file, stick.size, found.leftovers,
+                [&](const Examination& examination) { refuseLeftovers(examination, *partition); });
+    }
+    return found;
 }
 
 Examine compareNetbootDirectory(const Comparison& comparison, Findings& findings) {

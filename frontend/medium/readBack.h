@@ -52,8 +52,12 @@ Examine compareKey(const Comparison& comparison, Findings& findings);
 Examine compareNetbootDirectory(const Comparison& comparison, Findings& findings);
 /// @}
 
-/// Compares what a key has before its file system.
-Differences compareBootRecord(const ReadMedium& medium, const ToolPackage& package);
+/// What formatting would not change on a stick.
+struct Obstacles {
+    Differences bootRecord; ///< what lies before the file system is not that of a key
+    Differences leftovers;  ///< marks of something else in space that would be free
+};
+Obstacles obstaclesOn(const ReadMedium& stick, const ToolPackage& package);
 
 /// Compares a directory, without following links.
 /// @param ignored names that may be there, too
