@@ -74,6 +74,7 @@ options() {
 ## An image for the archive
 ## A disc
 ## Fifty keys
+## Keys from an image
 ## Keys of unknown age
 ## Many machines
 END

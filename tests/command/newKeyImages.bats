@@ -62,6 +62,11 @@ makesKey() { # [OPTION...] FILE...: and it is as the package and the files say
     not cmp -s work/k.img /srv/k.img
 }
 
+@test "the day's image of a key is made and compared" {
+    withCloneImages init1.img
+    makes day 'Keys from an image'
+}
+
 # Columns: what is made before; the call; its exit status; its last words.
 @test "what no key can hold, and what is in the way, is refused as for a key" {
     endsAsTold key-images
