@@ -45,7 +45,8 @@ void requireJolietNames(const std::vector<std::string>& places);
 void requireFileSize(const std::string& place, std::uint64_t size, const std::string& medium);
 
 /// Refuses a directory on a file system from which no program can be started, as it is mounted with noexec.
-void requireExecutable(const NamedDirectory& directory);
+/// @param advice  for the message, such as "choose another directory for the output"
+void requireExecutable(const NamedDirectory& directory, const std::string& advice);
 
 /// Refuses a job for which there is too little free space.
 /// @param directory  a directory of the file system

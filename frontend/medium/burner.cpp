@@ -2,6 +2,7 @@
 
 #include "disks/discDrive.h"
 #include "display/summary.h"
+#include "inputs/limits.h"
 #include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
 #include "job/supervisor.h"
@@ -73,6 +74,7 @@ std::string asShellWord(const std::string& text) {
 
 Burner::Burner(const std::string& device, const CallerEnvironment& caller)
     : m_target(device), m_toolkit(caller.toolkit), m_scratch(scratchDirectory("", caller)) {
+    requireExecutable(m_scratch, "name another one with TMPDIR");
     m_toolkit.requirePrograms({"wodim"});
     requireAnswer(m_target.device(), m_toolkit);
 }

@@ -208,7 +208,9 @@ Workflow libraryWorkflow(const Toolkit& toolkit, const std::function<int(VelaLog
 int makeOutput(const OutputJob& job, Console& console) {
     const auto& kind = job.inputs.kind;
     const auto medium = kind.name + " " + quote(job.output.path());
-    requireExecutable(job.output.parent());
+    if (job.form == PackageForm::archive) { // for the library, which runs launchers there
+        requireExecutable(job.output.parent(), "choose another directory for the output");
+    }
     for (const auto& companion : companionsOf(job)) {
         requireOtherLog(job.choices.show, companion.output->path());
     }
