@@ -103,9 +103,9 @@ void requireFileSize(const std::string& place, std::uint64_t size, const std::st
 void requireExecutable(const NamedDirectory& directory, const std::string& advice) {
     struct statvfs about {};
     check(fstatvfs(directory.number(), &about) == 0).orFail(quote(directory.path));
-    refuseIf((about.f_flag & ST_NOEXEC) != 0,
-             "the job cannot start its programs in " + quote(directory.path) +
-                 ", which is mounted with noexec; " + advice);
+    refuseIf((about.f_flag & ST_NOEXEC) != 0, "the job cannot start its programs in " +
+                                                  quote(directory.path) + ", which is mounted with noexec; " +
+                                                  advice);
 }
 
 void requireSpace(const NamedDirectory& directory, std::uint64_t bytes) {
