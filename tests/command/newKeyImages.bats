@@ -6,7 +6,7 @@ load words
 setup_file() {
     load words
     setup_file
-    "$project/demo/clone-image" /srv/init1.img 130 255 63
+    "${project:?}/demo/clone-image" /srv/init1.img 130 255 63
     "$project/demo/clone-image" /srv/init8.img 1024 64 32
 }
 withCloneImages() { zip -qj work/tool.zip "${@/#//srv/}"; }
