@@ -72,6 +72,12 @@ void wipeEnd(const Descriptor& device) {
     constexpr std::uint64_t endSize = 2U << 20U; // more than any RAID needs
     const auto size = sizeOf(device);
     const std::vector<char> zeros(std::min(endSize, size));
+    auto found = zeros;
+    if (readAt(device.number(), found.data(), found.size(), size - found.size()) ==
+            static_cast<ssize_t>(found.size()) &&
+        found == zeros) {
+        return;
+    }
     check(lseek(device.number(), static_cast<off_t>(size - zeros.size()), SEEK_SET) >= 0)
         .orFail("the end of the disk");
     writeAll(device, zeros.data(), zeros.size(), "the end of the disk");

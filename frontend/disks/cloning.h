@@ -35,8 +35,8 @@ Descriptor openToWrite(const Descriptor& disk);
 void wipeSignatures(const Descriptor& device, std::uint64_t offset = 0);
 
 /// Overwrites the end of a disk, where RAIDs and copies of partition tables have their marks. Some are not
-/// recognised while a partition reaches to the end, or are damaged.
-/// @param device  open for writing
+/// recognised while a partition reaches to the end, or are damaged. Zeros are left as they are.
+/// @param device  open for reading and writing
 /// @throw Failure
 void wipeEnd(const Descriptor& device);
 
