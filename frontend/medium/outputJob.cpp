@@ -19,6 +19,8 @@
 #include <filesystem>
 #include <future>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -29,21 +31,23 @@ std::string checksumPlace(const Kind& kind) {
     return kind.place + CHECKSUM_ENDING;
 }
 
-/// A file that is made beside the output.
-struct Companion {
+/// What the job has made, and where it is to be.
+struct Made {
     const Output* output;
     std::string place; ///< below the job directory
 };
 
-std::vector<Companion> companionsOf(const OutputJob& job) {
-    std::vector<Companion> companions;
+/// The output, and what is made beside it.
+std::vector<Made> allOf(const OutputJob& job) {
+    const auto& kind = job.inputs.kind;
+    std::vector<Made> all = {{&job.output, kind.place}};
     if (job.blockMap != nullptr) {
-        companions.push_back({job.blockMap, job.inputs.kind.place + BLOCK_MAP_ENDING});
+        all.push_back({job.blockMap, kind.place + BLOCK_MAP_ENDING});
     }
     if (job.checksum != nullptr) {
-        companions.push_back({job.checksum, checksumPlace(job.inputs.kind)});
+        all.push_back({job.checksum, checksumPlace(kind)});
     }
-    return companions;
+    return all;
 }
 
 std::string nameOf(const Output& output) {
@@ -124,28 +128,19 @@ std::optional<Output> moveEarlierChecksum(const OutputJob& job, const Descriptor
 
 /// An earlier checksum goes first and a new one comes last, so that none ever belongs to another image.
 void putAllInPlace(const OutputJob& job, const Descriptor& jobDirectory, Outcome& outcome) {
-    const auto& place = job.inputs.kind.place;
     const auto earlierChecksum = moveEarlierChecksum(job, jobDirectory);
-    struct stat taken {};
+    std::vector<std::pair<Made, struct stat>> taken;
     try {
-        taken = job.output.take(jobDirectory, place);
+        for (const auto& made : allOf(job)) {
+            taken.emplace_back(made, made.output->take(jobDirectory, made.place));
+        }
     } catch (const Failure&) {
-        if (earlierChecksum) {
+        for (; !taken.empty(); taken.pop_back()) {
+            const auto& [made, status] = taken.back();
+            outcome.hasChanged |= !made.output->giveBack(jobDirectory, made.place, status);
+        }
+        if (earlierChecksum && !outcome.hasChanged) {
             earlierChecksum->moveBack(jobDirectory, checksumPlace(job.inputs.kind));
-        }
-        throw;
-    }
-    std::vector<Companion> done = {{&job.output, place}};
-    std::vector<struct stat> takenOnes = {taken};
-    try {
-        for (const auto& companion : companionsOf(job)) {
-            takenOnes.push_back(companion.output->take(jobDirectory, companion.place));
-            done.push_back(companion);
-        }
-    } catch (const Failure&) {
-        for (; !done.empty(); done.pop_back(), takenOnes.pop_back()) {
-            outcome.hasChanged |=
-                !done.back().output->giveBack(jobDirectory, done.back().place, takenOnes.back());
         }
         throw;
     }
@@ -211,8 +206,8 @@ int makeOutput(const OutputJob& job, Console& console) {
     if (job.form == PackageForm::archive) { // for the library, which runs launchers there
         requireExecutable(job.output.parent(), "choose another directory for the output");
     }
-    for (const auto& companion : companionsOf(job)) {
-        requireOtherLog(job.choices.show, companion.output->path());
+    for (const auto& made : allOf(job)) {
+        requireOtherLog(job.choices.show, made.output->path());
     }
     openLog(console, job.choices.show, job.output.path(), &job.inputs);
     job.inputs.announce(console, "Making " + medium + " from");

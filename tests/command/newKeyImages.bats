@@ -67,6 +67,18 @@ makesKey() { # [OPTION...] FILE...: and it is as the package and the files say
     makes day 'Keys from an image'
 }
 
+@test "what has come to the map's place in the meantime is not replaced; the old image and its checksum come back" {
+    withCloneImages init1.img
+    echo old >work/k.img
+    (cd work && sha256sum k.img >k.img.sha256)
+    cp /usr/sbin/mkfs.fat /srv/mkfs
+    printf '#!/bin/sh\necho other >/srv/job/work/k.img.bmap\nexec /srv/mkfs "$@"\n' >/srv/script
+    chmod +x /srv/script
+    mounts --bind /srv/script /usr/sbin/mkfs.fat
+    ends 4 undoing 'rm k.img.bmap' usbImage --force a.txt
+    said "'/srv/job/work/k.img.bmap' was made or changed meanwhile"
+}
+
 # Columns: what is made before; the call; its exit status; its last words.
 @test "what no key can hold, and what is in the way, is refused as for a key" {
     endsAsTold key-images
