@@ -17,7 +17,6 @@ namespace velacreate {
 namespace {
 using tinyxml2::XMLElement;
 
-constexpr std::size_t SUM_DIGITS = 64;
 constexpr std::size_t MOST_DIGITS = 18; // the number fits into 64 bits
 
 std::uint64_t blockCount(std::uint64_t bytes) {

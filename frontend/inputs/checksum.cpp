@@ -13,7 +13,6 @@
 namespace velacreate {
 namespace {
 constexpr const char* DIGITS = "0123456789abcdef";
-constexpr std::size_t SUM_DIGITS = 64;
 
 void require(bool done) {
     if (!done) {

@@ -4,10 +4,13 @@
 
 #include "support/descriptor.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
 namespace velacreate {
+
+constexpr std::size_t SUM_DIGITS = 64; ///< of a SHA-256 sum
 
 /// @return the SHA-256 sum of a whole file, in hexadecimal digits
 /// @throw Failure

@@ -24,6 +24,7 @@ std::string inBoot(const char* place) {
 Kind image() {
     Kind kind;
     kind.name = "the image";
+    kind.word = "image";
     kind.bootFiles = {{inBoot(EFI_LOADER), "the image starts from it"}};
     kind.toolkitPrograms = {"xorriso"};
     kind.place = IMAGE_PLACE;
@@ -37,6 +38,7 @@ Kind image() {
 
 Kind powerPcImage() {
     Kind kind = image();
+    kind.word = "powerpc-image";
     kind.bootFiles = {{inBoot(POWERPC_LOADER), "a PowerPC machine starts from it"}};
     kind.toolkitPrograms = {"genisoimage"};
     kind.isPlainJoliet = true;
@@ -49,6 +51,7 @@ Kind powerPcImage() {
 Kind key() {
     Kind kind;
     kind.name = "the key";
+    kind.word = "key"; // also of its image
     kind.cloneImages = CloneImages::wanted;
     kind.programs.insert(kind.programs.end(), {"mount", "umount"});
     kind.stages = {{STAGE_COPYING, ""}, {STAGE_COPYING_UPDATES, ""}, {STAGE_WRITING_OUT, ""}};
@@ -73,6 +76,7 @@ Kind keyImage() {
 Kind netbootDirectory() {
     Kind kind;
     kind.name = "the network-boot directory";
+    kind.word = "netboot";
     kind.bootFiles = {{inBoot(NETBOOT_LOADER), "a machine on the network starts from it"}};
     kind.toolkitPrograms = {"zip"};
     kind.place = NETBOOT_PLACE;

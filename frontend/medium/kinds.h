@@ -41,6 +41,7 @@ using CompareMedium = std::function<void(Findings& findings)> (*)(const Comparis
 /// What is common to all media of one kind.
 struct Kind {
     std::string name;                                ///< for messages, such as "the image"
+    std::string word;                                ///< for programs, such as "image"
     std::vector<BootFile> bootFiles;                 ///< required in the tool package
     CloneImages cloneImages = CloneImages::unwanted; ///< whether the job needs them
     std::vector<const char*> programs = {"unzip"};   ///< the job runs them
