@@ -62,7 +62,7 @@ struct KeyBytes {
         : uncached(job.target.disk ? openUncached(job.target.open) : Descriptor()),
           medium{job.target.disk ? uncached : job.target.open, sizeOf(job.target.open)} {
         medium.isKeyImage = !job.target.disk;
-        medium.mayKeepFiles = job.all.choices.format == FORMAT_NEVER;
+        medium.others = job.all.choices.format == FORMAT_NEVER ? OtherFiles::any : OtherFiles::none;
     }
 
     Descriptor uncached; ///< closed for an image

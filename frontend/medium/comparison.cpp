@@ -126,7 +126,9 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
 int compareConfined(const Descriptor& directory, const Inputs& inputs, const ReadMedium& medium, JobKind kind,
                     Reporter& reporter) {
     const auto advance = beginReadingBack(inputs.contents.size(), reporter);
-    const Comparison comparison = {directory.number(), inputs.package, inputs.contents, medium, advance};
+    SourceFiles sources(directory.number());
+    const auto head = headOfKeys(inputs.package);
+    const Comparison comparison = {sources, head, inputs.contents, medium, advance};
     Findings findings;
     const auto examine = inputs.kind.compare(comparison, findings);
     const auto work = [&] {
@@ -150,7 +152,9 @@ int compareBlocksConfined(const Descriptor& directory, const ImageBlocks& image,
 int examineForm(const Descriptor& directory, const Inputs& inputs, ReadMedium medium,
                 const std::function<int(const std::string& fault)>& faulty, Reporter& reporter) {
     medium.isFormOnly = true;
-    const Comparison comparison = {directory.number(), inputs.package, inputs.contents, medium,
+    SourceFiles sources(directory.number());
+    const auto head = headOfKeys(inputs.package);
+    const Comparison comparison = {sources, head, inputs.contents, medium,
                                    [](std::uint64_t /*bytes*/) { prolong(); }};
     Findings findings;
     const auto examine = inputs.kind.compare(comparison, findings);

@@ -18,6 +18,7 @@ struct Part {
         source; ///< of its bytes, below the job directory: "boot/grub.cfg", or the place of an update file
     std::uint64_t size;
     bool isDirectory;
+    std::string sum = {}; ///< SHA-256, in the place of a source
 };
 
 /// By the path on the medium.
