@@ -5,7 +5,6 @@
 #include "forms/examination.h"
 #include "forms/fatLayout.h"
 #include "forms/fatTable.h"
-#include "forms/isoMedium.h"
 
 #include <cstdint>
 #include <functional>
@@ -59,9 +58,8 @@ private:
     bool m_isSound;
 };
 
-/// Visits the tree with the Rock Ridge names. Adds a difference when there is none.
-/// @param platform  not none
+/// Visits the tree of an image with the Rock Ridge names. Adds a difference when there is none.
 /// @throw Failure when something cannot be read
-void visitIso(const Examination& image, IsoPlatform platform, const VisitFound& visit);
+void visitIso(const Examination& image, const VisitFound& visit);
 
 } // namespace velacreate

@@ -218,9 +218,10 @@ void examineIso(const Examination& examination, const Tree& expected, IsoPlatfor
     }
 }
 
-void visitIso(const Examination& image, IsoPlatform platform, const VisitFound& visit) {
+void visitIso(const Examination& image, const VisitFound& visit) {
     if (const auto blocks = examinedSize(image, BehindVolume::anything); blocks > 0) {
-        IsoVisit(image, platform, blocks).visit(visit);
+        const auto platform = platformOfImage(image.medium);
+        IsoVisit(image, platform == IsoPlatform::none ? IsoPlatform::efi : platform, blocks).visit(visit);
     }
 }
 

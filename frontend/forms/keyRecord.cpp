@@ -173,6 +173,8 @@ private:
         }
         std::vector<unsigned char> head(size);
         m_examination.medium.read(0, head.data(), head.size());
+        reportVariation(m_examination, Variation::diskSignature,
+                        {DISK_SIGNATURE_FIELD, PARTITIONS_FIELD - DISK_SIGNATURE_FIELD});
         const auto& sums = m_form.head.bootCodes;
         if (!sums.empty() && std::find(sums.begin(), sums.end(), sumOfBootCode(head)) == sums.end()) {
             add("what lies before the file system, such as the boot code, is not what was signed");

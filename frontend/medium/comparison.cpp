@@ -16,14 +16,10 @@
 
 namespace velacreate {
 namespace {
-/// Begins a stage.
-/// @return to be called with the bytes that have been compared
+/// @return as advanceIn
 Advance beginReadingBack(std::uint64_t size, Reporter& reporter) {
-    reporter.stage("Reading back", size);
-    return [&reporter](std::uint64_t bytes) {
-        reporter.advance(bytes);
-        prolong();
-    };
+    reporter.stage(STAGE_READING_BACK, size);
+    return advanceIn(reporter);
 }
 
 int report(const Differences& differences, JobKind kind, const Reporter& reporter) {
@@ -123,6 +119,21 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
     return supervise({job}, 1, signals, console).front();
 }
 
+Advance advanceIn(Reporter& reporter) {
+    return [&reporter](std::uint64_t bytes) {
+        reporter.advance(bytes);
+        prolong();
+    };
+}
+
+int reportAll(const Findings& findings, JobKind kind, const Reporter& reporter) {
+    for (const auto& note : findings.notes) {
+        reporter.note(note);
+    }
+    reportKept(findings, reporter);
+    return report(findings.differences, kind, reporter);
+}
+
 int compareConfined(const Descriptor& directory, const Inputs& inputs, const ReadMedium& medium, JobKind kind,
                     Reporter& reporter) {
     const auto advance = beginReadingBack(inputs.contents.size(), reporter);
@@ -133,11 +144,7 @@ int compareConfined(const Descriptor& directory, const Inputs& inputs, const Rea
     const auto examine = inputs.kind.compare(comparison, findings);
     const auto work = [&] {
         examine(findings);
-        for (const auto& note : findings.notes) {
-            reporter.note(note);
-        }
-        reportKept(findings, reporter);
-        return report(findings.differences, kind, reporter);
+        return reportAll(findings, kind, reporter);
     };
     return runConfined(directory, work, reporter);
 }
