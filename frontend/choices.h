@@ -13,12 +13,22 @@ struct ShowChoices {
     bool pauses = false;
 };
 
+/// What a medium tells about itself.
+struct ManifestChoices {
+    bool list = false;     ///< of sums
+    std::string secretKey; ///< that the list is signed with; may be empty
+    std::string title;     ///< in the signature
+
+    bool isWanted() const { return list || !secretKey.empty(); }
+};
+
 struct JobChoices {
     std::string package;
     std::string directory = ".";
     std::vector<std::string> files;
     bool keep = false;
     bool verify = true;
+    ManifestChoices manifest; ///< of a medium that is made
     ShowChoices show;
 };
 
