@@ -13,12 +13,22 @@ struct ShowChoices {
     bool pauses = false;
 };
 
+/// What a medium tells about itself.
+struct ManifestChoices {
+    bool list = false;     ///< of sums
+    std::string secretKey; ///< that the list is signed with; may be empty
+    std::string title;     ///< in the signature
+
+    bool isWanted() const { return list || !secretKey.empty(); }
+};
+
 struct JobChoices {
     std::string package;
     std::string directory = ".";
     std::vector<std::string> files;
     bool keep = false;
     bool verify = true;
+    ManifestChoices manifest; ///< of a medium that is made
     ShowChoices show;
 };
 
@@ -97,7 +107,9 @@ struct BurnChoices {
 };
 
 struct VerifyChoices {
-    JobChoices job; ///< the package is empty when a disc or keys are compared with an image
+    JobChoices job; ///< the package is empty when a medium is not compared with what would be made now
+    std::vector<std::string> trust; ///< public keys, for the list of sums on the medium
+    bool noSignature = false;       ///< the list is used without them
     std::string image;
     std::vector<std::string> devices;
     std::string keyImage;

@@ -62,7 +62,7 @@ struct KeyBytes {
         : uncached(job.target.disk ? openUncached(job.target.open) : Descriptor()),
           medium{job.target.disk ? uncached : job.target.open, sizeOf(job.target.open)} {
         medium.isKeyImage = !job.target.disk;
-        medium.mayKeepFiles = job.all.choices.format == FORMAT_NEVER;
+        medium.others = job.all.choices.format == FORMAT_NEVER ? OtherFiles::any : OtherFiles::none;
     }
 
     Descriptor uncached; ///< closed for an image
@@ -135,7 +135,7 @@ int runWorkflow(const KeyJob& job, const Descriptor& jobDirectory, Reporter& rep
     }
     bool isInitialized = false;
     bool format = job.all.choices.erase || job.all.choices.format == FORMAT_ALWAYS;
-    int result = builder.init("..", deviceForLibrary(job, image), job.inputs().updates.topLevel(),
+    int result = builder.init("..", deviceForLibrary(job, image), job.inputs().namesForLibrary(),
                               PACKAGE_NAME, isInitialized);
     if (result == 0 && job.all.choices.erase) {
         result = makeNewKey(*job.target.disk, job.target.open, cloneImageFor(describe(*job.target.disk).size),

@@ -51,10 +51,9 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
 /// @name In the job's process
 /// @{
 
-/// Compares a medium in a confined process. Reports each difference: as a failure when a medium is made, else
-/// as a finding; and what is on a key besides.
+/// Compares a medium in a confined process, and reports what was found.
 /// @param directory with the sources
-/// @return EXIT_DIFFERENT, or 0 when there is no difference
+/// @return as reportAll
 int compareConfined(const Descriptor& directory, const Inputs& inputs, const ReadMedium& medium, JobKind kind,
                     Reporter& reporter);
 

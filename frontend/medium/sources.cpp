@@ -10,7 +10,7 @@
 
 namespace velacreate {
 
-void Sources::enter(const Part& part) {
+void SourceFiles::enter(const Part& part) {
     m_name = part.source;
     m_file = m_workplace.open(part.source, TO_READ);
     if (!m_file.isOpen()) {
@@ -22,7 +22,7 @@ void Sources::enter(const Part& part) {
     }
 }
 
-bool Sources::hold(std::uint64_t offset, const void* data, std::size_t size) {
+bool SourceFiles::hold(std::uint64_t offset, const void* data, std::size_t size) {
     m_buffer.resize(BUFFER_SIZE);
     for (std::size_t done = 0; done < size;) {
         const std::size_t wanted = std::min(size - done, BUFFER_SIZE);
@@ -37,6 +37,20 @@ bool Sources::hold(std::uint64_t offset, const void* data, std::size_t size) {
         done += wanted;
     }
     return true;
+}
+
+void SourceSums::enter(const Part& part) {
+    m_sum = Sha256();
+    m_expected = part.sum;
+}
+
+bool SourceSums::hold(std::uint64_t /*offset*/, const void* data, std::size_t size) {
+    m_sum.add(data, size);
+    return true;
+}
+
+bool SourceSums::isRight() {
+    return m_sum.digits() == m_expected;
 }
 
 } // namespace velacreate
