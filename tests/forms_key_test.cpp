@@ -57,7 +57,7 @@ struct KeyFormTest : JobTest {
     Lines examine(const Descriptor& key) {
         MediumBytes medium(key, static_cast<std::uint64_t>(key.status().st_size));
         const auto here = opened(".");
-        Sources sources(here.number());
+        SourceFiles sources(here.number());
         Differences differences;
         const Advance advance = [](std::uint64_t) {};
         findings = examineKey({medium, sources, differences, advance, variation}, tree, form);
@@ -89,7 +89,8 @@ struct KeyFormTest : JobTest {
     Tree tree = {{"EFI", {"efi", 0, true}},         {"EFI/BOOT.EFI", {"small", 5, false}},
                  {"Grub.cfg", {"small", 5, false}}, {"A name in two pieces.txt", {"small", 5, false}},
                  {"big.bin", {"big", 5000, false}}, {"none", {"none", 0, false}}};
-    KeyForm form = {[](const std::string& name) { return opened("package/" + name); }, false, false};
+    KeyForm form = {
+        {[](const std::string& name) { return opened("package/" + name); }}, false, OtherFiles::none};
     ReportVariation variation;
     KeyFindings findings;
 };
@@ -123,7 +124,7 @@ TEST_F(KeyFormTest, AcceptsImagesOfOthers) {
 
 TEST_F(KeyFormTest, SumsUpTheSameBootCodeOfEachKey) {
     make("1");
-    const auto sums = sumsOfBootCode(form.openCloneImage);
+    const auto sums = sumsOfBootCode(form.head.openCloneImage);
     ASSERT_EQ(sums.size(), 1U);
     for (const std::uint64_t capacity : {1024U, 70000U}) {
         auto head = headOfKey(opened("package/init1.img"), capacity);
@@ -165,7 +166,7 @@ TEST_F(KeyFormTest, CountsSoundFilesThatStay) {
           "-i key@@4096 "
           "small ::small.x; mattrib -i key@@4096 +h +r ::small.x");
     EXPECT_EQ(examine(Patches{}).back(), "'small.x' is there, but should not be");
-    form.mayKeepFiles = true;
+    form.others = OtherFiles::any;
     EXPECT_EQ(joined(examine(Patches{}), "; "), "");
     EXPECT_EQ(findings.kept.files, 2U);
     EXPECT_EQ(findings.kept.bytes, 5005U);
@@ -298,7 +299,7 @@ TEST_F(KeyFormTest, KnowsWhichBlocksHoldDataAndWhose) {
         unsigned char cluster = 0; // in sectors
         ASSERT_EQ(pread(key.number(), &cluster, 1, VOLUME + 13), 1);
         MediumBytes medium(key, sizeOf(key));
-        Sources sources(-1);
+        SourceFiles sources(-1);
         Differences differences;
         const Advance advance = [](std::uint64_t) {};
         const Examination image = {medium, sources, differences, advance, variation};
@@ -347,7 +348,7 @@ TEST_F(KeyFormTest, FindsWhatFormattingWouldLeave) {
         write(key, offset, "SKUL\xba\xbe");
         MediumBytes medium(key, static_cast<std::uint64_t>(key.status().st_size));
         const auto here = opened(".");
-        Sources sources(here.number());
+        SourceFiles sources(here.number());
         Differences differences;
         const Advance advance = [](std::uint64_t) {};
         refuseLeftovers({medium, sources, differences, advance, variation}, {VOLUME, medium.size() - VOLUME});

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <string>
 
 namespace velacreate {
@@ -27,6 +28,7 @@ std::string localTimeText();
 
 /// @return the universal time, such as "2026-11-25T09:28:35Z"
 std::string universalTimeText();
+std::string universalTimeText(std::time_t time);
 
 /// Whether a text has no characters but letters and digits of ASCII, and these others.
 bool isPlain(const std::string& text, const std::string& others);
