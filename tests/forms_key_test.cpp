@@ -139,6 +139,39 @@ TEST_F(KeyFormTest, SumsUpTheSameBootCodeOfEachKey) {
 }
 
 /// As the kernel writes two names whose short names differ only in a letter of the code page.
+TEST_F(KeyFormTest, FindsEachChangeBeforeTheFileSystemBySums) {
+    make("1");
+    form.head = {nullptr, sumsOfBootCode(form.head.openCloneImage)};
+    const auto key = contentOf("key");
+    EXPECT_EQ(joined(examine(Patches{}), "; "), "");
+    for (std::size_t at = 0; at < VOLUME; at += at < 0x200 ? 1 : 61) {
+        const auto changed = static_cast<char>(key[at] ^ (1 << at % 8));
+        EXPECT_EQ(examine({{at, std::string(1, changed)}}).empty(), at >= 440 && at < 446) << at;
+    }
+    form.head.bootCodes.clear();
+    EXPECT_EQ(joined(examine({{0, "\xeb"}}), "; "), "");
+    EXPECT_EQ(examine({{510, "x"}}).front(), "the boot record has no signature");
+}
+
+/// What other systems have left is counted, whatever is in it. A name of theirs elsewhere is a difference.
+TEST_F(KeyFormTest, TellsTracesOfOtherSystems) {
+    make("1");
+    shell("export MTOOLSRC=/dev/null; put() { mcopy -i key@@4096 $1 \"::$2\"; }; mmd -i key@@4096 "
+          "'::System Volume Information' ::.Trashes ::.Trash-1000; put small 'System Volume "
+          "Information/a.guid'; "
+          "put small ._Grub.cfg; mattrib -i key@@4096 +h +s '::System Volume Information' ::._Grub.cfg");
+    EXPECT_EQ(examine(Patches{}).back(), "'System Volume Information' is there, but should not be");
+    form.others = OtherFiles::tracesOfSystems;
+    EXPECT_EQ(joined(examine({{440, "\1\2\3\4"}}), "; "), "");
+    EXPECT_EQ(joined(findings.notes, "; "),
+              "other systems have left 'System Volume Information', '.Trashes', '.Trash-1000', '._Grub.cfg': "
+              "2 files with 10 bytes, which were not compared; the disk signature is not compared; it is "
+              "0x04030201");
+    shell("export MTOOLSRC=/dev/null; mmd -i key@@4096 ::EFI/.Trashes; mcopy -i key@@4096 small ::._none_");
+    EXPECT_EQ(joined(examine(Patches{}), "; "),
+              "'._none_' is there, but should not be; 'EFI/.Trashes' is there, but should not be");
+}
+
 TEST_F(KeyFormTest, TellsLettersOfTheCodePageApart) {
     make("1");
     const auto entries = [](const std::string& letter, const std::string& short83) {

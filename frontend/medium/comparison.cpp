@@ -3,7 +3,8 @@
 #include "display/summary.h"
 #include "inputs/names.h"
 #include "job/confinement.h"
-#include "medium/listComparison.h"
+#include "medium/listedMedium.h"
+#include "medium/reporting.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/texts.h"
@@ -23,30 +24,6 @@ Advance beginReadingBack(std::uint64_t size, Reporter& reporter) {
     return advanceIn(reporter);
 }
 
-int report(const Differences& differences, JobKind kind, const Reporter& reporter) {
-    if (differences.count() == 0) {
-        return 0;
-    }
-    const bool isFailure = kind == JobKind::making;
-    const auto lines = differences.lines();
-    for (const auto& line : lines) {
-        reporter.finding(line);
-    }
-    if (const auto unshown = differences.count() - lines.size(); unshown != 0) {
-        reporter.finding("and " + std::to_string(unshown) + " more differences");
-    }
-    const auto others = differences.count() - 1;
-    reporter.reason(lines.front() +
-                    (isFailure || others == 0 ? "" : ", and " + std::to_string(others) + " more"));
-    return EXIT_DIFFERENT;
-}
-
-void reportKept(const Findings& findings, const Reporter& reporter) {
-    if (findings.keptFiles != 0) {
-        reporter.addition(counted(findings.keptFiles, "other file") + " with " +
-                          sizeText(findings.keptBytes) + " not looked at");
-    }
-}
 } // namespace
 
 std::vector<Outcome> compareMedia(const Call& call, const std::vector<ComparedMedium>& media) {
@@ -122,21 +99,6 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
     };
     const MediumJob job = {discText(drive.name()), anywhere.number(), work, {}, nullptr, JobKind::comparing};
     return supervise({job}, 1, signals, console).front();
-}
-
-Advance advanceIn(Reporter& reporter) {
-    return [&reporter](std::uint64_t bytes) {
-        reporter.advance(bytes);
-        prolong();
-    };
-}
-
-int reportAll(const Findings& findings, JobKind kind, const Reporter& reporter) {
-    for (const auto& note : findings.notes) {
-        reporter.note(note);
-    }
-    reportKept(findings, reporter);
-    return report(findings.differences, kind, reporter);
 }
 
 int compareConfined(const Descriptor& directory, const Inputs& inputs, const Contents& contents,

@@ -51,14 +51,6 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
 /// @name In the job's process
 /// @{
 
-/// @return to be called with the bytes that have been compared, also in a confined process
-Advance advanceIn(Reporter& reporter);
-
-/// Reports what was found on a medium: each difference as a failure when it is made, else as a finding;
-/// notes; and what is on a key besides.
-/// @return EXIT_DIFFERENT, or 0 when there is no difference
-int reportAll(const Findings& findings, JobKind kind, const Reporter& reporter);
-
 /// Compares a medium in a confined process, and reports what was found.
 /// @param directory with the sources of the contents
 /// @return as reportAll
