@@ -88,7 +88,7 @@ struct ListedTest : JobTest, testing::WithParamInterface<const char*> {
     std::vector<std::string> bootCodes;
 
     ListedTest() {
-        prepare(R"(mkdir -p staged/D staged/EMPTY; cd staged; printf loader >efibootimg; seq 15000 >NUMBERS
+        prepare(R"(mkdir -p staged/D staged/EMPTY; cd staged; printf loader >efibootimg; seq 30000 >NUMBERS
             : >NONE; printf %05000d 0 >D/ZEROS; cd ..; makeKey maker)");
         if (isKey) {
             shell("cloneImage=" TESTS_DIR

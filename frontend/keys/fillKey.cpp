@@ -108,7 +108,8 @@ int decideFormat(const KeyJob& job, const Descriptor& jobDirectory, BootableUSB&
 
 int readBack(const KeyJob& job, const Descriptor& jobDirectory, Reporter& reporter) {
     const KeyBytes key(job);
-    return compareConfined(jobDirectory, job.inputs(), key.medium, JobKind::making, reporter);
+    return compareConfined(jobDirectory, job.inputs(), job.inputs().contents, key.medium, JobKind::making,
+                           reporter);
 }
 
 /// The status file tells of one job. Each of several jobs gets a private one.

@@ -3,6 +3,7 @@
 #include "display/summary.h"
 #include "inputs/names.h"
 #include "job/confinement.h"
+#include "medium/listedMedium.h"
 #include "medium/reporting.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
@@ -38,7 +39,9 @@ std::vector<Outcome> compareMedia(const Call& call, const std::vector<ComparedMe
         jobs.reserve(media.size());
         for (const auto& [name, medium] : media) {
             const auto work = [&, medium = medium](Reporter& reporter) {
-                return compareConfined(directory, call.inputs, medium, JobKind::verifying, reporter);
+                const auto& inputs = call.inputs;
+                const auto contents = withListAsOn(medium, inputs.kind, inputs.contents, directory, reporter);
+                return compareConfined(directory, inputs, contents, medium, JobKind::verifying, reporter);
             };
             jobs.push_back({name, directory.number(), work, {}, nullptr, JobKind::verifying});
         }
@@ -98,12 +101,12 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
     return supervise({job}, 1, signals, console).front();
 }
 
-int compareConfined(const Descriptor& directory, const Inputs& inputs, const ReadMedium& medium, JobKind kind,
-                    Reporter& reporter) {
-    const auto advance = beginReadingBack(inputs.contents.size(), reporter);
+int compareConfined(const Descriptor& directory, const Inputs& inputs, const Contents& contents,
+                    const ReadMedium& medium, JobKind kind, Reporter& reporter) {
+    const auto advance = beginReadingBack(contents.size(), reporter);
     SourceFiles sources(directory.number());
     const auto head = headOfKeys(inputs.package);
-    const Comparison comparison = {sources, head, inputs.contents, medium, advance};
+    const Comparison comparison = {sources, head, contents, medium, advance};
     Findings findings;
     const auto examine = inputs.kind.compare(comparison, findings);
     const auto work = [&] {

@@ -52,10 +52,10 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
 /// @{
 
 /// Compares a medium in a confined process, and reports what was found.
-/// @param directory with the sources
+/// @param directory with the sources of the contents
 /// @return as reportAll
-int compareConfined(const Descriptor& directory, const Inputs& inputs, const ReadMedium& medium, JobKind kind,
-                    Reporter& reporter);
+int compareConfined(const Descriptor& directory, const Inputs& inputs, const Contents& contents,
+                    const ReadMedium& medium, JobKind kind, Reporter& reporter);
 
 /// Compares a key with its image in the same way.
 /// @param directory  to which the process is confined

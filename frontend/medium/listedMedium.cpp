@@ -11,6 +11,8 @@
 #include "support/texts.h"
 #include "trust/description.h"
 
+#include <mediaRules.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <map>
@@ -217,6 +219,46 @@ Tree treeOf(const Sums& sums, const ListFiles& files, const Kind& kind) {
         throw Untrusted(std::string("its list of sums is not that of a key: ") + refusal.what());
     }
     return tree;
+}
+
+Contents withListAsOn(const ReadMedium& medium, const Kind& kind, Contents contents,
+                      const Descriptor& jobDirectory, Reporter& reporter) {
+    const ListCopies found;
+    const auto copy = [&] {
+        try {
+            copyListFiles(kind, medium, false, found);
+        } catch (const Untrusted&) { // no list that can be read is no list
+        }
+        return 0;
+    };
+    if ((isDirectory(medium) ? copy() : runConfined(jobDirectory, copy, reporter)) != 0 ||
+        found.list.text().empty()) {
+        return contents;
+    }
+    auto& tree = contents.listed();
+    reporter.stage("Summing up the files", sizeOf(tree));
+    Sums sums;
+    const auto add = [&](const std::string& place, int directory, const std::string& path) {
+        const auto file = openBeneath(directory, path, TO_READ);
+        if (file.isOpen() && S_ISREG(file.status().st_mode)) { // else the comparison tells
+            sums[place] = sha256Of(file, [&](std::uint64_t bytes) { reporter.advance(bytes); });
+        }
+    };
+    for (const auto& [place, part] : tree) {
+        if (!part.isDirectory) {
+            add(place, jobDirectory.number(), part.source);
+        }
+    }
+    if (isDirectory(medium)) {
+        add(VelaCreation::NETBOOT_ARCHIVE, medium.file.number(), VelaCreation::NETBOOT_ARCHIVE);
+    }
+    const auto list = mediumListOf(sums);
+    tree[MEDIUM_LIST] = {"", list.size(), false, sha256Of(list)};
+    if (const auto signature = found.signature.text(); !signature.empty()) {
+        tree[MEDIUM_SIGNATURE] = {"", signature.size(), false, sha256Of(signature)};
+        reporter.note("the list of sums on it is signed, which was not checked; verify --trust does that");
+    }
+    return contents;
 }
 
 int compareWithList(const Kind& kind, const ReadMedium& medium, const std::optional<PublicKeys>& trusted,

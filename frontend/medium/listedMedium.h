@@ -27,6 +27,12 @@ struct ListFiles {
 /// @throw Untrusted when it is not right for this kind of medium
 Tree treeOf(const Sums& sums, const ListFiles& files, const Kind& kind);
 
+/// @return what should be on a medium that was made with a list or without one, as the medium itself has it:
+/// then also the list that would be made now, and the signature that is there
+/// @param jobDirectory  with the sources of the contents
+Contents withListAsOn(const ReadMedium& medium, const Kind& kind, Contents contents,
+                      const Descriptor& jobDirectory, Reporter& reporter);
+
 /// Reads the list in a confined process, and looks at the signature. Then compares the medium in another one.
 /// @param visible  an empty directory
 /// @return 0, or EXIT_DIFFERENT after a difference was reported

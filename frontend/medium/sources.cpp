@@ -11,6 +11,11 @@
 namespace velacreate {
 
 void SourceFiles::enter(const Part& part) {
+    m_hasSum = !part.sum.empty();
+    if (m_hasSum) {
+        m_sums.enter(part);
+        return;
+    }
     m_name = part.source;
     m_file = m_workplace.open(part.source, TO_READ);
     if (!m_file.isOpen()) {
@@ -23,6 +28,9 @@ void SourceFiles::enter(const Part& part) {
 }
 
 bool SourceFiles::hold(std::uint64_t offset, const void* data, std::size_t size) {
+    if (m_hasSum) {
+        return m_sums.hold(offset, data, size);
+    }
     m_buffer.resize(BUFFER_SIZE);
     for (std::size_t done = 0; done < size;) {
         const std::size_t wanted = std::min(size - done, BUFFER_SIZE);
@@ -37,6 +45,10 @@ bool SourceFiles::hold(std::uint64_t offset, const void* data, std::size_t size)
         done += wanted;
     }
     return true;
+}
+
+bool SourceFiles::isRight() {
+    return !m_hasSum || m_sums.isRight(); // of a file, all bytes were
 }
 
 void SourceSums::enter(const Part& part) {

@@ -36,23 +36,6 @@ public:
     virtual bool isRight() = 0;
 };
 
-/// Reads the sources of parts in a job directory.
-class SourceFiles : public Sources {
-public:
-    explicit SourceFiles(int jobDirectory) : m_workplace(jobDirectory) {}
-
-    /// @throw Failure when the source is missing, or has another size
-    void enter(const Part& part) override;
-    bool hold(std::uint64_t offset, const void* data, std::size_t size) override;
-    bool isRight() override { return true; } // all bytes were
-
-private:
-    Beneath m_workplace;
-    Descriptor m_file;
-    std::string m_name;
-    std::vector<char> m_buffer;
-};
-
 /// Compares the sums of parts.
 class SourceSums : public Sources {
 public:
@@ -63,6 +46,25 @@ public:
 private:
     Sha256 m_sum;
     std::string m_expected;
+};
+
+/// Reads the sources of parts in a job directory. Compares the sum of a part that has one.
+class SourceFiles : public Sources {
+public:
+    explicit SourceFiles(int jobDirectory) : m_workplace(jobDirectory) {}
+
+    /// @throw Failure when the source is missing, or has another size
+    void enter(const Part& part) override;
+    bool hold(std::uint64_t offset, const void* data, std::size_t size) override;
+    bool isRight() override;
+
+private:
+    Beneath m_workplace;
+    Descriptor m_file;
+    std::string m_name;
+    std::vector<char> m_buffer;
+    bool m_hasSum = false;
+    SourceSums m_sums;
 };
 
 } // namespace velacreate
