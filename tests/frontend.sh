@@ -62,3 +62,11 @@ inUse() { # NUMBER PLACE
 swapping() { # FILE
     printf 'Filename\t\t\t\tType\t\tSize\t\tUsed\t\tPriority\n%s file 9 0 -2\n' "$1" >/proc/swaps
 }
+
+# Signatures.
+makeKey() { # NAME: NAME.key, without a pass phrase, and NAME.pub
+    minisign -G -W -s "$1.key" -p "$1.pub" >/dev/null
+}
+sign() { # KEY [OPTION] FILE: with the comment "what it is"
+    minisign -S -s "$1.key" -t 'what it is' "${@:2:$#-2}" -m "${!#}" >/dev/null
+}

@@ -17,6 +17,8 @@ constexpr ExitStatus TABLE[] = {
     {EXIT_DIFFERENT, "the medium, read back, differs from what was to be made",
      "Make it again, with another stick or disk if it recurs."},
     {EXIT_UNFINISHED, "the job could not be finished", ""},
+    {EXIT_UNTRUSTED, "there is no list of sums or no signature, or they are not to be trusted",
+     "Ask whoever made the medium."},
     {VELAERROR_NO_UPDATE_FILES, "no update file is left", "Name update files."},
     {VELAERROR_FILE_OR_DIR_NOT_FOUND, "a file that the job needs is missing", "Look it up with --verbose."},
     {VELAERROR_USB_ACCESS_ERROR, "the key cannot be read, sized or mounted",
@@ -49,6 +51,9 @@ int exitStatusAfter(const std::function<int()>& work, const std::function<void(c
     } catch (const Refusal& refusal) {
         tell(refusal.what());
         return EXIT_REFUSED;
+    } catch (const Untrusted& untrusted) {
+        tell(untrusted.what());
+        return EXIT_UNTRUSTED;
     } catch (const std::exception& failure) {
         tell(failure.what());
         return EXIT_UNFINISHED;

@@ -11,10 +11,12 @@ namespace velacreate {
 constexpr int EXIT_REFUSED = 2;
 constexpr int EXIT_DIFFERENT = 3;
 constexpr int EXIT_UNFINISHED = 4;
+constexpr int EXIT_UNTRUSTED = 5;
 constexpr int EXIT_BY_SIGNAL = 128; ///< and the signal's number, as in shells
 constexpr int EXIT_INTERRUPTED = EXIT_BY_SIGNAL + SIGINT;
 
-/// Runs a function. A Refusal becomes EXIT_REFUSED, another exception EXIT_UNFINISHED.
+/// Runs a function. A Refusal becomes EXIT_REFUSED, Untrusted EXIT_UNTRUSTED, another exception
+/// EXIT_UNFINISHED.
 /// @param tell  called with the exception's text
 /// @return the function's result, or the status of its exception
 int exitStatusAfter(const std::function<int()>& work, const std::function<void(const char* text)>& tell);

@@ -19,6 +19,12 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// A signature or a list of sums is missing, or does not prove what it should.
+class Untrusted : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
 /// The reason of a failed system call. Reads errno at once, because building a message may change it.
 class SystemError {
 public:

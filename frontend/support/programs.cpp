@@ -26,7 +26,7 @@ constexpr Origin ORIGINS[] = {
     {"wodim", "wodim"},          {"mkfs.vfat", "dosfstools"},
     {"mkfs", "util-linux"},      {"sfdisk", "fdisk"},
     {"mount", "mount"},          {"umount", "mount"},
-    {"dnsmasq", "dnsmasq-base"},
+    {"dnsmasq", "dnsmasq-base"}, {"minisign", "minisign"},
 };
 
 std::string advice(const std::string& program) {
