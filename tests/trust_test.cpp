@@ -1,4 +1,5 @@
 #include "frontend.h"
+#include "inputs/toolPackage.h"
 #include "trust/signature.h"
 
 using namespace velacreate;
@@ -45,6 +46,16 @@ TEST_F(TrustTest, TakesPublicKeysOnly) {
     for (const auto& [path, expected] : cases) {
         EXPECT_EQ(outcomeOf([&, name = path] { const PublicKeys keys({name}); }), expected);
     }
+}
+
+TEST_F(TrustTest, UsesTheVeryPackageThatItChecked) {
+    prepare("pack boot/file; makeKey k; sign k work/p.zip; sha256sum work/p.zip >sum");
+    const PublicKeys keys({"k.pub"});
+    const NamedDirectory place{"work", opened("work")};
+    const ToolPackage package("work/p.zip", CloneImages::unwanted, PackageTrust{&keys, &place});
+    prepare("echo other >work/p.zip; ! find work -name '.velacreate-*' | grep .");
+    EXPECT_EQ(package.sum(), contentOf("sum").substr(0, 64));
+    EXPECT_TRUE(package.isFile(opened("work/p.zip").status()));
 }
 
 } // namespace

@@ -46,7 +46,7 @@ MediumKind kindOfImage(const VerifyChoices& choices, const ReadMedium& medium) {
 
 int verifyAlone(const VerifyChoices& choices, MediumKind kind, const NamedDirectory& scratch,
                 const OpenMedium& medium, const ReadMedium& read, Console& console) {
-    const Inputs inputs(choices.job, kind);
+    const Inputs inputs(choices.job, kind, scratch);
     return compareAlone(choices.job, inputs, scratch, medium, read, console);
 }
 } // namespace

@@ -60,7 +60,7 @@ int conclude(Console& console, const std::vector<Key>& keys, const std::vector<O
 } // namespace
 
 int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
-    const Inputs inputs(choices.job, MediumKind::key);
+    const Inputs inputs(choices.job, MediumKind::key, scratch);
     const auto keys = keysToCompare(choices.devices);
     inputs.requireRoom(scratch, 1, 0);
     openLog(console, choices.job.show, "", &inputs);
@@ -125,7 +125,7 @@ int verifyKeyImage(const VerifyChoices& choices, const NamedDirectory& scratch, 
     const auto medium = openToCompare("the key image", choices.keyImage, S_IFREG);
     refuseIf(isIsoImage(medium.file), quote(choices.keyImage) + " is an ISO image; compare it with --image");
     lockAlone(medium.file, medium.name);
-    const Inputs inputs(choices.job, MediumKind::key);
+    const Inputs inputs(choices.job, MediumKind::key, scratch);
     ReadMedium read = {medium.file, sizeOf(medium.file)};
     read.isKeyImage = true;
     return compareAlone(choices.job, inputs, scratch, medium, read, console);

@@ -1,5 +1,6 @@
 #include "medium/call.h"
 
+#include "inputs/checksum.h"
 #include "inputs/names.h"
 #include "job/stagePauses.h"
 #include "support/exitStatus.h"
@@ -23,6 +24,19 @@ void stagePackage(const ToolPackage& package, PackageForm form, const Descriptor
     check(archive.isOpen()).orFail("the tool package cannot be copied");
     package.writeTo(archive, advance);
 }
+
+/// Refuses update files that were taken in with other sums than the required ones.
+void requireSums(const Inputs& inputs, const Descriptor& jobDirectory) {
+    Sums sums;
+    for (const auto& [place, entry] : inputs.updates.entries()) {
+        if (!entry.isDirectory) {
+            const auto file = openBeneath(jobDirectory.number(), place, O_RDONLY);
+            check(file.isOpen()).orFail(quote(place));
+            sums[place] = sha256Of(file);
+        }
+    }
+    inputs.requiredSums->requireEqual(inputs.updates, sums);
+}
 } // namespace
 
 void stageFiles(const Inputs& inputs, PackageForm form, const Descriptor& jobDirectory, Reporter& reporter) {
@@ -35,6 +49,9 @@ void stageFiles(const Inputs& inputs, PackageForm form, const Descriptor& jobDir
     auto packageStaged =
         std::async(std::launch::async, [&] { stagePackage(inputs.package, form, jobDirectory, advance); });
     inputs.updates.copyTo(jobDirectory.number(), advance);
+    if (inputs.requiredSums) {
+        requireSums(inputs, jobDirectory);
+    }
     packageStaged.get();
 }
 

@@ -2,8 +2,10 @@
 
 #include "inputs/limits.h"
 #include "inputs/names.h"
+#include "inputs/packageReader.h"
 #include "support/failure.h"
 #include "support/texts.h"
+#include "trust/signedInput.h"
 
 #include <mediaRules.h>
 
@@ -29,12 +31,25 @@ std::string misplacedInstaller(const UpdateFiles& updates, const Contents& conte
     const auto found = std::find_if(entries.begin(), entries.end(), isInstaller);
     return found == entries.end() ? "" : found->first;
 }
+
+std::optional<PublicKeys> keysOf(const JobChoices& choices) {
+    return choices.trusted.empty() ? std::nullopt : std::make_optional<PublicKeys>(choices.trusted);
+}
+
+std::optional<PackageTrust> trustIn(const std::optional<PublicKeys>& keys, const NamedDirectory& place) {
+    return keys ? std::make_optional<PackageTrust>({&*keys, &place}) : std::nullopt;
+}
 } // namespace
 
-Inputs::Inputs(const JobChoices& choices, MediumKind medium)
-    : kind(kindOf(medium)), package(choices.package, kind.cloneImages),
+Inputs::Inputs(const JobChoices& choices, MediumKind medium, const NamedDirectory& place)
+    : kind(kindOf(medium)), keys(keysOf(choices)),
+      package(choices.package, kind.cloneImages, trustIn(keys, place)),
       updates(choices.directory, choices.files, package), contents(contentsOf(medium, package, updates)) {
     refuseIf(updates.fileCount() == 0, "there is no update file in what was named");
+    if (!choices.sums.empty()) {
+        requiredSums.emplace(choices.sums, keys ? &*keys : nullptr);
+        requiredSums->requireListed(updates);
+    }
 }
 
 void Inputs::requireMakeable() const {
@@ -84,6 +99,12 @@ void Inputs::requireOther(const Output& output) const {
 void Inputs::announce(Console& console, const std::string& beginning) const {
     console.say(beginning + " " + quote(package.path()) + " and " +
                 counted(updates.fileCount(), "update file"));
+    if (package.signature()) {
+        console.say(signedText(packageText(package.path()), *package.signature()));
+    }
+    if (requiredSums && requiredSums->signature()) {
+        console.say(signedText(requiredSums->text(), *requiredSums->signature()));
+    }
     for (const auto& name : contents.replaced) {
         console.say("Note: the update file " + quote(name) +
                     " takes the place of a boot file of the package");

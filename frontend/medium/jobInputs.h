@@ -4,24 +4,29 @@
 
 #include "choices.h"
 #include "display/console.h"
+#include "inputs/requiredSums.h"
 #include "inputs/toolPackage.h"
 #include "inputs/updateFiles.h"
 #include "job/output.h"
 #include "medium/contents.h"
 #include "medium/kinds.h"
 
+#include <optional>
 #include <string>
 
 namespace velacreate {
 
 /// The checked tool package and update files of a call.
 struct Inputs {
+    /// @param place  where a copy of the tool package may lie
     /// @throw Refusal
-    Inputs(const JobChoices& choices, MediumKind medium);
+    Inputs(const JobChoices& choices, MediumKind medium, const NamedDirectory& place);
 
     const Kind& kind;
+    std::optional<PublicKeys> keys; ///< by which the inputs are signed; nothing when they need not be
     ToolPackage package;
     UpdateFiles updates;
+    std::optional<RequiredSums> requiredSums;
     Contents contents;
 
     /// Refuses a tool package without the boot files of this kind of medium, and files that are too large for
