@@ -4,9 +4,10 @@
 #include "support/failure.h"
 
 #include <cerrno>
+#include <cstdlib>
 
 #include <fcntl.h>
-#include <stdlib.h>
+
 #include <unistd.h>
 
 namespace velacreate {
