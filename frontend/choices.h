@@ -13,6 +13,15 @@ struct ShowChoices {
     bool pauses = false;
 };
 
+/// What a medium tells about itself.
+struct ManifestChoices {
+    bool list = false;     ///< of sums
+    std::string secretKey; ///< that the list is signed with; may be empty
+    std::string title;     ///< in the signature
+
+    bool isWanted() const { return list || !secretKey.empty(); }
+};
+
 struct JobChoices {
     std::string package;
     std::string directory = ".";
@@ -21,6 +30,7 @@ struct JobChoices {
     std::string sums;                 ///< the list of sums that the update files must have; may be empty
     bool keep = false;
     bool verify = true;
+    ManifestChoices manifest; ///< of a medium that is made
     ShowChoices show;
 };
 

@@ -121,6 +121,22 @@ TEST_F(KeyFormTest, AcceptsImagesOfOthers) {
     EXPECT_EQ(examine(Patches{}).back(), "there is no fourth partition");
 }
 
+TEST_F(KeyFormTest, SumsUpTheSameBootCodeOfEachKey) {
+    make("1");
+    const auto sums = sumsOfBootCode(form.openCloneImage);
+    ASSERT_EQ(sums.size(), 1U);
+    for (const std::uint64_t capacity : {1024U, 70000U}) {
+        auto head = headOfKey(opened("package/init1.img"), capacity);
+        head[440] = head[445] = 1;
+        EXPECT_EQ(sumOfBootCode(head), sums.front());
+        for (const std::size_t at : {std::size_t{439}, std::size_t{446}, head.size() - 1}) {
+            auto other = head;
+            ++other[at];
+            EXPECT_NE(sumOfBootCode(other), sums.front()) << at;
+        }
+    }
+}
+
 /// As the kernel writes two names whose short names differ only in a letter of the code page.
 TEST_F(KeyFormTest, TellsLettersOfTheCodePageApart) {
     make("1");

@@ -50,9 +50,21 @@ void addUpdates(CLI::App& command, JobChoices& job) {
     command.add_flag("--keep", job.keep, "Keep the job directory and print its path");
 }
 
+void addManifest(CLI::App& command, ManifestChoices& manifest) {
+    command.add_flag("--manifest", manifest.list,
+                     "Also put medium.sha256 on the medium, a list of its files for sha256sum -c");
+    command
+        .add_option(
+            "--sign", manifest.secretKey,
+            "Also put medium.sha256.minisig beside that list, signed with this secret key of minisign")
+        ->type_name("KEY");
+    command.add_option("--title", manifest.title, "A line of text in that signature")->type_name("TEXT");
+}
+
 void addJobOptions(CLI::App& command, JobChoices& job, Console& console) {
     addPackage(command, job)->required();
     addUpdates(command, job);
+    addManifest(command, job.manifest);
     command.add_flag("--verify,!--no-verify", job.verify,
                      "Read the finished medium back and compare it (default), or do not");
     addMessageOptions(command, job.show);
@@ -211,6 +223,9 @@ private:
         command.callback([this, run, &command] {
             requireUpdates(command);
             requireValues(command);
+            if (command.get_option_no_throw("--title") != nullptr) {
+                refuseWithout(command, {"--sign"}, {"--title"});
+            }
             m_run = run;
         });
     }

@@ -51,7 +51,7 @@ int makeImage(const IsoChoices& choices, const Output& output, Burner* burner,
 
     const auto workflow = [&](VelaLoggerIfc& logger) {
         VelaCreation::BootableISO builder(logger);
-        auto files = inputs.updates.topLevel();
+        auto files = inputs.namesForLibrary();
         return builder.CreateISO("..", inputs.kind.place, files, PACKAGE_NAME,
                                  isPowerPc ? VelaCreation::PLATFORM_PPC : VelaCreation::PLATFORM_LINUX);
     };

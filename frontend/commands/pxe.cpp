@@ -20,7 +20,7 @@ int makeNetbootDirectory(const PxeChoices& choices, const CallerEnvironment& cal
 
     const auto workflow = [&](VelaLoggerIfc& logger) {
         VelaCreation::BootableIMG builder(logger);
-        auto files = inputs.updates.topLevel();
+        auto files = inputs.namesForLibrary();
         return builder.CreateIMG("..", inputs.kind.place, files, PACKAGE_NAME);
     };
     return makeOutput({choices.job, inputs, output, nullptr, nullptr, "", PackageForm::archive,

@@ -28,6 +28,8 @@ void validateOptions(const UsbChoices& choices) {
              "what is erased is formatted; leave out --format never");
     refuseIf(choices.job.show.pauses && (choices.keys.all || choices.keys.devices.size() > 1),
              "the status file does not tell of several keys; leave out --pauses");
+    refuseIf(choices.job.manifest.isWanted() && (choices.format == FORMAT_NEVER || !choices.keyImage.empty()),
+             "what is not formatted may keep files that no list names; leave out --manifest and --sign");
     if (choices.keyImage.empty() && choices.output.empty()) {
         return;
     }
@@ -104,12 +106,17 @@ int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirecto
         console.complain("interrupted; nothing was changed");
         return status;
     }
+    Signer signer;
+    if (const int status = openSigner(signer, choices.job.manifest, inputs, signals, console); status != 0) {
+        console.complain("interrupted; nothing was changed");
+        return status;
+    }
     unmountKeys(keys);
 
     inputs.announce(console, "Making " + mediaText(keys) + " from");
     const Call call{choices.job, inputs, scratch, signals, console};
     return results.conclude(runKeyJobs({call, choices, keys.size() == 1},
-                                       tasksFor(keys, inputs.contents.size(), results),
+                                       tasksFor(keys, inputs.contents.size(), results), signer,
                                        choices.keys.report.empty() ? nullptr : &results.sums));
 }
 
@@ -133,9 +140,9 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirect
     UsbChoices asItIs = choices;
     asItIs.format = FORMAT_NEVER;
     const Call call{choices.job, inputs, scratch, signals, console};
-    const auto outcome =
-        runKeyJobs({call, asItIs, true}, {{medium, {image, std::nullopt, fileSystem}, {}, nullptr}}, nullptr)
-            .front();
+    const auto outcome = runKeyJobs({call, asItIs, true},
+                                    {{medium, {image, std::nullopt, fileSystem}, {}, nullptr}}, {}, nullptr)
+                             .front();
     return conclude(console, outcome, medium,
                     sizeText(static_cast<std::uint64_t>(about.st_size)) + readBackText(choices.job.verify));
 }
@@ -157,8 +164,9 @@ int makeImage(const UsbChoices& choices, Console& console) {
     }
     const auto size = chooseKeySize(choices.capacity, inputs);
     inputs.requireRoom(output.parent(), 1, 1);
-    const auto workflow = [&, time = timeOfFiles()](const Descriptor& jobDirectory, Reporter& reporter) {
-        makeKeyImage(size, inputs, time, jobDirectory, reporter);
+    const auto workflow = [&, time = timeOfFiles()](const Descriptor& jobDirectory, const Sums& sums,
+                                                    Reporter& reporter) {
+        makeKeyImage(size, inputs, time, sums, jobDirectory, reporter);
         return 0;
     };
     return makeOutput({choices.job, inputs, output, &blockMap, checksum ? &*checksum : nullptr,

@@ -1,12 +1,14 @@
 #include "forms/keyRecord.h"
 
 #include "forms/fields.h"
+#include "inputs/checksum.h"
 #include "support/failure.h"
 
 #include <cloneImage.h>
 #include <mediaRules.h>
 
 #include <algorithm>
+#include <set>
 
 namespace velacreate {
 namespace {
@@ -195,6 +197,38 @@ std::vector<unsigned char> headOfKey(const Descriptor& cloneImage, std::uint64_t
         putLittleEndian(&head[place], LENGTH_SIZE, length);
     }
     return head;
+}
+
+std::string sumOfBootCode(std::vector<unsigned char> head) {
+    const auto clear = [&](std::size_t begin, std::size_t end) {
+        if (end <= head.size()) {
+            std::fill(&head[begin], &head[begin] + (end - begin), '\0');
+        }
+    };
+    const auto capacity = capacityPlace(fourthPartition(head.data()).length);
+    clear(capacity, capacity + LENGTH_SIZE);
+    clear(DISK_SIGNATURE_FIELD, PARTITIONS_FIELD);
+    clear(END_ADDRESS_FIELD, START_FIELD);
+    clear(LENGTH_FIELD, LENGTH_FIELD + LENGTH_SIZE);
+    return sha256Of(std::string(head.begin(), head.end()));
+}
+
+std::vector<std::string>
+sumsOfBootCode(const std::function<Descriptor(const std::string& cloneImage)>& openCloneImage) {
+    std::set<std::string> sums;
+    std::int64_t smaller = VelaCreation::LARGEST_START;
+    for (const auto& [largestKey, name] : VelaCreation::cloneImages()) {
+        const auto image = openCloneImage(name);
+        for (const auto capacity : {smaller + 1, largestKey}) { // the capacity's place may differ
+            const auto head = image.isOpen() ? headOfKey(image, static_cast<std::uint64_t>(capacity))
+                                             : std::vector<unsigned char>();
+            if (!head.empty()) {
+                sums.insert(sumOfBootCode(head));
+            }
+        }
+        smaller = largestKey;
+    }
+    return {sums.begin(), sums.end()};
 }
 
 std::optional<ByteRange> examineKeyRecord(const Examination& examination, const KeyForm& form) {

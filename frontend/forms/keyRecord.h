@@ -37,6 +37,16 @@ bool canBeFitted(const Descriptor& cloneImage);
 /// @return whole sectors; empty when the clone image cannot be fitted
 std::vector<unsigned char> headOfKey(const Descriptor& cloneImage, std::uint64_t capacity);
 
+/// The sum of a key's boot code: of what it has before its file system, with zeros for the disk signature and
+/// the field after it, and for all that a clone image gets when it is fitted to a key.
+/// @param head  a boot record, and whole sectors up to the fourth partition
+/// @return SHA-256
+std::string sumOfBootCode(std::vector<unsigned char> head);
+
+/// @return those of the keys that can be made with these clone images, each once
+std::vector<std::string>
+sumsOfBootCode(const std::function<Descriptor(const std::string& cloneImage)>& openCloneImage);
+
 /// Demands all that lies before the file system as it is in the clone image, when that is fitted to the key
 /// or to a smaller one. It may be zero in an image.
 /// @return where the file system lies; none, after a difference was added, when that is not known

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <limits>
-#include <memory>
 #include <vector>
 
 #include <openssl/evp.h>
@@ -28,28 +27,22 @@ std::string hexadecimal(const unsigned char* bytes, std::size_t size) {
     }
     return text;
 }
-
-class Sha256 {
-public:
-    Sha256() : m_context(EVP_MD_CTX_new(), EVP_MD_CTX_free) {
-        require(m_context && EVP_DigestInit_ex(m_context.get(), EVP_sha256(), nullptr) == 1);
-    }
-
-    void add(const void* data, std::size_t size) {
-        require(EVP_DigestUpdate(m_context.get(), data, size) == 1);
-    }
-
-    std::string digits() {
-        std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
-        unsigned size = 0;
-        require(EVP_DigestFinal_ex(m_context.get(), bytes.data(), &size) == 1);
-        return hexadecimal(bytes.data(), size);
-    }
-
-private:
-    std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> m_context;
-};
 } // namespace
+
+Sha256::Sha256() : m_context(EVP_MD_CTX_new(), EVP_MD_CTX_free) {
+    require(m_context && EVP_DigestInit_ex(m_context.get(), EVP_sha256(), nullptr) == 1);
+}
+
+void Sha256::add(const void* data, std::size_t size) {
+    require(EVP_DigestUpdate(m_context.get(), data, size) == 1);
+}
+
+std::string Sha256::digits() {
+    std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
+    unsigned size = 0;
+    require(EVP_DigestFinal_ex(m_context.get(), bytes.data(), &size) == 1);
+    return hexadecimal(bytes.data(), size);
+}
 
 std::string sha256Of(const Descriptor& file, const Advance& advance) {
     return sha256Of(file, 0, std::numeric_limits<std::uint64_t>::max(), advance);

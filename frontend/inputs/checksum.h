@@ -6,11 +6,34 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
+#include <memory>
 #include <string>
+
+struct evp_md_ctx_st;
 
 namespace velacreate {
 
 constexpr std::size_t SUM_DIGITS = 64; ///< of a SHA-256 sum
+
+/// SHA-256 sums in hexadecimal digits, by path.
+using Sums = std::map<std::string, std::string>;
+
+/// A SHA-256 sum of bytes that come one after the other.
+class Sha256 {
+public:
+    /// @throw Failure, as all others
+    Sha256();
+
+    void add(const void* data, std::size_t size);
+
+    /// To be called once, when all has been added.
+    /// @return the sum in hexadecimal digits
+    std::string digits();
+
+private:
+    std::unique_ptr<evp_md_ctx_st, void (*)(evp_md_ctx_st*)> m_context;
+};
 
 /// @return the SHA-256 sum of a whole file, in hexadecimal digits
 /// @throw Failure

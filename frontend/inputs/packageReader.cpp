@@ -128,7 +128,7 @@ void PackageReader::checkName() const {
     }
 }
 
-void PackageReader::read(const UseBlock& use) {
+void PackageReader::read(const UseBytes& use) {
     std::uint64_t left = size();
     for (;;) {
         ArchiveReader::Block block{};

@@ -31,10 +31,9 @@ public:
     std::uint64_t size() const;
     archive_entry* header() const { return m_reader.entry(); }
 
-    using UseBlock = std::function<void(const void* data, std::size_t size)>;
     /// Reads the whole current file.
     /// @throw Refusal when its checksum or size is wrong, or the archive ends too early
-    void read(const UseBlock& use);
+    void read(const UseBytes& use);
 
     /// Reads the current file up to a size.
     /// @throw Refusal when it cannot be unpacked

@@ -13,6 +13,7 @@
 #include <mediaRules.h>
 
 #include <algorithm>
+#include <optional>
 #include <set>
 
 #include <archive.h>
@@ -149,6 +150,25 @@ private:
     Archive m_archive;
     ArchiveEntry m_entry;
 };
+
+/// Passes the current file on.
+/// @param sums  gets its sum; may be null
+void readFile(PackageReader& reader, Sums* sums, const Advance& advance, const UseBytes& use) {
+    std::optional<Sha256> sum;
+    if (sums != nullptr) {
+        sum.emplace();
+    }
+    reader.read([&](const void* data, std::size_t size) {
+        use(data, size);
+        if (sum) {
+            sum->add(data, size);
+        }
+        advance(size);
+    });
+    if (sum && !reader.isDirectory()) {
+        sums->emplace(reader.name(), sum->digits());
+    }
+}
 } // namespace
 
 ToolPackage::ToolPackage(const std::string& path, CloneImages cloneImages,
@@ -227,19 +247,17 @@ void ToolPackage::readWhole(CloneImages cloneImages,
     requireAsChecked(size == unpackedSize() && isUnchanged(m_found, m_file.status()));
 }
 
-void ToolPackage::writeTo(const Descriptor& output, const Advance& advance) const {
+void ToolPackage::writeTo(const Descriptor& output, const Advance& advance, Sums* sums) const {
     Rewriter writer(output);
     readWhole(m_cloneImages, [&](PackageReader& reader) {
         writer.begin(reader);
-        reader.read([&](const void* data, std::size_t size) {
-            writer.write(data, size);
-            advance(size);
-        });
+        readFile(reader, sums, advance,
+                 [&](const void* data, std::size_t size) { writer.write(data, size); });
     });
     writer.end();
 }
 
-void ToolPackage::unpackTo(const Descriptor& directory, const Advance& advance) const {
+void ToolPackage::unpackTo(const Descriptor& directory, const Advance& advance, Sums* sums) const {
     const std::string problem = "unpacking the tool package";
     Beneath target(directory.number());
     for (const auto& [name, entry] : m_entries) {
@@ -253,9 +271,8 @@ void ToolPackage::unpackTo(const Descriptor& directory, const Advance& advance) 
         }
         const auto file = target.open(reader.name(), O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
         check(file.isOpen()).orFail(problem);
-        reader.read([&](const void* data, std::size_t size) {
+        readFile(reader, sums, advance, [&](const void* data, std::size_t size) {
             writeAll(file, static_cast<const char*>(data), size, reader.name());
-            advance(size);
         });
     });
 }

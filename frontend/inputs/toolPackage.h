@@ -2,6 +2,7 @@
 /// The tool package that a medium is made from.
 #pragma once
 
+#include "inputs/checksum.h"
 #include "support/descriptor.h"
 #include "trust/signature.h"
 
@@ -81,12 +82,14 @@ public:
 
     /// Writes the used entries as a new, uncompressed zip archive, with times and modes; the owner may always
     /// read and write. Reads the whole package, including checksums, and checks each entry again.
+    /// @param sums  gets the sum of each file, by its name; may be null
     /// @throw Refusal when the package is damaged or has changed; Failure when the output cannot be written
-    void writeTo(const Descriptor& output, const Advance& advance) const;
+    void writeTo(const Descriptor& output, const Advance& advance, Sums* sums = nullptr) const;
 
     /// Unpacks "boot" into a directory with the same checks. Only the owner may read and write the files.
+    /// @param sums  as above
     /// @throw as above
-    void unpackTo(const Descriptor& directory, const Advance& advance) const;
+    void unpackTo(const Descriptor& directory, const Advance& advance, Sums* sums = nullptr) const;
 
 private:
     void requireAsChecked(bool isAsChecked) const;

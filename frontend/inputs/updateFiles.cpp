@@ -266,7 +266,7 @@ bool UpdateFiles::hold(const struct stat& directory) const {
 
 namespace {
 void copyFile(Beneath& from, Beneath& to, const std::string& place, const UpdateFiles::Entry& entry,
-              const Advance& advance) {
+              const Advance& advance, Sums* sums) {
     const Descriptor source = from.open(entry.source, TO_READ);
     check(source.isOpen()).orFail(named(entry.source) + " cannot be read any more");
     const auto requireUnchanged = [&] {
@@ -278,19 +278,26 @@ void copyFile(Beneath& from, Beneath& to, const std::string& place, const Update
     const bool isProgram = (entry.found.st_mode & S_IXUSR) != 0;
     const Descriptor copy = to.open(place, O_WRONLY | O_CREAT | O_EXCL, isProgram ? 0755 : 0644);
     check(copy.isOpen()).orFail("the copy of " + named(entry.source));
-    copyContent(source, copy, entry.source, advance);
+    if (sums != nullptr) {
+        Sha256 sum;
+        copyContent(source, copy, entry.source, advance,
+                    [&](const void* data, std::size_t size) { sum.add(data, size); });
+        sums->emplace(place, sum.digits());
+    } else {
+        copyContent(source, copy, entry.source, advance);
+    }
     requireUnchanged();
     const struct timespec times[] = {entry.found.st_mtim, entry.found.st_mtim};
     check(futimens(copy.number(), times) == 0).orFail("the time of " + named(entry.source));
 }
 } // namespace
 
-void UpdateFiles::copyTo(int directory, const Advance& advance) const {
+void UpdateFiles::copyTo(int directory, const Advance& advance, Sums* sums) const {
     Beneath from(m_directory.number());
     Beneath to(directory);
     for (const auto& [place, entry] : m_entries) {
         if (!entry.isDirectory) {
-            copyFile(from, to, place, entry, advance);
+            copyFile(from, to, place, entry, advance, sums);
         } else {
             check(to.makeDirectory(place, 0755)).orFail("the copy of " + named(entry.source));
         }

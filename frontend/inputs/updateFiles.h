@@ -2,6 +2,7 @@
 /// The update files that a user has chosen.
 #pragma once
 
+#include "inputs/checksum.h"
 #include "support/descriptor.h"
 
 #include <cstdint>
@@ -63,8 +64,9 @@ public:
 
     /// Copies all files to their places below a directory. They keep their time and the owner's right to
     /// execute, and are readable and writable for the owner.
+    /// @param sums  gets the sum of each file, by its place; may be null
     /// @throw Failure when one cannot be copied or has changed
-    void copyTo(int directory, const Advance& advance) const;
+    void copyTo(int directory, const Advance& advance, Sums* sums = nullptr) const;
 
 private:
     Descriptor m_directory;

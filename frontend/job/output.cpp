@@ -1,6 +1,7 @@
 #include "job/output.h"
 
 #include "support/failure.h"
+#include "trust/mediumList.h"
 
 #include <mediaRules.h>
 
@@ -28,7 +29,8 @@ bool isRegularFile(const Descriptor& directory, const std::string& name) {
 
 bool isNetbootName(const std::string& name) {
     const auto names = VelaCreation::netbootNames();
-    return std::find(names.begin(), names.end(), name) != names.end();
+    return name == MEDIUM_LIST || name == MEDIUM_SIGNATURE ||
+           std::find(names.begin(), names.end(), name) != names.end();
 }
 
 /// What is in a directory that is to be replaced by a network-boot directory.

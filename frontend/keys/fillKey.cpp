@@ -135,7 +135,7 @@ int runWorkflow(const KeyJob& job, const Descriptor& jobDirectory, Reporter& rep
     }
     bool isInitialized = false;
     bool format = job.all.choices.erase || job.all.choices.format == FORMAT_ALWAYS;
-    int result = builder.init("..", deviceForLibrary(job, image), job.inputs().updates.topLevel(),
+    int result = builder.init("..", deviceForLibrary(job, image), job.inputs().namesForLibrary(),
                               PACKAGE_NAME, isInitialized);
     if (result == 0 && job.all.choices.erase) {
         result = makeNewKey(*job.target.disk, job.target.open, cloneImageFor(describe(*job.target.disk).size),

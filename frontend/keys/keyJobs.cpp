@@ -1,6 +1,5 @@
 #include "keys/keyJobs.h"
 
-#include "inputs/checksum.h"
 #include "inputs/names.h"
 #include "support/failure.h"
 
@@ -11,28 +10,34 @@
 namespace velacreate {
 namespace {
 /// The tool package has the name that no update file can have.
-void sumUp(const Inputs& inputs, const Descriptor& staged, Reporter& reporter) {
-    reporter.stage("Summing up the files");
-    reporter.sum(PACKAGE_NAME, inputs.package.sum());
+void reportSums(const Inputs& inputs, const Sums& ofFiles, Reporter& reporter) {
+    reporter.stage("Summing up the package");
+    reporter.sum(PACKAGE_NAME, inputs.description ? inputs.description->package : inputs.package.sum());
     for (const auto& [place, entry] : inputs.updates.entries()) {
         if (!entry.isDirectory) {
-            const auto file = openBeneath(staged.number(), place, O_RDONLY);
-            check(file.isOpen()).orFail(quote(place));
-            reporter.sum(place, sha256Of(file));
+            reporter.sum(place, ofFiles.at(place));
         }
     }
 }
 } // namespace
 
-std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, InputSums* sums) {
+std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, const Signer& signer,
+                                InputSums* sums) {
     const Call& call = jobs.call;
     JobDirectory sharedStaging(call.place);
-    const auto staged = stageShared(call, PackageForm::archive, sharedStaging,
-                                    [&](const Descriptor& here, Reporter& reporter) {
-                                        if (sums != nullptr) {
-                                            sumUp(call.inputs, here, reporter);
-                                        }
-                                    });
+    const auto stage = [&](const Descriptor& here, Reporter& reporter) {
+        const auto& contents = call.inputs.contents;
+        Sums ofFiles;
+        const bool areWanted = sums != nullptr || contents.haveList();
+        stageFiles(call.inputs, PackageForm::archive, here, areWanted ? &ofFiles : nullptr, reporter);
+        if (contents.haveList()) {
+            writeMediumList(contents, ofFiles, "", signer, here);
+        }
+        if (sums != nullptr) {
+            reportSums(call.inputs, ofFiles, reporter);
+        }
+    };
+    const auto staged = stageShared(call, sharedStaging, stage);
     if (staged.status != 0) {
         keepIfWanted(call.choices, sharedStaging, call.console);
         std::vector<Outcome> none(tasks.size(), staged);

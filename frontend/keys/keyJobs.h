@@ -22,8 +22,10 @@ struct KeyTask {
 };
 
 /// Stages all files once, and makes the keys from them.
+/// @param signer  of their list, if it is open
 /// @param sums set to the sums of the tool package and the update files; may be null
 /// @return their outcomes, in order; each is that of the staging when that has failed
-std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, InputSums* sums);
+std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, const Signer& signer,
+                                InputSums* sums);
 
 } // namespace velacreate

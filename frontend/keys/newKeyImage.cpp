@@ -4,10 +4,10 @@
 #include "forms/fatBootSector.h"
 #include "forms/fatWriter.h"
 #include "forms/keyRecord.h"
-#include "inputs/checksum.h"
 #include "keys/keysToFill.h"
 #include "support/failure.h"
 #include "support/programs.h"
+#include "trust/mediumList.h"
 
 #include <mediaRules.h>
 
@@ -28,21 +28,18 @@ KeySize sizeFor(const VelaCreation::CloneImage& image) {
     return {std::to_string(image.largestKey / VelaCreation::SECTORS_PER_GIB) + " GB", image.name, bytes};
 }
 
-/// The same for the same files.
-std::string serialNumberOf(const Tree& tree, const Descriptor& jobDirectory, Reporter& reporter) {
+/// The same for the same files, with a list of them or without.
+std::string serialNumberOf(const Tree& tree, const Sums& sums) {
     constexpr std::size_t digits = 8;
-    reporter.stage("Summing up the files", sizeOf(tree));
-    std::string sums;
+    std::string lines;
     for (const auto& [place, part] : tree) {
         if (part.isDirectory) {
-            sums += place + "/\n";
-            continue;
+            lines += place + "/\n";
+        } else if (!isListName(place)) {
+            lines += checksumLine(sums.at(part.source), place);
         }
-        const auto file = openBeneath(jobDirectory.number(), part.source, O_RDONLY);
-        check(file.isOpen()).orFail(quote(part.source));
-        sums += checksumLine(sha256Of(file, [&](std::uint64_t bytes) { reporter.advance(bytes); }), place);
     }
-    return sha256Of(sums).substr(0, digits);
+    return sha256Of(lines).substr(0, digits);
 }
 
 /// @return the boot record and the gap
@@ -116,12 +113,12 @@ KeySize chooseKeySize(std::size_t gigabytes, const Inputs& inputs) {
     throw Refusal("the file system of a key of " + largest->name + " does not hold so many files");
 }
 
-void makeKeyImage(const KeySize& size, const Inputs& inputs, std::time_t time, const Descriptor& jobDirectory,
-                  Reporter& reporter) {
+void makeKeyImage(const KeySize& size, const Inputs& inputs, std::time_t time, const Sums& sums,
+                  const Descriptor& jobDirectory, Reporter& reporter) {
     check(fchdir(jobDirectory.number()) == 0).orFail("the job directory");
     const auto& path = inputs.kind.place;
     const auto& tree = inputs.contents.tree;
-    const auto serialNumber = serialNumberOf(tree, jobDirectory, reporter);
+    const auto serialNumber = serialNumberOf(tree, sums);
     const Descriptor image(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
     check(image.isOpen()).orFail("the image cannot be made");
     const auto layout = beginImage(image, path, size.bytes, headFor(size, inputs.package), serialNumber);

@@ -27,8 +27,9 @@ KeySize chooseKeySize(std::size_t gigabytes, const Inputs& inputs);
 /// In the job's process: makes the image from the staged files, and its block map beside it, at the place of
 /// its kind.
 /// @param time  of all files
+/// @param sums  of the files, by their paths in the job directory
 /// @throw Failure
-void makeKeyImage(const KeySize& size, const Inputs& inputs, std::time_t time, const Descriptor& jobDirectory,
-                  Reporter& reporter);
+void makeKeyImage(const KeySize& size, const Inputs& inputs, std::time_t time, const Sums& sums,
+                  const Descriptor& jobDirectory, Reporter& reporter);
 
 } // namespace velacreate

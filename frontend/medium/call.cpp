@@ -1,10 +1,10 @@
 #include "medium/call.h"
 
-#include "inputs/checksum.h"
 #include "inputs/names.h"
 #include "job/stagePauses.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
+#include "trust/mediumList.h"
 
 #include <future>
 #include <mutex>
@@ -14,55 +14,76 @@
 namespace velacreate {
 namespace {
 void stagePackage(const ToolPackage& package, PackageForm form, const Descriptor& jobDirectory,
-                  const Advance& advance) {
+                  const Advance& advance, Sums* sums) {
     if (form == PackageForm::unpacked) {
-        package.unpackTo(jobDirectory, advance);
+        package.unpackTo(jobDirectory, advance, sums);
         return;
     }
     const auto archive =
         openBeneath(jobDirectory.number(), PACKAGE_NAME, O_RDWR | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
     check(archive.isOpen()).orFail("the tool package cannot be copied");
-    package.writeTo(archive, advance);
+    package.writeTo(archive, advance, sums);
 }
 
-/// Refuses update files that were taken in with other sums than the required ones.
-void requireSums(const Inputs& inputs, const Descriptor& jobDirectory) {
-    Sums sums;
-    for (const auto& [place, entry] : inputs.updates.entries()) {
-        if (!entry.isDirectory) {
-            const auto file = openBeneath(jobDirectory.number(), place, O_RDONLY);
-            check(file.isOpen()).orFail(quote(place));
-            sums[place] = sha256Of(file);
-        }
-    }
-    inputs.requiredSums->requireEqual(inputs.updates, sums);
+void write(const Descriptor& directory, const std::string& name, const std::string& content) {
+    const auto file = openBeneath(directory.number(), name, O_WRONLY | O_CREAT | O_EXCL, 0644);
+    check(file.isOpen()).orFail(quote(name));
+    writeAll(file, content.data(), content.size(), name);
 }
 } // namespace
 
-void stageFiles(const Inputs& inputs, PackageForm form, const Descriptor& jobDirectory, Reporter& reporter) {
+void stageFiles(const Inputs& inputs, PackageForm form, const Descriptor& jobDirectory, Sums* sums,
+                Reporter& reporter) {
     reporter.stage("Taking in the files", inputs.package.unpackedSize() + inputs.updates.totalSize());
     std::mutex oneAtATime;
     const auto advance = [&](std::uint64_t bytes) {
         const std::lock_guard<std::mutex> lock(oneAtATime);
         reporter.advance(bytes);
     };
-    auto packageStaged =
-        std::async(std::launch::async, [&] { stagePackage(inputs.package, form, jobDirectory, advance); });
-    inputs.updates.copyTo(jobDirectory.number(), advance);
+    Sums ofUpdates;
+    const bool isSummedUp = sums != nullptr || inputs.requiredSums;
+    auto packageStaged = std::async(std::launch::async,
+                                    [&] { stagePackage(inputs.package, form, jobDirectory, advance, sums); });
+    inputs.updates.copyTo(jobDirectory.number(), advance, isSummedUp ? &ofUpdates : nullptr);
     if (inputs.requiredSums) {
-        requireSums(inputs, jobDirectory);
+        inputs.requiredSums->requireEqual(inputs.updates, ofUpdates);
     }
     packageStaged.get();
+    if (sums != nullptr) {
+        sums->merge(ofUpdates);
+    }
 }
 
-Outcome stageShared(const Call& call, PackageForm form, const JobDirectory& sharedStaging,
-                    const std::function<void(const Descriptor& staged, Reporter& reporter)>& andThen) {
+int openSigner(Signer& signer, const ManifestChoices& choices, const Inputs& inputs,
+               const HeldSignals& signals, Console& console) {
+    return inputs.description
+               ? signer.open(choices.secretKey, commentOf(*inputs.description), signals, console)
+               : 0;
+}
+
+void writeMediumList(const Contents& contents, const Sums& sums, const std::string& archive,
+                     const Signer& signer, const Descriptor& jobDirectory) {
+    Sums listed;
+    if (!archive.empty()) {
+        listed.emplace(VelaCreation::NETBOOT_ARCHIVE, archive);
+    }
+    for (const auto& [place, part] : contents.listed()) {
+        if (!part.isDirectory && !isListName(place)) {
+            listed.emplace(place, sums.at(part.source));
+        }
+    }
+    const auto list = mediumListOf(listed);
+    write(jobDirectory, MEDIUM_LIST, list);
+    if (signer.isOpen()) {
+        write(jobDirectory, MEDIUM_SIGNATURE, signer.sign(list));
+    }
+}
+
+Outcome stageShared(const Call& call, const JobDirectory& sharedStaging,
+                    const std::function<void(const Descriptor& staged, Reporter& reporter)>& stage) {
     const auto work = [&](Reporter& reporter) {
         const Descriptor here(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        stageFiles(call.inputs, form, here, reporter);
-        if (andThen) {
-            andThen(here, reporter);
-        }
+        stage(here, reporter);
         return 0;
     };
     auto outcome =

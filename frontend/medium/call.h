@@ -8,6 +8,7 @@
 #include "job/reporter.h"
 #include "job/supervisor.h"
 #include "medium/jobInputs.h"
+#include "trust/signer.h"
 
 #include <functional>
 
@@ -27,14 +28,28 @@ struct Call {
 enum class PackageForm { archive, unpacked };
 
 /// In the job's process: copies the tool package and the update files into a job directory.
+/// @param sums  gets the sum of each file, by its path there; may be null
 /// @throw Refusal or Failure when they have changed
-void stageFiles(const Inputs& inputs, PackageForm form, const Descriptor& jobDirectory, Reporter& reporter);
+void stageFiles(const Inputs& inputs, PackageForm form, const Descriptor& jobDirectory, Sums* sums,
+                Reporter& reporter);
+
+/// Opens the signer, if the user wants a signature.
+/// @return 0, or EXIT_INTERRUPTED
+int openSigner(Signer& signer, const ManifestChoices& choices, const Inputs& inputs,
+               const HeldSignals& signals, Console& console);
+
+/// In the job's process: writes the list of sums of a medium into a job directory, and its signature.
+/// @param sums  of the files on the medium, by their paths in the job directory
+/// @param archive  the sum of the archive of a network-boot directory; empty for another medium
+/// @throw Failure
+void writeMediumList(const Contents& contents, const Sums& sums, const std::string& archive,
+                     const Signer& signer, const Descriptor& jobDirectory);
 
 /// Stages the files in a job of its own, for several media.
-/// @param andThen called last, in the same process; may be null
+/// @param stage  called there
 /// @return interrupted, also when the job had just ended
-Outcome stageShared(const Call& call, PackageForm form, const JobDirectory& sharedStaging,
-                    const std::function<void(const Descriptor& staged, Reporter& reporter)>& andThen);
+Outcome stageShared(const Call& call, const JobDirectory& sharedStaging,
+                    const std::function<void(const Descriptor& staged, Reporter& reporter)>& stage);
 
 /// In the job's process, in its job directory: makes the library folder the current directory, and shows the
 /// library's stages.

@@ -55,7 +55,9 @@ void reportKept(const Findings& findings, const Reporter& reporter) {
 std::vector<Outcome> compareMedia(const Call& call, const std::vector<ComparedMedium>& media) {
     JobDirectory sharedStaging(call.place);
     const auto& directory = sharedStaging.directory();
-    auto staged = stageShared(call, PackageForm::unpacked, sharedStaging, nullptr);
+    auto staged = stageShared(call, sharedStaging, [&](const Descriptor& here, Reporter& reporter) {
+        stageFiles(call.inputs, PackageForm::unpacked, here, nullptr, reporter);
+    });
     staged.kind = JobKind::verifying;
     std::vector<Outcome> outcomes(media.size(), staged);
     if (staged.status == 0) {

@@ -3,6 +3,9 @@
 #include "inputs/limits.h"
 #include "inputs/names.h"
 #include "support/failure.h"
+#include "trust/mediumList.h"
+
+#include <mediaRules.h>
 
 #include <algorithm>
 
@@ -95,6 +98,35 @@ void requireArrival(const Way& way, const Tree& updates) {
     }
 }
 
+void requireFreeNames(const Tree& tree) {
+    for (const auto& [place, part] : tree) {
+        refuseIf(isListName(place), (isBootFile(part.source) ? "boot file " : "update file ") +
+                                        quote(part.source) +
+                                        " has a name that is kept for the medium's list of sums; rename it");
+    }
+}
+
+/// GNU and BusyBox read a backslash in such a list in different ways.
+void requireListable(const std::string& place) {
+    refuseIf(place.find('\\') != std::string::npos,
+             quote(place) + " holds a backslash, which a list of sums cannot carry; rename it");
+}
+
+void addList(Contents& contents, const WantedList& list) {
+    Tree& tree = contents.besideArchive.empty() ? contents.tree : contents.besideArchive;
+    std::uint64_t size = contents.besideArchive.empty() ? 0 : sizeOfLine(VelaCreation::NETBOOT_ARCHIVE);
+    for (const auto& [place, part] : tree) {
+        if (!part.isDirectory) {
+            requireListable(place);
+            size += sizeOfLine(place);
+        }
+    }
+    tree[MEDIUM_LIST] = {MEDIUM_LIST, size, false};
+    if (list.signatureSize != 0) {
+        tree[MEDIUM_SIGNATURE] = {MEDIUM_SIGNATURE, list.signatureSize, false};
+    }
+}
+
 std::vector<std::string> placesOf(const Tree& tree) {
     std::vector<std::string> places;
     for (const auto& [place, part] : tree) {
@@ -125,11 +157,18 @@ std::uint64_t Contents::size() const {
     return sumOf(sizeOf(tree), sizeOf(besideArchive));
 }
 
-Contents contentsOf(MediumKind medium, const ToolPackage& package, const UpdateFiles& updates) {
+bool Contents::haveList() const {
+    return listed().count(MEDIUM_LIST) != 0;
+}
+
+Contents contentsOf(MediumKind medium, const ToolPackage& package, const UpdateFiles& updates,
+                    const WantedList& list) {
     const Kind& kind = kindOf(medium);
     const Way way(kind);
     const Tree boot = bootTree(package);
     const Tree chosen = updateTree(updates);
+    requireFreeNames(boot);
+    requireFreeNames(chosen);
     Contents contents;
     contents.tree = boot;
     if (kind.isFat) {
@@ -143,13 +182,16 @@ Contents contentsOf(MediumKind medium, const ToolPackage& package, const UpdateF
         overlay(contents, chosen);
         way.removeFrom(contents.tree);
     }
+    addBesideArchive(contents, kind.besideArchive, boot);
+    if (list.isWanted) {
+        addList(contents, list);
+    }
     if (kind.isFat) {
         requireFatNames(placesOf(contents.tree));
     }
     if (kind.isPlainJoliet) {
         requireJolietNames(placesOf(contents.tree));
     }
-    addBesideArchive(contents, kind.besideArchive, boot);
     return contents;
 }
 

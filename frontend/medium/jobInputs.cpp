@@ -1,11 +1,16 @@
 #include "medium/jobInputs.h"
 
+#include "forms/keyRecord.h"
 #include "inputs/limits.h"
 #include "inputs/names.h"
 #include "inputs/packageReader.h"
+#include "inputs/sourceDate.h"
 #include "support/failure.h"
+#include "support/programs.h"
 #include "support/texts.h"
+#include "trust/mediumList.h"
 #include "trust/signedInput.h"
+#include "trust/signer.h"
 
 #include <mediaRules.h>
 
@@ -39,17 +44,60 @@ std::optional<PublicKeys> keysOf(const JobChoices& choices) {
 std::optional<PackageTrust> trustIn(const std::optional<PublicKeys>& keys, const NamedDirectory& place) {
     return keys ? std::make_optional<PackageTrust>({&*keys, &place}) : std::nullopt;
 }
+
+void requireTitle(const std::string& title) {
+    constexpr std::size_t longest = 1000;
+    refuseIf(printable(title) != title, "--title takes one line of printable text, and not " + quote(title));
+    refuseIf(title.size() > longest, "--title takes at most " + std::to_string(longest) + " bytes");
+}
+
+std::optional<MediumDescription> describe(const ManifestChoices& choices, const Kind& kind,
+                                          const ToolPackage& package) {
+    if (choices.secretKey.empty()) {
+        return std::nullopt;
+    }
+    requireTitle(choices.title);
+    requirePrograms({SIGNING_PROGRAM});
+    requireSourceDate();
+    MediumDescription description{kind.word, timeOfFiles(), package.sum(), {}, choices.title};
+    if (kind.cloneImages == CloneImages::wanted) {
+        description.bootCodes =
+            sumsOfBootCode([&](const std::string& name) { return package.beginningOf(name); });
+    }
+    return description;
+}
+
+WantedList listFor(const ManifestChoices& choices, const std::optional<MediumDescription>& description) {
+    return {choices.isWanted(), description ? sizeOfSignature(commentOf(*description)) : 0};
+}
 } // namespace
 
 Inputs::Inputs(const JobChoices& choices, MediumKind medium, const NamedDirectory& place)
     : kind(kindOf(medium)), keys(keysOf(choices)),
       package(choices.package, kind.cloneImages, trustIn(keys, place)),
-      updates(choices.directory, choices.files, package), contents(contentsOf(medium, package, updates)) {
+      updates(choices.directory, choices.files, package),
+      description(describe(choices.manifest, kind, package)),
+      contents(contentsOf(medium, package, updates, listFor(choices.manifest, description))) {
     refuseIf(updates.fileCount() == 0, "there is no update file in what was named");
     if (!choices.sums.empty()) {
         requiredSums.emplace(choices.sums, keys ? &*keys : nullptr);
         requiredSums->requireListed(updates);
     }
+    if (const auto& key = choices.manifest.secretKey; !key.empty()) {
+        const auto file = openSecretKey(key).status();
+        requireOther(file, "the secret key " + quote(key));
+        m_secretKey = file;
+    }
+}
+
+std::vector<std::string> Inputs::namesForLibrary() const {
+    auto names = updates.topLevel();
+    for (const char* name : {MEDIUM_LIST, MEDIUM_SIGNATURE}) {
+        if (contents.tree.count(name) != 0) {
+            names.emplace_back(name);
+        }
+    }
+    return names;
 }
 
 void Inputs::requireMakeable() const {
@@ -61,6 +109,7 @@ void Inputs::requireMakeable() const {
 
 void Inputs::requireOther(const struct stat& file, const std::string& what) const {
     refuseIf(package.isFile(file), what + " is the tool package");
+    refuseIf(m_secretKey && isSameFile(*m_secretKey, file), what + " is the secret key");
     refuseIf(updates.contain(file), what + " is one of the update files" + updates.advice());
 }
 

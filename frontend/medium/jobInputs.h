@@ -10,9 +10,11 @@
 #include "job/output.h"
 #include "medium/contents.h"
 #include "medium/kinds.h"
+#include "trust/description.h"
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace velacreate {
 
@@ -27,7 +29,11 @@ struct Inputs {
     ToolPackage package;
     UpdateFiles updates;
     std::optional<RequiredSums> requiredSums;
+    std::optional<MediumDescription> description; ///< only with --sign
     Contents contents;
+
+    /// What the library copies to the medium besides boot files: names at the top of the job directory.
+    std::vector<std::string> namesForLibrary() const;
 
     /// Refuses a tool package without the boot files of this kind of medium, and files that are too large for
     /// it.
@@ -55,6 +61,8 @@ struct Inputs {
 
 private:
     void requireNotChosen(const struct stat& directory, const std::string& what) const;
+
+    std::optional<struct stat> m_secretKey;
 };
 
 /// Refuses files that are too large for this kind of medium.

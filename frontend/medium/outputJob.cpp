@@ -14,6 +14,7 @@
 #include "support/failure.h"
 #include "support/programs.h"
 #include "support/texts.h"
+#include "trust/mediumList.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -102,11 +103,44 @@ int finish(const OutputJob& job, const Descriptor& jobDirectory, Reporter& repor
     return result;
 }
 
+void copyBesideArchive(const Kind& kind, const char* name, const Descriptor& jobDirectory) {
+    const auto from = openBeneath(jobDirectory.number(), name, O_RDONLY);
+    const auto to =
+        openBeneath(jobDirectory.number(), kind.place + "/" + name, O_WRONLY | O_CREAT | O_EXCL, 0644);
+    check(from.isOpen() && to.isOpen()).orFail(quote(name));
+    copyContent(from, to, name, [](std::uint64_t /*bytes*/) {});
+}
+
+/// A network-boot directory gets its list when the archive is made.
+void addListBesideArchive(const Inputs& inputs, const Sums& sums, const Signer& signer,
+                          const Descriptor& jobDirectory, Reporter& reporter) {
+    const auto& name = VelaCreation::NETBOOT_ARCHIVE;
+    const auto archive = openBeneath(jobDirectory.number(), inputs.kind.place + "/" + name, O_RDONLY);
+    check(archive.isOpen()).orFail(quote(name));
+    reporter.stage("Summing up the archive", sizeOf(archive));
+    const auto sum = sha256Of(archive, [&](std::uint64_t bytes) { reporter.advance(bytes); });
+    writeMediumList(inputs.contents, sums, sum, signer, jobDirectory);
+    copyBesideArchive(inputs.kind, MEDIUM_LIST, jobDirectory);
+    if (signer.isOpen()) {
+        copyBesideArchive(inputs.kind, MEDIUM_SIGNATURE, jobDirectory);
+    }
+}
+
 /// In the job's process.
-int make(const OutputJob& job, Reporter& reporter) {
+int make(const OutputJob& job, const Signer& signer, Reporter& reporter) {
+    const auto& contents = job.inputs.contents;
+    const bool hasArchive = !contents.besideArchive.empty();
     const auto jobDirectory = enterLibraryFolder(job.choices.show.pauses, reporter);
-    stageFiles(job.inputs, job.form, jobDirectory, reporter);
-    const int result = job.workflow(jobDirectory, reporter);
+    Sums sums;
+    const bool areWanted = contents.haveList() || job.form == PackageForm::unpacked; // for a key's image
+    stageFiles(job.inputs, job.form, jobDirectory, areWanted ? &sums : nullptr, reporter);
+    if (contents.haveList() && !hasArchive) {
+        writeMediumList(contents, sums, "", signer, jobDirectory);
+    }
+    const int result = job.workflow(jobDirectory, sums, reporter);
+    if (result == 0 && contents.haveList() && hasArchive) {
+        addListBesideArchive(job.inputs, sums, signer, jobDirectory, reporter);
+    }
     return result == 0 ? finish(job, jobDirectory, reporter) : result;
 }
 
@@ -193,7 +227,7 @@ void requireProgramsOf(const Kind& kind, const Toolkit& toolkit) {
 }
 
 Workflow libraryWorkflow(const Toolkit& toolkit, const std::function<int(VelaLoggerIfc&)>& run) {
-    return [&toolkit, run](const Descriptor& /*jobDirectory*/, Reporter& reporter) {
+    return [&toolkit, run](const Descriptor& /*jobDirectory*/, const Sums& /*sums*/, Reporter& reporter) {
         toolkit.copyHere();
         LibraryLogger logger(reporter);
         return reportToolError(run(logger), reporter);
@@ -209,12 +243,18 @@ int makeOutput(const OutputJob& job, Console& console) {
     for (const auto& made : allOf(job)) {
         requireOtherLog(job.choices.show, made.output->path());
     }
+    const HeldSignals signals;
+    Signer signer;
+    if (const int status = openSigner(signer, job.choices.manifest, job.inputs, signals, console);
+        status != 0) {
+        console.complain("interrupted; nothing was made");
+        return status;
+    }
     openLog(console, job.choices.show, job.output.path(), &job.inputs);
     job.inputs.announce(console, "Making " + medium + " from");
-    const HeldSignals signals;
     JobDirectory jobDirectory(job.output.parent());
     const int directory = jobDirectory.directory().number();
-    const auto work = [&](Reporter& reporter) { return make(job, reporter); };
+    const auto work = [&](Reporter& reporter) { return make(job, signer, reporter); };
     auto outcome =
         supervise({{medium, directory, work, gaugesOf(job.inputs, directory)}}, 1, signals, console).front();
     const auto size = sizeText(sizeBelow(directory, kind.place));

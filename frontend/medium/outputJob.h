@@ -17,7 +17,8 @@
 namespace velacreate {
 
 /// Makes the output at its kind's place in the job directory, from the staged files.
-using Workflow = std::function<int(const Descriptor& jobDirectory, Reporter& reporter)>;
+/// @param sums  of the files, by their paths there, if they were worked out
+using Workflow = std::function<int(const Descriptor& jobDirectory, const Sums& sums, Reporter& reporter)>;
 
 struct OutputJob {
     const JobChoices& choices;

@@ -2,6 +2,7 @@
 
 #include "support/archives.h"
 #include "support/failure.h"
+#include "trust/mediumList.h"
 
 #include <mediaRules.h>
 
@@ -37,6 +38,9 @@ NetbootDirectory::NetbootDirectory(std::string path)
         throw Refusal(text() + " lacks " + quote(VelaCreation::NETBOOT_ARCHIVE) + ", with the update files");
     }
     take(VelaCreation::NETBOOT_ARCHIVE, archive);
+    for (const std::string name : {MEDIUM_LIST, MEDIUM_SIGNATURE}) {
+        take(name, open(name));
+    }
     requireArchive(archive);
 }
 
@@ -48,7 +52,7 @@ void NetbootDirectory::take(const std::string& name, const Descriptor& file) {
 std::vector<std::string> NetbootDirectory::missing() const {
     std::vector<std::string> missing;
     for (const auto& file : m_files) {
-        if (!file.found) {
+        if (!file.found && !isListName(file.name)) {
             missing.push_back(file.name);
         }
     }

@@ -1,6 +1,5 @@
 #include "trust/mediumList.h"
 
-#include "inputs/checksum.h"
 #include "inputs/names.h"
 
 namespace velacreate {

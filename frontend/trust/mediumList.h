@@ -2,16 +2,14 @@
 /// The list of a medium's files with their SHA-256 sums, which is on the medium itself.
 #pragma once
 
-#include <map>
+#include "inputs/checksum.h"
+
 #include <string>
 
 namespace velacreate {
 
 constexpr const char* MEDIUM_LIST = "medium.sha256";
 constexpr const char* MEDIUM_SIGNATURE = "medium.sha256.minisig"; ///< made by minisign
-
-/// SHA-256 sums in hexadecimal digits, by path.
-using Sums = std::map<std::string, std::string>;
 
 /// Whether a path on a medium is that of the list or of its signature, in any case of letters.
 bool isListName(const std::string& place);
