@@ -28,6 +28,7 @@ install(FILES ${PROJECT_BINARY_DIR}/velacreation.pc
 install(FILES docs/man/libvelacreation.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT libvelacreation-dev)
 if(VELACREATION_FRONTEND)
     install(FILES docs/man/velacreate.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT velacreate)
+    install(PROGRAMS demo/check-medium DESTINATION ${CMAKE_INSTALL_DATADIR}/velacreate COMPONENT velacreate)
 endif()
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT libvelacreation1)
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT velacreate)

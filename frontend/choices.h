@@ -26,6 +26,8 @@ struct JobChoices {
     std::string package;
     std::string directory = ".";
     std::vector<std::string> files;
+    std::vector<std::string> trusted; ///< public keys, by which the inputs must be signed; may be empty
+    std::string sums;                 ///< the list of sums that the update files must have; may be empty
     bool keep = false;
     bool verify = true;
     ManifestChoices manifest; ///< of a medium that is made

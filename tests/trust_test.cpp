@@ -2,9 +2,11 @@
 #include "forms/isoReader.h"
 #include "forms/keyReader.h"
 #include "frontend.h"
+#include "inputs/toolPackage.h"
 #include "medium/listedMedium.h"
 #include "support/exitStatus.h"
 #include "trust/description.h"
+#include "trust/signature.h"
 
 #include <algorithm>
 #include <cctype>
@@ -224,5 +226,15 @@ INSTANTIATE_TEST_SUITE_P(Of, ListedTest, testing::Values("image", "powerpc-image
                              name.erase(std::remove(name.begin(), name.end(), '-'), name.end());
                              return name;
                          });
+
+TEST_F(TrustTest, UsesTheVeryPackageThatItChecked) {
+    prepare("pack boot/file; makeKey k; sign k work/p.zip; sha256sum work/p.zip >sum");
+    const PublicKeys keys({"k.pub"});
+    const NamedDirectory place{"work", opened("work")};
+    const ToolPackage package("work/p.zip", CloneImages::unwanted, PackageTrust{&keys, &place});
+    prepare("echo other >work/p.zip; ! find work -name '.velacreate-*' | grep .");
+    EXPECT_EQ(package.sum(), contentOf("sum").substr(0, 64));
+    EXPECT_TRUE(package.isFile(opened("work/p.zip").status()));
+}
 
 } // namespace

@@ -72,6 +72,22 @@ void addJobOptions(CLI::App& command, JobChoices& job, Console& console) {
     addPauses(command, job.show);
 }
 
+/// What the inputs of a medium must prove.
+void addInputChecks(CLI::App& command, JobChoices& job) {
+    command
+        .add_option(
+            "--trust", job.trusted,
+            "Take only a tool package with a good signature ZIP.minisig by this public key, or by one "
+            "in this directory; may be given several times")
+        ->allow_extra_args(false)
+        ->type_name("KEY.pub");
+    command
+        .add_option("--sums", job.sums,
+                    "Take only update files whose sums are in this file of sha256sum; with --trust, it is "
+                    "signed, too")
+        ->type_name("SUMS");
+}
+
 /// An option that takes one of some words.
 CLI::Option* addWord(CLI::App& command, const std::string& name, std::string& word,
                      const std::vector<std::string>& words, const std::string& description) {
@@ -230,6 +246,7 @@ private:
             return makeIso(m_iso, m_caller, m_console);
         });
         addJobOptions(command, m_iso.job, m_console);
+        addInputChecks(command, m_iso.job);
         command.add_option("--output", m_iso.output, "The image to make; its name ends in .iso")
             ->required()
             ->type_name("IMAGE");
@@ -252,6 +269,7 @@ private:
             return makeUsbKey(m_usb, m_caller, m_console);
         });
         addJobOptions(command, m_usb.job, m_console);
+        addInputChecks(command, m_usb.job);
         addKeys(command, m_usb.keys);
         command
             .add_option("--key-image,--image", m_usb.keyImage, "Fill this image of a key instead of a key")
@@ -297,6 +315,7 @@ private:
         auto& command = add("pxe", "Make a network-boot directory");
         call(command, [this] { return makeNetbootDirectory(m_pxe, m_caller, m_console); });
         addJobOptions(command, m_pxe.job, m_console);
+        addInputChecks(command, m_pxe.job);
         command.add_option("--output", m_pxe.output, "The network-boot directory to make")
             ->required()
             ->type_name("DIR");

@@ -33,7 +33,7 @@ int makeImage(const IsoChoices& choices, const Output& output, Burner* burner,
     const bool isPowerPc = medium == MediumKind::powerPcImage;
     const Toolkit toolkit(caller.toolkit);
     requireProgramsOf(kindOf(medium), toolkit);
-    const Inputs inputs(choices.job, medium);
+    const Inputs inputs(choices.job, medium, output.parent());
     inputs.requireOther(output);
     if (checksum) {
         inputs.requireOther(*checksum);

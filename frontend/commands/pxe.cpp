@@ -13,7 +13,7 @@ int makeNetbootDirectory(const PxeChoices& choices, const CallerEnvironment& cal
     const Toolkit toolkit(caller.toolkit, Launchers::ofNetboot);
     requireProgramsOf(kindOf(MediumKind::netbootDirectory), toolkit);
     const auto output = Output::netbootDirectory(choices.output, choices.force);
-    const Inputs inputs(choices.job, MediumKind::netbootDirectory);
+    const Inputs inputs(choices.job, MediumKind::netbootDirectory, output.parent());
     inputs.requireOther(output);
     inputs.requireMakeable();
     inputs.requireRoom(output.parent(), 2, 2); // packed and unpacked; staged, and the archive

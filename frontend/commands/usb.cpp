@@ -161,7 +161,7 @@ int makeImage(const UsbChoices& choices, Console& console) {
     if (choices.checksum) {
         checksum = Output::checksum(choices.output + CHECKSUM_ENDING, choices.force);
     }
-    const Inputs inputs(choices.job, MediumKind::keyImage);
+    const Inputs inputs(choices.job, MediumKind::keyImage, output.parent());
     inputs.requireOther(output);
     inputs.requireOther(blockMap);
     if (checksum) {
@@ -188,7 +188,7 @@ int makeUsbKey(const UsbChoices& choices, const CallerEnvironment& caller, Conso
     requireRoot("a key is mounted and formatted, which");
     requireProgramsFor(choices);
     const auto scratch = scratchDirectory(choices.work, caller);
-    const Inputs inputs(choices.job, MediumKind::key);
+    const Inputs inputs(choices.job, MediumKind::key, scratch);
     return choices.keyImage.empty() ? fillKeys(choices, inputs, scratch, console)
                                     : fillImage(choices, inputs, scratch, console);
 }

@@ -99,7 +99,7 @@ int verify(const VerifyChoices& choices, const CallerEnvironment& caller, Consol
         return verifyKeyImage(choices, scratch, console);
     }
     return compareOpened(choices, [&](MediumKind kind, const OpenMedium& medium, const ReadMedium& read) {
-        const Inputs inputs(choices.job, kind);
+        const Inputs inputs(choices.job, kind, scratch);
         return compareAlone(choices.job, inputs, scratch, medium, read, console);
     });
 }

@@ -6,6 +6,7 @@
 #include "inputs/packageReader.h"
 #include "support/beneath.h"
 #include "support/failure.h"
+#include "trust/signedInput.h"
 
 #include <bootableMedia.h>
 #include <cloneImage.h>
@@ -170,8 +171,15 @@ void readFile(PackageReader& reader, Sums* sums, const Advance& advance, const U
 }
 } // namespace
 
-ToolPackage::ToolPackage(const std::string& path, CloneImages cloneImages)
-    : m_path(path), m_cloneImages(cloneImages), m_file(openedFile(path)), m_found(m_file.status()) {
+ToolPackage::ToolPackage(const std::string& path, CloneImages cloneImages,
+                         const std::optional<PackageTrust>& trust)
+    : m_path(path), m_cloneImages(cloneImages), m_file(openedFile(path)), m_original(m_file.status()) {
+    if (trust) {
+        const auto text = packageText(path);
+        m_file = privateCopyOf(m_file, text, *trust->place);
+        m_signature = requireSigned(m_file, signatureBeside(path), path, text, *trust->keys);
+    }
+    m_found = m_file.status();
     PackageReader reader(m_file, path, BLOCK_FOR_HEADERS);
     Listing listing;
     while (reader.next()) {

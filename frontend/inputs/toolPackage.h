@@ -4,10 +4,12 @@
 
 #include "inputs/checksum.h"
 #include "support/descriptor.h"
+#include "trust/signature.h"
 
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace velacreate {
@@ -16,6 +18,12 @@ class PackageReader;
 
 /// Only jobs of keys need the clone images.
 enum class CloneImages { wanted, unwanted };
+
+/// What a tool package must be signed by, and where a copy of it may lie.
+struct PackageTrust {
+    const PublicKeys* keys;
+    const NamedDirectory* place;
+};
 
 /// A zip archive from someone else. It is held open, and libarchive checks its entries. The library unpacks
 /// only a new archive, which velacreate writes from these entries: programs read a malformed archive in
@@ -37,8 +45,11 @@ public:
     /// top-level name of the job (see names.h) except "boot" and the clone images; a package with no "boot/"
     /// or an empty one. The message names the package and the entry. It says when "boot" is one level too
     /// deep.
+    /// @param trust  if there is one, the package is first copied to where no other user can change it. The
+    /// copy is used. It must have a good signature, the file ZIP.minisig beside the package.
     /// @throw Refusal
-    ToolPackage(const std::string& path, CloneImages cloneImages);
+    ToolPackage(const std::string& path, CloneImages cloneImages,
+                const std::optional<PackageTrust>& trust = std::nullopt);
 
     /// The entries that are used, by name without a slash at the end, such as "boot/grub.cfg". Directories
     /// that occur only in paths of files are included.
@@ -64,7 +75,10 @@ public:
     const std::string& path() const { return m_path; }
 
     /// Whether a file is this package.
-    bool isFile(const struct stat& other) const { return isSameFile(m_found, other); }
+    bool isFile(const struct stat& other) const { return isSameFile(m_original, other); }
+
+    /// Nothing without trust.
+    const std::optional<GoodSignature>& signature() const { return m_signature; }
 
     /// Writes the used entries as a new, uncompressed zip archive, with times and modes; the owner may always
     /// read and write. Reads the whole package, including checksums, and checks each entry again.
@@ -86,8 +100,10 @@ private:
 
     std::string m_path;
     CloneImages m_cloneImages;
-    Descriptor m_file;
-    struct stat m_found; ///< at the time of the check
+    Descriptor m_file; ///< the package, or the copy
+    struct stat m_original;
+    std::optional<GoodSignature> m_signature;
+    struct stat m_found; ///< of the file that is used, at the time of the check
     std::map<std::string, Entry> m_entries;
     std::map<std::string, std::string> m_beginnings; ///< of clone images
 };

@@ -7,6 +7,7 @@
 #include "inputs/toolPackage.h"
 #include "support/beneath.h"
 #include "support/failure.h"
+#include "support/texts.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -194,19 +195,15 @@ private:
 
 /// Names all that are missing at once. A single one is found by the search, which tells the reason.
 void requirePresent(int directory, const std::string& where, const std::vector<std::string>& sources) {
-    constexpr std::size_t MOST_NAMED = 20;
     Beneath tree(directory);
-    std::string names;
-    std::size_t missing = 0;
+    std::vector<std::string> missing;
     for (const std::string& source : sources) {
-        if (!tree.open(source, O_PATH | O_NOFOLLOW).isOpen() && (errno == ENOENT || errno == ENOTDIR) &&
-            ++missing <= MOST_NAMED) {
-            names += (missing == 1 ? "" : ", ") + quote(source);
+        if (!tree.open(source, O_PATH | O_NOFOLLOW).isOpen() && (errno == ENOENT || errno == ENOTDIR)) {
+            missing.push_back(source);
         }
     }
-    const std::size_t unnamed = missing - std::min(missing, MOST_NAMED);
-    refuseIf(missing > 1, std::to_string(missing) + " update files are not in " + quote(where) + ": " +
-                              names + (unnamed == 0 ? "" : " and " + std::to_string(unnamed) + " more"));
+    refuseIf(missing.size() > 1, std::to_string(missing.size()) + " update files are not in " + quote(where) +
+                                     ": " + namesText(missing));
 }
 } // namespace
 

@@ -98,7 +98,7 @@ ReadMedium bytesOfKeyImage(const OpenMedium& medium) {
 } // namespace
 
 int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
-    const Inputs inputs(choices.job, MediumKind::key);
+    const Inputs inputs(choices.job, MediumKind::key, scratch);
     const auto keys = keysToCompare(choices.devices);
     inputs.requireRoom(scratch, 1, 0);
     openLog(console, choices.job.show, "", &inputs);
@@ -177,7 +177,7 @@ int compareKeysWithImage(const VerifyChoices& choices, const NamedDirectory& scr
 
 int verifyKeyImage(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
     const auto medium = openKeyImage(choices.keyImage);
-    const Inputs inputs(choices.job, MediumKind::key);
+    const Inputs inputs(choices.job, MediumKind::key, scratch);
     return compareAlone(choices.job, inputs, scratch, medium, bytesOfKeyImage(medium), console);
 }
 

@@ -41,9 +41,13 @@ void stageFiles(const Inputs& inputs, PackageForm form, const Descriptor& jobDir
         reporter.advance(bytes);
     };
     Sums ofUpdates;
+    const bool isSummedUp = sums != nullptr || inputs.requiredSums;
     auto packageStaged = std::async(std::launch::async,
                                     [&] { stagePackage(inputs.package, form, jobDirectory, advance, sums); });
-    inputs.updates.copyTo(jobDirectory.number(), advance, sums != nullptr ? &ofUpdates : nullptr);
+    inputs.updates.copyTo(jobDirectory.number(), advance, isSummedUp ? &ofUpdates : nullptr);
+    if (inputs.requiredSums) {
+        inputs.requiredSums->requireEqual(inputs.updates, ofUpdates);
+    }
     packageStaged.get();
     if (sums != nullptr) {
         sums->merge(ofUpdates);

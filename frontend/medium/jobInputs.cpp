@@ -3,11 +3,13 @@
 #include "forms/keyRecord.h"
 #include "inputs/limits.h"
 #include "inputs/names.h"
+#include "inputs/packageReader.h"
 #include "inputs/sourceDate.h"
 #include "support/failure.h"
 #include "support/programs.h"
 #include "support/texts.h"
 #include "trust/mediumList.h"
+#include "trust/signedInput.h"
 #include "trust/signer.h"
 
 #include <mediaRules.h>
@@ -33,6 +35,14 @@ std::string misplacedInstaller(const UpdateFiles& updates, const Contents& conte
     const auto& entries = updates.entries();
     const auto found = std::find_if(entries.begin(), entries.end(), isInstaller);
     return found == entries.end() ? "" : found->first;
+}
+
+std::optional<PublicKeys> keysOf(const JobChoices& choices) {
+    return choices.trusted.empty() ? std::nullopt : std::make_optional<PublicKeys>(choices.trusted);
+}
+
+std::optional<PackageTrust> trustIn(const std::optional<PublicKeys>& keys, const NamedDirectory& place) {
+    return keys ? std::make_optional<PackageTrust>({&*keys, &place}) : std::nullopt;
 }
 
 void requireTitle(const std::string& title) {
@@ -62,12 +72,17 @@ WantedList listFor(const ManifestChoices& choices, const std::optional<MediumDes
 }
 } // namespace
 
-Inputs::Inputs(const JobChoices& choices, MediumKind medium)
-    : kind(kindOf(medium)), package(choices.package, kind.cloneImages),
+Inputs::Inputs(const JobChoices& choices, MediumKind medium, const NamedDirectory& place)
+    : kind(kindOf(medium)), keys(keysOf(choices)),
+      package(choices.package, kind.cloneImages, trustIn(keys, place)),
       updates(choices.directory, choices.files, package),
       description(describe(choices.manifest, kind, package)),
       contents(contentsOf(medium, package, updates, listFor(choices.manifest, description))) {
     refuseIf(updates.fileCount() == 0, "there is no update file in what was named");
+    if (!choices.sums.empty()) {
+        requiredSums.emplace(choices.sums, keys ? &*keys : nullptr);
+        requiredSums->requireListed(updates);
+    }
     if (const auto& key = choices.manifest.secretKey; !key.empty()) {
         const auto file = openSecretKey(key).status();
         requireOther(file, "the secret key " + quote(key));
@@ -133,6 +148,12 @@ void Inputs::requireOther(const Output& output) const {
 void Inputs::announce(Console& console, const std::string& beginning) const {
     console.say(beginning + " " + quote(package.path()) + " and " +
                 counted(updates.fileCount(), "update file"));
+    if (package.signature()) {
+        console.say(signedText(packageText(package.path()), *package.signature()));
+    }
+    if (requiredSums && requiredSums->signature()) {
+        console.say(signedText(requiredSums->text(), *requiredSums->signature()));
+    }
     for (const auto& name : contents.replaced) {
         console.say("Note: the update file " + quote(name) +
                     " takes the place of a boot file of the package");

@@ -4,6 +4,7 @@
 
 #include "choices.h"
 #include "display/console.h"
+#include "inputs/requiredSums.h"
 #include "inputs/toolPackage.h"
 #include "inputs/updateFiles.h"
 #include "job/output.h"
@@ -19,12 +20,15 @@ namespace velacreate {
 
 /// The checked tool package and update files of a call.
 struct Inputs {
+    /// @param place  where a copy of the tool package may lie
     /// @throw Refusal
-    Inputs(const JobChoices& choices, MediumKind medium);
+    Inputs(const JobChoices& choices, MediumKind medium, const NamedDirectory& place);
 
     const Kind& kind;
+    std::optional<PublicKeys> keys; ///< by which the inputs are signed; nothing when they need not be
     ToolPackage package;
     UpdateFiles updates;
+    std::optional<RequiredSums> requiredSums;
     std::optional<MediumDescription> description; ///< only with --sign
     Contents contents;
 

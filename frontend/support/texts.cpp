@@ -1,5 +1,8 @@
 #include "support/texts.h"
 
+#include "support/failure.h"
+
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -17,6 +20,16 @@ std::string formatted(const std::tm& time, const char* format) {
 
 std::string counted(std::uint64_t count, const std::string& what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+std::string namesText(const std::vector<std::string>& names) {
+    constexpr std::size_t MOST_NAMED = 20;
+    const auto named = std::min(names.size(), MOST_NAMED);
+    std::string text;
+    for (std::size_t at = 0; at < named; ++at) {
+        text += (at == 0 ? "" : ", ") + quote(names[at]);
+    }
+    return text + (names.size() == named ? "" : " and " + std::to_string(names.size() - named) + " more");
 }
 
 std::string sizeText(std::uint64_t bytes) {

@@ -5,11 +5,15 @@
 #include <cstdint>
 #include <ctime>
 #include <string>
+#include <vector>
 
 namespace velacreate {
 
 /// @return such as "1 file" or "2 files"
 std::string counted(std::uint64_t count, const std::string& what);
+
+/// @return such as "'a', 'b' and 3 more": at most twenty of them by name
+std::string namesText(const std::vector<std::string>& names);
 
 /// @return such as "1.5 GiB", in multiples of 1,024
 std::string sizeText(std::uint64_t bytes);

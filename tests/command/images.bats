@@ -177,3 +177,15 @@ load words
         told "^Note: '/srv/job/out/o.x.iso.sha256' is of an earlier image$"
     done
 }
+
+@test "an image of signed inputs says who signed them, and holds the list that lies among them" {
+    mkdir -p work/u/deep
+    seq 9 | tee work/u/a 'work/u/deep/b c' >'work/u/deep/b\c'
+    (cd work && sha256sum u/a && sha256sum -b ./u/deep/*) | sed -E '2s/^[^ ]*/\U&/; 2s/$/\r/' >list
+    mv list work/u/SUMS
+    signs work/tool.zip work/u/SUMS
+    theirs
+    as=user makesImage --trust ../k.pub --sums u/SUMS u
+    told "The key '../k.pub' has signed the tool package 'tool.zip': of today"
+    told "The key '../k.pub' has signed the list of sums 'u/SUMS': of today"
+}

@@ -53,6 +53,14 @@ below() { # DIRECTORY NAME LEVELS: a file as deep as that, with all directories 
     (for _ in $(seq "$3"); do mkdir -p "$1" && cd "$1" && set -- "$2" "$2"; done; echo deep >f)
 }
 
+signs() { # FILE...: by the key k
+    [ -e k.pub ] || minisign -GWp k.pub -s k.key >/dev/null
+    minisign -Sm "$@" -s k.key -t "of today" >/dev/null
+}
+sums() { # FILE...: writes the list s
+    (cd work && sha256sum "$@") >s
+}
+
 velacreate() { ${as:-${run:-}} "$VELACREATE" "$@"; }
 iso() { velacreate iso --package "${package:-tool.zip}" --output "${output:-i.iso}" "$@"; }
 pxe() { velacreate pxe --package "${package:-tool.zip}" --output "${output:-../out}" "$@"; }
