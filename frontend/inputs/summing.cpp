@@ -74,7 +74,7 @@ void Summing::sumUp(const Piece& piece) {
         m_offset = 0;
         return;
     }
-    std::vector<char> buffer(std::min<std::uint64_t>(piece.size, BLOCK_SIZE));
+    std::vector<char> buffer(std::min<std::uint64_t>(piece.size, BUFFER_SIZE));
     for (std::uint64_t left = piece.size; left > 0;) {
         const auto size = std::min<std::uint64_t>(left, buffer.size());
         const auto count = readAt(piece.file->number(), buffer.data(), size, m_offset);
