@@ -1,0 +1,50 @@
+#include "station/pluggedDisks.h"
+
+#include "disks/sysfs.h"
+
+#include <filesystem>
+
+namespace velacreate {
+
+namespace fs = std::filesystem;
+
+namespace {
+/// @return such as "3-1.2 17"
+std::string deviceText(const fs::path& usb) {
+    return usb.filename().string() + " " + attribute(usb / "devnum");
+}
+
+/// @return empty when the disk has no USB device, or was pulled out
+std::string identityOf(const Disk& disk) {
+    const auto directory = deviceDirectory(disk.number);
+    const auto usb = usbDevice(directory);
+    return usb.empty() ? "" : deviceText(usb) + " " + attribute(directory / "diskseq");
+}
+} // namespace
+
+bool PluggedDisk::isThere() const {
+    return identityOf(disk) == identity;
+}
+
+std::vector<PluggedDisk> pluggedDisks() {
+    std::vector<PluggedDisk> plugged;
+    for (const auto& disk : removableDisks()) {
+        if (auto identity = identityOf(disk); !identity.empty()) {
+            auto port = identity.substr(0, identity.find(' '));
+            plugged.push_back({disk, std::move(port), std::move(identity)});
+        }
+    }
+    return plugged;
+}
+
+std::vector<std::string> pluggedDevices() {
+    std::vector<std::string> devices;
+    for (const auto& directory : entriesOf("/sys/bus/usb/devices")) {
+        if (fs::exists(directory / "devnum")) {
+            devices.push_back(deviceText(directory));
+        }
+    }
+    return devices;
+}
+
+} // namespace velacreate
