@@ -173,6 +173,9 @@ private:
         case Event::Kind::reason:
             m_outcome.reason = event.text;
             break;
+        case Event::Kind::right:
+            m_outcome.wasRight = true;
+            break;
         case Event::Kind::end:
             m_hasEvents = false;
             break;

@@ -2,6 +2,8 @@
 
 #include "support/failure.h"
 
+#include <cerrno>
+
 #include <unistd.h>
 
 namespace velacreate {
@@ -21,10 +23,15 @@ DeviceNews::DeviceNews()
         .orFail("no news of disks can be had");
 }
 
-void DeviceNews::take() const {
+// When news were lost, none come, but an error.
+bool DeviceNews::take() const {
+    errno = 0;
+    bool isNew = false;
     while (auto* const device = udev_monitor_receive_device(m_monitor.get())) {
         udev_device_unref(device);
+        isNew = true;
     }
+    return isNew || errno == ENOBUFS;
 }
 
 } // namespace velacreate

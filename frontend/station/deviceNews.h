@@ -19,7 +19,8 @@ public:
     int descriptor() const { return udev_monitor_get_fd(m_monitor.get()); }
 
     /// To be called before the disks are looked at.
-    void take() const;
+    /// @return whether there were any
+    bool take() const;
 
 private:
     std::unique_ptr<udev, decltype(&udev_unref)> m_udev;

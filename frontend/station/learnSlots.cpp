@@ -66,7 +66,7 @@ public:
     void run() {
         ask();
         while (wait()) {
-            m_news.take();
+            static_cast<void>(m_news.take());
             std::set<std::string> known;
             for (const auto& plugged : pluggedDisks()) {
                 known.insert(plugged.identity);

@@ -4,6 +4,8 @@
 
 #include <filesystem>
 
+#include <fcntl.h>
+
 namespace velacreate {
 
 namespace fs = std::filesystem;
@@ -37,14 +39,34 @@ std::vector<PluggedDisk> pluggedDisks() {
     return plugged;
 }
 
-std::vector<std::string> pluggedDevices() {
-    std::vector<std::string> devices;
+std::set<std::string> usbDevices() {
+    std::set<std::string> devices;
     for (const auto& directory : entriesOf("/sys/bus/usb/devices")) {
         if (fs::exists(directory / "devnum")) {
-            devices.push_back(deviceText(directory));
+            devices.insert(deviceText(directory));
         }
     }
     return devices;
+}
+
+std::set<std::string> devicesWithoutDisk() {
+    auto devices = usbDevices();
+    for (const auto& directory : diskDirectories()) {
+        if (const auto usb = usbDevice(directory); !usb.empty()) {
+            devices.erase(deviceText(usb));
+        }
+    }
+    return devices;
+}
+
+void lookForCards() {
+    for (const auto& directory : diskDirectories()) {
+        if (attribute(directory / "removable") == "1" && attribute(directory / "size") == "0" &&
+            !usbDevice(directory).empty()) {
+            const auto node = "/dev/" + directory.filename().string();
+            const Descriptor reader(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+        }
+    }
 }
 
 } // namespace velacreate
