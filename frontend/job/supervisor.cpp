@@ -40,7 +40,9 @@ public:
     RunningJob(const MediumJob& job, std::size_t index, bool isAlone, Outcome& outcome, Console& console,
                Progress& progress)
         : m_job(job), m_index(index), m_name(isAlone ? "" : job.medium + ": "), m_outcome(outcome),
-          m_console(console), m_progress(progress), m_process(job.jobDirectory, job.work) {}
+          m_console(console), m_progress(progress), m_process(job.jobDirectory, job.work) {
+        events().beginMedium(job.medium);
+    }
 
     bool isBurning() const { return m_isBurning; }
     /// A server is killed by any signal.
@@ -75,7 +77,7 @@ public:
     void lookAtGauge() {
         const auto start = Clock::now();
         if (m_gauge != nullptr && start >= m_nextLook) {
-            m_progress.done(m_index, shownByGauge());
+            takeDone(shownByGauge());
             m_nextLook = Clock::now() + (Clock::now() - start) * GAUGE_SHARE;
         }
     }
@@ -126,6 +128,8 @@ public:
     }
 
 private:
+    EventStream& events() const { return m_console.events(); }
+
     void take(const Event& event) {
         switch (event.kind) {
         case Event::Kind::stage:
@@ -133,9 +137,10 @@ private:
             break;
         case Event::Kind::expected:
             m_progress.expect(m_index, std::stoull(event.text));
+            events().expect(m_job.medium, std::stoull(event.text));
             break;
         case Event::Kind::done:
-            m_progress.done(m_index, std::stoull(event.text));
+            takeDone(std::stoull(event.text));
             break;
         case Event::Kind::failure:
             takeFailure(event.text);
@@ -154,6 +159,7 @@ private:
             break;
         case Event::Kind::note:
             m_console.say("Note: " + m_name + event.text);
+            events().note(m_job.medium, event.text);
             break;
         case Event::Kind::addition:
             m_outcome.addition = event.text;
@@ -180,7 +186,14 @@ private:
             shownByGauge();
         }
         m_console.log(VelaCreation::LEVEL_PROGRESS, m_name + text);
-        m_progress.stage(m_index, text, m_gauge != nullptr ? m_gauge->expected : 0);
+        const auto expected = m_gauge != nullptr ? m_gauge->expected : 0;
+        m_progress.stage(m_index, text, expected);
+        events().stage(m_job.medium, text, expected);
+    }
+
+    void takeDone(std::uint64_t bytes) {
+        m_progress.done(m_index, bytes);
+        events().done(m_job.medium, bytes);
     }
 
     void takeLine(const std::string& line) {
@@ -252,7 +265,8 @@ public:
     Supervision(const std::vector<MediumJob>& jobs, std::size_t atOnce, const HeldSignals& signals,
                 Console& console)
         : m_jobs(jobs), m_atOnce(atOnce), m_signals(signals), m_console(console),
-          m_progress(console.beginProgress(media())), m_isRedrawn(m_progress.isLive() && !media().empty()) {
+          m_progress(console.beginProgress(media())),
+          m_isRedrawn((m_progress.isLive() || console.events().isOpen()) && !media().empty()) {
         for (const auto& job : jobs) {
             m_outcomes.push_back({EXIT_INTERRUPTED, "", {}, false, 0, 0, job.kind});
         }
@@ -261,6 +275,7 @@ public:
     std::vector<Outcome> run() {
         while (startMore(), !m_running.empty()) {
             wait();
+            m_console.events().tellLost();
             for (auto& job : m_running) {
                 job.listen();
             }

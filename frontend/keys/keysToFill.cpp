@@ -59,10 +59,9 @@ void requireFillable(const Key& key, const UsbChoices& choices, const Inputs& in
 }
 
 std::vector<NeededFiles> neededBy(const UsbChoices& choices, const NamedDirectory& scratch) {
-    auto needed = neededFiles({{"the tool package", choices.job.package},
-                               {"the parent of the job directory", scratch.path},
-                               {"the log file", choices.job.show.log},
-                               {"the report", choices.keys.report}});
+    auto needed = neededFiles(
+        {{"the tool package", choices.job.package}, {"the parent of the job directory", scratch.path}},
+        choices.job.show);
     const std::filesystem::path directory = choices.job.directory;
     std::vector<std::string> updates = {futurePath(directory)};
     for (const auto& file : choices.job.files) {
