@@ -9,6 +9,7 @@
 #include "keys/keyResults.h"
 #include "keys/keysToFill.h"
 #include "keys/newKeyImage.h"
+#include "medium/identity.h"
 #include "medium/imageChecksum.h"
 #include "medium/imageKinds.h"
 #include "medium/outputJob.h"
@@ -24,6 +25,11 @@ namespace velacreate {
 
 namespace {
 void validateOptions(const UsbChoices& choices) {
+    const auto refuseIf = [](bool isWrong, const std::string& text) {
+        if (isWrong) {
+            throw WrongCommandLine(text);
+        }
+    };
     refuseIf(choices.erase && choices.format == FORMAT_NEVER,
              "what is erased is formatted; leave out --format never");
     refuseIf(choices.job.show.pauses && (choices.keys.all || choices.keys.devices.size() > 1),
@@ -34,7 +40,7 @@ void validateOptions(const UsbChoices& choices) {
     refuseIf(choices.erase || choices.format == FORMAT_ALWAYS,
              std::string("an image is not formatted; leave out ") +
                  (choices.erase ? "--erase" : "--format always"));
-    refuseIf(choices.keys.eject || !choices.keys.report.empty(),
+    refuseIf(choices.keys.eject || !choices.job.show.report.empty(),
              std::string("an image is no key; leave out ") + (choices.keys.eject ? "--eject" : "--report"));
 }
 
@@ -78,16 +84,14 @@ int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirecto
     auto chosen = chooseKeysToFill(choices, inputs, scratch, console);
     auto& keys = chosen.keys;
     inputs.requireRoom(scratch, 1 + countFull(choices, countSelected(keys)), 0);
-    if (!choices.keys.report.empty()) {
-        inputs.requireOther(choices.keys.report, "the report " + quote(choices.keys.report));
-    }
-    auto report = checkedReport(choices.keys.report, choices.job.show.log);
+    Report report(choices.job.show.report);
     openLog(console, choices.job.show, "", &inputs);
+    const HeldSignals signals;
+    beginEvents(console, keys);
     KeyResults results(chosen, choices.keys.eject, choices.job.verify, report, console);
     if (countSelected(keys) == 0) {
         return results.conclude({});
     }
-    const HeldSignals signals;
     if (const int status =
             askForConsent(keys, lossByFilling(choices, keys), choices.keys.yes, signals, console);
         status != 0) {
@@ -100,7 +104,7 @@ int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirecto
     const Call call{choices.job, inputs, scratch, signals, console};
     return results.conclude(runKeyJobs({call, choices, keys.size() == 1},
                                        tasksFor(keys, inputs.contents.size(), results),
-                                       choices.keys.report.empty() ? nullptr : &results.sums));
+                                       choices.job.show.report.empty() ? nullptr : &results.sums));
 }
 
 int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
@@ -119,6 +123,7 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirect
     openLog(console, choices.job.show, path, &inputs);
     const HeldSignals signals;
     const auto medium = "the key image " + quote(path);
+    console.events().begin({identityOf(medium, path)});
     inputs.announce(console, "Making " + medium + " from");
     UsbChoices asItIs = choices;
     asItIs.format = FORMAT_NEVER;
