@@ -39,9 +39,8 @@ void unmountPlace(const MountedPlace& mounted) {
 }
 } // namespace
 
-void lockAlone(const Descriptor& descriptor, const std::string& name) {
-    using namespace std::chrono_literals;
-    const bool isLocked = becomesTrue(2s, [&] {
+void lockAlone(const Descriptor& descriptor, const std::string& name, std::chrono::seconds patience) {
+    const bool isLocked = becomesTrue(patience, [&] {
         const bool isDone = flock(descriptor.number(), LOCK_EX | LOCK_NB) == 0;
         check(isDone || errno == EWOULDBLOCK || errno == EINTR).orRefuse(name);
         return isDone;
@@ -49,11 +48,12 @@ void lockAlone(const Descriptor& descriptor, const std::string& name) {
     refuseIf(!isLocked, "another program is working on " + name);
 }
 
-DiskLock::DiskLock(const Disk& disk) : m_disk(disk), m_descriptor(openDisk(disk.node(), 0)) {
+DiskLock::DiskLock(const Disk& disk, std::chrono::seconds patience)
+    : m_disk(disk), m_descriptor(openDisk(disk.node(), 0)) {
     check(m_descriptor.isOpen()).orRefuse(disk.node());
     refuseIf(m_descriptor.status().st_rdev != disk.number,
              disk.node() + " is not the disk any more that it was");
-    lockAlone(m_descriptor, disk.node());
+    lockAlone(m_descriptor, disk.node(), patience);
 }
 
 void DiskLock::unmount() const {

@@ -17,6 +17,7 @@ namespace {
 constexpr std::uint64_t EDGE = 1U << 20U;
 constexpr std::uint64_t SAMPLES = 1000;
 constexpr std::size_t BLOCK = 4096;
+constexpr std::chrono::seconds SCANNING(20); // by udev, of a stick that was just plugged in
 
 struct alignas(BLOCK) Block {
     std::array<char, BLOCK> bytes;
@@ -62,7 +63,7 @@ int unmountOutside(const DiskLock& lock, const Descriptor& mounts, const Reporte
 int lockAndMake(const PluggedDisk& plugged, const StickWork& work, const Descriptor& mounts,
                 const Descriptor& jobDirectory, Reporter& reporter) {
     Key stick{plugged.disk, describe(plugged.disk), std::nullopt, "", true};
-    stick.lock.emplace(plugged.disk);
+    stick.lock.emplace(plugged.disk, SCANNING);
     refuseIf(!plugged.isThere(), "it is another stick by now");
     if (const int status = unmountOutside(*stick.lock, mounts, reporter); status != 0) {
         return status;
