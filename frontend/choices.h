@@ -2,6 +2,7 @@
 /// The options of each command.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -10,6 +11,8 @@ namespace velacreate {
 struct ShowChoices {
     bool verbose = false;
     std::string log;
+    std::string report;
+    std::string events;
     bool pauses = false;
 };
 
@@ -68,7 +71,6 @@ struct KeyChoices {
     std::vector<std::string> devices;
     bool all = false;
     std::size_t jobs = 0; ///< at a time; 0 means all
-    std::string report;
     bool eject = false;
     bool anyDisk = false;
     bool yes = false;
@@ -92,6 +94,14 @@ struct WriteChoices {
     std::string image;
     bool verify = true;
     ShowChoices show;
+};
+
+struct StationChoices {
+    UsbChoices usb;
+    std::string image; ///< of a key, in place of the tool package and the update files
+    std::string slots;
+    std::string learn;                    ///< a slots file to be made
+    std::uint64_t largest = 64ULL << 30U; ///< in bytes
 };
 
 struct PxeChoices {

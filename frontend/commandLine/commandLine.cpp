@@ -1,10 +1,12 @@
 #include "commandLine/commandLine.h"
 
 #include "commandLine/helpText.h"
+#include "commandLine/namedFiles.h"
 #include "commandLine/nearest.h"
 #include "commands/commands.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
+#include "support/texts.h"
 
 #include <mediaRules.h>
 
@@ -21,10 +23,21 @@
 namespace velacreate {
 namespace {
 constexpr const char* UPDATES = "FILE";
+constexpr const char* EVENTS_OPTION = "--events";
 
 void addMessageOptions(CLI::App& command, ShowChoices& show) {
     command.add_flag("--verbose", show.verbose, "Show all messages as they come");
     command.add_option("--log", show.log, "Append all messages to this file")->type_name("FILE");
+    command
+        .add_option(
+            EVENTS_OPTION, show.events,
+            "Append a line of JSON for each event to this file, for programs; /dev/fd/N is descriptor N")
+        ->type_name("FILE");
+}
+
+void addReport(CLI::App& command, ShowChoices& show) {
+    command.add_option("--report", show.report, "Append a line of JSON for each medium to this file")
+        ->type_name("FILE");
 }
 
 void addQuiet(CLI::App& command, Console& console) {
@@ -40,13 +53,17 @@ CLI::Option* addPackage(CLI::App& command, JobChoices& job) {
     return command.add_option("--package", job.package, "The tool package")->type_name("ZIP");
 }
 
-void addUpdates(CLI::App& command, JobChoices& job) {
+void addUpdateFiles(CLI::App& command, JobChoices& job) {
     command.add_option("--directory", job.directory, "The directory of the update files")
         ->capture_default_str()
         ->type_name("DIR");
     command.add_option(UPDATES, job.files,
                        "Update files and directories, as paths below DIR; without any, or with the path . "
                        "alone, everything in DIR");
+}
+
+void addUpdates(CLI::App& command, JobChoices& job) {
+    addUpdateFiles(command, job);
     command.add_flag("--keep", job.keep, "Keep the job directory and print its path");
 }
 
@@ -119,12 +136,14 @@ void addKeys(CLI::App& command, KeyChoices& keys) {
     command.add_flag("--all", keys.all, "All removable media, but no USB hard disks");
 }
 
-void addKeyOptions(CLI::App& command, KeyChoices& keys) {
+void addJobs(CLI::App& command, KeyChoices& keys) {
     command.add_option("--jobs", keys.jobs, "Make at most N keys at the same time (default: all)")
         ->type_name("N")
         ->check(CLI::Range(1, MOST_JOBS).description(""));
-    command.add_option("--report", keys.report, "Append a line of JSON for each key to this file")
-        ->type_name("FILE");
+}
+
+void addKeyOptions(CLI::App& command, KeyChoices& keys) {
+    addJobs(command, keys);
     command.add_flag("--eject", keys.eject, "Power each key down when it was made");
     command.add_flag("--any-disk", keys.anyDisk, "Accept a disk that is neither removable nor on USB");
     addYes(command, keys.yes);
@@ -142,7 +161,7 @@ void requireOneOf(const CLI::App& command, std::initializer_list<const char*> op
     const auto chosen = std::count_if(options.begin(), options.end(),
                                       [&](const char* option) { return command.count(option) != 0; });
     if (chosen != 1) {
-        throw Refusal(command.get_name() + " takes one of " + listed(options));
+        throw WrongCommandLine(command.get_name() + " takes one of " + listed(options));
     }
 }
 
@@ -181,7 +200,7 @@ void refuseWithout(const CLI::App& command, std::initializer_list<const char*> n
     const auto isGiven = [&](const char* option) { return command.count(option) != 0; };
     const auto* const idle = std::find_if(options.begin(), options.end(), isGiven);
     if (idle != options.end() && std::none_of(needed.begin(), needed.end(), isGiven)) {
-        throw Refusal(std::string(*idle) + " goes with " + listed(needed));
+        throw WrongCommandLine(std::string(*idle) + " goes with " + listed(needed));
     }
 }
 
@@ -200,6 +219,7 @@ public:
         addPxe();
         addBurn();
         addVerify();
+        addStation();
         addServe();
         addIdentify();
         addList();
@@ -219,7 +239,15 @@ public:
             refuse(error);
         }
         requireProc();
-        return m_run();
+        openEvents();
+        std::string reason;
+        const auto tell = [&](const char* text) {
+            m_console.complain(text);
+            reason = text;
+        };
+        const int status = exitStatusAfter([this] { return runChosen(); }, tell);
+        m_console.events().end(status, reason);
+        return status;
     }
 
 private:
@@ -228,15 +256,37 @@ private:
     }
 
     /// Runs a function if the user has chosen this command.
-    void call(CLI::App& command, const std::function<int()>& run) {
-        command.callback([this, run, &command] {
-            requireUpdates(command);
+    /// @param takesFiles  an option without which the command takes no update files; null when there is none
+    void call(CLI::App& command, const std::function<int()>& run, const char* takesFiles = nullptr) {
+        command.callback([this, run, takesFiles, &command] {
+            if (takesFiles == nullptr || command.count(takesFiles) != 0) {
+                requireUpdates(command);
+            }
             requireValues(command);
             if (command.get_option_no_throw("--title") != nullptr) {
                 refuseWithout(command, {"--sign"}, {"--title"});
             }
+            m_chosen = &command;
             m_run = run;
         });
+    }
+
+    /// Before anything else is opened, whose descriptor could be meant by mistake.
+    void openEvents() {
+        const auto* const events = m_chosen->get_option_no_throw(EVENTS_OPTION);
+        if (events != nullptr && !events->empty()) {
+            const auto path = events->as<std::string>();
+            m_console.events().open(path, m_chosen->get_name(), isNamedOtherwise(path, *m_chosen));
+        }
+    }
+
+    int runChosen() {
+        try {
+            return m_run();
+        } catch (const WrongCommandLine&) {
+            m_console.events().close();
+            throw;
+        }
     }
 
     void addIso() {
@@ -247,6 +297,7 @@ private:
         });
         addJobOptions(command, m_iso.job, m_console);
         addInputChecks(command, m_iso.job);
+        addReport(command, m_iso.job.show);
         command.add_option("--output", m_iso.output, "The image to make; its name ends in .iso")
             ->required()
             ->type_name("IMAGE");
@@ -291,6 +342,7 @@ private:
             ->capture_default_str();
         command.add_flag("--erase", m_usb.erase, "Make a key of any stick; this erases everything on it");
         addKeyOptions(command, m_usb.keys);
+        addReport(command, m_usb.job.show);
         addWork(command, m_usb.work);
     }
 
@@ -305,10 +357,58 @@ private:
             ->required();
         addKeys(command, m_write.keys);
         addKeyOptions(command, m_write.keys);
+        addReport(command, m_write.show);
         command.add_flag("--verify,!--no-verify", m_write.verify,
                          "Read each key back and compare it (default), or do not");
         addMessageOptions(command, m_write.show);
         addQuiet(command, m_console);
+    }
+
+    void addStation() {
+        auto& command = add("station", "Make a key of each stick that is plugged in");
+        const auto run = [this, &command] {
+            requireOneOf(command, {"--package", "--key-image", "--learn"});
+            refuseWithout(command, {"--package", "--key-image"},
+                          {"--slots", "--erase", "--largest", "--jobs", "--report", "--log", "--verbose",
+                           "--events", "--work", "--yes"});
+            refuseWithout(command, {"--package"},
+                          {"--directory", UPDATES, "--manifest", "--sign", "--trust", "--sums"});
+            if (m_station.learn.empty() && m_station.slots.empty()) {
+                throw WrongCommandLine(
+                    "station takes a slots file; name it with --slots, or make one with --learn");
+            }
+            return runStation(m_station, m_caller, m_console);
+        };
+        call(command, run, "--package");
+        auto& usb = m_station.usb;
+        addPackage(command, usb.job);
+        addUpdateFiles(command, usb.job);
+        addManifest(command, usb.job.manifest);
+        addInputChecks(command, usb.job);
+        command
+            .add_option("--key-image", m_station.image,
+                        "Write this image of a key, instead of making keys from files")
+            ->type_name("FILE");
+        command.add_option("--slots", m_station.slots, "The file that names the ports of the station")
+            ->type_name("FILE");
+        command.add_option("--learn", m_station.learn, "Make such a file: asks for a stick in each slot")
+            ->type_name("FILE");
+        command.add_flag("--erase", usb.erase, "Make a key of any stick; this erases everything on it");
+        command
+            .add_option_function<std::string>(
+                "--largest",
+                [this](const std::string& text) {
+                    const auto size = sizeIn(text);
+                    refuseIf(!size, "--largest takes a size such as 64GiB, and " + quote(text) + " is none");
+                    m_station.largest = *size;
+                },
+                "Refuse larger sticks (default: 64GiB)")
+            ->type_name("SIZE");
+        addJobs(command, usb.keys);
+        addReport(command, usb.job.show);
+        addYes(command, usb.keys.yes);
+        addMessageOptions(command, usb.job.show);
+        addWork(command, usb.work);
     }
 
     void addPxe() {
@@ -316,6 +416,7 @@ private:
         call(command, [this] { return makeNetbootDirectory(m_pxe, m_caller, m_console); });
         addJobOptions(command, m_pxe.job, m_console);
         addInputChecks(command, m_pxe.job);
+        addReport(command, m_pxe.job.show);
         command.add_option("--output", m_pxe.output, "The network-boot directory to make")
             ->required()
             ->type_name("DIR");
@@ -332,6 +433,7 @@ private:
         command.add_flag("--verify,!--no-verify", m_burn.verify,
                          "Read the disc back and compare it (default), or do not");
         addMessageOptions(command, m_burn.show);
+        addReport(command, m_burn.show);
         addQuiet(command, m_console);
         addPauses(command, m_burn.show);
     }
@@ -344,8 +446,8 @@ private:
                 refuseBesideList(command);
             } else if (command.count("--disc") + command.count("--device") + command.count("--package") ==
                        0) {
-                throw Refusal("what would be made now takes a tool package; name it with --package, or "
-                              "compare the medium with its own list by --trust");
+                throw WrongCommandLine("what would be made now takes a tool package; name it with --package, "
+                                       "or compare the medium with its own list by --trust");
             }
             refuseWithout(command, {"--package"}, {"--directory", "--keep"});
             refuseWithout(command, {"--package", "--trust", "--no-signature"}, {"--platform", "--work"});
@@ -521,6 +623,7 @@ private:
     const CallerEnvironment& m_caller;
     Console& m_console;
     CLI::App m_app;
+    const CLI::App* m_chosen = nullptr;
     std::function<int()> m_run;
     IsoChoices m_iso;
     UsbChoices m_usb;
@@ -528,6 +631,7 @@ private:
     PxeChoices m_pxe;
     BurnChoices m_burn;
     VerifyChoices m_verify;
+    StationChoices m_station;
     ServeChoices m_serve;
     std::string m_device;
     bool m_json = false;

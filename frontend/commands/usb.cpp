@@ -9,6 +9,7 @@
 #include "keys/keyResults.h"
 #include "keys/keysToFill.h"
 #include "keys/newKeyImage.h"
+#include "medium/identity.h"
 #include "medium/imageChecksum.h"
 #include "medium/imageKinds.h"
 #include "medium/outputJob.h"
@@ -24,6 +25,11 @@ namespace velacreate {
 
 namespace {
 void validateOptions(const UsbChoices& choices) {
+    const auto refuseIf = [](bool isWrong, const std::string& text) {
+        if (isWrong) {
+            throw WrongCommandLine(text);
+        }
+    };
     refuseIf(choices.erase && choices.format == FORMAT_NEVER,
              "what is erased is formatted; leave out --format never");
     refuseIf(choices.job.show.pauses && (choices.keys.all || choices.keys.devices.size() > 1),
@@ -36,11 +42,11 @@ void validateOptions(const UsbChoices& choices) {
     refuseIf(choices.erase || choices.format == FORMAT_ALWAYS,
              std::string("an image is not formatted; leave out ") +
                  (choices.erase ? "--erase" : "--format always"));
-    const auto refuseOption = [](bool isGiven, const std::string& option) {
+    const auto refuseOption = [&](bool isGiven, const std::string& option) {
         refuseIf(isGiven, "an image is no key; leave out " + option);
     };
     refuseOption(choices.keys.eject, "--eject");
-    refuseOption(!choices.keys.report.empty(), "--report");
+    refuseOption(!choices.job.show.report.empty(), "--report");
     refuseOption(choices.keys.jobs != 0, "--jobs");
     refuseOption(choices.keys.anyDisk, "--any-disk");
 }
@@ -52,23 +58,13 @@ void requireProgramsFor(const UsbChoices& choices) {
     }
 }
 
-/// The kernel's count includes the flushing, which would otherwise look like a standstill.
-std::map<std::string, Gauge> gaugesOf(const DiskLock& lock, std::uint64_t expected) {
-    const Gauge written{expected, [&lock](pid_t /*job*/) { return lock.traffic().written * SECTOR; }};
-    std::map<std::string, Gauge> gauges;
-    for (const auto& stage : kindOf(MediumKind::key).stages) {
-        gauges[stage.text] = written;
-    }
-    return gauges;
-}
-
 std::vector<KeyTask> tasksFor(const std::vector<Key>& keys, std::uint64_t expected, KeyResults& results) {
     std::vector<KeyTask> tasks;
     for (std::size_t index = 0; index < keys.size(); ++index) {
         const auto& key = keys[index];
         if (isSelected(key)) {
             const KeyTarget target{key.lock->descriptor(), key.disk};
-            tasks.push_back({key.disk.node(), target, gaugesOf(*key.lock, expected),
+            tasks.push_back({key.disk.node(), target, gaugesOf(key.disk, expected),
                              [&results, index](const Outcome& outcome) { results.settle(index, outcome); }});
         }
     }
@@ -95,16 +91,14 @@ int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirecto
     auto chosen = chooseKeysToFill(choices, inputs, scratch, console);
     auto& keys = chosen.keys;
     inputs.requireRoom(scratch, 1 + countFull(choices, countSelected(keys)), 0);
-    if (!choices.keys.report.empty()) {
-        inputs.requireOther(choices.keys.report, "the report " + quote(choices.keys.report));
-    }
-    auto report = checkedReport(choices.keys.report, choices.job.show.log);
+    Report report(choices.job.show.report);
     openLog(console, choices.job.show, "", &inputs);
+    const HeldSignals signals;
+    beginEvents(console, keys);
     KeyResults results(chosen, choices.keys.eject, choices.job.verify, report, console);
     if (countSelected(keys) == 0) {
         return results.conclude({});
     }
-    const HeldSignals signals;
     if (const int status =
             askForConsent(keys, lossByFilling(choices, keys), choices.keys.yes, signals, console);
         status != 0) {
@@ -122,7 +116,7 @@ int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirecto
     const Call call{choices.job, inputs, scratch, signals, console};
     return results.conclude(runKeyJobs({call, choices, keys.size() == 1},
                                        tasksFor(keys, inputs.contents.size(), results), signer,
-                                       choices.keys.report.empty() ? nullptr : &results.sums));
+                                       choices.job.show.report.empty() ? nullptr : &results.sums));
 }
 
 int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
@@ -141,6 +135,7 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirect
     openLog(console, choices.job.show, path, &inputs);
     const HeldSignals signals;
     const auto medium = "the key image " + quote(path);
+    console.events().begin({identityOf(medium, path)});
     inputs.announce(console, "Making " + medium + " from");
     UsbChoices asItIs = choices;
     asItIs.format = FORMAT_NEVER;

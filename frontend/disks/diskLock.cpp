@@ -1,11 +1,9 @@
 #include "disks/diskLock.h"
 
-#include "disks/sysfs.h"
 #include "support/failure.h"
 #include "support/waiting.h"
 
 #include <cerrno>
-#include <sstream>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -41,9 +39,8 @@ void unmountPlace(const MountedPlace& mounted) {
 }
 } // namespace
 
-void lockAlone(const Descriptor& descriptor, const std::string& name) {
-    using namespace std::chrono_literals;
-    const bool isLocked = becomesTrue(2s, [&] {
+void lockAlone(const Descriptor& descriptor, const std::string& name, std::chrono::seconds patience) {
+    const bool isLocked = becomesTrue(patience, [&] {
         const bool isDone = flock(descriptor.number(), LOCK_EX | LOCK_NB) == 0;
         check(isDone || errno == EWOULDBLOCK || errno == EINTR).orRefuse(name);
         return isDone;
@@ -51,11 +48,12 @@ void lockAlone(const Descriptor& descriptor, const std::string& name) {
     refuseIf(!isLocked, "another program is working on " + name);
 }
 
-DiskLock::DiskLock(const Disk& disk) : m_disk(disk), m_descriptor(openDisk(disk.node(), 0)) {
+DiskLock::DiskLock(const Disk& disk, std::chrono::seconds patience)
+    : m_disk(disk), m_descriptor(openDisk(disk.node(), 0)) {
     check(m_descriptor.isOpen()).orRefuse(disk.node());
     refuseIf(m_descriptor.status().st_rdev != disk.number,
              disk.node() + " is not the disk any more that it was");
-    lockAlone(m_descriptor, disk.node());
+    lockAlone(m_descriptor, disk.node(), patience);
 }
 
 void DiskLock::unmount() const {
@@ -71,14 +69,6 @@ void DiskLock::unmount() const {
     refuseIf(error.number() == EBUSY,
              m_disk.node() + " is still in use, though not mounted here; a container may have it");
     throw Refusal(error.about(m_disk.node()));
-}
-
-DiskLock::Traffic DiskLock::traffic() const {
-    std::istringstream counts(attribute(deviceDirectory(m_disk.number) / "stat"));
-    std::uint64_t other = 0;
-    Traffic traffic{};
-    counts >> other >> other >> traffic.read >> other >> other >> other >> traffic.written;
-    return traffic;
 }
 
 } // namespace velacreate

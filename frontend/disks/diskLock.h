@@ -5,13 +5,18 @@
 #include "disks/disks.h"
 #include "support/descriptor.h"
 
+#include <chrono>
+
 namespace velacreate {
 
-/// Locks an open disk or image of a key (flock) against other programs. Waits for a moment, since udev holds
-/// the lock while it scans a disk.
+/// How long another program may keep a disk. udev locks it while it scans it.
+constexpr std::chrono::seconds LOCK_PATIENCE(2);
+
+/// Locks an open disk or image of a key (flock) against other programs.
 /// @param name  for the message
 /// @throw Refusal when another program has it
-void lockAlone(const Descriptor& descriptor, const std::string& name);
+void lockAlone(const Descriptor& descriptor, const std::string& name,
+               std::chrono::seconds patience = LOCK_PATIENCE);
 
 /// Keeps a whole disk open and locked (flock). While it is open, the kernel gives its name to no other disk:
 /// if the stick is swapped, the job fails and does not overwrite the other stick. The lock keeps udev,
@@ -19,7 +24,7 @@ void lockAlone(const Descriptor& descriptor, const std::string& name);
 class DiskLock {
 public:
     /// @throw Refusal when it cannot be opened, is another disk by now, or is locked by another program
-    explicit DiskLock(const Disk& disk);
+    explicit DiskLock(const Disk& disk, std::chrono::seconds patience = LOCK_PATIENCE);
 
     const Disk& disk() const { return m_disk; }
     const Descriptor& descriptor() const { return m_descriptor; }
@@ -28,13 +33,6 @@ public:
     /// @throw Refusal when a mount point is busy or covered by another mount, or when the disk is in use
     /// elsewhere, such as in another mount namespace
     void unmount() const;
-
-    /// Sectors of 512 bytes written to and read from the whole disk so far; 0 when the disk is gone.
-    struct Traffic {
-        std::uint64_t written;
-        std::uint64_t read;
-    };
-    Traffic traffic() const;
 
 private:
     Disk m_disk;

@@ -15,6 +15,7 @@ enum class JobKind {
     comparing,    ///< a disc with its image
     comparingKey, ///< a key with its image
     checking,     ///< compares a medium with the list of sums on it
+    serving,      ///< a network-boot directory
 };
 
 struct Outcome {
@@ -27,6 +28,15 @@ struct Outcome {
     JobKind kind = JobKind::making;
     std::string addition = {};                    ///< with which the result in words ends
     std::map<std::string, std::string> sums = {}; ///< SHA-256, by the place of the file
+    bool wasRight = false; ///< a medium to be made held already what it should, and was not written
+};
+
+/// The same for programs.
+struct JobResult {
+    std::string
+        word;   ///< "made", "already", "served", "same", "different", "failed", "refused" or "interrupted"
+    int status; ///< an exit status
+    std::string reason; ///< empty when there is none
 };
 
 } // namespace velacreate

@@ -1,30 +1,11 @@
 #include "keys/keyJobs.h"
 
-#include "inputs/names.h"
-#include "support/failure.h"
-
 #include <deque>
 
-#include <fcntl.h>
-
 namespace velacreate {
-namespace {
-/// The tool package has the name that no update file can have.
-void reportSums(const Inputs& inputs, const Sums& ofFiles, Reporter& reporter) {
-    reporter.stage("Summing up the package");
-    reporter.sum(PACKAGE_NAME, inputs.description ? inputs.description->package : inputs.package.sum());
-    for (const auto& [place, entry] : inputs.updates.entries()) {
-        if (!entry.isDirectory) {
-            reporter.sum(place, ofFiles.at(place));
-        }
-    }
-}
-} // namespace
 
-std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, const Signer& signer,
-                                InputSums* sums) {
-    const Call& call = jobs.call;
-    JobDirectory sharedStaging(call.place);
+Outcome stageForKeys(const Call& call, const JobDirectory& sharedStaging, const Signer& signer,
+                     InputSums* sums) {
     const auto stage = [&](const Descriptor& here, Reporter& reporter) {
         const auto& contents = call.inputs.contents;
         Sums ofFiles;
@@ -37,15 +18,31 @@ std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>&
             reportSums(call.inputs, ofFiles, reporter);
         }
     };
-    const auto staged = stageShared(call, sharedStaging, stage);
+    auto staged = stageShared(call, sharedStaging, stage);
+    if (staged.status == 0 && sums != nullptr) {
+        *sums = inputSumsOf(staged);
+    }
+    return staged;
+}
+
+std::map<std::string, Gauge> gaugesOf(const Disk& disk, std::uint64_t expected) {
+    const Gauge written{expected, [disk](pid_t /*job*/) { return trafficOf(disk).written * SECTOR; }};
+    std::map<std::string, Gauge> gauges;
+    for (const auto& stage : kindOf(MediumKind::key).stages) {
+        gauges[stage.text] = written;
+    }
+    return gauges;
+}
+
+std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, const Signer& signer,
+                                InputSums* sums) {
+    const Call& call = jobs.call;
+    JobDirectory sharedStaging(call.place);
+    const auto staged = stageForKeys(call, sharedStaging, signer, sums);
     if (staged.status != 0) {
         keepIfWanted(call.choices, sharedStaging, call.console);
         std::vector<Outcome> none(tasks.size(), staged);
         return none;
-    }
-    if (sums != nullptr) {
-        sums->updates = staged.sums;
-        sums->package = sums->updates.extract(PACKAGE_NAME).mapped();
     }
 
     std::deque<JobDirectory> jobDirectories;

@@ -1,5 +1,6 @@
 #include "medium/call.h"
 
+#include "inputs/checksum.h"
 #include "inputs/names.h"
 #include "job/stagePauses.h"
 #include "support/exitStatus.h"
@@ -67,6 +68,37 @@ void writeMediumList(const Sums& listed, const Signer& signer, const Descriptor&
     if (signer.isOpen()) {
         write(jobDirectory, MEDIUM_SIGNATURE, signer.sign(list));
     }
+}
+
+void copyMediumList(const Tree& medium, const Descriptor& from, const Descriptor& to) {
+    for (const char* name : {MEDIUM_LIST, MEDIUM_SIGNATURE}) {
+        if (medium.count(name) != 0) {
+            const auto file = openBeneath(from.number(), name, O_RDONLY);
+            const auto copy = openBeneath(to.number(), name, O_WRONLY | O_CREAT | O_EXCL, 0644);
+            check(file.isOpen() && copy.isOpen()).orFail(quote(name));
+            copyContent(file, copy, name, [](std::uint64_t /*bytes*/) {});
+        }
+    }
+}
+
+/// The tool package has the name that no update file can have.
+void reportSums(const Inputs& inputs, const Sums& ofFiles, Reporter& reporter) {
+    reporter.stage("Summing up the package");
+    reporter.sum(PACKAGE_NAME, inputs.description ? inputs.description->package : inputs.package.sum());
+    for (const auto& [place, entry] : inputs.updates.entries()) {
+        if (!entry.isDirectory) {
+            reporter.sum(place, ofFiles.at(place));
+        }
+    }
+}
+
+InputSums inputSumsOf(const Outcome& outcome) {
+    InputSums sums;
+    sums.updates = outcome.sums;
+    if (const auto package = sums.updates.extract(PACKAGE_NAME)) {
+        sums.package = package.mapped();
+    }
+    return sums;
 }
 
 Outcome stageShared(const Call& call, const JobDirectory& sharedStaging,

@@ -8,6 +8,7 @@
 #include "job/reporter.h"
 #include "job/supervisor.h"
 #include "medium/jobInputs.h"
+#include "medium/report.h"
 #include "trust/signer.h"
 
 #include <functional>
@@ -42,6 +43,18 @@ int openSigner(Signer& signer, const ManifestChoices& choices, const Inputs& inp
 /// @param listed  by their places on the medium
 /// @throw Failure
 void writeMediumList(const Sums& listed, const Signer& signer, const Descriptor& jobDirectory);
+
+/// In the job's process: copies the list and its signature, if the medium has them, into another directory.
+/// @throw Failure
+void copyMediumList(const Tree& medium, const Descriptor& from, const Descriptor& to);
+
+/// In the job's process: sends the sums of the tool package and of the update files.
+/// @param ofFiles  as from the staging
+/// @throw Refusal or Failure
+void reportSums(const Inputs& inputs, const Sums& ofFiles, Reporter& reporter);
+
+/// @return the sums that it has sent; empty where there are none
+InputSums inputSumsOf(const Outcome& outcome);
 
 /// Stages the files in a job of its own, for several media.
 /// @param stage  called there

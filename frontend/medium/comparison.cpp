@@ -3,6 +3,7 @@
 #include "display/summary.h"
 #include "inputs/names.h"
 #include "job/confinement.h"
+#include "medium/identity.h"
 #include "medium/listedMedium.h"
 #include "medium/reporting.h"
 #include "support/exitStatus.h"
@@ -18,9 +19,15 @@
 
 namespace velacreate {
 namespace {
+constexpr const char* STAGE_COMPARING = "Comparing";
+
+/// Ends a comparison.
+struct Different {};
+
+/// Begins a stage.
 /// @return as advanceIn
-Advance beginReadingBack(std::uint64_t size, Reporter& reporter) {
-    reporter.stage(STAGE_READING_BACK, size);
+Advance beginReading(const char* stage, std::uint64_t size, Reporter& reporter) {
+    reporter.stage(stage, size);
     return advanceIn(reporter);
 }
 
@@ -43,7 +50,8 @@ std::vector<Outcome> compareMedia(const Call& call, const std::vector<ComparedMe
                 const auto contents = withListAsOn(medium, inputs.kind, inputs.contents, directory, reporter);
                 return compareConfined(directory, inputs, contents, medium, JobKind::verifying, reporter);
             };
-            jobs.push_back({name, directory.number(), work, {}, nullptr, JobKind::verifying});
+            jobs.push_back(
+                {name, directory.number(), work, {}, endsEvents(name, call.console), JobKind::verifying});
         }
         outcomes = supervise(jobs, jobs.size(), call.signals, call.console);
     }
@@ -71,11 +79,18 @@ OpenMedium openToCompare(const std::string& kind, const std::string& path, mode_
     return {kind + " " + quote(absolute), absolute, std::move(file)};
 }
 
+std::function<void(const Outcome&)> endsEvents(const std::string& medium, Console& console) {
+    return [&console, medium](const Outcome& outcome) {
+        console.events().endMedium(medium, resultForPrograms(outcome));
+    };
+}
+
 int compareAlone(const JobChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
                  const OpenMedium& medium, const ReadMedium& read, Console& console) {
     inputs.requireRoom(scratch, 1, 0);
     openLog(console, choices.show, medium.path, &inputs);
     const HeldSignals signals;
+    console.events().begin({identityOf(medium.name, medium.path)});
     inputs.announce(console, "Comparing " + medium.name + " with");
     const auto outcome =
         compareMedia({choices, inputs, scratch, signals, console}, {{medium.name, read}}).front();
@@ -94,8 +109,8 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
         reporter.stage("Waiting for the disc");
         const auto disc = takeDisc(drive);
         const auto size = static_cast<std::uint64_t>(image.status().st_size);
-        return report(compareDisc(image, disc, beginReadingBack(size, reporter)), JobKind::comparing,
-                      reporter);
+        return report(compareDisc(image, disc, beginReading(STAGE_READING_BACK, size, reporter)),
+                      JobKind::comparing, reporter);
     };
     const MediumJob job = {discText(drive.name()), anywhere.number(), work, {}, nullptr, JobKind::comparing};
     return supervise({job}, 1, signals, console).front();
@@ -103,7 +118,7 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
 
 int compareConfined(const Descriptor& directory, const Inputs& inputs, const Contents& contents,
                     const ReadMedium& medium, JobKind kind, Reporter& reporter) {
-    const auto advance = beginReadingBack(contents.size(), reporter);
+    const auto advance = beginReading(STAGE_READING_BACK, contents.size(), reporter);
     SourceFiles sources(directory.number());
     const auto head = headOfKeys(inputs.package);
     const Comparison comparison = {sources, head, contents, medium, advance};
@@ -118,9 +133,53 @@ int compareConfined(const Descriptor& directory, const Inputs& inputs, const Con
 
 int compareBlocksConfined(const Descriptor& directory, const ImageBlocks& image, const ReadMedium& key,
                           JobKind kind, Reporter& reporter) {
-    const auto advance = beginReadingBack(sizeOf(image.blocks), reporter);
+    const auto advance = beginReading(STAGE_READING_BACK, sizeOf(image.blocks), reporter);
     return runConfined(
         directory, [&] { return report(compareBlocks(image, key, advance), kind, reporter); }, reporter);
+}
+
+int compareToFirstDifference(const Descriptor& directory, const Inputs& inputs, const ReadMedium& medium,
+                             Reporter& reporter) {
+    const auto advance = beginReading(STAGE_COMPARING, inputs.contents.size(), reporter);
+    Findings findings;
+    const auto stopAtDifference = [&] {
+        if (findings.differences.count() != 0) {
+            throw Different();
+        }
+    };
+    const Advance advanceWhileSame = [&](std::uint64_t bytes) {
+        advance(bytes);
+        stopAtDifference();
+    };
+    auto itsForm = medium;
+    itsForm.isFormOnly = true;
+    SourceFiles sources(directory.number());
+    const auto head = headOfKeys(inputs.package);
+    const Advance uncounted = [](std::uint64_t /*bytes*/) { prolong(); };
+    const Comparison ofForm = {sources, head, inputs.contents, itsForm, uncounted};
+    const Comparison ofAll = {sources, head, inputs.contents, medium, advanceWhileSame};
+    const auto examineItsForm = inputs.kind.compare(ofForm, findings); // without reading all files
+    const auto examineAll = inputs.kind.compare(ofAll, findings);
+    const auto work = [&] {
+        try {
+            examineItsForm(findings);
+            stopAtDifference();
+            examineAll(findings);
+            stopAtDifference();
+            return 0;
+        } catch (const Different&) {
+            return EXIT_DIFFERENT;
+        }
+    };
+    return runConfined(directory, work, reporter);
+}
+
+int compareBlocksToFirstDifference(const Descriptor& directory, const ImageBlocks& image,
+                                   const ReadMedium& key, Reporter& reporter) {
+    const auto advance = beginReading(STAGE_COMPARING, sizeOf(image.blocks), reporter);
+    return runConfined(
+        directory, [&] { return compareBlocks(image, key, advance).count() == 0 ? 0 : EXIT_DIFFERENT; },
+        reporter);
 }
 
 int examineForm(const Descriptor& directory, const Inputs& inputs, ReadMedium medium,

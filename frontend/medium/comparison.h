@@ -38,6 +38,9 @@ std::string explanationText(const std::string& medium, const Contents& contents)
 /// @throw Refusal when it cannot be opened, or is of another type
 OpenMedium openToCompare(const std::string& kind, const std::string& path, mode_t type);
 
+/// @return what ends the events of a medium when its job has ended
+std::function<void(const Outcome&)> endsEvents(const std::string& medium, Console& console);
+
 /// Compares a medium with what would be made now, and shows the result.
 /// @return the exit status
 int compareAlone(const JobChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
@@ -61,6 +64,15 @@ int compareConfined(const Descriptor& directory, const Inputs& inputs, const Con
 /// @param directory  to which the process is confined
 int compareBlocksConfined(const Descriptor& directory, const ImageBlocks& image, const ReadMedium& key,
                           JobKind kind, Reporter& reporter);
+
+/// @name Compare a medium in the same way, but only to the first difference, which is not reported
+/// @return EXIT_DIFFERENT, or 0 when there is no difference
+/// @{
+int compareToFirstDifference(const Descriptor& directory, const Inputs& inputs, const ReadMedium& medium,
+                             Reporter& reporter);
+int compareBlocksToFirstDifference(const Descriptor& directory, const ImageBlocks& image,
+                                   const ReadMedium& key, Reporter& reporter);
+/// @}
 
 /// Examines in a confined process whether a key can be filled as it is: nothing is on it that is not
 /// expected, unless it may keep files, and its file system is sound.

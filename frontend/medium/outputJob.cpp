@@ -9,6 +9,7 @@
 #include "job/libraryLogger.h"
 #include "job/supervisor.h"
 #include "medium/comparison.h"
+#include "medium/identity.h"
 #include "medium/imageChecksum.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
@@ -55,6 +56,10 @@ std::string nameOf(const Output& output) {
     return std::filesystem::path(output.path()).filename();
 }
 
+bool isReported(const OutputJob& job) {
+    return !job.choices.show.report.empty();
+}
+
 void flush(const std::string& path) {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     check(file.isOpen()).orFail(quote(path));
@@ -88,8 +93,8 @@ int finish(const OutputJob& job, const Descriptor& jobDirectory, Reporter& repor
         throw Failure("the tool ended without a failure, but made nothing");
     }
     std::optional<ImageChecksum> checksum;
-    if (job.checksum != nullptr) {
-        checksum.emplace(path);
+    if (job.checksum != nullptr || isReported(job)) {
+        checksum.emplace(kind.besideArchive.empty() ? path : path + "/" + VelaCreation::NETBOOT_ARCHIVE);
     }
     auto flushed = std::async(std::launch::async, [&path] { flush(path); });
     auto unstaged = std::async(std::launch::async, [&] { dropStaging(job.choices, jobDirectory); });
@@ -99,17 +104,13 @@ int finish(const OutputJob& job, const Descriptor& jobDirectory, Reporter& repor
     unstaged.get();
     tidyUp(job.choices, jobDirectory);
     if (checksum && result == 0) {
-        checksum->writeTo(checksumPlace(kind), nameOf(job.output), reporter);
+        const auto sum = checksum->sum(reporter);
+        reporter.sum(kind.place, sum);
+        if (job.checksum != nullptr) {
+            writeChecksum(checksumPlace(kind), sum, nameOf(job.output));
+        }
     }
     return result;
-}
-
-void copyBesideArchive(const Kind& kind, const char* name, const Descriptor& jobDirectory) {
-    const auto from = openBeneath(jobDirectory.number(), name, O_RDONLY);
-    const auto to =
-        openBeneath(jobDirectory.number(), kind.place + "/" + name, O_WRONLY | O_CREAT | O_EXCL, 0644);
-    check(from.isOpen() && to.isOpen()).orFail(quote(name));
-    copyContent(from, to, name, [](std::uint64_t /*bytes*/) {});
 }
 
 /// A network-boot directory gets its list when the archive is made.
@@ -122,10 +123,9 @@ void addListBesideArchive(const Inputs& inputs, const Sums& sums, const Signer& 
     auto listed = sumsByPlace(inputs.contents.besideArchive, sums);
     listed[name] = sha256Of(archive, [&](std::uint64_t bytes) { reporter.advance(bytes); });
     writeMediumList(listed, signer, jobDirectory);
-    copyBesideArchive(inputs.kind, MEDIUM_LIST, jobDirectory);
-    if (signer.isOpen()) {
-        copyBesideArchive(inputs.kind, MEDIUM_SIGNATURE, jobDirectory);
-    }
+    const auto made = openBeneath(jobDirectory.number(), inputs.kind.place, O_RDONLY | O_DIRECTORY);
+    check(made.isOpen()).orFail(quote(inputs.kind.place));
+    copyMediumList(inputs.contents.besideArchive, jobDirectory, made);
 }
 
 /// In the job's process.
@@ -134,10 +134,14 @@ int make(const OutputJob& job, const Signer& signer, Reporter& reporter) {
     const bool hasArchive = !contents.besideArchive.empty();
     const auto jobDirectory = enterLibraryFolder(job.choices.show.pauses, reporter);
     Sums sums;
-    const bool areWanted = contents.haveList() || job.form == PackageForm::unpacked; // for a key's image
+    const bool areWanted =
+        contents.haveList() || isReported(job) || job.form == PackageForm::unpacked; // for a key's image
     stageFiles(job.inputs, job.form, jobDirectory, areWanted ? &sums : nullptr, reporter);
     if (contents.haveList() && !hasArchive) {
         writeMediumList(sumsByPlace(contents.tree, sums), signer, jobDirectory);
+    }
+    if (isReported(job)) {
+        reportSums(job.inputs, sums, reporter);
     }
     const int result = job.workflow(jobDirectory, sums, reporter);
     if (result == 0 && contents.haveList() && hasArchive) {
@@ -195,6 +199,15 @@ void putInPlace(const OutputJob& job, const JobDirectory& jobDirectory, Outcome&
     }
 }
 
+/// The output has a place that no update file can have.
+InputSums sumsOf(const OutputJob& job, const Outcome& outcome) {
+    auto sums = inputSumsOf(outcome);
+    if (const auto made = sums.updates.extract(job.inputs.kind.place)) {
+        sums.made = made.mapped();
+    }
+    return sums;
+}
+
 bool isThere(const std::string& path) {
     struct stat about {};
     return !path.empty() && lstat(path.c_str(), &about) == 0;
@@ -243,7 +256,7 @@ int makeOutput(const OutputJob& job, Console& console) {
         requireExecutable(job.output.parent(), "choose another directory for the output");
     }
     for (const auto& made : allOf(job)) {
-        requireOtherLog(job.choices.show, made.output->path());
+        requireOthers(job.choices.show, made.output->path());
     }
     const HeldSignals signals;
     Signer signer;
@@ -252,22 +265,25 @@ int makeOutput(const OutputJob& job, Console& console) {
         console.complain("interrupted; nothing was made");
         return status;
     }
+    Report report(job.choices.show.report);
     openLog(console, job.choices.show, job.output.path(), &job.inputs);
+    console.events().begin({identityOf(medium, "")});
     job.inputs.announce(console, "Making " + medium + " from");
     JobDirectory jobDirectory(job.output.parent());
     const int directory = jobDirectory.directory().number();
     const auto work = [&](Reporter& reporter) { return make(job, signer, reporter); };
     auto outcome =
         supervise({{medium, directory, work, gaugesOf(job.inputs, directory)}}, 1, signals, console).front();
-    const auto size = sizeText(sizeBelow(directory, kind.place));
+    const auto size = sizeBelow(directory, kind.place);
     putInPlace(job, jobDirectory, outcome);
     if (outcome.status == 0 && isThere(job.earlierChecksum)) {
-        console.say("Note: " + quote(job.earlierChecksum) + " is of an earlier image");
+        console.note(quote(job.earlierChecksum) + " is of an earlier image");
     }
     keepIfWanted(job.choices, jobDirectory, console);
     const auto sum =
         job.checksum != nullptr ? ", its checksum in " + quote(job.checksum->path()) : std::string();
-    return conclude(console, outcome, medium, size + readBackText(job.choices.verify) + sum);
+    report.append({{"output", job.output.path()}, {"size", size}}, outcome, sumsOf(job, outcome), console);
+    return conclude(console, outcome, medium, sizeText(size) + readBackText(job.choices.verify) + sum);
 }
 
 } // namespace velacreate

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,10 @@ std::string namesText(const std::vector<std::string>& names);
 
 /// @return such as "1.5 GiB", in multiples of 1,024
 std::string sizeText(std::uint64_t bytes);
+
+/// @param text such as "64GiB" or "64 G", in multiples of 1,024; "64GB", in multiples of 1,000; or bytes
+/// @return nothing when it is no size
+std::optional<std::uint64_t> sizeIn(const std::string& text);
 
 /// @return such as "41 MB/s"
 std::string rateText(double bytesPerSecond);

@@ -56,7 +56,7 @@ options() {
     touch out/x.iso
     makes completes 'velacreate v' verify
     makes completes 'velacreate iso --platform=' linux ppc
-    makes completes 'velacreate usb --e' --erase --eject
+    makes completes 'velacreate usb --e' --events --erase --eject
     makes completes 'velacreate pxe --directory=folder inner/' inner/e.txt
     makes completes 'velacreate burn --quiet ../out/' ../out/x.iso
     makes completes 'velacreate iso --package t' tool.zip
@@ -73,7 +73,7 @@ options() {
     diff <(grep '^## ' "${project:?}/docs/day.md") - <<'END'
 ## An image for the archive
 ## A disc
-## Fifty keys
+## Hundreds of keys
 ## Keys from an image
 ## Keys of unknown age
 ## Many machines
