@@ -25,23 +25,24 @@ namespace velacreate {
 
 namespace {
 void validateOptions(const UsbChoices& choices) {
-    const auto refuseIf = [](bool isWrong, const std::string& text) {
-        if (isWrong) {
-            throw WrongCommandLine(text);
-        }
-    };
-    refuseIf(choices.erase && choices.format == FORMAT_NEVER,
-             "what is erased is formatted; leave out --format never");
-    refuseIf(choices.job.show.pauses && (choices.keys.all || choices.keys.devices.size() > 1),
-             "the status file does not tell of several keys; leave out --pauses");
+    refuseIf<WrongCommandLine>(choices.erase && choices.format == FORMAT_NEVER,
+                               "what is erased is formatted; leave out --format never");
+    refuseIf<WrongCommandLine>(choices.job.show.pauses &&
+                                   (choices.keys.all || choices.keys.devices.size() > 1),
+                               "the status file does not tell of several keys; leave out --pauses");
     if (choices.keyImage.empty() && choices.output.empty()) {
         return;
     }
-    refuseIf(choices.erase || choices.format == FORMAT_ALWAYS,
-             std::string("an image is not formatted; leave out ") +
-                 (choices.erase ? "--erase" : "--format always"));
-    refuseIf(choices.keys.eject || !choices.job.show.report.empty(),
-             std::string("an image is no key; leave out ") + (choices.keys.eject ? "--eject" : "--report"));
+    refuseIf<WrongCommandLine>(choices.erase || choices.format == FORMAT_ALWAYS,
+                               std::string("an image is not formatted; leave out ") +
+                                   (choices.erase ? "--erase" : "--format always"));
+    const auto refuseOption = [](bool isGiven, const std::string& option) {
+        refuseIf<WrongCommandLine>(isGiven, "an image is no key; leave out " + option);
+    };
+    refuseOption(choices.keys.eject, "--eject");
+    refuseOption(!choices.job.show.report.empty(), "--report");
+    refuseOption(choices.keys.jobs != 0, "--jobs");
+    refuseOption(choices.keys.anyDisk, "--any-disk");
 }
 
 void requireProgramsFor(const UsbChoices& choices) {

@@ -89,9 +89,8 @@ int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Cons
 }
 
 int compareKeysWithImage(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
-    if (choices.job.files.size() != 1) {
-        throw WrongCommandLine("a key is compared with one image, or with a --package and update files");
-    }
+    refuseIf<WrongCommandLine>(choices.job.files.size() != 1,
+                               "a key is compared with one image, or with a --package and update files");
     KeyImage image(choices.job.files.front());
     const auto keys = keysToCompare(choices.devices);
     image.requireOthers(choices.job.show);

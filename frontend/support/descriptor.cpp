@@ -62,7 +62,7 @@ struct Copy {
 };
 
 void copyByBuffer(Copy& copy) {
-    std::vector<char> buffer(std::min<std::uint64_t>(copy.left, BLOCK_SIZE));
+    std::vector<char> buffer(std::min<std::uint64_t>(copy.left, BUFFER_SIZE));
     while (copy.left > 0) {
         const ssize_t count =
             read(copy.from, buffer.data(), std::min<std::uint64_t>(copy.left, buffer.size()));

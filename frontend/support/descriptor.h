@@ -16,7 +16,7 @@ namespace velacreate {
 using Advance = std::function<void(std::uint64_t bytes)>;
 
 /// The size of buffers. Two of them fit into a processor core's cache.
-constexpr std::size_t BLOCK_SIZE = 128 << 10;
+constexpr std::size_t BUFFER_SIZE = 128 << 10;
 
 /// Owns an open file descriptor, or none.
 class Descriptor {
