@@ -17,9 +17,8 @@ namespace velacreate {
 namespace {
 void validateOptions(const ServeChoices& choices) {
     requireRoot("machines are served by a program that");
-    if (choices.proxy && !choices.range.empty()) {
-        throw WrongCommandLine("with --proxy no addresses are handed out; leave out --range");
-    }
+    refuseIf<WrongCommandLine>(choices.proxy && !choices.range.empty(),
+                               "with --proxy no addresses are handed out; leave out --range");
 }
 
 std::optional<AddressRange> rangeFor(const ServeChoices& choices, const NetworkPort& port) {

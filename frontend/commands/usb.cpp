@@ -25,25 +25,22 @@ namespace velacreate {
 
 namespace {
 void validateOptions(const UsbChoices& choices) {
-    const auto refuseIf = [](bool isWrong, const std::string& text) {
-        if (isWrong) {
-            throw WrongCommandLine(text);
-        }
-    };
-    refuseIf(choices.erase && choices.format == FORMAT_NEVER,
-             "what is erased is formatted; leave out --format never");
-    refuseIf(choices.job.show.pauses && (choices.keys.all || choices.keys.devices.size() > 1),
-             "the status file does not tell of several keys; leave out --pauses");
-    refuseIf(choices.job.manifest.isWanted() && (choices.format == FORMAT_NEVER || !choices.keyImage.empty()),
-             "what is not formatted may keep files that no list names; leave out --manifest and --sign");
+    refuseIf<WrongCommandLine>(choices.erase && choices.format == FORMAT_NEVER,
+                               "what is erased is formatted; leave out --format never");
+    refuseIf<WrongCommandLine>(choices.job.show.pauses &&
+                                   (choices.keys.all || choices.keys.devices.size() > 1),
+                               "the status file does not tell of several keys; leave out --pauses");
+    refuseIf<WrongCommandLine>(
+        choices.job.manifest.isWanted() && (choices.format == FORMAT_NEVER || !choices.keyImage.empty()),
+        "what is not formatted may keep files that no list names; leave out --manifest and --sign");
     if (choices.keyImage.empty() && choices.output.empty()) {
         return;
     }
-    refuseIf(choices.erase || choices.format == FORMAT_ALWAYS,
-             std::string("an image is not formatted; leave out ") +
-                 (choices.erase ? "--erase" : "--format always"));
-    const auto refuseOption = [&](bool isGiven, const std::string& option) {
-        refuseIf(isGiven, "an image is no key; leave out " + option);
+    refuseIf<WrongCommandLine>(choices.erase || choices.format == FORMAT_ALWAYS,
+                               std::string("an image is not formatted; leave out ") +
+                                   (choices.erase ? "--erase" : "--format always"));
+    const auto refuseOption = [](bool isGiven, const std::string& option) {
+        refuseIf<WrongCommandLine>(isGiven, "an image is no key; leave out " + option);
     };
     refuseOption(choices.keys.eject, "--eject");
     refuseOption(!choices.job.show.report.empty(), "--report");

@@ -24,9 +24,8 @@ OpenMedium openDiscIn(const DiscDrive& drive) {
 
 /// Compares a disc with the image that it was burned from.
 int verifyBurntDisc(const VerifyChoices& choices, Console& console) {
-    if (choices.job.files.size() != 1) {
-        throw WrongCommandLine("a disc is compared with one image, or with a --package and update files");
-    }
+    refuseIf<WrongCommandLine>(choices.job.files.size() != 1,
+                               "a disc is compared with one image, or with a --package and update files");
     const auto& path = choices.job.files.front();
     const auto image = openToCompare("the image", path, S_IFREG);
     requireWholeIsoImage(image.file, path);

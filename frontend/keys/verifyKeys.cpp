@@ -143,9 +143,8 @@ int compareKeyImageWithList(const std::string& keyImage, const ListCall& call) {
 }
 
 int compareKeysWithImage(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
-    if (choices.job.files.size() != 1) {
-        throw WrongCommandLine("a key is compared with one image, or with a --package and update files");
-    }
+    refuseIf<WrongCommandLine>(choices.job.files.size() != 1,
+                               "a key is compared with one image, or with a --package and update files");
     KeyImage image(choices.job.files.front());
     const auto keys = keysToCompare(choices.devices);
     image.requireOthers(choices.job.show);

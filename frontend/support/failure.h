@@ -65,10 +65,11 @@ inline Checked check(bool isDone) {
 }
 
 /// Both arguments are built in any case, so errno must have been read before.
-/// @throw Refusal
-inline void refuseIf(bool isWrong, const std::string& text) {
+/// @throw Refusal or a kind of it
+template <typename Kind = Refusal>
+void refuseIf(bool isWrong, const std::string& text) {
     if (isWrong) {
-        throw Refusal(text);
+        throw Kind(text);
     }
 }
 

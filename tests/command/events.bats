@@ -1,5 +1,6 @@
 #!/usr/bin/env bats
 # What a program can read while a call runs.
+# shellcheck disable=SC2086,SC2154 # calls are words, and some variables are of words.bash or of a call
 load words
 
 heldAgainstPage() { "${project:?}/tests/eventsOf" "${1:-/srv/events}" || fails "$(cat "${1:-/srv/events}")"; }
