@@ -216,6 +216,24 @@ onTerminal() { # WIDTH [TEXT ANSWER] -- CALL...
         TERM=xterm SHELL=/bin/bash script -qec "stty cols $width; . ${BASH_SOURCE[0]@Q}; run=exec; ${*:3}" /dev/null
 }
 
+# Signatures.
+makeKey() { # NAME: NAME.key, without a pass phrase, and NAME.pub
+    minisign -G -W -s "$1.key" -p "$1.pub" >/dev/null
+}
+sign() { # KEY [OPTION] FILE: with a comment
+    minisign -S -s "$1.key" -t "${comment-what it is}" "${@:2:$#-2}" -m "${!#}" >/dev/null
+}
+listed() { # KEY DIRECTORY: gets a list of its files, which is signed
+    (cd "$2" && find . -type f -printf '%P\n' | LC_ALL=C sort | tr '\n' '\0' | xargs -0 sha256sum) >medium.sha256
+    mv medium.sha256 "$2" && sign "$1" "$2/medium.sha256"
+}
+checkable() { # a network-boot directory with a list of its files
+    mkdir -p out/inner out/empty
+    echo archive >out/ks.zip && echo x >'out/inner/a b'
+    makeKey maker && listed maker out
+}
+checks() { velacreate verify --trust ../maker.pub --pxe ../out "$@"; }
+
 # For the length of a test.
 mounts() { # ARGUMENT...: of mount, the place last
     mount "$@"
