@@ -109,7 +109,9 @@ struct BurnChoices {
 };
 
 struct VerifyChoices {
-    JobChoices job; ///< the package is empty when a disc or keys are compared with an image
+    JobChoices job; ///< the package is empty when a medium is not compared with what would be made now
+    std::vector<std::string> trust; ///< public keys, for the list of sums on the medium
+    bool noSignature = false;       ///< the list is used without them
     std::string image;
     std::vector<std::string> devices;
     std::string keyImage;

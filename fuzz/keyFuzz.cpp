@@ -6,7 +6,7 @@ using namespace velacreate;
 
 void examineMedium(const Examination& examination, const Tree& expected) {
     const auto noCloneImage = [](const std::string& /*name*/) { return Descriptor(); };
-    examineKey(examination, expected, {noCloneImage, true, false});
+    examineKey(examination, expected, {{noCloneImage}, true, OtherFiles::none});
 }
 
 std::string unpackingCommand(const std::string& path) {

@@ -59,7 +59,7 @@ public:
         const ReportVariation variation = [&](Variation, const ByteRange& range) {
             invariable.replace(range.offset, range.size, range.size, '\0');
         };
-        Sources sources(expected.directory.number());
+        SourceFiles sources(expected.directory.number());
         Differences differences;
         MediumBytes medium(m_file, m_bytes.size());
         const auto start = std::clock(); // of the processor: other programs may be busy

@@ -69,7 +69,7 @@ private:
     Descriptor m_file;
     std::size_t m_size;
     Descriptor m_here = opened(".");
-    mutable Sources m_sources{m_here.number()};
+    mutable SourceFiles m_sources{m_here.number()};
 };
 
 struct IsoFormTest : JobTest {

@@ -57,7 +57,7 @@ struct KeyFormTest : JobTest {
     Lines examine(const Descriptor& key) {
         MediumBytes medium(key, static_cast<std::uint64_t>(key.status().st_size));
         const auto here = opened(".");
-        Sources sources(here.number());
+        SourceFiles sources(here.number());
         Differences differences;
         const Advance advance = [](std::uint64_t) {};
         findings = examineKey({medium, sources, differences, advance, variation}, tree, form);
@@ -89,7 +89,8 @@ struct KeyFormTest : JobTest {
     Tree tree = {{"EFI", {"efi", 0, true}},         {"EFI/BOOT.EFI", {"small", 5, false}},
                  {"Grub.cfg", {"small", 5, false}}, {"A name in two pieces.txt", {"small", 5, false}},
                  {"big.bin", {"big", 5000, false}}, {"none", {"none", 0, false}}};
-    KeyForm form = {[](const std::string& name) { return opened("package/" + name); }, false, false};
+    KeyForm form = {
+        {[](const std::string& name) { return opened("package/" + name); }}, false, OtherFiles::none};
     ReportVariation variation;
     KeyFindings findings;
 };
@@ -123,7 +124,7 @@ TEST_F(KeyFormTest, AcceptsImagesOfOthers) {
 
 TEST_F(KeyFormTest, SumsUpTheSameBootCodeOfEachKey) {
     make("1");
-    const auto sums = sumsOfBootCode(form.openCloneImage);
+    const auto sums = sumsOfBootCode(form.head.openCloneImage);
     ASSERT_EQ(sums.size(), 1U);
     for (const std::uint64_t capacity : {1024U, 70000U}) {
         auto head = headOfKey(opened("package/init1.img"), capacity);
@@ -138,6 +139,39 @@ TEST_F(KeyFormTest, SumsUpTheSameBootCodeOfEachKey) {
 }
 
 /// As the kernel writes two names whose short names differ only in a letter of the code page.
+TEST_F(KeyFormTest, FindsEachChangeBeforeTheFileSystemBySums) {
+    make("1");
+    form.head = {nullptr, sumsOfBootCode(form.head.openCloneImage)};
+    const auto key = contentOf("key");
+    EXPECT_EQ(joined(examine(Patches{}), "; "), "");
+    for (std::size_t at = 0; at < VOLUME; at += at < 0x200 ? 1 : 61) {
+        const auto changed = static_cast<char>(key[at] ^ (1 << at % 8));
+        EXPECT_EQ(examine({{at, std::string(1, changed)}}).empty(), at >= 440 && at < 446) << at;
+    }
+    form.head.bootCodes.clear();
+    EXPECT_EQ(joined(examine({{0, "\xeb"}}), "; "), "");
+    EXPECT_EQ(examine({{510, "x"}}).front(), "the boot record has no signature");
+}
+
+/// What other systems have left is counted, whatever is in it. A name of theirs elsewhere is a difference.
+TEST_F(KeyFormTest, TellsTracesOfOtherSystems) {
+    make("1");
+    shell("export MTOOLSRC=/dev/null; put() { mcopy -i key@@4096 $1 \"::$2\"; }; mmd -i key@@4096 "
+          "'::System Volume Information' ::.Trashes ::.Trash-1000; put small 'System Volume "
+          "Information/a.guid'; "
+          "put small ._Grub.cfg; mattrib -i key@@4096 +h +s '::System Volume Information' ::._Grub.cfg");
+    EXPECT_EQ(examine(Patches{}).back(), "'System Volume Information' is there, but should not be");
+    form.others = OtherFiles::tracesOfSystems;
+    EXPECT_EQ(joined(examine({{440, "\1\2\3\4"}}), "; "), "");
+    EXPECT_EQ(joined(findings.notes, "; "),
+              "other systems have left 'System Volume Information', '.Trashes', '.Trash-1000', '._Grub.cfg': "
+              "2 files with 10 bytes, which were not compared; the disk signature is not compared; it is "
+              "0x04030201");
+    shell("export MTOOLSRC=/dev/null; mmd -i key@@4096 ::EFI/.Trashes; mcopy -i key@@4096 small ::._none_");
+    EXPECT_EQ(joined(examine(Patches{}), "; "),
+              "'._none_' is there, but should not be; 'EFI/.Trashes' is there, but should not be");
+}
+
 TEST_F(KeyFormTest, TellsLettersOfTheCodePageApart) {
     make("1");
     const auto entries = [](const std::string& letter, const std::string& short83) {
@@ -165,7 +199,7 @@ TEST_F(KeyFormTest, CountsSoundFilesThatStay) {
           "-i key@@4096 "
           "small ::small.x; mattrib -i key@@4096 +h +r ::small.x");
     EXPECT_EQ(examine(Patches{}).back(), "'small.x' is there, but should not be");
-    form.mayKeepFiles = true;
+    form.others = OtherFiles::any;
     EXPECT_EQ(joined(examine(Patches{}), "; "), "");
     EXPECT_EQ(findings.kept.files, 2U);
     EXPECT_EQ(findings.kept.bytes, 5005U);
@@ -298,7 +332,7 @@ TEST_F(KeyFormTest, KnowsWhichBlocksHoldDataAndWhose) {
         unsigned char cluster = 0; // in sectors
         ASSERT_EQ(pread(key.number(), &cluster, 1, VOLUME + 13), 1);
         MediumBytes medium(key, sizeOf(key));
-        Sources sources(-1);
+        SourceFiles sources(-1);
         Differences differences;
         const Advance advance = [](std::uint64_t) {};
         const Examination image = {medium, sources, differences, advance, variation};
@@ -347,7 +381,7 @@ TEST_F(KeyFormTest, FindsWhatFormattingWouldLeave) {
         write(key, offset, "SKUL\xba\xbe");
         MediumBytes medium(key, static_cast<std::uint64_t>(key.status().st_size));
         const auto here = opened(".");
-        Sources sources(here.number());
+        SourceFiles sources(here.number());
         Differences differences;
         const Advance advance = [](std::uint64_t) {};
         refuseLeftovers({medium, sources, differences, advance, variation}, {VOLUME, medium.size() - VOLUME});

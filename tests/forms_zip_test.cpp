@@ -48,7 +48,7 @@ struct ZipTest : JobTest {
         writeAll(file, archive.data(), archive.size(), "ks.zip");
         MediumBytes medium(file, archive.size());
         const Descriptor here = opened(".");
-        Sources sources(here.number());
+        SourceFiles sources(here.number());
         Differences differences;
         examineZip({medium, sources, differences, m_told.advance, report}, tree);
         return joined(differences.lines(), "; ");

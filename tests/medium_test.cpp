@@ -132,8 +132,9 @@ struct ReadBackTest : MediumTest {
         Contents contents;
         contents.tree = tree;
         const ToolPackage package("work/tool.zip", CloneImages::unwanted);
-        const Comparison comparison = {
-            here.number(), package, contents, {medium, sizeOf(medium)}, told.advance};
+        SourceFiles sources(here.number());
+        const auto head = headOfKeys(package);
+        const Comparison comparison = {sources, head, contents, {medium, sizeOf(medium)}, told.advance};
         Findings findings;
         if (form == "directory") {
             compareDirectory(comparison, tree, {"ignored"}, findings.differences);

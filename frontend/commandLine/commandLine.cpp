@@ -146,9 +146,18 @@ void requireOneOf(const CLI::App& command, std::initializer_list<const char*> op
     }
 }
 
+/// Whether a medium is compared with the list of sums on it, and nothing else is needed.
+bool isByList(const CLI::App& command) {
+    return command.get_option_no_throw("--no-signature") != nullptr &&
+           command.count("--trust") + command.count("--no-signature") != 0;
+}
+
 /// Everything in a directory is meant only when the directory is named.
 void requireUpdates(const CLI::App& command) {
     const auto* const updates = command.get_option_no_throw(UPDATES);
+    if (isByList(command)) {
+        return;
+    }
     if (updates != nullptr && updates->empty() && command.count("--directory") == 0) {
         throw Refusal("FILE is required; see velacreate " + command.get_name() + " --help");
     }
@@ -331,16 +340,29 @@ private:
         auto& command = add("verify", "Compare a medium with what would be made now");
         call(command, [this, &command] {
             requireOneOf(command, {"--image", "--device", "--key-image", "--pxe", "--disc"});
-            if (command.count("--disc") + command.count("--device") + command.count("--package") == 0) {
-                throw Refusal("what would be made now takes a tool package; name it with --package");
+            if (isByList(command)) {
+                refuseBesideList(command);
+            } else if (command.count("--disc") + command.count("--device") + command.count("--package") ==
+                       0) {
+                throw Refusal("what would be made now takes a tool package; name it with --package, or "
+                              "compare the medium with its own list by --trust");
             }
-            refuseWithout(command, {"--package"}, {"--directory", "--keep", "--platform", "--work"});
+            refuseWithout(command, {"--package"}, {"--directory", "--keep"});
+            refuseWithout(command, {"--package", "--trust", "--no-signature"}, {"--platform", "--work"});
             refuseWithout(command, {"--image", "--disc"}, {"--platform"});
             return verify(m_verify, m_caller, m_console);
         });
         addPackage(command, m_verify.job)
             ->description("The tool package; not needed to compare a disc or a key with its image");
         addUpdates(command, m_verify.job);
+        command
+            .add_option("--trust", m_verify.trust,
+                        "Compare the medium with the list of sums on it, which must be signed by this public "
+                        "key, or by one in this directory; may be given several times")
+            ->allow_extra_args(false)
+            ->type_name("KEY.pub");
+        command.add_flag("--no-signature", m_verify.noSignature,
+                         "Compare the medium with the list of sums on it, whoever has made it");
         command.add_option("--image", m_verify.image, "The ISO image to compare")->type_name("IMAGE");
         command
             .add_option("--device", m_verify.devices,
@@ -411,6 +433,15 @@ private:
         } catch (const CLI::OptionNotFound&) {
             throw Refusal("there is no command " + quote(name) + meantCommand(name) +
                           "; see velacreate --help");
+        }
+    }
+
+    static void refuseBesideList(const CLI::App& command) {
+        if (command.count("--trust") != 0 && command.count("--no-signature") != 0) {
+            throw Refusal("--trust and --no-signature exclude each other");
+        }
+        if (command.count("--package") + command.count(UPDATES) != 0) {
+            throw Refusal("the list of sums takes the place of --package and FILE");
         }
     }
 

@@ -7,8 +7,12 @@
 #include "medium/comparison.h"
 #include "medium/imageKinds.h"
 #include "medium/isoImage.h"
+#include "medium/listComparison.h"
 #include "support/failure.h"
 #include "support/texts.h"
+
+#include <functional>
+#include <optional>
 
 namespace velacreate {
 namespace {
@@ -44,14 +48,43 @@ MediumKind kindOfImage(const VerifyChoices& choices, const ReadMedium& medium) {
     return platformOfImage(bytes) == IsoPlatform::powerPc ? MediumKind::powerPcImage : MediumKind::image;
 }
 
-int verifyAlone(const VerifyChoices& choices, MediumKind kind, const NamedDirectory& scratch,
-                const OpenMedium& medium, const ReadMedium& read, Console& console) {
-    const Inputs inputs(choices.job, kind, scratch);
-    return compareAlone(choices.job, inputs, scratch, medium, read, console);
+using Compare = std::function<int(MediumKind kind, const OpenMedium& medium, const ReadMedium& read)>;
+
+/// Opens a medium that is no key, and compares it.
+int compareOpened(const VerifyChoices& choices, const Compare& compare) {
+    if (!choices.netbootDirectory.empty()) {
+        const auto directory = openToCompare("the network-boot directory", choices.netbootDirectory, S_IFDIR);
+        return compare(MediumKind::netbootDirectory, directory, {directory.file});
+    }
+    const auto medium = choices.image.empty() ? openDiscIn(DiscDrive(choices.disc))
+                                              : openToCompare("the image", choices.image, S_IFREG);
+    refuseIf(!choices.image.empty() && isKeyImage(medium.file),
+             quote(choices.image) + " is the image of a key; compare it with --key-image");
+    ReadMedium read = {medium.file, sizeOf(medium.file)};
+    read.isDisc = choices.image.empty();
+    return compare(kindOfImage(choices, read), medium, read);
+}
+
+/// Compares media with the lists of sums on them.
+int verifyByList(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
+    const auto trusted = choices.noSignature ? std::nullopt : std::optional<PublicKeys>(choices.trust);
+    const ListCall call{choices.job.show, trusted, scratch, console};
+    if (!choices.devices.empty()) {
+        return compareKeysWithLists(choices.devices, call);
+    }
+    if (!choices.keyImage.empty()) {
+        return compareKeyImageWithList(choices.keyImage, call);
+    }
+    return compareOpened(choices, [&](MediumKind kind, const OpenMedium& medium, const ReadMedium& read) {
+        return compareAloneWithList(call, kindOf(kind), medium, read);
+    });
 }
 } // namespace
 
 int verify(const VerifyChoices& choices, const CallerEnvironment& caller, Console& console) {
+    if (choices.noSignature || !choices.trust.empty()) {
+        return verifyByList(choices, scratchDirectory(choices.work, caller), console);
+    }
     if (choices.job.package.empty() && !choices.disc.empty()) {
         return verifyBurntDisc(choices, console);
     }
@@ -65,18 +98,10 @@ int verify(const VerifyChoices& choices, const CallerEnvironment& caller, Consol
     if (!choices.keyImage.empty()) {
         return verifyKeyImage(choices, scratch, console);
     }
-    if (!choices.netbootDirectory.empty()) {
-        const auto directory = openToCompare("the network-boot directory", choices.netbootDirectory, S_IFDIR);
-        return verifyAlone(choices, MediumKind::netbootDirectory, scratch, directory, {directory.file},
-                           console);
-    }
-    const auto medium = choices.image.empty() ? openDiscIn(DiscDrive(choices.disc))
-                                              : openToCompare("the image", choices.image, S_IFREG);
-    refuseIf(!choices.image.empty() && isKeyImage(medium.file),
-             quote(choices.image) + " is the image of a key; compare it with --key-image");
-    ReadMedium read = {medium.file, sizeOf(medium.file)};
-    read.isDisc = choices.image.empty();
-    return verifyAlone(choices, kindOfImage(choices, read), scratch, medium, read, console);
+    return compareOpened(choices, [&](MediumKind kind, const OpenMedium& medium, const ReadMedium& read) {
+        const Inputs inputs(choices.job, kind, scratch);
+        return compareAlone(choices.job, inputs, scratch, medium, read, console);
+    });
 }
 
 } // namespace velacreate

@@ -22,6 +22,9 @@ Words wordsOf(const Outcome& outcome) {
     case JobKind::comparing:
     case JobKind::comparingKey:
         return {"Compared ", RESULT_SAME, ", no difference", "was not compared", "differs from its image"};
+    case JobKind::checking:
+        return {"Verified ", RESULT_SAME, ", no difference", "was not verified",
+                "differs from its list of sums"};
     case JobKind::making:
         break;
     }

@@ -28,6 +28,9 @@ void compareContent(const Examination& examination, const std::string& place, co
             examination.advance(bytes.size);
         }
     }
+    if (!examination.sources.isRight()) {
+        examination.differences.addDiffering(place, part);
+    }
 }
 
 void reportVariation(const Examination& examination, Variation variation, const ByteRange& range) {

@@ -151,6 +151,8 @@ private:
         found.cluster = littleEndian(entry() + LOW_CLUSTER_FIELD, 2) |
                         littleEndian(entry() + HIGH_CLUSTER_FIELD, 2) << 16U;
         found.size = littleEndian(entry() + SIZE_FIELD, 4);
+        m_isOfKernel = m_form.others == OtherFiles::none || (m_form.others == OtherFiles::tracesOfSystems &&
+                                                             !isTraceOfSystem(found.name, m_form.isTop));
         const auto problem = nameProblem(shortName);
         if (!problem.empty()) {
             fault(problem);
@@ -184,7 +186,7 @@ private:
         }
         if (m_longName.empty()) {
             const bool isPlain = textOf(shortName).find('?') == std::string::npos;
-            return isPlain || !m_form.isOfKernel ? "" : "its long name is missing";
+            return isPlain || !m_isOfKernel ? "" : "its long name is missing";
         }
         if (!isLongName(m_longName)) {
             return "its long name is not allowed";
@@ -192,7 +194,7 @@ private:
         if (m_checkSum != checkSum(shortName)) {
             return "its short name " + name + " does not have the check sum in its long name";
         }
-        return m_form.isOfKernel && !isFromLongName(shortName, m_longName)
+        return m_isOfKernel && !isFromLongName(shortName, m_longName)
                    ? "its short name " + name + " is not what the kernel makes of its long name"
                    : "";
     }
@@ -202,7 +204,7 @@ private:
         if (!m_form.isFat32 && littleEndian(entry() + HIGH_CLUSTER_FIELD, 2) != 0) {
             return false;
         }
-        if (m_form.isOfKernel) {
+        if (m_isOfKernel) {
             return entry()[CASE_FIELD] == 0 && (attributes == FAT_ARCHIVE || attributes == FAT_DIRECTORY);
         }
         return (entry()[CASE_FIELD] & ~CASE_BITS) == 0 && (attributes & ~(BY_OTHERS | FAT_DIRECTORY)) == 0;
@@ -213,6 +215,7 @@ private:
     const FatDirectoryReports& m_reports;
     std::vector<FatEntry> m_entries;
     std::size_t m_index = 0;
+    bool m_isOfKernel = true;  ///< whether only the kernel can have written the entry
     std::u16string m_longName; ///< as far as it has been read
     unsigned m_pieces = 0;     ///< the number of the last piece that was read; 0 before the first one
     unsigned char m_checkSum = 0;

@@ -2,6 +2,7 @@
 /// The entries of a FAT directory.
 #pragma once
 
+#include "forms/otherFiles.h"
 #include "forms/variation.h"
 
 #include <cstddef>
@@ -26,7 +27,7 @@ struct FatDirectoryForm {
     bool isTop = false;
     bool hasLabel = false; ///< the top directory
     bool isFat32 = false;
-    bool isOfKernel = true; ///< else any system may have written it
+    OtherFiles others = OtherFiles::none; ///< any system may have written their entries
     std::uint32_t cluster = 0;
     std::uint32_t parent = 0; ///< 0 for the top directory
 };

@@ -6,6 +6,7 @@
 #include "inputs/names.h"
 #include "support/beneath.h"
 #include "support/failure.h"
+#include "support/texts.h"
 
 #include <algorithm>
 #include <map>
@@ -27,8 +28,8 @@ std::uint64_t offsetIn(const std::vector<ByteRange>& ranges, std::uint64_t offse
 
 class FatReader {
 public:
-    FatReader(const Examination& examination, const Tree& expected, bool mayKeepFiles)
-        : m_examination(examination), m_mayKeepFiles(mayKeepFiles) {
+    FatReader(const Examination& examination, const Tree& expected, OtherFiles others)
+        : m_examination(examination), m_others(others) {
         for (const auto& [place, part] : expected) {
             m_expected.emplace(inCapitals(place), Expected{place, part});
         }
@@ -46,6 +47,7 @@ public:
             readDirectories();
             compareFiles();
             reportRest();
+            noteTraces();
             const auto end = place.range.offset + place.range.size;
             reportVariation(m_examination, Variation::freeSpace, {layout->end(), end - layout->end()});
         }
@@ -117,16 +119,44 @@ private:
             };
         }
         const bool isTop = directory.place.empty();
-        const FatDirectoryForm form = {isTop,           m_layout->hasLabel, m_layout->isFat32(),
-                                       !m_mayKeepFiles, directory.cluster,  directory.parent};
+        const FatDirectoryForm form = {isTop,
+                                       m_layout->hasLabel,
+                                       m_layout->isFat32(),
+                                       directory.isKept ? OtherFiles::any : m_others,
+                                       directory.cluster,
+                                       directory.parent};
+        const auto entries = readFatDirectory(bytes, form, reports);
+        const auto traces = tracesAmong(entries, isTop);
         std::set<std::string> names;
-        for (const auto& entry : readFatDirectory(bytes, form, reports)) {
-            useEntry(directory, entry, names);
+        for (const auto& entry : entries) {
+            const bool mayStay =
+                directory.isKept || m_others == OtherFiles::any || traces.count(entry.name) != 0;
+            useEntry(directory, entry, mayStay, names);
         }
     }
 
-    /// @param names  of the directory's entries, long and short ones
-    void useEntry(const Directory& directory, const FatEntry& entry, std::set<std::string>& names) {
+    /// @return the names of what other systems have left in a directory
+    std::set<std::string> tracesAmong(const std::vector<FatEntry>& entries, bool isTop) const {
+        std::set<std::string> names;
+        std::set<std::string> traces;
+        if (m_others == OtherFiles::tracesOfSystems) {
+            for (const auto& entry : entries) {
+                names.insert(entry.name);
+            }
+        }
+        for (const auto& name : names) {
+            const auto owner = ownerOfAttributes(name);
+            if (isTraceOfSystem(name, isTop) && (owner.empty() || names.count(owner) != 0)) {
+                traces.insert(name);
+            }
+        }
+        return traces;
+    }
+
+    /// @param mayStay  whether it may be there if it is not expected
+    /// @param names    of the directory's entries, long and short ones
+    void useEntry(const Directory& directory, const FatEntry& entry, bool mayStay,
+                  std::set<std::string>& names) {
         const auto place = pathBelow(directory.place, entry.name);
         const auto name = inCapitals(entry.name);
         const bool isComplete = name.find('?') == std::string::npos; // without letters of a code page
@@ -138,7 +168,7 @@ private:
         auto chain = takeChain(place, entry);
         const auto known = directory.isKept ? m_expected.end() : m_expected.find(inCapitals(place));
         if (known == m_expected.end()) {
-            useUnexpected(directory, place, entry, chain);
+            useUnexpected(directory, place, entry, mayStay, chain);
             return;
         }
         const auto& part = known->second.part;
@@ -157,11 +187,16 @@ private:
     }
 
     void useUnexpected(const Directory& directory, const std::string& place, const FatEntry& entry,
-                       const FatChain& chain) {
-        if (!m_mayKeepFiles) {
+                       bool mayStay, const FatChain& chain) {
+        if (!mayStay) {
             m_examination.differences.addUnexpected(place);
             m_isWhole = m_isWhole && !entry.isDirectory;
-        } else if (entry.isDirectory) {
+            return;
+        }
+        if (m_others == OtherFiles::tracesOfSystems && !directory.isKept) {
+            m_traces.push_back(place);
+        }
+        if (entry.isDirectory) {
             enterLater(directory, place, entry, chain, true);
         } else {
             ++m_findings.kept.files;
@@ -220,6 +255,25 @@ private:
         }
     }
 
+    /// Nobody should be able to hide something there unnoticed.
+    void noteTraces() {
+        constexpr std::size_t mostNames = 10;
+        if (m_traces.empty()) {
+            return;
+        }
+        std::string names;
+        for (std::size_t trace = 0; trace < std::min(m_traces.size(), mostNames); ++trace) {
+            names += (trace == 0 ? "" : ", ") + quote(m_traces[trace]);
+        }
+        if (m_traces.size() > mostNames) {
+            names += " and " + std::to_string(m_traces.size() - mostNames) + " more";
+        }
+        auto& kept = m_findings.kept;
+        m_findings.notes.push_back("other systems have left " + names + ": " + counted(kept.files, "file") +
+                                   " with " + sizeText(kept.bytes) + ", which were not compared");
+        kept = {};
+    }
+
     void reportRest() {
         for (const auto& [name, expected] : m_expected) {
             if (!expected.isFound) {
@@ -234,7 +288,7 @@ private:
     }
 
     const Examination& m_examination;
-    bool m_mayKeepFiles;
+    OtherFiles m_others;
     /// By their places with a to z in capitals. The kernel writes all other letters as they are.
     std::map<std::string, Expected> m_expected;
     const FatLayout* m_layout = nullptr;
@@ -242,13 +296,14 @@ private:
     std::map<std::uint32_t, Directory> m_directories; ///< to be read, by their first clusters
     std::multimap<std::uint32_t, File> m_files;       ///< to be compared, by their first clusters
     bool m_isWhole = true;                            ///< whether all directories were read
+    std::vector<std::string> m_traces;                ///< places
     KeyFindings m_findings;
 };
 } // namespace
 
 KeyFindings examineFat(const Examination& examination, const Tree& expected, const FatPlace& place,
-                       bool mayKeepFiles) {
-    return FatReader(examination, expected, mayKeepFiles).examine(place);
+                       OtherFiles others) {
+    return FatReader(examination, expected, others).examine(place);
 }
 
 } // namespace velacreate

@@ -4,6 +4,7 @@
 
 #include "forms/examination.h"
 #include "forms/fatBootSector.h"
+#include "forms/otherFiles.h"
 
 #include <cstdint>
 #include <string>
@@ -23,8 +24,8 @@ struct KeyFindings {
 };
 
 /// Demands the one form that mkfs.vfat and the kernel give to a file system with the expected files.
-/// @param mayKeepFiles  others may be there, and any system may have written the names
+/// @param others  any system may have written their names
 KeyFindings examineFat(const Examination& examination, const Tree& expected, const FatPlace& place,
-                       bool mayKeepFiles);
+                       OtherFiles others);
 
 } // namespace velacreate

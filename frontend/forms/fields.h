@@ -16,6 +16,8 @@ using Sector = std::array<unsigned char, SECTOR_SIZE>;
 
 /// @name Fields of a boot record
 /// @{
+constexpr std::size_t DISK_SIGNATURE_FIELD = 440;
+constexpr std::size_t DISK_SIGNATURE_SIZE = 4;
 constexpr std::size_t PARTITIONS_FIELD = 446;
 constexpr std::size_t PARTITION_SIZE = 16;
 constexpr std::size_t FOURTH_PARTITION_FIELD = PARTITIONS_FIELD + 3 * PARTITION_SIZE;

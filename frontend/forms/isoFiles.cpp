@@ -46,6 +46,8 @@ private:
     void examineEmpty(const IsoNode& file, bool isInPlace) {
         if (file.part->size != 0) {
             m_medium.examination().differences.addDiffering(file.path, *file.part);
+        } else {
+            compareContent(m_medium.examination(), file.path, *file.part, 0);
         }
         if (!isInPlace) {
             m_medium.add(quote(file.path), "unexpected place of an empty file");

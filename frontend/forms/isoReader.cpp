@@ -1,13 +1,16 @@
 #include "forms/isoReader.h"
 
+#include "forms/foundFiles.h"
 #include "forms/isoBoot.h"
 #include "forms/isoFiles.h"
 #include "forms/isoPathTables.h"
+#include "support/beneath.h"
 #include "support/failure.h"
 
 #include <mediaRules.h>
 
 #include <algorithm>
+#include <deque>
 
 namespace velacreate {
 namespace {
@@ -129,6 +132,71 @@ private:
     IsoMedium m_medium;
     std::vector<IsoNode> m_nodes;
 };
+
+/// Records of itself and of the parent.
+constexpr std::size_t FIRST_RECORDS = 2;
+
+class IsoVisit {
+public:
+    IsoVisit(const Examination& examination, IsoPlatform platform, std::uint32_t blocks)
+        : m_medium(examination, platform, blocks), m_blocksLeft(blocks) {}
+
+    void visit(const VisitFound& visit) {
+        const auto root = examineIsoDescriptors(m_medium).primary;
+        m_directories.push_back({"", {root.block, root.size}});
+        while (!m_directories.empty()) {
+            const auto directory = m_directories.front();
+            m_directories.pop_front();
+            visitEntries(directory, visit);
+        }
+    }
+
+private:
+    struct Directory {
+        std::string place;
+        IsoExtent extent;
+    };
+
+    /// Directories that overlap cannot hold this up: altogether, no more blocks are read than there are.
+    void visitEntries(const Directory& directory, const VisitFound& visit) {
+        const auto [first, size] = directory.extent;
+        std::size_t records = 0;
+        for (std::uint32_t block = first; block - first < blocksOf(size) && m_medium.has(block, 1); ++block) {
+            if (m_blocksLeft == 0) {
+                return;
+            }
+            --m_blocksLeft;
+            const auto bytes = m_medium.read(offsetOf(block), ISO_BLOCK);
+            for (std::size_t at = 0; at < bytes.size() && bytes[at] != '\0';) {
+                const IsoRecord record(m_medium, IsoTreeKind::primary,
+                                       {std::string_view(bytes).substr(at), offsetOf(block) + at});
+                if (!record.isWhole()) {
+                    return;
+                }
+                at += record.length();
+                if (++records > FIRST_RECORDS) {
+                    use(pathBelow(directory.place, nameOf(record)), record, visit);
+                }
+            }
+        }
+    }
+
+    void use(const std::string& place, const IsoRecord& record, const VisitFound& visit) {
+        const auto extent = record.extent();
+        const bool isDirectory = record.isDirectory();
+        FoundFile found = {place, isDirectory, isDirectory ? 0 : extent.size, {}};
+        if (m_medium.has(extent.block, blocksOf(extent.size))) {
+            found.ranges = {{offsetOf(extent.block), extent.size}};
+        }
+        if (visit(found) && isDirectory) {
+            m_directories.push_back({place, extent});
+        }
+    }
+
+    IsoMedium m_medium;
+    std::uint64_t m_blocksLeft;
+    std::deque<Directory> m_directories;
+};
 } // namespace
 
 IsoPlatform platformOfImage(MediumBytes& medium) {
@@ -147,6 +215,13 @@ void examineIso(const Examination& examination, const Tree& expected, IsoPlatfor
                 BehindVolume behind) {
     if (const auto blocks = examinedSize(examination, behind); blocks > 0) {
         IsoReader(examination, expected, platform, blocks).examine();
+    }
+}
+
+void visitIso(const Examination& image, const VisitFound& visit) {
+    if (const auto blocks = examinedSize(image, BehindVolume::anything); blocks > 0) {
+        const auto platform = platformOfImage(image.medium);
+        IsoVisit(image, platform == IsoPlatform::none ? IsoPlatform::efi : platform, blocks).visit(visit);
     }
 }
 

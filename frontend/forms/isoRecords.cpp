@@ -250,4 +250,16 @@ std::string IsoRecord::rawIdentifierOf(IsoEntry entry, bool hasVersions) const {
     return raw + (m_kind == IsoTreeKind::primary && !m_isDirectory && hasVersions ? VERSION : "");
 }
 
+std::string asciiOf(const std::u16string& identifier) {
+    std::string text;
+    for (const auto character : identifier) {
+        text += character < 0x80 ? static_cast<char>(character) : '?';
+    }
+    return text;
+}
+
+std::string nameOf(const IsoRecord& record) {
+    return record.name().empty() ? asciiOf(record.identifier()) : record.name();
+}
+
 } // namespace velacreate

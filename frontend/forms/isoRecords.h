@@ -77,4 +77,10 @@ private:
     std::vector<IsoContinuation> m_continued; ///< more of them
 };
 
+/// @return an identifier with "?" in the place of other characters than those of ASCII
+std::string asciiOf(const std::u16string& identifier);
+
+/// @return the Rock Ridge name of a file or directory; its identifier when it has none
+std::string nameOf(const IsoRecord& record);
+
 } // namespace velacreate

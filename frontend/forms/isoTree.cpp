@@ -11,14 +11,6 @@ bool isAscii(const IsoName& name) {
     return std::all_of(name.text.begin(), name.text.end(), [](unsigned char byte) { return byte < 0x80; });
 }
 
-std::string textOf(const std::u16string& identifier) {
-    std::string text;
-    for (const auto character : identifier) {
-        text += character < 0x80 ? static_cast<char>(character) : '?';
-    }
-    return text;
-}
-
 void sortByName(std::vector<std::size_t>& children, const std::vector<IsoNode>& nodes) {
     std::sort(children.begin(), children.end(),
               [&](std::size_t one, std::size_t other) { return nodes[one].name < nodes[other].name; });
@@ -221,7 +213,7 @@ bool IsoTreeReader::choose(Directory& directory, const Fits& fits) {
 
 std::optional<std::size_t> IsoTreeReader::findPrimary(Directory& directory, const IsoRecord& record) {
     const auto& parent = m_nodes[directory.node];
-    const auto name = record.name().empty() ? textOf(record.identifier()) : record.name();
+    const auto name = nameOf(record);
     const auto path = pathBelow(parent.path, name);
     const auto& children = parent.children;
     const auto found =
@@ -280,7 +272,7 @@ std::optional<std::size_t> IsoTreeReader::findJoliet(Directory& directory, const
         }
         return isFree;
     });
-    const auto place = directory.place + ": " + quote(textOf(record.identifier()));
+    const auto place = directory.place + ": " + quote(asciiOf(record.identifier()));
     if (!isKnown) {
         m_medium.add(place, "it is there, but should not be");
         ++m_unknown;

@@ -15,7 +15,13 @@ KeyFindings examineKey(const Examination& examination, const Tree& expected, con
     refuseForeignMarks(examination, *partition, partition->offset + SECTOR_SIZE);
     const auto end = partition->offset + partition->size;
     reportVariation(examination, Variation::freeSpace, {end, examination.medium.size() - end});
-    return examineFat(examination, expected, place, form.mayKeepFiles);
+    auto findings = examineFat(examination, expected, place, form.others);
+    if (form.others == OtherFiles::tracesOfSystems) {
+        if (const auto note = noteOfDiskSignature(examination.medium); !note.empty()) {
+            findings.notes.push_back(note);
+        }
+    }
+    return findings;
 }
 
 void refuseLeftovers(const Examination& examination, const ByteRange& partition) {

@@ -12,8 +12,6 @@
 
 namespace velacreate {
 namespace {
-constexpr std::size_t DISK_SIGNATURE_FIELD = 440;
-constexpr std::size_t DISK_SIGNATURE_SIZE = 4;
 constexpr std::size_t START_FIELD = VelaCreation::START_OFFSET;
 constexpr std::size_t LENGTH_FIELD = VelaCreation::LENGTH_OFFSET;
 constexpr std::size_t END_ADDRESS_FIELD = VelaCreation::END_ADDRESS_OFFSET;
@@ -83,6 +81,25 @@ std::size_t capacityPlace(std::uint64_t length) {
     return static_cast<std::size_t>(VelaCreation::totalSectorsOffset(static_cast<std::int64_t>(length)));
 }
 
+bool isRecord(const unsigned char* record) {
+    return std::equal(SIGNATURE.begin(), SIGNATURE.end(), record + SIGNATURE_FIELD);
+}
+
+/// Whether any geometry gives this address to the last sector.
+bool isLastAddress(const unsigned char* address, std::uint64_t end) {
+    constexpr std::uint32_t mostHeads = 256;
+    constexpr std::uint32_t mostSectors = 63;
+    const VelaCreation::EndAddress found = {address[0], address[1], address[2]};
+    for (std::uint32_t heads = 1; heads <= mostHeads; ++heads) {
+        for (std::uint32_t sectors = 1; sectors <= mostSectors; ++sectors) {
+            if (VelaCreation::lastSectorAddress(static_cast<std::int64_t>(end), {heads, sectors}) == found) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
 class KeyRecord {
 public:
     KeyRecord(const Examination& examination, const KeyForm& form)
@@ -101,7 +118,11 @@ public:
         }
         medium.read(0, record.data(), record.size());
         const auto partition = fourthPartition(record.data());
-        compareWithCloneImage(partition);
+        if (m_form.head.openCloneImage) {
+            compareWithCloneImage(partition);
+        } else {
+            compareWithSums(partition);
+        }
         const auto range = partition.rangeOn(medium.size());
         if (!range) {
             add("there is no fourth partition");
@@ -116,7 +137,7 @@ private:
 
     void compareWithCloneImage(const Partition& partition) {
         const auto& name = VelaCreation::cloneImageFor(static_cast<std::int64_t>(partition.end()));
-        const auto image = m_form.openCloneImage(name);
+        const auto image = m_form.head.openCloneImage(name);
         if (!image.isOpen()) {
             add("the tool package has no " + quote(name) + ", so the boot record cannot be compared");
             return;
@@ -143,6 +164,35 @@ private:
         }
     }
 
+    void compareWithSums(const Partition& partition) {
+        const auto size = partition.start * SECTOR_SIZE;
+        if (partition.start == 0 || partition.start > VelaCreation::LARGEST_START ||
+            size > m_examination.medium.size()) {
+            add("the fourth partition does not begin where that of a key does");
+            return;
+        }
+        std::vector<unsigned char> head(size);
+        m_examination.medium.read(0, head.data(), head.size());
+        reportVariation(m_examination, Variation::diskSignature,
+                        {DISK_SIGNATURE_FIELD, PARTITIONS_FIELD - DISK_SIGNATURE_FIELD});
+        const auto& sums = m_form.head.bootCodes;
+        if (!sums.empty() && std::find(sums.begin(), sums.end(), sumOfBootCode(head)) == sums.end()) {
+            add("what lies before the file system, such as the boot code, is not what was signed");
+        }
+        if (!isRecord(head.data())) {
+            add("the boot record has no signature");
+        }
+        if (!isLastAddress(&head[END_ADDRESS_FIELD], partition.end())) {
+            add("the last address of the fourth partition is not that of its last sector");
+        }
+        const auto place = capacityPlace(partition.length);
+        const auto capacity = place + LENGTH_SIZE <= size ? littleEndian(&head[place], LENGTH_SIZE) : 0;
+        if (capacity != 0 &&
+            capacity != partition.length) { // a key that the library has not made may lack it
+            add("the gap before the file system has another length than the fourth partition");
+        }
+    }
+
     /// A key that was not made by the library may lack the capacity in the gap.
     static void allowUnfitted(const std::vector<unsigned char>& found, const std::vector<unsigned char>& own,
                               std::size_t at, std::vector<unsigned char>& head) {
@@ -164,9 +214,8 @@ std::optional<ByteRange> keyPartition(MediumBytes& medium) {
     }
     medium.read(0, record.data(), record.size());
     const auto partition = fourthPartition(record.data());
-    const bool isRecord = std::equal(SIGNATURE.begin(), SIGNATURE.end(), record.begin() + SIGNATURE_FIELD);
-    if (!isRecord || record[FOURTH_TYPE_FIELD] == 0 || partition.start == 0 || partition.length == 0 ||
-        partition.end() > medium.size() / SECTOR_SIZE) {
+    if (!isRecord(record.data()) || record[FOURTH_TYPE_FIELD] == 0 || partition.start == 0 ||
+        partition.length == 0 || partition.end() > medium.size() / SECTOR_SIZE) {
         return std::nullopt;
     }
     return ByteRange{partition.start * SECTOR_SIZE, partition.length * SECTOR_SIZE};

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "forms/examination.h"
+#include "forms/otherFiles.h"
 #include "support/descriptor.h"
 
 #include <cstdint>
@@ -13,12 +14,19 @@
 
 namespace velacreate {
 
+/// What a key must have before its file system: what a clone image has there, or its sum.
+struct KeyHead {
+    /// Opens a clone image as it is in the tool package, by its name; closed when the package lacks it. Empty
+    /// when there is no package.
+    std::function<Descriptor(const std::string& name)> openCloneImage;
+    std::vector<std::string> bootCodes = {}; ///< see sumOfBootCode(); empty when they are not known
+};
+
 /// What a key, or the image of one, must be like.
 struct KeyForm {
-    /// Opens a clone image as it is in the tool package, by its name; closed when the package lacks it.
-    std::function<Descriptor(const std::string& name)> openCloneImage;
-    bool isImage;      ///< of a key; its file system may fill it or not
-    bool mayKeepFiles; ///< that are not of the job
+    KeyHead head;
+    bool isImage; ///< of a key; its file system may fill it or not
+    OtherFiles others;
 };
 
 /// @return the fourth partition in a boot record; none when there is none, or it ends behind the medium
@@ -48,7 +56,8 @@ std::vector<std::string>
 sumsOfBootCode(const std::function<Descriptor(const std::string& cloneImage)>& openCloneImage);
 
 /// Demands all that lies before the file system as it is in the clone image, when that is fitted to the key
-/// or to a smaller one. It may be zero in an image.
+/// or to a smaller one. It may be zero in an image. Without a tool package, it must have one of the sums, and
+/// the places that these do not cover must agree with each other.
 /// @return where the file system lies; none, after a difference was added, when that is not known
 std::optional<ByteRange> examineKeyRecord(const Examination& examination, const KeyForm& form);
 

@@ -27,7 +27,7 @@ public:
         return true;
     }
 
-    bool isComplete() const { return m_size == m_part.size; }
+    bool isComplete() const { return m_size == m_part.size && m_examination.sources.isRight(); }
     std::uint32_t checksum() const { return static_cast<std::uint32_t>(m_checksum); }
 
 private:

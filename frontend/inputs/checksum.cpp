@@ -74,6 +74,10 @@ std::string sha256Of(const std::string& text) {
     return sum.digits();
 }
 
+bool isSum(const std::string& text) {
+    return text.size() == SUM_DIGITS && text.find_first_not_of(DIGITS) == std::string::npos;
+}
+
 std::string checksumLine(const std::string& sum, const std::string& name) {
     std::string escaped;
     for (const char character : name) {
@@ -105,7 +109,7 @@ bool isChecksumOf(const Descriptor& file, const std::string& name) {
     line.pop_back();
     const auto start = expected.find(sample);
     const auto sum = line.substr(start, SUM_DIGITS);
-    return sum.find_first_not_of(DIGITS) == std::string::npos && line == checksumLine(sum, name);
+    return isSum(sum) && line == checksumLine(sum, name);
 }
 
 } // namespace velacreate

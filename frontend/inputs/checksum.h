@@ -48,6 +48,9 @@ std::string sha256Of(const Descriptor& file, std::uint64_t offset, std::uint64_t
 /// @return that of a text
 std::string sha256Of(const std::string& text);
 
+/// Whether a text is such a sum.
+bool isSum(const std::string& text);
+
 /// @return the line that "sha256sum -c" reads, with the name escaped where necessary
 std::string checksumLine(const std::string& sum, const std::string& name);
 

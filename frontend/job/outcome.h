@@ -14,6 +14,7 @@ enum class JobKind {
     verifying,    ///< compares it with what would be made now
     comparing,    ///< a disc with its image
     comparingKey, ///< a key with its image
+    checking,     ///< compares a medium with the list of sums on it
 };
 
 struct Outcome {

@@ -62,7 +62,7 @@ struct KeyBytes {
         : uncached(job.target.disk ? openUncached(job.target.open) : Descriptor()),
           medium{job.target.disk ? uncached : job.target.open, sizeOf(job.target.open)} {
         medium.isKeyImage = !job.target.disk;
-        medium.mayKeepFiles = job.all.choices.format == FORMAT_NEVER;
+        medium.others = job.all.choices.format == FORMAT_NEVER ? OtherFiles::any : OtherFiles::none;
     }
 
     Descriptor uncached; ///< closed for an image
@@ -108,7 +108,8 @@ int decideFormat(const KeyJob& job, const Descriptor& jobDirectory, BootableUSB&
 
 int readBack(const KeyJob& job, const Descriptor& jobDirectory, Reporter& reporter) {
     const KeyBytes key(job);
-    return compareConfined(jobDirectory, job.inputs(), key.medium, JobKind::making, reporter);
+    return compareConfined(jobDirectory, job.inputs(), job.inputs().contents, key.medium, JobKind::making,
+                           reporter);
 }
 
 /// The status file tells of one job. Each of several jobs gets a private one.

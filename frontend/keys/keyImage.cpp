@@ -98,7 +98,7 @@ Outcome KeyImage::examine(bool isSummedUp, const JobDirectory& jobDirectory, con
 
 int KeyImage::readBlocks(const Descriptor& found, Reporter& reporter) const {
     MediumBytes bytes(m_file, size());
-    Sources sources(-1);
+    SourceFiles sources(-1);
     Differences differences;
     const Advance advance = [](std::uint64_t /*bytes*/) { prolong(); };
     const ReportVariation nobodyWantsToKnow;

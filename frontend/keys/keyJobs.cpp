@@ -31,7 +31,7 @@ std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>&
         const bool areWanted = sums != nullptr || contents.haveList();
         stageFiles(call.inputs, PackageForm::archive, here, areWanted ? &ofFiles : nullptr, reporter);
         if (contents.haveList()) {
-            writeMediumList(contents, ofFiles, "", signer, here);
+            writeMediumList(sumsByPlace(contents.tree, ofFiles), signer, here);
         }
         if (sums != nullptr) {
             reportSums(call.inputs, ofFiles, reporter);

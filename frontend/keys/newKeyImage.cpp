@@ -49,7 +49,7 @@ std::vector<unsigned char> headFor(const KeySize& size, const ToolPackage& packa
 
 FatLayout layoutOf(const Descriptor& image, const ByteRange& partition) {
     MediumBytes bytes(image, sizeOf(image));
-    Sources none(-1);
+    SourceFiles none(-1);
     Differences differences;
     std::vector<std::string> notes;
     const Advance nothingIsCompared = [](std::uint64_t /*bytes*/) {};

@@ -57,6 +57,44 @@ int conclude(Console& console, const std::vector<Key>& keys, const std::vector<O
     }
     return concludeKeys(console, keys, results, false);
 }
+
+/// The selected keys, as bytes.
+class OpenKeys {
+public:
+    explicit OpenKeys(const std::vector<Key>& keys) {
+        for (const auto& key : keys) {
+            if (isSelected(key)) {
+                const auto& disk = m_disks.emplace_back(openUncached(key.lock->descriptor()));
+                media.push_back({key.disk.node(), {disk, key.about.size}});
+            }
+        }
+    }
+
+    std::vector<ComparedMedium> media;
+
+private:
+    std::list<Descriptor> m_disks;
+};
+
+/// @return what the keys without a difference are called; empty when there is none
+std::string sameKeysText(const std::vector<Outcome>& outcomes) {
+    const auto same = std::count_if(outcomes.begin(), outcomes.end(),
+                                    [](const Outcome& outcome) { return outcome.status == 0; });
+    return same == 0 ? "" : same == 1 ? kindOf(MediumKind::key).name : std::to_string(same) + " keys";
+}
+
+OpenMedium openKeyImage(const std::string& path) {
+    auto medium = openToCompare("the key image", path, S_IFREG);
+    refuseIf(isIsoImage(medium.file), quote(path) + " is an ISO image; compare it with --image");
+    lockAlone(medium.file, medium.name);
+    return medium;
+}
+
+ReadMedium bytesOfKeyImage(const OpenMedium& medium) {
+    ReadMedium read = {medium.file, sizeOf(medium.file)};
+    read.isKeyImage = true;
+    return read;
+}
 } // namespace
 
 int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
@@ -69,22 +107,38 @@ int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Cons
     }
     const HeldSignals signals;
     inputs.announce(console, "Comparing " + mediaText(keys) + " with");
-    std::list<Descriptor> disks;
-    std::vector<ComparedMedium> media;
-    for (const auto& key : keys) {
-        if (isSelected(key)) {
-            const auto& disk = disks.emplace_back(openUncached(key.lock->descriptor()));
-            media.push_back({key.disk.node(), {disk, key.about.size}});
-        }
-    }
-    const auto outcomes = compareMedia({choices.job, inputs, scratch, signals, console}, media);
+    const OpenKeys open(keys);
+    const auto outcomes = compareMedia({choices.job, inputs, scratch, signals, console}, open.media);
     const int status = conclude(console, keys, outcomes, JobKind::verifying);
-    const auto isSame = [](const Outcome& outcome) { return outcome.status == 0; };
-    if (const auto same = std::count_if(outcomes.begin(), outcomes.end(), isSame); same != 0) {
-        console.say(
-            explanationText(same == 1 ? inputs.kind.name : std::to_string(same) + " keys", inputs.contents));
+    if (const auto same = sameKeysText(outcomes); !same.empty()) {
+        console.say(explanationText(same, inputs.contents));
     }
     return status;
+}
+
+int compareKeysWithLists(const std::vector<std::string>& devices, const ListCall& call) {
+    const auto keys = keysToCompare(devices);
+    openLog(call.console, call.show, "");
+    if (countSelected(keys) == 0) {
+        return conclude(call.console, keys, {}, JobKind::checking);
+    }
+    const HeldSignals signals;
+    call.console.say("Comparing " + mediaText(keys) + " with the list of sums on each");
+    OpenKeys open(keys);
+    for (auto& key : open.media) {
+        key.medium.others = OtherFiles::tracesOfSystems;
+    }
+    const auto outcomes = compareWithLists(call, kindOf(MediumKind::key), open.media, signals);
+    const int status = conclude(call.console, keys, outcomes, JobKind::checking);
+    if (const auto same = sameKeysText(outcomes); !same.empty()) {
+        call.console.say(meaningText(call, same, outcomes));
+    }
+    return status;
+}
+
+int compareKeyImageWithList(const std::string& keyImage, const ListCall& call) {
+    const auto medium = openKeyImage(keyImage);
+    return compareAloneWithList(call, kindOf(MediumKind::keyImage), medium, bytesOfKeyImage(medium));
 }
 
 int compareKeysWithImage(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
@@ -122,13 +176,9 @@ int compareKeysWithImage(const VerifyChoices& choices, const NamedDirectory& scr
 }
 
 int verifyKeyImage(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
-    const auto medium = openToCompare("the key image", choices.keyImage, S_IFREG);
-    refuseIf(isIsoImage(medium.file), quote(choices.keyImage) + " is an ISO image; compare it with --image");
-    lockAlone(medium.file, medium.name);
+    const auto medium = openKeyImage(choices.keyImage);
     const Inputs inputs(choices.job, MediumKind::key, scratch);
-    ReadMedium read = {medium.file, sizeOf(medium.file)};
-    read.isKeyImage = true;
-    return compareAlone(choices.job, inputs, scratch, medium, read, console);
+    return compareAlone(choices.job, inputs, scratch, medium, bytesOfKeyImage(medium), console);
 }
 
 } // namespace velacreate

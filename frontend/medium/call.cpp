@@ -61,17 +61,7 @@ int openSigner(Signer& signer, const ManifestChoices& choices, const Inputs& inp
                : 0;
 }
 
-void writeMediumList(const Contents& contents, const Sums& sums, const std::string& archive,
-                     const Signer& signer, const Descriptor& jobDirectory) {
-    Sums listed;
-    if (!archive.empty()) {
-        listed.emplace(VelaCreation::NETBOOT_ARCHIVE, archive);
-    }
-    for (const auto& [place, part] : contents.listed()) {
-        if (!part.isDirectory && !isListName(place)) {
-            listed.emplace(place, sums.at(part.source));
-        }
-    }
+void writeMediumList(const Sums& listed, const Signer& signer, const Descriptor& jobDirectory) {
     const auto list = mediumListOf(listed);
     write(jobDirectory, MEDIUM_LIST, list);
     if (signer.isOpen()) {

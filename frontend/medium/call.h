@@ -39,11 +39,9 @@ int openSigner(Signer& signer, const ManifestChoices& choices, const Inputs& inp
                const HeldSignals& signals, Console& console);
 
 /// In the job's process: writes the list of sums of a medium into a job directory, and its signature.
-/// @param sums  of the files on the medium, by their paths in the job directory
-/// @param archive  the sum of the archive of a network-boot directory; empty for another medium
+/// @param listed  by their places on the medium
 /// @throw Failure
-void writeMediumList(const Contents& contents, const Sums& sums, const std::string& archive,
-                     const Signer& signer, const Descriptor& jobDirectory);
+void writeMediumList(const Sums& listed, const Signer& signer, const Descriptor& jobDirectory);
 
 /// Stages the files in a job of its own, for several media.
 /// @param stage  called there

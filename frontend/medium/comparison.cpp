@@ -3,6 +3,8 @@
 #include "display/summary.h"
 #include "inputs/names.h"
 #include "job/confinement.h"
+#include "medium/listedMedium.h"
+#include "medium/reporting.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/texts.h"
@@ -16,40 +18,12 @@
 
 namespace velacreate {
 namespace {
-/// Begins a stage.
-/// @return to be called with the bytes that have been compared
+/// @return as advanceIn
 Advance beginReadingBack(std::uint64_t size, Reporter& reporter) {
-    reporter.stage("Reading back", size);
-    return [&reporter](std::uint64_t bytes) {
-        reporter.advance(bytes);
-        prolong();
-    };
+    reporter.stage(STAGE_READING_BACK, size);
+    return advanceIn(reporter);
 }
 
-int report(const Differences& differences, JobKind kind, const Reporter& reporter) {
-    if (differences.count() == 0) {
-        return 0;
-    }
-    const bool isFailure = kind == JobKind::making;
-    const auto lines = differences.lines();
-    for (const auto& line : lines) {
-        reporter.finding(line);
-    }
-    if (const auto unshown = differences.count() - lines.size(); unshown != 0) {
-        reporter.finding("and " + std::to_string(unshown) + " more differences");
-    }
-    const auto others = differences.count() - 1;
-    reporter.reason(lines.front() +
-                    (isFailure || others == 0 ? "" : ", and " + std::to_string(others) + " more"));
-    return EXIT_DIFFERENT;
-}
-
-void reportKept(const Findings& findings, const Reporter& reporter) {
-    if (findings.keptFiles != 0) {
-        reporter.addition(counted(findings.keptFiles, "other file") + " with " +
-                          sizeText(findings.keptBytes) + " not looked at");
-    }
-}
 } // namespace
 
 std::vector<Outcome> compareMedia(const Call& call, const std::vector<ComparedMedium>& media) {
@@ -65,7 +39,9 @@ std::vector<Outcome> compareMedia(const Call& call, const std::vector<ComparedMe
         jobs.reserve(media.size());
         for (const auto& [name, medium] : media) {
             const auto work = [&, medium = medium](Reporter& reporter) {
-                return compareConfined(directory, call.inputs, medium, JobKind::verifying, reporter);
+                const auto& inputs = call.inputs;
+                const auto contents = withListAsOn(medium, inputs.kind, inputs.contents, directory, reporter);
+                return compareConfined(directory, inputs, contents, medium, JobKind::verifying, reporter);
             };
             jobs.push_back({name, directory.number(), work, {}, nullptr, JobKind::verifying});
         }
@@ -125,19 +101,17 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
     return supervise({job}, 1, signals, console).front();
 }
 
-int compareConfined(const Descriptor& directory, const Inputs& inputs, const ReadMedium& medium, JobKind kind,
-                    Reporter& reporter) {
-    const auto advance = beginReadingBack(inputs.contents.size(), reporter);
-    const Comparison comparison = {directory.number(), inputs.package, inputs.contents, medium, advance};
+int compareConfined(const Descriptor& directory, const Inputs& inputs, const Contents& contents,
+                    const ReadMedium& medium, JobKind kind, Reporter& reporter) {
+    const auto advance = beginReadingBack(contents.size(), reporter);
+    SourceFiles sources(directory.number());
+    const auto head = headOfKeys(inputs.package);
+    const Comparison comparison = {sources, head, contents, medium, advance};
     Findings findings;
     const auto examine = inputs.kind.compare(comparison, findings);
     const auto work = [&] {
         examine(findings);
-        for (const auto& note : findings.notes) {
-            reporter.note(note);
-        }
-        reportKept(findings, reporter);
-        return report(findings.differences, kind, reporter);
+        return reportAll(findings, kind, reporter);
     };
     return runConfined(directory, work, reporter);
 }
@@ -152,7 +126,9 @@ int compareBlocksConfined(const Descriptor& directory, const ImageBlocks& image,
 int examineForm(const Descriptor& directory, const Inputs& inputs, ReadMedium medium,
                 const std::function<int(const std::string& fault)>& faulty, Reporter& reporter) {
     medium.isFormOnly = true;
-    const Comparison comparison = {directory.number(), inputs.package, inputs.contents, medium,
+    SourceFiles sources(directory.number());
+    const auto head = headOfKeys(inputs.package);
+    const Comparison comparison = {sources, head, inputs.contents, medium,
                                    [](std::uint64_t /*bytes*/) { prolong(); }};
     Findings findings;
     const auto examine = inputs.kind.compare(comparison, findings);

@@ -51,12 +51,11 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
 /// @name In the job's process
 /// @{
 
-/// Compares a medium in a confined process. Reports each difference: as a failure when a medium is made, else
-/// as a finding; and what is on a key besides.
-/// @param directory with the sources
-/// @return EXIT_DIFFERENT, or 0 when there is no difference
-int compareConfined(const Descriptor& directory, const Inputs& inputs, const ReadMedium& medium, JobKind kind,
-                    Reporter& reporter);
+/// Compares a medium in a confined process, and reports what was found.
+/// @param directory with the sources of the contents
+/// @return as reportAll
+int compareConfined(const Descriptor& directory, const Inputs& inputs, const Contents& contents,
+                    const ReadMedium& medium, JobKind kind, Reporter& reporter);
 
 /// Compares a key with its image in the same way.
 /// @param directory  to which the process is confined

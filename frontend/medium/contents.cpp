@@ -113,7 +113,7 @@ void requireListable(const std::string& place) {
 }
 
 void addList(Contents& contents, const WantedList& list) {
-    Tree& tree = contents.besideArchive.empty() ? contents.tree : contents.besideArchive;
+    Tree& tree = contents.listed();
     std::uint64_t size = contents.besideArchive.empty() ? 0 : sizeOfLine(VelaCreation::NETBOOT_ARCHIVE);
     for (const auto& [place, part] : tree) {
         if (!part.isDirectory) {
@@ -151,6 +151,16 @@ void addBesideArchive(Contents& contents, const std::vector<const char*>& names,
 
 std::uint64_t sizeOf(const Tree& tree) {
     return sizeOfAll(tree);
+}
+
+Sums sumsByPlace(const Tree& tree, const Sums& sums) {
+    Sums byPlace;
+    for (const auto& [place, part] : tree) {
+        if (!part.isDirectory && !isListName(place)) {
+            byPlace.emplace(place, sums.at(part.source));
+        }
+    }
+    return byPlace;
 }
 
 std::uint64_t Contents::size() const {

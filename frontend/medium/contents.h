@@ -18,12 +18,17 @@ struct Part {
         source; ///< of its bytes, below the job directory: "boot/grub.cfg", or the place of an update file
     std::uint64_t size;
     bool isDirectory;
+    std::string sum = {}; ///< SHA-256, in the place of a source
 };
 
 /// By the path on the medium.
 using Tree = std::map<std::string, Part>;
 
 std::uint64_t sizeOf(const Tree& tree); ///< of all files
+
+/// @param sums  by the sources of files
+/// @return those of all files of a tree but a list and its signature, by their places
+Sums sumsByPlace(const Tree& tree, const Sums& sums);
 
 /// The list of sums that a medium is to have.
 struct WantedList {
@@ -41,6 +46,7 @@ struct Contents {
 
     /// What a list of sums names, together with the archive of a network-boot directory.
     const Tree& listed() const { return besideArchive.empty() ? tree : besideArchive; }
+    Tree& listed() { return besideArchive.empty() ? tree : besideArchive; }
     bool haveList() const;
 };
 

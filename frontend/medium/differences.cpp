@@ -8,7 +8,7 @@
 namespace velacreate {
 namespace {
 std::string named(const std::string& place, const Part& part) {
-    const std::string origin = isBootFile(part.source) ? "boot " : "update ";
+    const std::string origin = part.source.empty() ? "" : isBootFile(part.source) ? "boot " : "update ";
     return origin + (part.isDirectory ? "directory " : "file ") + quote(place);
 }
 

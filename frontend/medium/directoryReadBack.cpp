@@ -20,9 +20,9 @@ void compareFile(const Comparison& comparison, const Descriptor& file, const std
         return;
     }
     MediumBytes bytes(file, size);
-    Sources sources(comparison.jobDirectory);
     const ReportVariation nobodyWantsToKnow;
-    compareContent({bytes, sources, differences, comparison.advance, nobodyWantsToKnow}, place, part, 0);
+    compareContent({bytes, comparison.sources, differences, comparison.advance, nobodyWantsToKnow}, place,
+                   part, 0);
 }
 
 void compare(const Comparison& comparison, Beneath& directory, const std::string& place, const Part& part,

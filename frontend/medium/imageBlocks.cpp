@@ -58,7 +58,7 @@ void writePiece(const Descriptor& device, const ByteRange& piece, const Buffer& 
 template <typename Function>
 auto examining(const Descriptor& file, Differences& differences, const Function& function) {
     MediumBytes bytes(file, sizeOf(file));
-    Sources sources(-1);
+    SourceFiles sources(-1);
     const ReportVariation nobodyWantsToKnow;
     const Advance uncounted = [](std::uint64_t /*bytes*/) {};
     return function(Examination{bytes, sources, differences, uncounted, nobodyWantsToKnow});

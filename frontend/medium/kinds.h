@@ -17,6 +17,7 @@ struct Comparison;
 struct Findings;
 
 constexpr const char* STAGE_WRITING_OUT = "Writing out";
+constexpr const char* STAGE_READING_BACK = "Reading back";
 
 enum class MediumKind { image, powerPcImage, key, keyImage, netbootDirectory };
 

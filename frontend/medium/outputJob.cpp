@@ -76,7 +76,8 @@ void dropStaging(const JobChoices& choices, const Descriptor& jobDirectory) {
 int readBack(const Inputs& inputs, const Descriptor& jobDirectory, Reporter& reporter) {
     const auto medium = openBeneath(jobDirectory.number(), inputs.kind.place, O_RDONLY);
     check(medium.isOpen()).orFail("what was made");
-    return compareConfined(jobDirectory, inputs, {medium, sizeOf(medium)}, JobKind::making, reporter);
+    return compareConfined(jobDirectory, inputs, inputs.contents, {medium, sizeOf(medium)}, JobKind::making,
+                           reporter);
 }
 
 /// Reads the output back. Meanwhile it is flushed, and its checksum is made.
@@ -118,8 +119,9 @@ void addListBesideArchive(const Inputs& inputs, const Sums& sums, const Signer& 
     const auto archive = openBeneath(jobDirectory.number(), inputs.kind.place + "/" + name, O_RDONLY);
     check(archive.isOpen()).orFail(quote(name));
     reporter.stage("Summing up the archive", sizeOf(archive));
-    const auto sum = sha256Of(archive, [&](std::uint64_t bytes) { reporter.advance(bytes); });
-    writeMediumList(inputs.contents, sums, sum, signer, jobDirectory);
+    auto listed = sumsByPlace(inputs.contents.besideArchive, sums);
+    listed[name] = sha256Of(archive, [&](std::uint64_t bytes) { reporter.advance(bytes); });
+    writeMediumList(listed, signer, jobDirectory);
     copyBesideArchive(inputs.kind, MEDIUM_LIST, jobDirectory);
     if (signer.isOpen()) {
         copyBesideArchive(inputs.kind, MEDIUM_SIGNATURE, jobDirectory);
@@ -135,7 +137,7 @@ int make(const OutputJob& job, const Signer& signer, Reporter& reporter) {
     const bool areWanted = contents.haveList() || job.form == PackageForm::unpacked; // for a key's image
     stageFiles(job.inputs, job.form, jobDirectory, areWanted ? &sums : nullptr, reporter);
     if (contents.haveList() && !hasArchive) {
-        writeMediumList(contents, sums, "", signer, jobDirectory);
+        writeMediumList(sumsByPlace(contents.tree, sums), signer, jobDirectory);
     }
     const int result = job.workflow(jobDirectory, sums, reporter);
     if (result == 0 && contents.haveList() && hasArchive) {

@@ -18,9 +18,8 @@ template <typename Reader>
 auto examine(const Comparison& comparison, const Descriptor& file, std::uint64_t size,
              Differences& differences, const Reader& reader) {
     MediumBytes bytes(file, size);
-    Sources sources(comparison.jobDirectory);
     const ReportVariation nobodyWantsToKnow;
-    return reader(Examination{bytes, sources, differences, comparison.advance, nobodyWantsToKnow,
+    return reader(Examination{bytes, comparison.sources, differences, comparison.advance, nobodyWantsToKnow,
                               comparison.medium.isFormOnly});
 }
 
@@ -53,11 +52,14 @@ Examine imageExamination(const Comparison& comparison, IsoPlatform platform) {
     };
 }
 
-KeyForm formOf(const ReadMedium& medium, const ToolPackage& package) {
-    return {[&package](const std::string& name) { return package.beginningOf(name); }, medium.isKeyImage,
-            medium.mayKeepFiles};
+KeyForm formOf(const Comparison& comparison) {
+    return {comparison.head, comparison.medium.isKeyImage, comparison.medium.others};
 }
 } // namespace
+
+KeyHead headOfKeys(const ToolPackage& package) {
+    return {[&package](const std::string& name) { return package.beginningOf(name); }};
+}
 
 Examine compareEfiImage(const Comparison& comparison, Findings& /*findings*/) {
     return imageExamination(comparison, IsoPlatform::efi);
@@ -70,7 +72,7 @@ Examine comparePowerPcImage(const Comparison& comparison, Findings& /*findings*/
 Examine compareKey(const Comparison& comparison, Findings& /*findings*/) {
     return [&comparison](Findings& findings) {
         const auto& medium = comparison.medium;
-        const auto form = formOf(medium, comparison.package);
+        const auto form = formOf(comparison);
         const auto found = examine(comparison, medium.file, medium.size, findings.differences,
                                    [&](const Examination& examination) {
                                        return examineKey(examination, comparison.contents.tree, form);
@@ -84,10 +86,12 @@ Examine compareKey(const Comparison& comparison, Findings& /*findings*/) {
 Obstacles obstaclesOn(const ReadMedium& stick, const ToolPackage& package) {
     const Contents nothing;
     Obstacles found;
-    const Comparison comparison = {-1, package, nothing, stick, [](std::uint64_t /*bytes*/) {}};
+    SourceFiles noSources(-1);
+    const auto head = headOfKeys(package);
+    const Comparison comparison = {noSources, head, nothing, stick, [](std::uint64_t /*bytes*/) {}};
     const auto partition =
         examine(comparison, stick.file, stick.size, found.bootRecord, [&](const Examination& examination) {
-            return examineKeyRecord(examination, formOf(stick, package));
+            return examineKeyRecord(examination, formOf(comparison));
         });
     if (partition) {
         examine(comparison, stick.file, stick.size, found.leftovers,

@@ -2,9 +2,11 @@
 /// Reads media, and holds each of their bytes against what should be there. Nothing is mounted.
 #pragma once
 
+#include "forms/keyRecord.h"
 #include "inputs/toolPackage.h"
 #include "medium/contents.h"
 #include "medium/differences.h"
+#include "medium/sources.h"
 
 #include <cstdint>
 #include <functional>
@@ -15,18 +17,18 @@ namespace velacreate {
 
 /// A medium that is read back or verified.
 struct ReadMedium {
-    const Descriptor& file;    ///< a file, a disk, or a network-boot directory
-    std::uint64_t size = 0;    ///< in bytes; not of a directory
-    bool isDisc = false;       ///< a drive has more blocks behind a disc's volume
-    bool isKeyImage = false;   ///< somebody else may have made it
-    bool mayKeepFiles = false; ///< files that are not of the job may be on a key
-    bool isFormOnly = false;   ///< the content of files is not compared
+    const Descriptor& file;               ///< a file, a disk, or a network-boot directory
+    std::uint64_t size = 0;               ///< in bytes; not of a directory
+    bool isDisc = false;                  ///< a drive has more blocks behind a disc's volume
+    bool isKeyImage = false;              ///< somebody else may have made it
+    OtherFiles others = OtherFiles::none; ///< on a key
+    bool isFormOnly = false;              ///< the content of files is not compared
 };
 
 /// What should be on a medium.
 struct Comparison {
-    int jobDirectory;           ///< with the sources of the contents
-    const ToolPackage& package; ///< with the clone image that a key was made from
+    Sources& sources; ///< of the contents
+    const KeyHead& head;
     const Contents& contents;
     const ReadMedium& medium;
     Advance advance;
@@ -51,6 +53,10 @@ Examine comparePowerPcImage(const Comparison& comparison, Findings& findings);
 Examine compareKey(const Comparison& comparison, Findings& findings);
 Examine compareNetbootDirectory(const Comparison& comparison, Findings& findings);
 /// @}
+
+/// @param package  must outlive the result
+/// @return what its clone images tell
+KeyHead headOfKeys(const ToolPackage& package);
 
 /// What formatting would not change on a stick.
 struct Obstacles {

@@ -10,7 +10,12 @@
 
 namespace velacreate {
 
-void Sources::enter(const Part& part) {
+void SourceFiles::enter(const Part& part) {
+    m_hasSum = !part.sum.empty();
+    if (m_hasSum) {
+        m_sums.enter(part);
+        return;
+    }
     m_name = part.source;
     m_file = m_workplace.open(part.source, TO_READ);
     if (!m_file.isOpen()) {
@@ -22,7 +27,10 @@ void Sources::enter(const Part& part) {
     }
 }
 
-bool Sources::hold(std::uint64_t offset, const void* data, std::size_t size) {
+bool SourceFiles::hold(std::uint64_t offset, const void* data, std::size_t size) {
+    if (m_hasSum) {
+        return m_sums.hold(offset, data, size);
+    }
     m_buffer.resize(BLOCK_SIZE);
     for (std::size_t done = 0; done < size;) {
         const std::size_t wanted = std::min(size - done, BLOCK_SIZE);
@@ -37,6 +45,24 @@ bool Sources::hold(std::uint64_t offset, const void* data, std::size_t size) {
         done += wanted;
     }
     return true;
+}
+
+bool SourceFiles::isRight() {
+    return !m_hasSum || m_sums.isRight(); // of a file, all bytes were
+}
+
+void SourceSums::enter(const Part& part) {
+    m_sum = Sha256();
+    m_expected = part.sum;
+}
+
+bool SourceSums::hold(std::uint64_t /*offset*/, const void* data, std::size_t size) {
+    m_sum.add(data, size);
+    return true;
+}
+
+bool SourceSums::isRight() {
+    return m_sum.digits() == m_expected;
 }
 
 } // namespace velacreate

@@ -6,7 +6,6 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <ctime>
 #include <iomanip>
 #include <sstream>
 
@@ -76,9 +75,12 @@ std::string localTimeText() {
 }
 
 std::string universalTimeText() {
-    const std::time_t now = std::time(nullptr);
+    return universalTimeText(std::time(nullptr));
+}
+
+std::string universalTimeText(std::time_t time) {
     std::tm universal{};
-    gmtime_r(&now, &universal);
+    gmtime_r(&time, &universal);
     return formatted(universal, "%FT%TZ");
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,7 @@ std::string localTimeText();
 
 /// @return the universal time, such as "2026-11-25T09:28:35Z"
 std::string universalTimeText();
+std::string universalTimeText(std::time_t time);
 
 /// Whether a text has no characters but letters and digits of ASCII, and these others.
 bool isPlain(const std::string& text, const std::string& others);

@@ -18,6 +18,10 @@ bool isListName(const std::string& place);
 /// @return the list, sorted, as "sha256sum -c" of GNU and of BusyBox reads it
 std::string mediumListOf(const Sums& sums);
 
+/// Reads a list that mediumListOf() can have made, and no other one.
+/// @throw Untrusted with a sentence about "its list of sums"
+Sums sumsIn(const std::string& list);
+
 /// How long that list is, which does not depend on the sums.
 /// @return in bytes
 std::size_t sizeOfLine(const std::string& place);

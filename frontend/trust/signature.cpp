@@ -57,7 +57,7 @@ std::string idText(const std::string& id) {
 
 std::string idIn(const std::string& signature) {
     const auto bytes = bytesIn(secondLine(signature), SIGNATURE_SIZE);
-    if (!bytes || signature.size() >= LARGEST_SIGNATURE) {
+    if (!bytes || signature.size() >= LARGEST_SIGNATURE || signature.back() != '\n') {
         throw Untrusted("its signature is not in the form of minisign");
     }
     return bytes->substr(ALGORITHM_SIZE, ID_SIZE);

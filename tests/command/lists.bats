@@ -36,7 +36,8 @@ unpacks() { # what was made
     *) HOME=/nonexistent xorriso -osirrox on -indev work/i.iso -extract / /srv/found >/dev/null 2>&1 && rm -f /srv/found/boot.catalog ;;
     esac
 }
-all=("iso|image" "iso --platform ppc|powerpc-image" "usb --output k.img|key" "pxe|netboot")
+all=("iso|image|--image i.iso" "iso --platform ppc|powerpc-image|--image i.iso" "usb --output k.img|key|--key-image k.img"
+    "pxe|netboot|--pxe ../out")
 
 @test "each medium has a list of its files that is signed, and is the same from the same files" {
     zip -qj work/tool.zip /srv/init1.img
@@ -44,17 +45,20 @@ all=("iso|image" "iso --platform ppc|powerpc-image" "usb --output k.img|key" "px
     mkdir -p work/many
     touch work/many/"it's \$x & ü "{1..30} work/many/-c
     export SOURCE_DATE_EPOCH=1704067200
-    local call
+    local call kind medium
     for call in "${all[@]}"; do
+        IFS='|' read -r call kind medium <<<"$call"
         changed="-path job/out -o -path job/work/i.iso -o -name k.img*"
-        as=user ends 0 eval "${call%|*}" '"${ours[@]}"' --force folder a.txt zephyn many
+        as=user ends 0 eval "$call" '"${ours[@]}"' --force folder a.txt zephyn many
         unpacks "$call"
-        isSigned "${call#*|}" "$([[ $call != usb* ]] || echo ' boot:*')"
+        isSigned "$kind" "$([[ $call != usb* ]] || echo ' boot:*')"
         mv /srv/found /srv/first
-        as=user ends 0 eval "${call%|*}" '"${ours[@]}"' --force many folder zephyn a.txt
+        as=user ends 0 eval "$call" '"${ours[@]}"' --force many folder zephyn a.txt
         unpacks "$call"
         diff -r /srv/found /srv/first
         rm -rf /srv/first
+        eval ends 0 verify "$medium" many folder zephyn a.txt
+        told '^Note: the list of sums on it is signed, which was not checked; verify --trust does that$'
     done
 }
 
@@ -72,6 +76,10 @@ all=("iso|image" "iso --platform ppc|powerpc-image" "usb --output k.img|key" "px
     makes pxe --force "${ours[@]}" a.txt
     unpacks pxe
     isListed
+    makes verify --pxe ../out a.txt
+    sed -i 1d out/medium.sha256
+    ends 3 verify --pxe ../out a.txt
+    told "^file 'medium.sha256' differs$"
     touch out/Medium.sha256
     refuses "'../out' is not empty, and no network-boot directory: it holds 'Medium.sha256'" pxe --force a.txt
 }
