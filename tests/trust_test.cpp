@@ -63,6 +63,16 @@ TEST_F(TrustTest, TakesPublicKeysOnly) {
     }
 }
 
+TEST_F(TrustTest, UsesTheVeryPackageThatItChecked) {
+    prepare("pack boot/file; makeKey k; sign k work/p.zip; sha256sum work/p.zip >sum");
+    const PublicKeys keys({"k.pub"});
+    const NamedDirectory place{"work", opened("work")};
+    const ToolPackage package("work/p.zip", CloneImages::unwanted, PackageTrust{&keys, &place});
+    prepare("echo other >work/p.zip; ! find work -name '.velacreate-*' | grep .");
+    EXPECT_EQ(package.sum(), contentOf("sum").substr(0, 64));
+    EXPECT_TRUE(package.isFile(opened("work/p.zip").status()));
+}
+
 /// Each row: what makes a list, and why it is refused.
 TEST_F(TrustTest, RefusesLists) {
     const std::string right = sha256Of("a") + "  a\n" + sha256Of("b") + "  d/e f\n";
@@ -226,15 +236,5 @@ INSTANTIATE_TEST_SUITE_P(Of, ListedTest, testing::Values("image", "powerpc-image
                              name.erase(std::remove(name.begin(), name.end(), '-'), name.end());
                              return name;
                          });
-
-TEST_F(TrustTest, UsesTheVeryPackageThatItChecked) {
-    prepare("pack boot/file; makeKey k; sign k work/p.zip; sha256sum work/p.zip >sum");
-    const PublicKeys keys({"k.pub"});
-    const NamedDirectory place{"work", opened("work")};
-    const ToolPackage package("work/p.zip", CloneImages::unwanted, PackageTrust{&keys, &place});
-    prepare("echo other >work/p.zip; ! find work -name '.velacreate-*' | grep .");
-    EXPECT_EQ(package.sum(), contentOf("sum").substr(0, 64));
-    EXPECT_TRUE(package.isFile(opened("work/p.zip").status()));
-}
 
 } // namespace
