@@ -2,6 +2,7 @@
 /// The options of each command.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -80,6 +81,14 @@ struct WriteChoices {
     std::string image;
     bool verify = true;
     ShowChoices show;
+};
+
+struct StationChoices {
+    UsbChoices usb;
+    std::string image; ///< of a key, in place of the tool package and the update files
+    std::string slots;
+    std::string learn;                    ///< a slots file to be made
+    std::uint64_t largest = 64ULL << 30U; ///< in bytes
 };
 
 struct PxeChoices {

@@ -275,10 +275,10 @@ TEST_F(DisksTest, HoldIsForOneOnlyAndCountsTraffic) {
     {
         const DiskLock hold(disk);
         EXPECT_EQ(holding(disk), "refused: another program is working on " + loop.node());
-        const auto before = hold.traffic();
+        const auto before = trafficOf(disk);
         shell("dd if=/dev/zero of=" + loop.node() + " bs=64k count=16 oflag=direct status=none; dd if=" +
               loop.node() + " of=/dev/null bs=64k count=8 iflag=direct status=none");
-        const auto after = hold.traffic();
+        const auto after = trafficOf(disk);
         EXPECT_EQ(after.written - before.written, 2048U);
         EXPECT_EQ(after.read - before.read, 1024U);
     }

@@ -5,6 +5,7 @@
 #include "commands/commands.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
+#include "support/texts.h"
 
 #include <mediaRules.h>
 
@@ -40,13 +41,17 @@ CLI::Option* addPackage(CLI::App& command, JobChoices& job) {
     return command.add_option("--package", job.package, "The tool package")->type_name("ZIP");
 }
 
-void addUpdates(CLI::App& command, JobChoices& job) {
+void addUpdateFiles(CLI::App& command, JobChoices& job) {
     command.add_option("--directory", job.directory, "The directory of the update files")
         ->capture_default_str()
         ->type_name("DIR");
     command.add_option(UPDATES, job.files,
                        "Update files and directories, as paths below DIR; without any, or with the path . "
                        "alone, everything in DIR");
+}
+
+void addUpdates(CLI::App& command, JobChoices& job) {
+    addUpdateFiles(command, job);
     command.add_flag("--keep", job.keep, "Keep the job directory and print its path");
 }
 
@@ -91,12 +96,16 @@ void addKeys(CLI::App& command, KeyChoices& keys) {
     command.add_flag("--all", keys.all, "All removable media, but no USB hard disks");
 }
 
-void addKeyOptions(CLI::App& command, KeyChoices& keys) {
+void addJobsAndReport(CLI::App& command, KeyChoices& keys) {
     command.add_option("--jobs", keys.jobs, "Make at most N keys at the same time (default: all)")
         ->type_name("N")
         ->check(CLI::Range(1, MOST_JOBS).description(""));
     command.add_option("--report", keys.report, "Append a line of JSON for each key to this file")
         ->type_name("FILE");
+}
+
+void addKeyOptions(CLI::App& command, KeyChoices& keys) {
+    addJobsAndReport(command, keys);
     command.add_flag("--eject", keys.eject, "Power each key down when it was made");
     command.add_flag("--any-disk", keys.anyDisk, "Accept a disk that is neither removable nor on USB");
     addYes(command, keys.yes);
@@ -163,6 +172,7 @@ public:
         addPxe();
         addBurn();
         addVerify();
+        addStation();
         addServe();
         addIdentify();
         addList();
@@ -191,9 +201,12 @@ private:
     }
 
     /// Runs a function if the user has chosen this command.
-    void call(CLI::App& command, const std::function<int()>& run) {
-        command.callback([this, run, &command] {
-            requireUpdates(command);
+    /// @param takesFiles  an option without which the command takes no update files; null when there is none
+    void call(CLI::App& command, const std::function<int()>& run, const char* takesFiles = nullptr) {
+        command.callback([this, run, takesFiles, &command] {
+            if (takesFiles == nullptr || command.count(takesFiles) != 0) {
+                requireUpdates(command);
+            }
             requireValues(command);
             m_run = run;
         });
@@ -267,6 +280,48 @@ private:
                          "Read each key back and compare it (default), or do not");
         addMessageOptions(command, m_write.show);
         addQuiet(command, m_console);
+    }
+
+    void addStation() {
+        auto& command = add("station", "Make a key of each stick that is plugged in");
+        const auto run = [this, &command] {
+            requireOneOf(command, {"--package", "--key-image", "--learn"});
+            refuseWithout(command, {"--package", "--key-image"},
+                          {"--slots", "--erase", "--largest", "--jobs", "--report", "--log", "--verbose",
+                           "--work", "--yes"});
+            refuseWithout(command, {"--package"}, {"--directory", UPDATES});
+            if (m_station.learn.empty() && m_station.slots.empty()) {
+                throw Refusal("station takes a slots file; name it with --slots, or make one with --learn");
+            }
+            return runStation(m_station, m_caller, m_console);
+        };
+        call(command, run, "--package");
+        auto& usb = m_station.usb;
+        addPackage(command, usb.job);
+        addUpdateFiles(command, usb.job);
+        command
+            .add_option("--key-image", m_station.image,
+                        "Write this image of a key, instead of making keys from files")
+            ->type_name("KEY.img");
+        command.add_option("--slots", m_station.slots, "The file that names the ports of the station")
+            ->type_name("FILE");
+        command.add_option("--learn", m_station.learn, "Make such a file: asks for a stick in each slot")
+            ->type_name("FILE");
+        command.add_flag("--erase", usb.erase, "Make a key of any stick; this erases everything on it");
+        command
+            .add_option_function<std::string>(
+                "--largest",
+                [this](const std::string& text) {
+                    const auto size = sizeIn(text);
+                    refuseIf(!size, "--largest takes a size such as 64GiB, and " + quote(text) + " is none");
+                    m_station.largest = *size;
+                },
+                "Refuse larger sticks (default: 64GiB)")
+            ->type_name("SIZE");
+        addJobsAndReport(command, usb.keys);
+        addYes(command, usb.keys.yes);
+        addMessageOptions(command, usb.job.show);
+        addWork(command, usb.work);
     }
 
     void addPxe() {
@@ -463,6 +518,7 @@ private:
     PxeChoices m_pxe;
     BurnChoices m_burn;
     VerifyChoices m_verify;
+    StationChoices m_station;
     ServeChoices m_serve;
     std::string m_device;
     bool m_json = false;

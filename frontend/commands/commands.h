@@ -16,6 +16,7 @@ int writeKeys(const WriteChoices& choices, const CallerEnvironment& caller, Cons
 int makeNetbootDirectory(const PxeChoices& choices, const CallerEnvironment& caller, Console& console);
 int burn(const BurnChoices& choices, const CallerEnvironment& caller, Console& console);
 int verify(const VerifyChoices& choices, const CallerEnvironment& caller, Console& console);
+int runStation(const StationChoices& choices, const CallerEnvironment& caller, Console& console);
 int serve(const ServeChoices& choices, const CallerEnvironment& caller, Console& console);
 int identify(const std::string& device, Console& console);
 int listDisks(bool json, Console& console);

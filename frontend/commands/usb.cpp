@@ -50,23 +50,13 @@ void requireProgramsFor(const UsbChoices& choices) {
     }
 }
 
-/// The kernel's count includes the flushing, which would otherwise look like a standstill.
-std::map<std::string, Gauge> gaugesOf(const DiskLock& lock, std::uint64_t expected) {
-    const Gauge written{expected, [&lock](pid_t /*job*/) { return lock.traffic().written * SECTOR; }};
-    std::map<std::string, Gauge> gauges;
-    for (const auto& stage : kindOf(MediumKind::key).stages) {
-        gauges[stage.text] = written;
-    }
-    return gauges;
-}
-
 std::vector<KeyTask> tasksFor(const std::vector<Key>& keys, std::uint64_t expected, KeyResults& results) {
     std::vector<KeyTask> tasks;
     for (std::size_t index = 0; index < keys.size(); ++index) {
         const auto& key = keys[index];
         if (isSelected(key)) {
             const KeyTarget target{key.lock->descriptor(), key.disk};
-            tasks.push_back({key.disk.node(), target, gaugesOf(*key.lock, expected),
+            tasks.push_back({key.disk.node(), target, gaugesOf(key.disk, expected),
                              [&results, index](const Outcome& outcome) { results.settle(index, outcome); }});
         }
     }

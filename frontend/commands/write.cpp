@@ -43,7 +43,7 @@ std::vector<Outcome> writeToKeys(const WriteChoices& choices, const KeyImage& im
             return writeKey(image, key.disk, key.lock->descriptor(), choices.verify, reporter);
         };
         const Gauge written{sizeOf(image.blocks().blocks),
-                            [&key](pid_t /*job*/) { return key.lock->traffic().written * SECTOR; }};
+                            [&key](pid_t /*job*/) { return trafficOf(key.disk).written * SECTOR; }};
         jobs.push_back({key.disk.node(),
                         jobDirectory.directory().number(),
                         work,

@@ -1,11 +1,9 @@
 #include "disks/diskLock.h"
 
-#include "disks/sysfs.h"
 #include "support/failure.h"
 #include "support/waiting.h"
 
 #include <cerrno>
-#include <sstream>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -71,14 +69,6 @@ void DiskLock::unmount() const {
     refuseIf(error.number() == EBUSY,
              m_disk.node() + " is still in use, though not mounted here; a container may have it");
     throw Refusal(error.about(m_disk.node()));
-}
-
-DiskLock::Traffic DiskLock::traffic() const {
-    std::istringstream counts(attribute(deviceDirectory(m_disk.number) / "stat"));
-    std::uint64_t other = 0;
-    Traffic traffic{};
-    counts >> other >> other >> traffic.read >> other >> other >> other >> traffic.written;
-    return traffic;
 }
 
 } // namespace velacreate

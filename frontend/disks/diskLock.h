@@ -29,13 +29,6 @@ public:
     /// elsewhere, such as in another mount namespace
     void unmount() const;
 
-    /// Sectors of 512 bytes written to and read from the whole disk so far; 0 when the disk is gone.
-    struct Traffic {
-        std::uint64_t written;
-        std::uint64_t read;
-    };
-    Traffic traffic() const;
-
 private:
     Disk m_disk;
     Descriptor m_descriptor;

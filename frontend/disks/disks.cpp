@@ -10,6 +10,7 @@
 #include <cctype>
 #include <chrono>
 #include <filesystem>
+#include <sstream>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -138,6 +139,14 @@ DiskDescription describe(const Disk& disk) {
 bool isPulledOut(const Disk& disk) {
     const auto directory = deviceDirectory(disk.number);
     return becomesTrue(std::chrono::seconds(1), [&] { return !fs::exists(directory); });
+}
+
+Traffic trafficOf(const Disk& disk) {
+    std::istringstream counts(attribute(deviceDirectory(disk.number) / "stat"));
+    std::uint64_t other = 0;
+    Traffic traffic{};
+    counts >> other >> other >> traffic.read >> other >> other >> other >> traffic.written;
+    return traffic;
 }
 
 dev_t partitionNumber(const Disk& disk, int partition) {

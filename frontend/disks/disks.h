@@ -70,6 +70,13 @@ DiskDescription describe(const Disk& disk);
 /// Whether a disk that could not be read or written was pulled out. The kernel may take a moment to tell.
 bool isPulledOut(const Disk& disk);
 
+/// Sectors of 512 bytes written to and read from a whole disk so far; 0 when the disk is gone.
+struct Traffic {
+    std::uint64_t written;
+    std::uint64_t read;
+};
+Traffic trafficOf(const Disk& disk);
+
 /// @return the number of a partition's device; 0 when there is none
 dev_t partitionNumber(const Disk& disk, int partition);
 

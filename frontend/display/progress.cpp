@@ -69,8 +69,12 @@ public:
 
     void line(std::size_t number, const std::string& text, bool isAtWork) override {
         m_rows.resize(std::max(m_rows.size(), number + 1));
-        m_rows[number].stage = printable(text);
-        m_rows[number].isAtWork = isAtWork;
+        m_rows[number] = {m_rows[number].medium, printable(text), 0, 0, Clock::now(), isAtWork};
+        draw();
+    }
+
+    void footer(const std::string& text) override {
+        m_footer = printable(text);
         draw();
     }
 
@@ -80,14 +84,19 @@ public:
     void draw() override {
         const auto size = terminalSize();
         std::string lines;
-        const auto rows = shownRows(size.ws_row);
+        const std::size_t below = m_footer.empty() ? 0 : 1;
+        const auto rows = shownRows(size.ws_row - std::min<std::size_t>(size.ws_row - 1, below));
         for (const Row* row : rows) {
             lines += "\r\033[K" + lineFor(*row, size.ws_col) + "\n";
         }
-        const auto drawn = rows.size() + (rows.size() < m_rows.size() ? 1 : 0);
-        if (drawn > rows.size()) {
+        const std::size_t more = rows.size() < m_rows.size() ? 1 : 0;
+        if (more != 0) {
             lines += "\r\033[K" + std::to_string(m_rows.size() - rows.size()) + " more\n";
         }
+        if (below != 0) {
+            lines += "\r\033[K" + m_footer.substr(0, size.ws_col) + "\n";
+        }
+        const auto drawn = rows.size() + more + below;
         if (m_drawn != 0 && lines == m_lines) {
             return;
         }
@@ -163,6 +172,7 @@ private:
     const Screen& m_screen;
     std::size_t m_drawn = 0; ///< on the terminal
     std::string m_lines;     ///< as last drawn
+    std::string m_footer;
     std::vector<Row> m_rows;
 };
 } // namespace

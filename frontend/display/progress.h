@@ -26,10 +26,12 @@ public:
     /// @param text the result
     virtual void ended(std::size_t /*medium*/, const std::string& /*text*/) {}
 
-    /// Shows a line that is not about a medium. Such lines are numbered from 0; no media are shown beside
-    /// them.
-    /// @param isAtWork whether it is shown when there are too many lines
+    /// Shows a text in the line of a medium, or of something else. Lines are numbered from 0, as media are.
+    /// @param isAtWork whether it is shown first when there are too many lines
     virtual void line(std::size_t /*number*/, const std::string& /*text*/, bool /*isAtWork*/) {}
+
+    /// Shows a line below all others.
+    virtual void footer(const std::string& /*text*/) {}
 
     /// Whether it is redrawn, and shows such lines.
     virtual bool isLive() const { return false; }

@@ -99,6 +99,15 @@ JobDirectory::~JobDirectory() {
     }
 }
 
+void JobDirectory::refresh() const {
+    futimens(m_directory.number(), nullptr);
+    visitTree(m_directory.number(),
+              [](const Descriptor& parent, const std::string& /*path*/, const std::string& name) {
+                  utimensat(parent.number(), name.c_str(), nullptr, AT_SYMLINK_NOFOLLOW);
+                  return true;
+              });
+}
+
 std::string JobDirectory::keep() {
     const auto name = std::exchange(m_name, "");
     const auto visible = name.substr(1);

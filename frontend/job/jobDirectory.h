@@ -28,6 +28,9 @@ public:
 
     const Descriptor& directory() const { return m_directory; }
 
+    /// Makes all that is in it new, for programs that remove old files.
+    void refresh() const;
+
     /// Keeps it for the user.
     /// @return its new path
     std::string keep();

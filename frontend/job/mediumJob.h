@@ -34,8 +34,8 @@ struct MediumJob {
     /// For a server: called with each line of its output. Lines of other jobs are failures of the library.
     std::function<void(const std::string& line, Progress& progress)> takeLine = nullptr;
 
-    /// For a server: called once a second.
-    /// @return why it must be ended; empty when it can go on
+    /// Called once a second; may be null.
+    /// @return why the job must be ended; empty when it can go on
     std::function<std::string()> whatIsGone = nullptr;
 
     /// A server has no stages and runs until it is killed.

@@ -26,6 +26,7 @@ struct Outcome {
     JobKind kind = JobKind::making;
     std::string addition = {};                    ///< with which the result in words ends
     std::map<std::string, std::string> sums = {}; ///< SHA-256, by the place of the file
+    bool wasRight = false; ///< a medium to be made held already what it should, and was not written
 };
 
 } // namespace velacreate

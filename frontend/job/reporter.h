@@ -22,6 +22,7 @@ struct Event {
         note = 'n',     ///< information for the user
         addition = 'a', ///< the result in words ends with it
         sum = 'h',      ///< the SHA-256 sum of a file, a blank, and its place
+        right = 'w',    ///< the medium needs nothing
         end = 'x',      ///< there are no more events
         reason = 'r',   ///< why the job fails
     };
@@ -44,6 +45,7 @@ public:
     void message(int level, const std::string& text) const;
     void changing() const { send(Event::Kind::changing, ""); }
     void burning() const { send(Event::Kind::burning, ""); }
+    void alreadyRight() const { send(Event::Kind::right, ""); }
     void finding(const std::string& text) const { send(Event::Kind::finding, text); }
     void note(const std::string& text) const { send(Event::Kind::note, text); }
     void addition(const std::string& text) const { send(Event::Kind::addition, text); }

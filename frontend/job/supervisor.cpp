@@ -32,15 +32,22 @@ double secondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
+Outcome notRun(const MediumJob& job) {
+    return {EXIT_INTERRUPTED, "", {}, false, 0, 0, job.kind};
+}
+
 /// A running job and what it has reported.
 class RunningJob {
 public:
-    /// @param index the number of its medium in the progress
     /// @param isAlone whether it is the only medium, so that messages need not name it
-    RunningJob(const MediumJob& job, std::size_t index, bool isAlone, Outcome& outcome, Console& console,
-               Progress& progress)
-        : m_job(job), m_index(index), m_name(isAlone ? "" : job.medium + ": "), m_outcome(outcome),
-          m_console(console), m_progress(progress), m_process(job.jobDirectory, job.work) {}
+    /// @param isEndShown whether its end is shown when it is one of several
+    RunningJob(NextJob next, bool isAlone, bool isEndShown, Console& console, Progress& progress)
+        : m_job(std::move(next.job)), m_index(next.medium), m_name(isAlone ? "" : m_job.medium + ": "),
+          m_isEndShown(isEndShown), m_outcome(notRun(m_job)), m_console(console), m_progress(progress),
+          m_process(m_job.jobDirectory, m_job.work) {}
+
+    std::size_t medium() const { return m_index; }
+    const Outcome& outcome() const { return m_outcome; }
 
     bool isBurning() const { return m_isBurning; }
     /// A server is killed by any signal.
@@ -81,7 +88,7 @@ public:
     }
 
     void checkWhatItNeeds() {
-        if (m_job.isServer() && m_gone.empty() && Clock::now() >= m_nextCheck) {
+        if (m_job.whatIsGone && m_gone.empty() && Clock::now() >= m_nextCheck) {
             m_gone = m_job.whatIsGone();
             m_nextCheck = Clock::now() + CHECKED_EVERY;
             if (!m_gone.empty()) {
@@ -116,7 +123,7 @@ public:
         if (!m_job.isServer()) {
             m_progress.ended(m_index, resultText(m_outcome, false));
         }
-        if (!m_name.empty()) {
+        if (!m_name.empty() && m_isEndShown) {
             m_console.say(m_name + resultText(m_outcome, false));
         }
         if (m_job.ended) {
@@ -165,6 +172,9 @@ private:
         }
         case Event::Kind::reason:
             m_outcome.reason = event.text;
+            break;
+        case Event::Kind::right:
+            m_outcome.wasRight = true;
             break;
         case Event::Kind::end:
             m_hasEvents = false;
@@ -223,10 +233,11 @@ private:
         m_stageStart = Clock::now();
     }
 
-    const MediumJob& m_job;
+    const MediumJob m_job;
     std::size_t m_index;
     std::string m_name;
-    Outcome& m_outcome;
+    bool m_isEndShown;
+    Outcome m_outcome;
     Console& m_console;
     Progress& m_progress;
     ChildProcess m_process;
@@ -246,20 +257,55 @@ private:
     bool m_hasFinding = false;
 };
 
+/// Jobs that are known from the start.
+class FixedJobs : public JobSource {
+public:
+    explicit FixedJobs(const std::vector<MediumJob>& jobs) : m_jobs(jobs) {
+        std::transform(jobs.begin(), jobs.end(), std::back_inserter(m_outcomes), notRun);
+    }
+
+    std::vector<std::string> media() const override {
+        std::vector<std::string> media;
+        for (const auto& job : m_jobs) {
+            if (!job.isServer()) {
+                media.push_back(job.medium);
+            }
+        }
+        return media;
+    }
+
+    bool hasMore() const override { return m_next < m_jobs.size(); }
+
+    std::optional<NextJob> next() override {
+        if (!hasMore()) {
+            return std::nullopt;
+        }
+        const auto medium = m_next++;
+        return NextJob{medium, m_jobs[medium]};
+    }
+
+    void ended(std::size_t medium, const Outcome& outcome) override { m_outcomes[medium] = outcome; }
+
+    const std::vector<Outcome>& outcomes() const { return m_outcomes; }
+
+private:
+    const std::vector<MediumJob>& m_jobs;
+    std::vector<Outcome> m_outcomes;
+    std::size_t m_next = 0;
+};
+
 /// All jobs of one call.
 class Supervision {
 public:
-    Supervision(const std::vector<MediumJob>& jobs, std::size_t atOnce, const HeldSignals& signals,
+    Supervision(JobSource& source, bool isAlone, std::size_t atOnce, const HeldSignals& signals,
                 Console& console)
-        : m_jobs(jobs), m_atOnce(atOnce), m_signals(signals), m_console(console),
-          m_progress(console.beginProgress(media())), m_isRedrawn(m_progress.isLive() && !media().empty()) {
-        for (const auto& job : jobs) {
-            m_outcomes.push_back({EXIT_INTERRUPTED, "", {}, false, 0, 0, job.kind});
-        }
-    }
+        : m_source(source), m_isAlone(isAlone), m_atOnce(atOnce), m_signals(signals), m_console(console),
+          m_progress(console.beginProgress(source.media())),
+          m_isRedrawn(m_progress.isLive() && !source.media().empty()) {}
 
-    std::vector<Outcome> run() {
-        while (startMore(), !m_running.empty()) {
+    void run() {
+        m_source.begin(m_progress);
+        while (startMore(), !m_running.empty() || (m_source.hasMore() && !m_killTime)) {
             wait();
             for (auto& job : m_running) {
                 job.listen();
@@ -270,39 +316,40 @@ public:
             if (m_killTime && Clock::now() >= *m_killTime) {
                 signalAll(SIGKILL);
             }
-            m_running.remove_if([&](RunningJob& job) { return job.concludeIfEnded(m_killTime.has_value()); });
+            m_running.remove_if([&](RunningJob& job) {
+                const bool hasEnded = job.concludeIfEnded(m_killTime.has_value());
+                if (hasEnded) {
+                    m_source.ended(job.medium(), job.outcome());
+                }
+                return hasEnded;
+            });
             for (auto& job : m_running) {
                 job.checkWhatItNeeds();
             }
+            m_source.look();
             if (m_isRedrawn && Clock::now() - m_drawn >= REDRAWN_EVERY) {
                 redraw();
             }
         }
         m_console.endProgress();
-        return m_outcomes;
     }
 
 private:
-    /// Media with stages to show.
-    std::vector<std::string> media() const {
-        std::vector<std::string> media;
-        for (const auto& job : m_jobs) {
-            if (!job.isServer()) {
-                media.push_back(job.medium);
-            }
-        }
-        return media;
-    }
-
     void startMore() {
-        for (; !m_killTime && m_next < m_jobs.size() && m_running.size() < m_atOnce; ++m_next) {
-            auto& outcome = m_outcomes[m_next];
+        while (!m_killTime && m_running.size() < m_atOnce) {
+            auto next = m_source.next();
+            if (!next) {
+                return;
+            }
+            auto outcome = notRun(next->job);
+            const auto medium = next->medium;
             try {
-                m_running.emplace_back(m_jobs[m_next], m_next, m_jobs.size() == 1, outcome, m_console,
-                                       m_progress);
+                m_running.emplace_back(std::move(*next), m_isAlone, m_source.leavesEndsToSupervisor(),
+                                       m_console, m_progress);
             } catch (const Failure& failure) { // other jobs go on
                 outcome.status = EXIT_UNFINISHED;
                 outcome.reason = failure.what();
+                m_source.ended(medium, outcome);
             }
         }
     }
@@ -314,11 +361,18 @@ private:
                 sources.push_back({descriptor, POLLIN, 0});
             }
         }
-        const auto longest = m_isRedrawn || m_killTime ? REDRAWN_EVERY : CHECKED_EVERY;
+        const bool comeMore = m_source.news() >= 0;
+        if (comeMore) {
+            sources.push_back({m_source.news(), POLLIN, 0});
+        }
+        const auto longest = m_isRedrawn || m_killTime || comeMore ? REDRAWN_EVERY : CHECKED_EVERY;
         poll(sources.data(), sources.size(), static_cast<int>(longest.count()));
     }
 
     void interrupt(int number) {
+        if (number == SIGINT && m_source.close()) {
+            return;
+        }
         const bool isBurning =
             std::any_of(m_running.begin(), m_running.end(), [](const auto& job) { return job.isBurning(); });
         if (isBurning && number == SIGINT && !m_hasWarned) {
@@ -345,15 +399,14 @@ private:
         m_drawn = Clock::now();
     }
 
-    const std::vector<MediumJob>& m_jobs;
+    JobSource& m_source;
+    bool m_isAlone;
     std::size_t m_atOnce;
     const HeldSignals& m_signals;
     Console& m_console;
     Progress& m_progress;
     bool m_isRedrawn;
-    std::vector<Outcome> m_outcomes;
     std::list<RunningJob> m_running;
-    std::size_t m_next = 0;
     std::optional<Clock::time_point> m_killTime; ///< when jobs that do not end are killed
     bool m_hasWarned = false;
     Clock::time_point m_drawn;
@@ -362,8 +415,15 @@ private:
 
 std::vector<Outcome> supervise(const std::vector<MediumJob>& jobs, std::size_t atOnce,
                                const HeldSignals& signals, Console& console) {
+    FixedJobs source(jobs);
     console.watchInterrupts(signals.descriptor().number());
-    return Supervision(jobs, atOnce, signals, console).run();
+    Supervision(source, jobs.size() == 1, atOnce, signals, console).run();
+    return source.outcomes();
+}
+
+void supervise(JobSource& source, std::size_t atOnce, const HeldSignals& signals, Console& console) {
+    console.watchInterrupts(signals.descriptor().number());
+    Supervision(source, false, atOnce, signals, console).run();
 }
 
 } // namespace velacreate

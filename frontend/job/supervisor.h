@@ -4,6 +4,7 @@
 
 #include "display/console.h"
 #include "job/heldSignals.h"
+#include "job/jobSource.h"
 #include "job/mediumJob.h"
 
 #include <vector>
@@ -16,5 +17,9 @@ namespace velacreate {
 /// @return their outcomes, in order
 std::vector<Outcome> supervise(const std::vector<MediumJob>& jobs, std::size_t atOnce,
                                const HeldSignals& signals, Console& console);
+
+/// The same for jobs that come while others run. Ctrl-C closes the source, if it can be closed; the next one
+/// ends all jobs, as other signals do at once.
+void supervise(JobSource& source, std::size_t atOnce, const HeldSignals& signals, Console& console);
 
 } // namespace velacreate

@@ -24,23 +24,37 @@ void sumUp(const Inputs& inputs, const Descriptor& staged, Reporter& reporter) {
 }
 } // namespace
 
+Outcome stageForKeys(const Call& call, const JobDirectory& sharedStaging, InputSums* sums) {
+    auto staged = stageShared(call, PackageForm::archive, sharedStaging,
+                              [&](const Descriptor& here, Reporter& reporter) {
+                                  if (sums != nullptr) {
+                                      sumUp(call.inputs, here, reporter);
+                                  }
+                              });
+    if (staged.status == 0 && sums != nullptr) {
+        sums->updates = staged.sums;
+        sums->package = sums->updates.extract(PACKAGE_NAME).mapped();
+    }
+    return staged;
+}
+
+std::map<std::string, Gauge> gaugesOf(const Disk& disk, std::uint64_t expected) {
+    const Gauge written{expected, [disk](pid_t /*job*/) { return trafficOf(disk).written * SECTOR; }};
+    std::map<std::string, Gauge> gauges;
+    for (const auto& stage : kindOf(MediumKind::key).stages) {
+        gauges[stage.text] = written;
+    }
+    return gauges;
+}
+
 std::vector<Outcome> runKeyJobs(const KeyJobs& jobs, const std::vector<KeyTask>& tasks, InputSums* sums) {
     const Call& call = jobs.call;
     JobDirectory sharedStaging(call.place);
-    const auto staged = stageShared(call, PackageForm::archive, sharedStaging,
-                                    [&](const Descriptor& here, Reporter& reporter) {
-                                        if (sums != nullptr) {
-                                            sumUp(call.inputs, here, reporter);
-                                        }
-                                    });
+    const auto staged = stageForKeys(call, sharedStaging, sums);
     if (staged.status != 0) {
         keepIfWanted(call.choices, sharedStaging, call.console);
         std::vector<Outcome> none(tasks.size(), staged);
         return none;
-    }
-    if (sums != nullptr) {
-        sums->updates = staged.sums;
-        sums->package = sums->updates.extract(PACKAGE_NAME).mapped();
     }
 
     std::deque<JobDirectory> jobDirectories;

@@ -27,14 +27,6 @@ std::uint64_t capacityOf(const Disk& disk, const std::string& format) {
     return fatCapacity(partition, 0);
 }
 
-void requireErasable(const Key& key, const Inputs& inputs) {
-    const auto image = cloneImageFor(key.about.size);
-    inputs.package.requireFile(image, "a new key of this size is made from it");
-    requireFittable(inputs.package, image);
-    refuseFor(key.disk, eraseIneligibilityReason(key.disk, image, inputs.package.entries().at(image).size));
-    requireFitting(inputs.contents, key.about.size - KEY_IMAGE_OFFSET, key.disk.node());
-}
-
 /// A machine would start from another boot record, or find something else than FAT.
 void requireNoObstacles(const Key& key, const Inputs& inputs) {
     const auto obstacles = obstaclesOn({key.lock->descriptor(), key.about.size}, inputs.package);
@@ -46,16 +38,6 @@ void requireNoObstacles(const Key& key, const Inputs& inputs) {
     };
     refuse("has another boot record than a key", obstacles.bootRecord);
     refuse("carries what formatting would not remove", obstacles.leftovers);
-}
-
-void requireFillable(const Key& key, const UsbChoices& choices, const Inputs& inputs) {
-    refuseFor(key.disk, lacksPartition(key.disk));
-    if (choices.format == FORMAT_AUTO || choices.job.verify) {
-        inputs.package.requireFile(cloneImageFor(key.about.size), "a key of this size is recognised by it");
-        requireNoObstacles(key, inputs);
-    }
-    requireFitting(inputs.contents, capacityOf(key.disk, choices.format),
-                   "partition " + std::to_string(KEY_PARTITION) + " of " + key.disk.node());
 }
 
 std::vector<NeededFiles> neededBy(const UsbChoices& choices, const NamedDirectory& scratch) {
@@ -83,6 +65,24 @@ ChosenKeys chooseKeysToFill(const UsbChoices& choices, const Inputs& inputs, con
         }
     };
     return chooseKeys(choices.keys, neededBy(choices, scratch), requireUsable, console);
+}
+
+void requireErasable(const Key& key, const Inputs& inputs) {
+    const auto image = cloneImageFor(key.about.size);
+    inputs.package.requireFile(image, "a new key of this size is made from it");
+    requireFittable(inputs.package, image);
+    refuseFor(key.disk, eraseIneligibilityReason(key.disk, image, inputs.package.entries().at(image).size));
+    requireFitting(inputs.contents, key.about.size - KEY_IMAGE_OFFSET, key.disk.node());
+}
+
+void requireFillable(const Key& key, const UsbChoices& choices, const Inputs& inputs) {
+    refuseFor(key.disk, lacksPartition(key.disk));
+    if (choices.format == FORMAT_AUTO || choices.job.verify) {
+        inputs.package.requireFile(cloneImageFor(key.about.size), "a key of this size is recognised by it");
+        requireNoObstacles(key, inputs);
+    }
+    requireFitting(inputs.contents, capacityOf(key.disk, choices.format),
+                   "partition " + std::to_string(KEY_PARTITION) + " of " + key.disk.node());
 }
 
 void requireFittable(const ToolPackage& package, const std::string& cloneImage) {

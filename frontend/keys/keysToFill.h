@@ -16,6 +16,12 @@ namespace velacreate {
 ChosenKeys chooseKeysToFill(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
                             Console& console);
 
+/// @name Refuse a locked key that a call cannot make from any stick, or fill
+/// @{
+void requireErasable(const Key& key, const Inputs& inputs);
+void requireFillable(const Key& key, const UsbChoices& choices, const Inputs& inputs);
+/// @}
+
 /// Refuses a tool package whose clone image cannot be fitted to a key.
 void requireFittable(const ToolPackage& package, const std::string& cloneImage);
 

@@ -59,4 +59,13 @@ int compareWithKeyImage(const KeyImage& image, const Descriptor& held, JobKind k
     return status;
 }
 
+bool isSameAsKeyImage(const KeyImage& image, const Descriptor& held, Reporter& reporter) {
+    const Descriptor here(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const auto disk = openUncached(held);
+    const bool isSame =
+        compareBlocksToFirstDifference(here, image.blocks(), {disk, sizeOf(disk)}, reporter) == 0;
+    image.requireUnchanged();
+    return isSame;
+}
+
 } // namespace velacreate

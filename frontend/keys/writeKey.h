@@ -21,4 +21,7 @@ int writeKey(const KeyImage& image, const Disk& disk, const Descriptor& held, bo
 /// In such a process: compares a key with an image.
 int compareWithKeyImage(const KeyImage& image, const Descriptor& held, JobKind kind, Reporter& reporter);
 
+/// In such a process: whether a key is the same as an image. Differences are not reported.
+bool isSameAsKeyImage(const KeyImage& image, const Descriptor& held, Reporter& reporter);
+
 } // namespace velacreate

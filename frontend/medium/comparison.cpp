@@ -16,10 +16,16 @@
 
 namespace velacreate {
 namespace {
+constexpr const char* STAGE_READING_BACK = "Reading back";
+constexpr const char* STAGE_COMPARING = "Comparing";
+
+/// Ends a comparison.
+struct Different {};
+
 /// Begins a stage.
 /// @return to be called with the bytes that have been compared
-Advance beginReadingBack(std::uint64_t size, Reporter& reporter) {
-    reporter.stage("Reading back", size);
+Advance beginReading(const char* stage, std::uint64_t size, Reporter& reporter) {
+    reporter.stage(stage, size);
     return [&reporter](std::uint64_t bytes) {
         reporter.advance(bytes);
         prolong();
@@ -116,8 +122,8 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
         reporter.stage("Waiting for the disc");
         const auto disc = takeDisc(drive);
         const auto size = static_cast<std::uint64_t>(image.status().st_size);
-        return report(compareDisc(image, disc, beginReadingBack(size, reporter)), JobKind::comparing,
-                      reporter);
+        return report(compareDisc(image, disc, beginReading(STAGE_READING_BACK, size, reporter)),
+                      JobKind::comparing, reporter);
     };
     const MediumJob job = {discText(drive.name()), anywhere.number(), work, {}, nullptr, JobKind::comparing};
     return supervise({job}, 1, signals, console).front();
@@ -125,7 +131,7 @@ Outcome compareWithImage(const DiscDrive& drive, const Descriptor& image, const 
 
 int compareConfined(const Descriptor& directory, const Inputs& inputs, const ReadMedium& medium, JobKind kind,
                     Reporter& reporter) {
-    const auto advance = beginReadingBack(inputs.contents.size(), reporter);
+    const auto advance = beginReading(STAGE_READING_BACK, inputs.contents.size(), reporter);
     const Comparison comparison = {directory.number(), inputs.package, inputs.contents, medium, advance};
     Findings findings;
     const auto examine = inputs.kind.compare(comparison, findings);
@@ -142,9 +148,51 @@ int compareConfined(const Descriptor& directory, const Inputs& inputs, const Rea
 
 int compareBlocksConfined(const Descriptor& directory, const ImageBlocks& image, const ReadMedium& key,
                           JobKind kind, Reporter& reporter) {
-    const auto advance = beginReadingBack(sizeOf(image.blocks), reporter);
+    const auto advance = beginReading(STAGE_READING_BACK, sizeOf(image.blocks), reporter);
     return runConfined(
         directory, [&] { return report(compareBlocks(image, key, advance), kind, reporter); }, reporter);
+}
+
+int compareToFirstDifference(const Descriptor& directory, const Inputs& inputs, const ReadMedium& medium,
+                             Reporter& reporter) {
+    const auto advance = beginReading(STAGE_COMPARING, inputs.contents.size(), reporter);
+    Findings findings;
+    const auto stopAtDifference = [&] {
+        if (findings.differences.count() != 0) {
+            throw Different();
+        }
+    };
+    const Advance advanceWhileSame = [&](std::uint64_t bytes) {
+        advance(bytes);
+        stopAtDifference();
+    };
+    auto itsForm = medium;
+    itsForm.isFormOnly = true;
+    const Advance uncounted = [](std::uint64_t /*bytes*/) { prolong(); };
+    const Comparison ofForm = {directory.number(), inputs.package, inputs.contents, itsForm, uncounted};
+    const Comparison ofAll = {directory.number(), inputs.package, inputs.contents, medium, advanceWhileSame};
+    const auto examineItsForm = inputs.kind.compare(ofForm, findings); // without reading all files
+    const auto examineAll = inputs.kind.compare(ofAll, findings);
+    const auto work = [&] {
+        try {
+            examineItsForm(findings);
+            stopAtDifference();
+            examineAll(findings);
+            stopAtDifference();
+            return 0;
+        } catch (const Different&) {
+            return EXIT_DIFFERENT;
+        }
+    };
+    return runConfined(directory, work, reporter);
+}
+
+int compareBlocksToFirstDifference(const Descriptor& directory, const ImageBlocks& image,
+                                   const ReadMedium& key, Reporter& reporter) {
+    const auto advance = beginReading(STAGE_COMPARING, sizeOf(image.blocks), reporter);
+    return runConfined(
+        directory, [&] { return compareBlocks(image, key, advance).count() == 0 ? 0 : EXIT_DIFFERENT; },
+        reporter);
 }
 
 int examineForm(const Descriptor& directory, const Inputs& inputs, ReadMedium medium,

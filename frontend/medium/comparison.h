@@ -63,6 +63,15 @@ int compareConfined(const Descriptor& directory, const Inputs& inputs, const Rea
 int compareBlocksConfined(const Descriptor& directory, const ImageBlocks& image, const ReadMedium& key,
                           JobKind kind, Reporter& reporter);
 
+/// @name Compare a medium in the same way, but only to the first difference, which is not reported
+/// @return EXIT_DIFFERENT, or 0 when there is no difference
+/// @{
+int compareToFirstDifference(const Descriptor& directory, const Inputs& inputs, const ReadMedium& medium,
+                             Reporter& reporter);
+int compareBlocksToFirstDifference(const Descriptor& directory, const ImageBlocks& image,
+                                   const ReadMedium& key, Reporter& reporter);
+/// @}
+
 /// Examines in a confined process whether a key can be filled as it is: nothing is on it that is not
 /// expected, unless it may keep files, and its file system is sound.
 /// @param faulty called there with the first fault, if any

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <ctime>
 #include <iomanip>
+#include <limits>
+#include <regex>
 #include <sstream>
 
 namespace velacreate {
@@ -34,6 +36,25 @@ std::string sizeText(std::uint64_t bytes) {
     }
     const auto tenths = std::lround(count * 10);
     return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + UNITS[unit];
+}
+
+std::optional<std::uint64_t> sizeIn(const std::string& text) {
+    static const std::regex form("([0-9]{1,15}) ?(([KMGT])(i?B)?|B?)", std::regex::icase);
+    std::smatch parts;
+    if (!std::regex_match(text, parts, form)) {
+        return std::nullopt;
+    }
+    std::uint64_t size = std::stoull(parts[1]);
+    const std::uint64_t step = parts[4].length() == 1 ? 1000 : 1024;
+    const std::string units = "kmgt";
+    const auto unit = parts[3].matched ? units.find(static_cast<char>(parts[3].str()[0] | 0x20)) + 1 : 0;
+    for (std::size_t times = 0; times < unit; ++times) {
+        if (size > std::numeric_limits<std::uint64_t>::max() / step) {
+            return std::nullopt;
+        }
+        size *= step;
+    }
+    return size;
 }
 
 std::string rateText(double bytesPerSecond) {

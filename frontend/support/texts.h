@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace velacreate {
@@ -12,6 +13,10 @@ std::string counted(std::uint64_t count, const std::string& what);
 
 /// @return such as "1.5 GiB", in multiples of 1,024
 std::string sizeText(std::uint64_t bytes);
+
+/// @param text such as "64GiB" or "64 G", in multiples of 1,024; "64GB", in multiples of 1,000; or bytes
+/// @return nothing when it is no size
+std::optional<std::uint64_t> sizeIn(const std::string& text);
 
 /// @return such as "41 MB/s"
 std::string rateText(double bytesPerSecond);

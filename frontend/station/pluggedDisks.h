@@ -1,0 +1,40 @@
+/// @file
+/// The disks that are plugged in on USB.
+#pragma once
+
+#include "disks/disks.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace velacreate {
+
+constexpr const char* PULLED_OUT = "the key was pulled out";
+
+/// A USB disk with a medium in it.
+struct PluggedDisk {
+    Disk disk;
+    std::string port;     ///< such as "3-1.2"
+    std::string identity; ///< another one after each plug, and for each card in a reader
+
+    /// @return the identity without what a card changes, such as "3-1.2 17"
+    std::string device() const { return identity.substr(0, identity.rfind(' ')); }
+
+    /// Whether it is still plugged in.
+    bool isThere() const;
+};
+
+/// @return all of them, sorted by name
+std::vector<PluggedDisk> pluggedDisks();
+
+/// @return all USB devices, in the words of PluggedDisk::device()
+std::set<std::string> usbDevices();
+
+/// @return those of them that are no disks, or none yet
+std::set<std::string> devicesWithoutDisk();
+
+/// Makes the kernel look for a card in each reader on USB that has none.
+void lookForCards();
+
+} // namespace velacreate

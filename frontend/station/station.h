@@ -1,0 +1,98 @@
+/// @file
+/// Gives a job to each stick that is plugged into a slot.
+#pragma once
+
+#include "display/console.h"
+#include "job/jobDirectory.h"
+#include "job/jobSource.h"
+#include "keys/report.h"
+#include "station/deviceNews.h"
+#include "station/pluggedDisks.h"
+#include "station/slots.h"
+#include "station/stickWork.h"
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace velacreate {
+
+/// What a station needs.
+struct StationCall {
+    const Slots& slots;
+    const StickWork& work;
+    std::uint64_t largest;       ///< a larger stick is refused; in bytes
+    const NamedDirectory& place; ///< parent of the job directories
+    Report& report;
+    const InputSums& sums;
+    Console& console;
+};
+
+enum class SlotState {
+    empty,
+    ignored, ///< was there before
+    working,
+    done,
+    already, ///< held already what it should
+    failed,
+    refused,
+};
+
+/// News only lead to another look: each time, what is plugged in now is held against what each slot shows.
+class Station : public JobSource {
+public:
+    /// What is plugged in now counts as there before.
+    /// @throw Failure
+    explicit Station(const StationCall& call);
+    ~Station() override;
+
+    std::vector<std::string> media() const override;
+    void begin(Progress& progress) override;
+    bool hasMore() const override { return !m_isClosing || !m_waiting.empty(); }
+    int news() const override { return m_news.descriptor(); }
+    void look() override;
+    std::optional<NextJob> next() override;
+    void ended(std::size_t slot, const Outcome& outcome) override;
+    bool close() override;
+    bool leavesEndsToSupervisor() const override { return false; }
+
+    /// @return such as "12 made, 1 already right, 0 failed, 2 refused"
+    std::string tallyText() const;
+
+private:
+    struct View;
+    using Clock = std::chrono::steady_clock;
+
+    void forgetDevices();
+    void update(std::size_t slot, const std::vector<PluggedDisk>& found);
+    bool isSettled(View& view, const std::vector<PluggedDisk>& found);
+    void take(std::size_t slot, const std::vector<PluggedDisk>& found);
+    bool wasThereBefore(const PluggedDisk& plugged) const;
+    std::string reasonAgainst(const std::vector<PluggedDisk>& found) const;
+    NextJob jobFor(std::size_t slot);
+    void finish(std::size_t slot, const Outcome& outcome);
+    void show(std::size_t slot, SlotState state, const std::string& text);
+    void showTally();
+    void keepRecord(const View& view, const Outcome& outcome);
+
+    StationCall m_call;
+    Descriptor m_mounts;
+    DeviceNews m_news;
+    std::vector<View> m_views;             ///< of the slots, in their order
+    std::set<std::string> m_before;        ///< identities of what was there before
+    std::set<std::string> m_devicesBefore; ///< whose disk was yet to come
+    std::deque<std::size_t> m_waiting;     ///< slots whose job has not begun
+    std::map<SlotState, std::size_t> m_tally;
+    Progress* m_progress = nullptr;
+    Clock::time_point m_nextLook;
+    Clock::time_point m_nextRefresh = Clock::now();
+    bool m_isClosing = false;
+};
+
+} // namespace velacreate
