@@ -1,0 +1,17 @@
+/// @file
+/// JSON for programs.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace velacreate {
+
+using Json = nlohmann::ordered_json;
+
+/// @return an object or a list as text, with a line feed at its end; what is not UTF-8 is replaced
+/// @param indent of each level; on one line when it is negative
+std::string textOf(const Json& json, int indent = -1);
+
+} // namespace velacreate
