@@ -302,7 +302,7 @@ private:
         command
             .add_option("--key-image", m_station.image,
                         "Write this image of a key, instead of making keys from files")
-            ->type_name("KEY.img");
+            ->type_name("FILE");
         command.add_option("--slots", m_station.slots, "The file that names the ports of the station")
             ->type_name("FILE");
         command.add_option("--learn", m_station.learn, "Make such a file: asks for a stick in each slot")

@@ -128,9 +128,12 @@ private:
     std::vector<const Row*> shownRows(std::size_t height) const {
         std::vector<const Row*> rows;
         const bool areAllShown = m_rows.size() <= height;
-        for (const Row& row : m_rows) {
-            if (areAllShown || (row.isAtWork && rows.size() + 1 < height)) {
-                rows.push_back(&row);
+        for (const bool isAtWork : {true, false}) {
+            for (const Row& row : m_rows) {
+                const bool isNext = row.isAtWork == isAtWork && rows.size() + 1 < height;
+                if (areAllShown ? isAtWork : isNext) {
+                    rows.push_back(&row);
+                }
             }
         }
         return rows;

@@ -42,8 +42,8 @@ public:
 };
 
 /// On a terminal, one line for each medium: the stage, the percentage, bytes done and expected, rate and time
-/// left, as far as there is room. When there are too many, only media at work are shown, and the number of
-/// the others. Elsewhere, a line for each stage.
+/// left, as far as there is room. When there are too many, media at work are shown first, and the number of
+/// those that are not shown. Elsewhere, a line for each stage.
 std::unique_ptr<Progress> makeProgress(const Screen& screen, const std::vector<std::string>& media);
 
 } // namespace velacreate

@@ -73,7 +73,7 @@ options() {
     diff <(grep '^## ' "${project:?}/docs/day.md") - <<'END'
 ## An image for the archive
 ## A disc
-## Fifty keys
+## Hundreds of keys
 ## Keys from an image
 ## Keys of unknown age
 ## Many machines
