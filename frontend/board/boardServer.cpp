@@ -120,22 +120,22 @@ public:
         }
     }
 
-    /// Waits for requests and for events, and answers requests.
+    /// Answers requests, then waits for more, or for events.
     void run(const Descriptor& feed) {
-        const auto* const sources = MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_EPOLL_FD);
-        std::array<pollfd, 2> waited = {pollfd{feed.number(), POLLIN, 0},
-                                        pollfd{sources->epoll_fd, POLLIN, 0}};
-        MHD_UNSIGNED_LONG_LONG longest = 0;
-        const bool isLimited = MHD_get_timeout(m_daemon, &longest) == MHD_YES;
-        const auto untilNews =
-            std::chrono::duration_cast<std::chrono::milliseconds>(m_nextNews - Clock::now()).count() + 1;
-        const auto most = std::max<long long>(untilNews, 0);
-        poll(waited.data(), waited.size(),
-             static_cast<int>(isLimited ? std::min<long long>(most, static_cast<long long>(longest)) : most));
         if (Clock::now() >= m_nextNews) {
             tellAll(noNews());
         }
         MHD_run(m_daemon);
+        using Milliseconds = std::chrono::milliseconds;
+        Milliseconds longest = std::chrono::ceil<Milliseconds>(m_nextNews - Clock::now());
+        MHD_UNSIGNED_LONG_LONG wanted = 0;
+        if (MHD_get_timeout(m_daemon, &wanted) == MHD_YES) {
+            longest = std::min(longest, Milliseconds(wanted));
+        }
+        const auto* const requests = MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_EPOLL_FD);
+        std::array<pollfd, 2> sources = {pollfd{feed.number(), POLLIN, 0},
+                                         pollfd{requests->epoll_fd, POLLIN, 0}};
+        poll(sources.data(), sources.size(), static_cast<int>(std::max(longest, Milliseconds(0)).count()));
     }
 
 private:
