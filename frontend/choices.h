@@ -11,6 +11,8 @@ namespace velacreate {
 struct ShowChoices {
     bool verbose = false;
     std::string log;
+    std::string report;
+    std::string events;
     bool pauses = false;
 };
 
@@ -57,7 +59,6 @@ struct KeyChoices {
     std::vector<std::string> devices;
     bool all = false;
     std::size_t jobs = 0; ///< at a time; 0 means all
-    std::string report;
     bool eject = false;
     bool anyDisk = false;
     bool yes = false;

@@ -1,5 +1,6 @@
 #include "disks/cloning.h"
 #include "disks/diskLock.h"
+#include "disks/inventory.h"
 #include "disks/powerDown.h"
 #include "frontend.h"
 #include "inputs/checksum.h"
@@ -107,12 +108,16 @@ TEST_F(StationTest, SumsAreThoseOfSha256sum) {
 }
 
 TEST_F(StationTest, ReportHasALineForEachKey) {
-    Report("report").append(
-        {{"Maker", "Stick 3.0", "4C53", "usb 1-2", 8004304896}, "/dev/sdb", 0, "made", "", 52.04},
-        {"56", {{"a b", "12"}, {"sub/\xe4", "34"}}});
-    Report("report").append(
-        {{"", "\"\\\n\xc3\xbc", "", "", 0}, "/dev/sdc", 104, "failed", "is read-only", 0.25},
-        {"56", {{"a b", "12"}}});
+    Report report("report");
+    report.append(jsonOf("/dev/sdb", {"Maker", "Stick 3.0", "4C53", "usb 1-2", 8004304896}),
+                  {0, "", {}, true, 52.04}, {"56", {{"a b", "12"}, {"sub/\xe4", "34"}}});
+    shell("mv report first");
+    report.append(jsonOf("/dev/sdc", {"", "\"\\\n\xc3\xbc", "", "", 0}),
+                  {104, "is read-only", {}, true, 0.25}, {"56", {{"a b", "12"}}});
+    Outcome right = {0, "", {}, false, 1};
+    right.wasRight = true;
+    report.append({{"slot", "1"}}, right, {"", {}, "78", "9a"});
+    shell("cat report >>first; mv first report");
     const std::regex time(R"("20\d\d-\d\d-\d\dT\d\d:\d\d:\d\dZ")");
     EXPECT_EQ(
         std::regex_replace(contentOf("report"), time, "TIME"),
@@ -123,7 +128,10 @@ TEST_F(StationTest, ReportHasALineForEachKey) {
         "\n"
         R"({"time":TIME,"version":")" VELACREATE_VERSION
         R"(","node":"/dev/sdc","port":"","vendor":"","model":"\"\\\nü","serial":"",)"
-        R"("size":0,"result":"failed","status":104,"reason":"is read-only","seconds":0.3,"package":"56"})"
+        R"("size":0,"result":"failed","status":104,"reason":"the key cannot be formatted (104): is read-only","seconds":0.3,"package":"56"})"
+        "\n"
+        R"({"time":TIME,"version":")" VELACREATE_VERSION
+        R"(","slot":"1","result":"already","status":0,"reason":"","seconds":1.0,"image":"78","sha256":"9a"})"
         "\n");
 }
 
@@ -168,7 +176,7 @@ TEST_F(StationTest, ReportThatCannotBeKept) {
     EXPECT_EQ(outcomeOf([] { Report report("report"); }), "done");
     EXPECT_FALSE(std::filesystem::exists("report"));
     Report report("/dev/full");
-    const auto append = [&] { report.append({}, {}); };
+    const auto append = [&] { report.append(Json::object(), {0, "", {}, false, 0}, {}); };
     EXPECT_EQ(outcomeOf(append), "failed: the report is incomplete from here on: No space left on device");
     EXPECT_EQ(outcomeOf(append), "done");
 }

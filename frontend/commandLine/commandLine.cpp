@@ -1,6 +1,7 @@
 #include "commandLine/commandLine.h"
 
 #include "commandLine/helpText.h"
+#include "commandLine/namedFiles.h"
 #include "commandLine/nearest.h"
 #include "commands/commands.h"
 #include "support/exitStatus.h"
@@ -22,10 +23,21 @@
 namespace velacreate {
 namespace {
 constexpr const char* UPDATES = "FILE";
+constexpr const char* EVENTS_OPTION = "--events";
 
 void addMessageOptions(CLI::App& command, ShowChoices& show) {
     command.add_flag("--verbose", show.verbose, "Show all messages as they come");
     command.add_option("--log", show.log, "Append all messages to this file")->type_name("FILE");
+    command
+        .add_option(
+            EVENTS_OPTION, show.events,
+            "Append a line of JSON for each event to this file, for programs; /dev/fd/N is descriptor N")
+        ->type_name("FILE");
+}
+
+void addReport(CLI::App& command, ShowChoices& show) {
+    command.add_option("--report", show.report, "Append a line of JSON for each medium to this file")
+        ->type_name("FILE");
 }
 
 void addQuiet(CLI::App& command, Console& console) {
@@ -96,16 +108,14 @@ void addKeys(CLI::App& command, KeyChoices& keys) {
     command.add_flag("--all", keys.all, "All removable media, but no USB hard disks");
 }
 
-void addJobsAndReport(CLI::App& command, KeyChoices& keys) {
+void addJobs(CLI::App& command, KeyChoices& keys) {
     command.add_option("--jobs", keys.jobs, "Make at most N keys at the same time (default: all)")
         ->type_name("N")
         ->check(CLI::Range(1, MOST_JOBS).description(""));
-    command.add_option("--report", keys.report, "Append a line of JSON for each key to this file")
-        ->type_name("FILE");
 }
 
 void addKeyOptions(CLI::App& command, KeyChoices& keys) {
-    addJobsAndReport(command, keys);
+    addJobs(command, keys);
     command.add_flag("--eject", keys.eject, "Power each key down when it was made");
     command.add_flag("--any-disk", keys.anyDisk, "Accept a disk that is neither removable nor on USB");
     addYes(command, keys.yes);
@@ -123,7 +133,7 @@ void requireOneOf(const CLI::App& command, std::initializer_list<const char*> op
     const auto chosen = std::count_if(options.begin(), options.end(),
                                       [&](const char* option) { return command.count(option) != 0; });
     if (chosen != 1) {
-        throw Refusal(command.get_name() + " takes one of " + listed(options));
+        throw WrongCommandLine(command.get_name() + " takes one of " + listed(options));
     }
 }
 
@@ -153,7 +163,7 @@ void refuseWithout(const CLI::App& command, std::initializer_list<const char*> n
     const auto isGiven = [&](const char* option) { return command.count(option) != 0; };
     const auto* const idle = std::find_if(options.begin(), options.end(), isGiven);
     if (idle != options.end() && std::none_of(needed.begin(), needed.end(), isGiven)) {
-        throw Refusal(std::string(*idle) + " goes with " + listed(needed));
+        throw WrongCommandLine(std::string(*idle) + " goes with " + listed(needed));
     }
 }
 
@@ -192,7 +202,15 @@ public:
             refuse(error);
         }
         requireProc();
-        return m_run();
+        openEvents();
+        std::string reason;
+        const auto tell = [&](const char* text) {
+            m_console.complain(text);
+            reason = text;
+        };
+        const int status = exitStatusAfter([this] { return runChosen(); }, tell);
+        m_console.events().end(status, reason);
+        return status;
     }
 
 private:
@@ -208,8 +226,27 @@ private:
                 requireUpdates(command);
             }
             requireValues(command);
+            m_chosen = &command;
             m_run = run;
         });
+    }
+
+    /// Before anything else is opened, whose descriptor could be meant by mistake.
+    void openEvents() {
+        const auto* const events = m_chosen->get_option_no_throw(EVENTS_OPTION);
+        if (events != nullptr && !events->empty()) {
+            const auto path = events->as<std::string>();
+            m_console.events().open(path, m_chosen->get_name(), isNamedOtherwise(path, *m_chosen));
+        }
+    }
+
+    int runChosen() {
+        try {
+            return m_run();
+        } catch (const WrongCommandLine&) {
+            m_console.events().close();
+            throw;
+        }
     }
 
     void addIso() {
@@ -219,6 +256,7 @@ private:
             return makeIso(m_iso, m_caller, m_console);
         });
         addJobOptions(command, m_iso.job, m_console);
+        addReport(command, m_iso.job.show);
         command.add_option("--output", m_iso.output, "The image to make; its name ends in .iso")
             ->required()
             ->type_name("IMAGE");
@@ -262,6 +300,7 @@ private:
             ->capture_default_str();
         command.add_flag("--erase", m_usb.erase, "Make a key of any stick; this erases everything on it");
         addKeyOptions(command, m_usb.keys);
+        addReport(command, m_usb.job.show);
         addWork(command, m_usb.work);
     }
 
@@ -276,6 +315,7 @@ private:
             ->required();
         addKeys(command, m_write.keys);
         addKeyOptions(command, m_write.keys);
+        addReport(command, m_write.show);
         command.add_flag("--verify,!--no-verify", m_write.verify,
                          "Read each key back and compare it (default), or do not");
         addMessageOptions(command, m_write.show);
@@ -288,10 +328,11 @@ private:
             requireOneOf(command, {"--package", "--key-image", "--learn"});
             refuseWithout(command, {"--package", "--key-image"},
                           {"--slots", "--erase", "--largest", "--jobs", "--report", "--log", "--verbose",
-                           "--work", "--yes"});
+                           "--events", "--work", "--yes"});
             refuseWithout(command, {"--package"}, {"--directory", UPDATES});
             if (m_station.learn.empty() && m_station.slots.empty()) {
-                throw Refusal("station takes a slots file; name it with --slots, or make one with --learn");
+                throw WrongCommandLine(
+                    "station takes a slots file; name it with --slots, or make one with --learn");
             }
             return runStation(m_station, m_caller, m_console);
         };
@@ -318,7 +359,8 @@ private:
                 },
                 "Refuse larger sticks (default: 64GiB)")
             ->type_name("SIZE");
-        addJobsAndReport(command, usb.keys);
+        addJobs(command, usb.keys);
+        addReport(command, usb.job.show);
         addYes(command, usb.keys.yes);
         addMessageOptions(command, usb.job.show);
         addWork(command, usb.work);
@@ -328,6 +370,7 @@ private:
         auto& command = add("pxe", "Make a network-boot directory");
         call(command, [this] { return makeNetbootDirectory(m_pxe, m_caller, m_console); });
         addJobOptions(command, m_pxe.job, m_console);
+        addReport(command, m_pxe.job.show);
         command.add_option("--output", m_pxe.output, "The network-boot directory to make")
             ->required()
             ->type_name("DIR");
@@ -344,6 +387,7 @@ private:
         command.add_flag("--verify,!--no-verify", m_burn.verify,
                          "Read the disc back and compare it (default), or do not");
         addMessageOptions(command, m_burn.show);
+        addReport(command, m_burn.show);
         addQuiet(command, m_console);
         addPauses(command, m_burn.show);
     }
@@ -353,7 +397,7 @@ private:
         call(command, [this, &command] {
             requireOneOf(command, {"--image", "--device", "--key-image", "--pxe", "--disc"});
             if (command.count("--disc") + command.count("--device") + command.count("--package") == 0) {
-                throw Refusal("what would be made now takes a tool package; name it with --package");
+                throw WrongCommandLine("what would be made now takes a tool package; name it with --package");
             }
             refuseWithout(command, {"--package"}, {"--directory", "--keep", "--platform", "--work"});
             refuseWithout(command, {"--image", "--disc"}, {"--platform"});
@@ -511,6 +555,7 @@ private:
     const CallerEnvironment& m_caller;
     Console& m_console;
     CLI::App m_app;
+    const CLI::App* m_chosen = nullptr;
     std::function<int()> m_run;
     IsoChoices m_iso;
     UsbChoices m_usb;

@@ -42,7 +42,7 @@ int makeImage(const IsoChoices& choices, const Output& output, Burner* burner,
     inputs.requireRoom(output.parent(), 2, 2); // packed and unpacked; staged, and the image
     if (burner != nullptr) {
         requireOther(burner->target(), inputs, output);
-        burner->target().requireOtherLog(choices.job.show.log);
+        burner->target().requireOthers(choices.job.show);
         if (const int status = burner->target().askForConsent({choices.force, choices.yes}, console);
             status != 0) {
             return status;
@@ -67,6 +67,7 @@ int makeIso(const IsoChoices& choices, const CallerEnvironment& caller, Console&
     std::optional<Burner> burner; // so that a wrong drive is reported before the image is made
     if (!choices.burner.empty()) {
         burner.emplace(choices.burner, caller);
+        console.events().expectSeveral(); // the image and the disc
     }
     const auto output = Output::image(choices.output, choices.force);
     const int status = makeImage(choices, output, burner ? &*burner : nullptr, caller, console);

@@ -45,7 +45,7 @@ std::string tableOf(const std::vector<Listed>& disks) {
     return table.text();
 }
 
-nlohmann::ordered_json objectOf(const Listed& listed) {
+Json objectOf(const Listed& listed) {
     std::vector<std::string> places;
     for (const auto& mounted : listed.mounted) {
         places.push_back(mounted.place);
@@ -60,7 +60,7 @@ nlohmann::ordered_json objectOf(const Listed& listed) {
 }
 
 std::string listOf(const std::vector<Listed>& disks) {
-    auto array = nlohmann::ordered_json::array();
+    auto array = Json::array();
     for (const auto& listed : disks) {
         array.push_back(objectOf(listed));
     }

@@ -1,7 +1,9 @@
 #include "commands/commands.h"
 
 #include "display/question.h"
+#include "display/summary.h"
 #include "job/jobDirectory.h"
+#include "medium/identity.h"
 #include "medium/jobInputs.h"
 #include "network/bootServer.h"
 #include "network/serving.h"
@@ -15,8 +17,9 @@ namespace velacreate {
 namespace {
 void validateOptions(const ServeChoices& choices) {
     requireRoot("machines are served by a program that");
-    refuseIf(choices.proxy && !choices.range.empty(),
-             "with --proxy no addresses are handed out; leave out --range");
+    if (choices.proxy && !choices.range.empty()) {
+        throw WrongCommandLine("with --proxy no addresses are handed out; leave out --range");
+    }
 }
 
 std::optional<AddressRange> rangeFor(const ServeChoices& choices, const NetworkPort& port) {
@@ -39,10 +42,10 @@ int askToHandOut(const AddressRange& range, const ServeChoices& choices, const H
 void announce(const NetbootDirectory& directory, const NetworkPort& port,
               const std::optional<AddressRange>& range, Console& console) {
     for (const auto& name : directory.missing()) {
-        console.say("Note: the network-boot directory lacks the boot file " + quote(name));
+        console.note("the network-boot directory lacks the boot file " + quote(name));
     }
     if (!port.isPluggedIn()) {
-        console.say("Note: nothing is connected to " + port.name() + " yet");
+        console.note("nothing is connected to " + port.name() + " yet");
     }
     console.say("Serving " + directory.text() + " on " + port.name() + ", " +
                 (range ? "with addresses from " + range->text() : "beside another DHCP server") +
@@ -66,12 +69,16 @@ int serve(const ServeChoices& choices, const CallerEnvironment& caller, Console&
         console.complain("interrupted; nothing was served");
         return EXIT_INTERRUPTED;
     }
+    console.events().begin({identityOf(directory.text(), "")});
     announce(directory, port, range, console);
+    Outcome outcome = {0, "", {}, false, 0, 0, JobKind::serving};
     if (const auto problem = serveMachines(directory, scratch, port, range, signals, console)) {
+        outcome.status = EXIT_UNFINISHED;
+        outcome.reason = *problem;
         console.complain(directory.text() + " is not served any more: " + *problem);
-        return EXIT_UNFINISHED;
     }
-    return 0;
+    console.events().endMedium(directory.text(), resultForPrograms(outcome));
+    return outcome.status;
 }
 
 } // namespace velacreate

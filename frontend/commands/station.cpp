@@ -31,7 +31,8 @@ struct Setting {
         const auto jobs = choices.usb.keys.jobs;
         return jobs == 0 ? slots.all().size() : std::min(jobs, slots.all().size());
     }
-    bool isReported() const { return !choices.usb.keys.report.empty(); }
+    const ShowChoices& show() const { return choices.usb.job.show; }
+    bool isReported() const { return !show().report.empty(); }
 };
 
 std::string presentText(const Slots& slots, std::size_t slot) {
@@ -72,6 +73,7 @@ int run(const Setting& setting, const StickWork& work, const InputSums& sums, co
         {setting.slots, work, setting.choices.largest, setting.scratch, setting.report, sums, console});
     supervise(station, setting.atOnce(), signals, console);
     console.say(station.tallyText());
+    console.events().endMedium("", {RESULT_SERVED, 0, ""}); // the call, whatever became of the sticks
     return 0;
 }
 
@@ -85,6 +87,11 @@ int concludeEarly(const Outcome& outcome, Console& console) {
     return exitStatus(outcome.status).status;
 }
 
+void beginEvents(Console& console) {
+    console.events().expectSeveral();
+    console.events().begin({});
+}
+
 int fillSticks(const Setting& setting) {
     const auto& choices = setting.choices.usb;
     requirePrograms(kindOf(MediumKind::key).programs);
@@ -92,11 +99,9 @@ int fillSticks(const Setting& setting) {
     const Inputs inputs(choices.job, MediumKind::key);
     requireFileSizes(inputs.contents, inputs.kind);
     inputs.requireRoom(setting.scratch, 2 + setting.atOnce(), 1);
-    if (setting.isReported()) {
-        inputs.requireOther(choices.keys.report, "the report " + quote(choices.keys.report));
-    }
-    openLog(setting.console, choices.job.show, "", &inputs);
+    openLog(setting.console, setting.show(), "", &inputs);
     const HeldSignals signals;
+    beginEvents(setting.console);
     inputs.announce(setting.console, "Making keys from");
     const JobDirectory staged(setting.scratch);
     const JobDirectory unpacked(setting.scratch);
@@ -113,10 +118,10 @@ int fillSticks(const Setting& setting) {
 int writeSticks(const Setting& setting) {
     const auto& choices = setting.choices;
     KeyImage image(choices.image);
-    image.requireOther(choices.usb.keys.report, "the report " + quote(choices.usb.keys.report));
-    image.requireOther(choices.usb.job.show.log, "the log file " + quote(choices.usb.job.show.log));
-    openLog(setting.console, choices.usb.job.show, image.path());
+    image.requireOthers(setting.show());
+    openLog(setting.console, setting.show(), image.path());
     const HeldSignals signals;
+    beginEvents(setting.console);
     const JobDirectory jobDirectory(setting.scratch);
     const auto outcome = image.examine(setting.isReported(), jobDirectory, signals, setting.console);
     InputSums sums;
@@ -133,7 +138,7 @@ int runStation(const StationChoices& choices, const CallerEnvironment& caller, C
     requireRoot("keys are made, which");
     const Slots slots(choices.slots);
     const auto scratch = scratchDirectory(choices.usb.work, caller);
-    auto report = checkedReport(choices.usb.keys.report, choices.usb.job.show.log);
+    Report report(choices.usb.job.show.report);
     const Setting setting = {choices, slots, scratch, report, console};
     return choices.image.empty() ? fillSticks(setting) : writeSticks(setting);
 }

@@ -9,6 +9,7 @@
 #include "keys/keyResults.h"
 #include "keys/keysToFill.h"
 #include "keys/newKeyImage.h"
+#include "medium/identity.h"
 #include "medium/imageChecksum.h"
 #include "medium/imageKinds.h"
 #include "medium/outputJob.h"
@@ -24,6 +25,11 @@ namespace velacreate {
 
 namespace {
 void validateOptions(const UsbChoices& choices) {
+    const auto refuseIf = [](bool isWrong, const std::string& text) {
+        if (isWrong) {
+            throw WrongCommandLine(text);
+        }
+    };
     refuseIf(choices.erase && choices.format == FORMAT_NEVER,
              "what is erased is formatted; leave out --format never");
     refuseIf(choices.job.show.pauses && (choices.keys.all || choices.keys.devices.size() > 1),
@@ -38,7 +44,7 @@ void validateOptions(const UsbChoices& choices) {
         refuseIf(isGiven, "an image is no key; leave out " + option);
     };
     refuseOption(choices.keys.eject, "--eject");
-    refuseOption(!choices.keys.report.empty(), "--report");
+    refuseOption(!choices.job.show.report.empty(), "--report");
     refuseOption(choices.keys.jobs != 0, "--jobs");
     refuseOption(choices.keys.anyDisk, "--any-disk");
 }
@@ -83,16 +89,14 @@ int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirecto
     auto chosen = chooseKeysToFill(choices, inputs, scratch, console);
     auto& keys = chosen.keys;
     inputs.requireRoom(scratch, 1 + countFull(choices, countSelected(keys)), 0);
-    if (!choices.keys.report.empty()) {
-        inputs.requireOther(choices.keys.report, "the report " + quote(choices.keys.report));
-    }
-    auto report = checkedReport(choices.keys.report, choices.job.show.log);
+    Report report(choices.job.show.report);
     openLog(console, choices.job.show, "", &inputs);
+    const HeldSignals signals;
+    beginEvents(console, keys);
     KeyResults results(chosen, choices.keys.eject, choices.job.verify, report, console);
     if (countSelected(keys) == 0) {
         return results.conclude({});
     }
-    const HeldSignals signals;
     if (const int status =
             askForConsent(keys, lossByFilling(choices, keys), choices.keys.yes, signals, console);
         status != 0) {
@@ -105,7 +109,7 @@ int fillKeys(const UsbChoices& choices, const Inputs& inputs, const NamedDirecto
     const Call call{choices.job, inputs, scratch, signals, console};
     return results.conclude(runKeyJobs({call, choices, keys.size() == 1},
                                        tasksFor(keys, inputs.contents.size(), results),
-                                       choices.keys.report.empty() ? nullptr : &results.sums));
+                                       choices.job.show.report.empty() ? nullptr : &results.sums));
 }
 
 int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
@@ -124,6 +128,7 @@ int fillImage(const UsbChoices& choices, const Inputs& inputs, const NamedDirect
     openLog(console, choices.job.show, path, &inputs);
     const HeldSignals signals;
     const auto medium = "the key image " + quote(path);
+    console.events().begin({identityOf(medium, path)});
     inputs.announce(console, "Making " + medium + " from");
     UsbChoices asItIs = choices;
     asItIs.format = FORMAT_NEVER;

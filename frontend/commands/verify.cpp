@@ -5,6 +5,7 @@
 #include "forms/isoReader.h"
 #include "keys/verifyKeys.h"
 #include "medium/comparison.h"
+#include "medium/identity.h"
 #include "medium/imageKinds.h"
 #include "medium/isoImage.h"
 #include "support/failure.h"
@@ -19,17 +20,19 @@ OpenMedium openDiscIn(const DiscDrive& drive) {
 
 /// Compares a disc with the image that it was burned from.
 int verifyBurntDisc(const VerifyChoices& choices, Console& console) {
-    refuseIf(choices.job.files.size() != 1,
-             "a disc is compared with one image, or with a --package and update files");
+    if (choices.job.files.size() != 1) {
+        throw WrongCommandLine("a disc is compared with one image, or with a --package and update files");
+    }
     const auto& path = choices.job.files.front();
     const auto image = openToCompare("the image", path, S_IFREG);
     requireWholeIsoImage(image.file, path);
     DiscDrive::requireOther(choices.disc, image.file.status());
     const DiscDrive drive(choices.disc);
-    requireOtherLog(choices.job.show, image.path);
+    requireOthers(choices.job.show, image.path);
     openLog(console, choices.job.show, absolutePath(drive.path()));
     const HeldSignals signals;
     const auto medium = discText(drive.name());
+    console.events().begin({identityOf(medium, drive.path())});
     console.say("Comparing " + medium + " with " + image.name);
     return conclude(console, compareWithImage(drive, image.file, signals, console), medium,
                     sizeText(static_cast<std::uint64_t>(image.file.status().st_size)));

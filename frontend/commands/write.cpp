@@ -24,9 +24,8 @@ ChosenKeys chooseKeysToWrite(const WriteChoices& choices, const KeyImage& image,
     };
     const auto needed = neededFiles({{"the image", image.path()},
                                      {"the map", image.mapPath()},
-                                     {"the parent of the job directory", scratch.path},
-                                     {"the log file", choices.show.log},
-                                     {"the report", choices.keys.report}});
+                                     {"the parent of the job directory", scratch.path}},
+                                    choices.show);
     return chooseKeys(choices.keys, needed, requireUsable, console);
 }
 
@@ -60,17 +59,17 @@ int writeKeys(const WriteChoices& choices, const CallerEnvironment& caller, Cons
     const auto scratch = scratchDirectory("", caller);
     auto chosen = chooseKeysToWrite(choices, image, scratch, console);
     auto& keys = chosen.keys;
-    image.requireOther(choices.keys.report, "the report " + quote(choices.keys.report));
-    image.requireOther(choices.show.log, "the log file " + quote(choices.show.log));
-    auto report = checkedReport(choices.keys.report, choices.show.log);
+    image.requireOthers(choices.show);
+    Report report(choices.show.report);
     openLog(console, choices.show, image.path());
+    const HeldSignals signals;
+    beginEvents(console, keys);
     KeyResults results(chosen, choices.keys.eject, choices.verify, report, console);
     if (countSelected(keys) == 0) {
         return results.conclude({});
     }
-    const HeldSignals signals;
     const JobDirectory jobDirectory(scratch);
-    const auto examination = image.examine(!choices.keys.report.empty(), jobDirectory, signals, console);
+    const auto examination = image.examine(!choices.show.report.empty(), jobDirectory, signals, console);
     if (examination.status != 0) {
         return conclude(console, examination, image.name(), "");
     }

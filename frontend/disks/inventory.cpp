@@ -129,13 +129,9 @@ std::string contentOfDisc(const Descriptor& disc, std::uint64_t size) {
            (size == 0 ? "" : ", " + sizeText(size));
 }
 
-nlohmann::ordered_json jsonOf(const std::string& node, const DiskDescription& about) {
+Json jsonOf(const std::string& node, const DiskDescription& about) {
     return {{"node", node},         {"port", about.port},     {"vendor", about.vendor},
             {"model", about.model}, {"serial", about.serial}, {"size", about.size}};
-}
-
-std::string textOf(const nlohmann::ordered_json& json, int indent) {
-    return json.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
 } // namespace velacreate

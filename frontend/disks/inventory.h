@@ -3,8 +3,7 @@
 #pragma once
 
 #include "disks/disks.h"
-
-#include <nlohmann/json.hpp>
+#include "support/json.h"
 
 #include <string>
 
@@ -24,9 +23,6 @@ std::string contentOf(const Disk& disk);
 std::string contentOfDisc(const Descriptor& disc, std::uint64_t size);
 
 /// What identifies a disk, for programs: "node", "port", "vendor", "model", "serial" and "size".
-nlohmann::ordered_json jsonOf(const std::string& node, const DiskDescription& about);
-
-/// @return such an object or list as text; what is not UTF-8 is replaced
-std::string textOf(const nlohmann::ordered_json& json, int indent = -1);
+Json jsonOf(const std::string& node, const DiskDescription& about);
 
 } // namespace velacreate

@@ -48,6 +48,11 @@ void Console::say(const std::string& text) {
     }
 }
 
+void Console::note(const std::string& text, const std::string& medium) {
+    say("Note: " + text);
+    m_events.note(medium, text);
+}
+
 void Console::showFinding(const std::string& text) {
     log(VelaCreation::LEVEL_PROGRESS, text);
     show(STDOUT_FILENO, text);

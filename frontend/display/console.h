@@ -3,6 +3,7 @@
 /// except in results for programs.
 #pragma once
 
+#include "display/eventStream.h"
 #include "display/progress.h"
 #include "display/screen.h"
 #include "support/descriptor.h"
@@ -21,6 +22,9 @@ public:
     /// @throw Refusal when it cannot be opened, or is neither a file nor a device
     void openLog(bool verbose, const std::string& logFile);
 
+    /// What programs can read.
+    EventStream& events() { return m_events; }
+
     const Screen& screen() const { return m_screen; }
     /// See Screen::watchInterrupts.
     void watchInterrupts(int interrupts) { m_screen.watchInterrupts(interrupts); }
@@ -38,6 +42,9 @@ public:
 
     /// A line to standard output, for people.
     void say(const std::string& text);
+    /// The same, with "Note: " before it. It is an event, too.
+    /// @param medium  that it is about; empty for the call
+    void note(const std::string& text, const std::string& medium = "");
     /// A difference that was found. It is a line on standard output, also when the console is quiet.
     void showFinding(const std::string& text);
     /// Several lines, such as a table.
@@ -68,6 +75,7 @@ private:
     void show(int descriptor, const std::string& text);
 
     Screen m_screen;
+    EventStream m_events;
     bool m_verbose = false;
     bool m_isQuiet = false;
     bool m_isLogChosen = false;

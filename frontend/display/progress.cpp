@@ -1,10 +1,10 @@
 #include "display/progress.h"
 
+#include "display/pace.h"
 #include "support/failure.h"
 #include "support/texts.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
 #include <utility>
 
@@ -46,7 +46,7 @@ class TerminalProgress : public Progress {
 public:
     TerminalProgress(const Screen& screen, const std::vector<std::string>& media) : m_screen(screen) {
         for (const auto& medium : media) {
-            m_rows.push_back({medium, "waiting", 0, 0, Clock::now(), false});
+            m_rows.push_back({medium, "waiting", {}, false});
         }
     }
     ~TerminalProgress() override { takeOff(); }
@@ -55,21 +55,21 @@ public:
 
     void stage(std::size_t medium, const std::string& text, std::uint64_t expected) override {
         Row& row = m_rows.at(medium);
-        row = {row.medium, text, expected, 0, Clock::now(), true};
+        row = {row.medium, text, {expected}, true};
         draw();
     }
 
-    void expect(std::size_t medium, std::uint64_t bytes) override { m_rows.at(medium).expected = bytes; }
-    void done(std::size_t medium, std::uint64_t bytes) override { m_rows.at(medium).done = bytes; }
+    void expect(std::size_t medium, std::uint64_t bytes) override { m_rows.at(medium).pace.expected = bytes; }
+    void done(std::size_t medium, std::uint64_t bytes) override { m_rows.at(medium).pace.done = bytes; }
 
     void ended(std::size_t medium, const std::string& text) override {
         Row& row = m_rows.at(medium);
-        row = {row.medium, printable(text), 0, 0, row.start, false};
+        row = {row.medium, printable(text), {}, false};
     }
 
     void line(std::size_t number, const std::string& text, bool isAtWork) override {
         m_rows.resize(std::max(m_rows.size(), number + 1));
-        m_rows[number] = {m_rows[number].medium, printable(text), 0, 0, Clock::now(), isAtWork};
+        m_rows[number] = {m_rows[number].medium, printable(text), {}, isAtWork};
         draw();
     }
 
@@ -107,14 +107,10 @@ public:
     }
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     struct Row {
         std::string medium;
         std::string stage;
-        std::uint64_t expected = 0;
-        std::uint64_t done = 0;
-        Clock::time_point start;
+        Pace pace;
         bool isAtWork = false;
     };
 
@@ -156,18 +152,18 @@ private:
     }
 
     static std::vector<std::string> figuresOf(const Row& row) {
-        if (row.expected == 0 || row.done == 0) {
+        auto pace = row.pace;
+        if (pace.expected == 0 || pace.done == 0) {
             return {};
         }
-        const auto done = std::min(row.done, row.expected);
-        std::vector<std::string> figures = {"  " + std::to_string(done * 100 / row.expected) + "%",
-                                            ", " + sizeText(done) + " of " + sizeText(row.expected)};
-        const std::chrono::duration<double> taken = Clock::now() - row.start;
-        if (taken.count() > 1) {
-            const double rate = static_cast<double>(done) / taken.count();
-            figures.push_back(", " + sizeText(static_cast<std::uint64_t>(rate)) + "/s");
-            figures.push_back(", " + remainingText(static_cast<double>(row.expected - done) / rate) +
-                              " left");
+        pace.done = std::min(pace.done, pace.expected);
+        std::vector<std::string> figures = {"  " + std::to_string(pace.done * 100 / pace.expected) + "%",
+                                            ", " + sizeText(pace.done) + " of " + sizeText(pace.expected)};
+        const auto rate = pace.bytesPerSecond();
+        const auto left = pace.secondsLeft();
+        if (rate && left) {
+            figures.push_back(", " + sizeText(static_cast<std::uint64_t>(*rate)) + "/s");
+            figures.push_back(", " + remainingText(*left) + " left");
         }
         return figures;
     }

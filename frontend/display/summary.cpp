@@ -22,6 +22,8 @@ Words wordsOf(const Outcome& outcome) {
     case JobKind::comparing:
     case JobKind::comparingKey:
         return {"Compared ", RESULT_SAME, ", no difference", "was not compared", "differs from its image"};
+    case JobKind::serving:
+        return {"Served ", RESULT_SERVED, "", "is not served any more", exitStatus(EXIT_DIFFERENT).meaning};
     case JobKind::making:
         break;
     }
@@ -65,8 +67,8 @@ std::string nextStep(const Outcome& outcome) {
 }
 
 std::string resultWord(const Outcome& outcome) {
-    return outcome.status == 0                  ? wordsOf(outcome).result
-           : outcome.status == EXIT_REFUSED     ? RESULT_REFUSED
+    return outcome.status == 0              ? (outcome.wasRight ? RESULT_ALREADY : wordsOf(outcome).result)
+           : outcome.status == EXIT_REFUSED ? RESULT_REFUSED
            : outcome.status == EXIT_INTERRUPTED ? RESULT_INTERRUPTED
            : isFinding(outcome)                 ? RESULT_DIFFERENT
                                                 : RESULT_FAILED;
@@ -102,7 +104,32 @@ void showFailures(Console& console, const Outcome& outcome, const std::string& n
     }
 }
 
+JobResult resultForPrograms(const Outcome& outcome) {
+    const auto told = inOwnWords(outcome);
+    const auto word = resultWord(told);
+    return {word == RESULT_SAME      ? "same"
+            : word == RESULT_ALREADY ? "already"
+                                     : word,
+            exitStatus(told.status).status, told.status == 0 ? "" : failureText(told)};
+}
+
+Outcome inOwnWords(Outcome outcome) {
+    if (outcome.status == EXIT_DIFFERENT || outcome.status == EXIT_INTERRUPTED) {
+        return outcome;
+    }
+    if (outcome.reason.empty() && !outcome.failures.empty()) {
+        outcome.reason = outcome.failures.back();
+    }
+    outcome.failures.clear();
+    return outcome;
+}
+
 int conclude(Console& console, const Outcome& outcome, const std::string& medium, const std::string& made) {
+    console.events().endMedium(medium, resultForPrograms(outcome));
+    return showResult(console, outcome, medium, made);
+}
+
+int showResult(Console& console, const Outcome& outcome, const std::string& medium, const std::string& made) {
     const auto words = wordsOf(outcome);
     const std::string state = outcome.hasChanged ? "is now incomplete" : words.undone;
     if (outcome.status == 0) {

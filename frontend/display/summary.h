@@ -17,16 +17,27 @@ std::string failureText(const Outcome& outcome);
 std::string nextStep(const Outcome& outcome);
 
 constexpr const char* RESULT_MADE = "made";
+constexpr const char* RESULT_ALREADY = "already right";
+constexpr const char* RESULT_SERVED = "served";
 constexpr const char* RESULT_SAME = "the same";
 constexpr const char* RESULT_DIFFERENT = "different";
 constexpr const char* RESULT_FAILED = "failed";
 constexpr const char* RESULT_REFUSED = "refused";
 constexpr const char* RESULT_INTERRUPTED = "interrupted";
-inline constexpr std::array RESULT_WORDS = {RESULT_MADE,   RESULT_SAME,    RESULT_DIFFERENT,
-                                            RESULT_FAILED, RESULT_REFUSED, RESULT_INTERRUPTED};
+inline constexpr std::array RESULT_WORDS = {RESULT_MADE,    RESULT_ALREADY,    RESULT_SERVED,
+                                            RESULT_SAME,    RESULT_DIFFERENT,  RESULT_FAILED,
+                                            RESULT_REFUSED, RESULT_INTERRUPTED};
 
 /// @return one of the words
 std::string resultWord(const Outcome& outcome);
+
+/// @return the result for programs
+JobResult resultForPrograms(const Outcome& outcome);
+
+/// The tools of a job say much that is no failure.
+/// @return the outcome with the words of the tool that has failed alone; after a comparison, with all
+/// differences
+Outcome inOwnWords(Outcome outcome);
 
 /// @return such as "made, 52 s, 41 MB/s, read back"; after a failure, "failed: " and the reason; after an
 /// interrupt, the state of the medium
@@ -46,6 +57,9 @@ void showFailures(Console& console, const Outcome& outcome, const std::string& n
 /// @param medium such as "the image /x/i.iso"
 /// @param made details for success, such as the size
 /// @return the exit status
+int showResult(Console& console, const Outcome& outcome, const std::string& medium, const std::string& made);
+
+/// The same, and ends the events of the medium.
 int conclude(Console& console, const Outcome& outcome, const std::string& medium, const std::string& made);
 
 } // namespace velacreate

@@ -14,6 +14,7 @@ enum class JobKind {
     verifying,    ///< compares it with what would be made now
     comparing,    ///< a disc with its image
     comparingKey, ///< a key with its image
+    serving,      ///< a network-boot directory
 };
 
 struct Outcome {
@@ -27,6 +28,14 @@ struct Outcome {
     std::string addition = {};                    ///< with which the result in words ends
     std::map<std::string, std::string> sums = {}; ///< SHA-256, by the place of the file
     bool wasRight = false; ///< a medium to be made held already what it should, and was not written
+};
+
+/// The same for programs.
+struct JobResult {
+    std::string
+        word;   ///< "made", "already", "served", "same", "different", "failed", "refused" or "interrupted"
+    int status; ///< an exit status
+    std::string reason; ///< empty when there is none
 };
 
 } // namespace velacreate

@@ -44,7 +44,9 @@ public:
     RunningJob(NextJob next, bool isAlone, bool isEndShown, Console& console, Progress& progress)
         : m_job(std::move(next.job)), m_index(next.medium), m_name(isAlone ? "" : m_job.medium + ": "),
           m_isEndShown(isEndShown), m_outcome(notRun(m_job)), m_console(console), m_progress(progress),
-          m_process(m_job.jobDirectory, m_job.work) {}
+          m_process(m_job.jobDirectory, m_job.work) {
+        events().beginMedium(m_job.medium);
+    }
 
     std::size_t medium() const { return m_index; }
     const Outcome& outcome() const { return m_outcome; }
@@ -82,7 +84,7 @@ public:
     void lookAtGauge() {
         const auto start = Clock::now();
         if (m_gauge != nullptr && start >= m_nextLook) {
-            m_progress.done(m_index, shownByGauge());
+            takeDone(shownByGauge());
             m_nextLook = Clock::now() + (Clock::now() - start) * GAUGE_SHARE;
         }
     }
@@ -133,6 +135,8 @@ public:
     }
 
 private:
+    EventStream& events() const { return m_console.events(); }
+
     void take(const Event& event) {
         switch (event.kind) {
         case Event::Kind::stage:
@@ -140,9 +144,10 @@ private:
             break;
         case Event::Kind::expected:
             m_progress.expect(m_index, std::stoull(event.text));
+            events().expect(m_job.medium, std::stoull(event.text));
             break;
         case Event::Kind::done:
-            m_progress.done(m_index, std::stoull(event.text));
+            takeDone(std::stoull(event.text));
             break;
         case Event::Kind::failure:
             takeFailure(event.text);
@@ -161,6 +166,7 @@ private:
             break;
         case Event::Kind::note:
             m_console.say("Note: " + m_name + event.text);
+            events().note(m_job.medium, event.text);
             break;
         case Event::Kind::addition:
             m_outcome.addition = event.text;
@@ -190,7 +196,14 @@ private:
             shownByGauge();
         }
         m_console.log(VelaCreation::LEVEL_PROGRESS, m_name + text);
-        m_progress.stage(m_index, text, m_gauge != nullptr ? m_gauge->expected : 0);
+        const auto expected = m_gauge != nullptr ? m_gauge->expected : 0;
+        m_progress.stage(m_index, text, expected);
+        events().stage(m_job.medium, text, expected);
+    }
+
+    void takeDone(std::uint64_t bytes) {
+        m_progress.done(m_index, bytes);
+        events().done(m_job.medium, bytes);
     }
 
     void takeLine(const std::string& line) {
@@ -301,12 +314,13 @@ public:
                 Console& console)
         : m_source(source), m_isAlone(isAlone), m_atOnce(atOnce), m_signals(signals), m_console(console),
           m_progress(console.beginProgress(source.media())),
-          m_isRedrawn(m_progress.isLive() && !source.media().empty()) {}
+          m_isRedrawn((m_progress.isLive() || console.events().isOpen()) && !source.media().empty()) {}
 
     void run() {
         m_source.begin(m_progress);
         while (startMore(), !m_running.empty() || (m_source.hasMore() && !m_killTime)) {
             wait();
+            m_console.events().tellLost();
             for (auto& job : m_running) {
                 job.listen();
             }

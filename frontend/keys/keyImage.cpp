@@ -1,6 +1,7 @@
 #include "keys/keyImage.h"
 
 #include "forms/fields.h"
+#include "inputs/addedFiles.h"
 #include "inputs/checksum.h"
 #include "job/confinement.h"
 #include "job/supervisor.h"
@@ -59,13 +60,15 @@ KeyImage::KeyImage(const std::string& path)
     }
 }
 
-void KeyImage::requireOther(const std::string& path, const std::string& what) const {
-    struct stat about {};
-    if (path.empty() || stat(path.c_str(), &about) != 0) {
-        return;
+void KeyImage::requireOthers(const ShowChoices& choices) const {
+    for (const auto& file : addedFiles(choices)) {
+        struct stat about {};
+        if (stat(file.path.c_str(), &about) == 0) {
+            refuseIf(isSameFile(about, m_status), file.name() + " is the image");
+            refuseIf(m_map.isOpen() && isSameFile(about, m_map.status()),
+                     file.name() + " is the map of the image");
+        }
     }
-    refuseIf(isSameFile(about, m_status), what + " is the image");
-    refuseIf(m_map.isOpen() && isSameFile(about, m_map.status()), what + " is the map of the image");
 }
 
 Outcome KeyImage::examine(bool isSummedUp, const JobDirectory& jobDirectory, const HeldSignals& signals,

@@ -2,6 +2,7 @@
 /// The image of a key that is written to keys, or compared with them.
 #pragma once
 
+#include "choices.h"
 #include "display/console.h"
 #include "forms/blockMap.h"
 #include "job/heldSignals.h"
@@ -30,9 +31,8 @@ public:
     /// For messages.
     std::string name() const { return "the image " + quote(m_path); }
 
-    /// Refuses a file to be written that is the image or its map.
-    /// @param what  for the message, such as "the report 'keys.jsonl'"
-    void requireOther(const std::string& path, const std::string& what) const;
+    /// Refuses a log file, a report or an events file that is the image or its map.
+    void requireOthers(const ShowChoices& choices) const;
 
     /// Reads its form and its map in a confined process, holds the sums of the map against it, and sums it up
     /// if wanted.

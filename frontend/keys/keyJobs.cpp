@@ -1,39 +1,18 @@
 #include "keys/keyJobs.h"
 
-#include "inputs/checksum.h"
-#include "inputs/names.h"
-#include "support/failure.h"
-
 #include <deque>
 
-#include <fcntl.h>
-
 namespace velacreate {
-namespace {
-/// The tool package has the name that no update file can have.
-void sumUp(const Inputs& inputs, const Descriptor& staged, Reporter& reporter) {
-    reporter.stage("Summing up the files");
-    reporter.sum(PACKAGE_NAME, inputs.package.sum());
-    for (const auto& [place, entry] : inputs.updates.entries()) {
-        if (!entry.isDirectory) {
-            const auto file = openBeneath(staged.number(), place, O_RDONLY);
-            check(file.isOpen()).orFail(quote(place));
-            reporter.sum(place, sha256Of(file));
-        }
-    }
-}
-} // namespace
 
 Outcome stageForKeys(const Call& call, const JobDirectory& sharedStaging, InputSums* sums) {
     auto staged = stageShared(call, PackageForm::archive, sharedStaging,
                               [&](const Descriptor& here, Reporter& reporter) {
                                   if (sums != nullptr) {
-                                      sumUp(call.inputs, here, reporter);
+                                      sumUpInputs(call.inputs, here, reporter);
                                   }
                               });
     if (staged.status == 0 && sums != nullptr) {
-        sums->updates = staged.sums;
-        sums->package = sums->updates.extract(PACKAGE_NAME).mapped();
+        *sums = inputSumsOf(staged);
     }
     return staged;
 }

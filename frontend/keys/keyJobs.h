@@ -4,7 +4,7 @@
 
 #include "keys/fillKey.h"
 #include "keys/keys.h"
-#include "keys/report.h"
+#include "medium/report.h"
 
 #include <functional>
 #include <map>

@@ -1,6 +1,8 @@
 #include "keys/keyResults.h"
 
+#include "disks/inventory.h"
 #include "disks/powerDown.h"
+#include "medium/identity.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/texts.h"
@@ -49,7 +51,9 @@ int concludeSeveral(Console& console, const std::vector<Key>& keys, const std::v
     int status = 0;
     for (std::size_t index = 0; index < keys.size(); ++index) {
         const auto& outcome = results[index].outcome;
-        const auto name = keys[index].disk.node() + ": ";
+        const auto node = keys[index].disk.node();
+        const auto name = node + ": ";
+        console.events().endMedium(node, resultForPrograms(outcome)); // unless it has ended already
         showFailures(console, outcome, name);
         if (outcome.status != 0) {
             console.complain(name + failureSentences(outcome));
@@ -67,15 +71,17 @@ int concludeSeveral(Console& console, const std::vector<Key>& keys, const std::v
 }
 } // namespace
 
-Outcome inOwnWords(Outcome outcome) {
-    if (outcome.status == EXIT_DIFFERENT || outcome.status == EXIT_INTERRUPTED) {
-        return outcome;
+void beginEvents(Console& console, const std::vector<Key>& keys) {
+    std::vector<MediumIdentity> identities;
+    for (const auto& key : keys) {
+        identities.push_back(identityOf(key.disk.node(), key.disk.node(), key.about));
     }
-    if (outcome.reason.empty() && !outcome.failures.empty()) {
-        outcome.reason = outcome.failures.back();
+    console.events().begin(identities);
+    for (const auto& key : keys) {
+        if (!isSelected(key)) {
+            console.events().endMedium(key.disk.node(), resultForPrograms(refused(key)));
+        }
     }
-    outcome.failures.clear();
-    return outcome;
 }
 
 int concludeKeys(Console& console, const std::vector<Key>& keys, const std::vector<KeyResult>& results,
@@ -103,6 +109,7 @@ void KeyResults::settle(std::size_t key, const Outcome& outcome) {
     const auto result = inOwnWords(outcome);
     keepRecord(m_keys[key], result);
     m_settled[key] = KeyResult{result, powerDownText(m_keys[key], result)};
+    m_console.events().endMedium(m_keys[key].disk.node(), resultForPrograms(result));
 }
 
 int KeyResults::conclude(const std::vector<Outcome>& ofSelected) {
@@ -128,20 +135,13 @@ std::string KeyResults::powerDownText(const Key& key, const Outcome& outcome) co
         powerDown(key.disk);
         return ", powered down";
     } catch (const Failure& failure) {
-        m_console.say("Note: " + key.disk.node() + " was not powered down: " + failure.what());
+        m_console.note(key.disk.node() + " was not powered down: " + failure.what(), key.disk.node());
         return "";
     }
 }
 
 void KeyResults::keepRecord(const Key& key, const Outcome& outcome) const {
-    const auto reason = outcome.status == 0 ? "" : failureText(outcome);
-    try {
-        m_report.append({key.about, key.disk.node(), exitStatus(outcome.status).status, resultWord(outcome),
-                         reason, outcome.seconds},
-                        sums);
-    } catch (const Failure& failure) {
-        m_console.complain(failure.what());
-    }
+    m_report.append(jsonOf(key.disk.node(), key.about), outcome, sums, m_console);
 }
 
 } // namespace velacreate

@@ -4,7 +4,7 @@
 
 #include "display/summary.h"
 #include "keys/keys.h"
-#include "keys/report.h"
+#include "medium/report.h"
 
 #include <optional>
 #include <string>
@@ -18,10 +18,8 @@ struct KeyResult {
     std::string addition; ///< about powering down
 };
 
-/// The tools of a key say much that is no failure.
-/// @return the outcome with the words of the tool that has failed alone; after a comparison, with all
-/// differences
-Outcome inOwnWords(Outcome outcome);
+/// Begins the events of a call, and ends those of the keys that are not selected.
+void beginEvents(Console& console, const std::vector<Key>& keys);
 
 /// Shows one key in a line; several in a table, and each that failed in a line on standard error.
 /// @return the exit status: 0, or that of the first key that failed

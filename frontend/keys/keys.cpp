@@ -2,6 +2,7 @@
 
 #include "disks/guard.h"
 #include "disks/stacks.h"
+#include "inputs/addedFiles.h"
 #include "support/descriptor.h"
 #include "support/texts.h"
 
@@ -117,12 +118,16 @@ void requireSelectedIfAlone(const std::vector<Key>& keys) {
     }
 }
 
-std::vector<NeededFiles> neededFiles(std::initializer_list<std::pair<const char*, std::string>> paths) {
+std::vector<NeededFiles> neededFiles(std::initializer_list<std::pair<const char*, std::string>> paths,
+                                     const ShowChoices& choices) {
     std::vector<NeededFiles> files;
     for (const auto& [kind, path] : paths) {
         if (!path.empty()) {
             files.push_back({std::string(kind) + " " + quote(path), {futurePath(path)}});
         }
+    }
+    for (const auto& file : addedFiles(choices)) {
+        files.push_back({file.name(), {futurePath(file.path)}});
     }
     return files;
 }

@@ -38,8 +38,10 @@ struct NeededFiles {
     std::vector<std::string> paths; ///< absolute and without links; the files may be missing
 };
 
-/// @param paths  with the kind of each file, such as "the log file"; an empty path is left out
-std::vector<NeededFiles> neededFiles(std::initializer_list<std::pair<const char*, std::string>> paths);
+/// The files to which the job appends, and others.
+/// @param paths  with the kind of each file, such as "the image"; an empty path is left out
+std::vector<NeededFiles> neededFiles(std::initializer_list<std::pair<const char*, std::string>> paths,
+                                     const ShowChoices& choices);
 
 /// The named keys in their order, or all removable media. Media that are left out are shown. A disk with a
 /// file that the job needs is not selected.

@@ -41,10 +41,9 @@ void requireNoObstacles(const Key& key, const Inputs& inputs) {
 }
 
 std::vector<NeededFiles> neededBy(const UsbChoices& choices, const NamedDirectory& scratch) {
-    auto needed = neededFiles({{"the tool package", choices.job.package},
-                               {"the parent of the job directory", scratch.path},
-                               {"the log file", choices.job.show.log},
-                               {"the report", choices.keys.report}});
+    auto needed = neededFiles(
+        {{"the tool package", choices.job.package}, {"the parent of the job directory", scratch.path}},
+        choices.job.show);
     const std::filesystem::path directory = choices.job.directory;
     std::vector<std::string> updates = {futurePath(directory)};
     for (const auto& file : choices.job.files) {

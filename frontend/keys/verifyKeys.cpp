@@ -64,10 +64,11 @@ int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Cons
     const auto keys = keysToCompare(choices.devices);
     inputs.requireRoom(scratch, 1, 0);
     openLog(console, choices.job.show, "", &inputs);
+    const HeldSignals signals;
+    beginEvents(console, keys);
     if (countSelected(keys) == 0) {
         return conclude(console, keys, {}, JobKind::verifying);
     }
-    const HeldSignals signals;
     inputs.announce(console, "Comparing " + mediaText(keys) + " with");
     std::list<Descriptor> disks;
     std::vector<ComparedMedium> media;
@@ -88,16 +89,18 @@ int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Cons
 }
 
 int compareKeysWithImage(const VerifyChoices& choices, const NamedDirectory& scratch, Console& console) {
-    refuseIf(choices.job.files.size() != 1,
-             "a key is compared with one image, or with a --package and update files");
+    if (choices.job.files.size() != 1) {
+        throw WrongCommandLine("a key is compared with one image, or with a --package and update files");
+    }
     KeyImage image(choices.job.files.front());
     const auto keys = keysToCompare(choices.devices);
-    image.requireOther(choices.job.show.log, "the log file " + quote(choices.job.show.log));
+    image.requireOthers(choices.job.show);
     openLog(console, choices.job.show, image.path());
+    const HeldSignals signals;
+    beginEvents(console, keys);
     if (countSelected(keys) == 0) {
         return conclude(console, keys, {}, JobKind::comparingKey);
     }
-    const HeldSignals signals;
     const JobDirectory jobDirectory(scratch);
     const auto examination = image.examine(false, jobDirectory, signals, console);
     if (examination.status != 0) {
@@ -110,11 +113,12 @@ int compareKeysWithImage(const VerifyChoices& choices, const NamedDirectory& scr
             const auto work = [&](Reporter& reporter) {
                 return compareWithKeyImage(image, key.lock->descriptor(), JobKind::comparingKey, reporter);
             };
-            jobs.push_back({key.disk.node(),
+            const auto node = key.disk.node();
+            jobs.push_back({node,
                             jobDirectory.directory().number(),
                             work,
                             {},
-                            nullptr,
+                            endsEvents(node, console),
                             JobKind::comparingKey});
         }
     }

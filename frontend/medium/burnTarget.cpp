@@ -5,6 +5,7 @@
 #include "disks/inventory.h"
 #include "display/question.h"
 #include "display/table.h"
+#include "inputs/addedFiles.h"
 #include "support/failure.h"
 #include "support/texts.h"
 
@@ -107,20 +108,24 @@ void BurnTarget::takeDisk() {
     m_content = contentOf(disk);
 }
 
-void BurnTarget::requireOtherLog(const std::string& log) const {
-    if (log.empty() || m_path.empty()) {
-        return;
+DiskDescription BurnTarget::about() const {
+    return m_found && S_ISBLK(m_found->st_mode) ? describe(diskOf(m_found->st_rdev)) : DiskDescription();
+}
+
+void BurnTarget::requireOthers(const ShowChoices& choices) const {
+    for (const auto& file : addedFiles(choices)) {
+        const auto found = statusOf(file.path);
+        refuseIf(!m_path.empty() &&
+                     ((found && m_found && isSameFile(*found, *m_found)) || futurePath(file.path) == m_path),
+                 file.name() + " is the medium; choose another");
     }
-    const auto about = statusOf(log);
-    refuseIf((about && m_found && isSameFile(*about, *m_found)) || futurePath(log) == m_path,
-             "the log file " + quote(log) + " is the medium; choose another");
 }
 
 std::string BurnTarget::table() const {
     Table table({"Drive", "Port", "Model", "Serial number", "Size", "Holds"});
-    const auto about = m_found ? describe(diskOf(m_found->st_rdev)) : DiskDescription();
+    const auto drive = about();
     table.add(
-        {m_device, about.port, about.name(), about.serial, m_lock ? sizeText(about.size) : "", m_content});
+        {m_device, drive.port, drive.name(), drive.serial, m_lock ? sizeText(drive.size) : "", m_content});
     return table.text();
 }
 

@@ -30,8 +30,11 @@ public:
     /// The file or the node; none when the file will be made.
     const std::optional<struct stat>& found() const { return m_found; }
 
-    /// Refuses a log file that would be overwritten.
-    void requireOtherLog(const std::string& log) const;
+    /// What the kernel knows of a drive or a disk.
+    DiskDescription about() const;
+
+    /// Refuses a log file, a report or an events file that would be overwritten.
+    void requireOthers(const ShowChoices& choices) const;
 
     /// Refuses a file that is not empty unless this is forced. Shows a disk, or a disc that is not blank, and
     /// asks for "yes" unless this is given. Does so only once.

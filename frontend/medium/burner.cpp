@@ -1,13 +1,17 @@
 #include "medium/burner.h"
 
 #include "disks/discDrive.h"
+#include "disks/inventory.h"
 #include "display/summary.h"
+#include "inputs/checksum.h"
 #include "inputs/limits.h"
 #include "job/jobDirectory.h"
 #include "job/libraryLogger.h"
 #include "job/supervisor.h"
 #include "medium/comparison.h"
+#include "medium/identity.h"
 #include "medium/isoImage.h"
+#include "medium/report.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/texts.h"
@@ -39,9 +43,13 @@ void requireAnswer(const std::string& device, const Toolkit& toolkit) {
 }
 
 int makeDisc(const Descriptor& image, const std::string& path, const std::string& device, bool isQuiet,
-             bool keepPauses, const Toolkit& toolkit, Reporter& reporter) {
+             const ShowChoices& choices, const Toolkit& toolkit, Reporter& reporter) {
     const auto again = openAgain(image, path);
-    enterLibraryFolder(keepPauses, reporter);
+    enterLibraryFolder(choices.pauses, reporter);
+    if (!choices.report.empty()) {
+        reporter.stage("Summing up the image", sizeOf(image));
+        reporter.sum(IMAGE, sha256Of(image, [&](std::uint64_t bytes) { reporter.advance(bytes); }));
+    }
     toolkit.copyHere();
     placeFile(again, path, IMAGE);
     LibraryLogger logger(reporter);
@@ -83,31 +91,42 @@ int Burner::burn(const BurnChoices& choices, Console& console) {
     const auto image = openImage(choices.image);
     const auto& device = m_target.device();
     DiscDrive::requireOther(device, image.status());
-    m_target.requireOtherLog(choices.show.log);
+    m_target.requireOthers(choices.show);
     const auto path = absolutePath(choices.image);
+    Report report(choices.show.report);
     openLog(console, choices.show, path);
     if (const int status = m_target.askForConsent(choices.overwrite, console); status != 0) {
         return status;
     }
     m_target.requireUnchanged();
     const auto medium = discText(device);
-    console.say("Burning " + quote(choices.image) + " to " + device);
     const HeldSignals signals;
+    console.events().begin({identityOf(medium, m_target.path())});
+    console.say("Burning " + quote(choices.image) + " to " + device);
     const JobDirectory jobDirectory(m_scratch);
     const auto work = [&](Reporter& reporter) {
-        return makeDisc(image, path, device, console.isQuiet(), choices.show.pauses, m_toolkit, reporter);
+        return makeDisc(image, path, device, console.isQuiet(), choices.show, m_toolkit, reporter);
     };
     const auto outcome =
         supervise({{medium, jobDirectory.directory().number(), work}}, 1, signals, console).front();
     const auto size = sizeText(static_cast<std::uint64_t>(image.status().st_size));
-    const int status = conclude(console, outcome, medium, size);
+    const auto end = [&](const Outcome& last) {
+        console.events().endMedium(medium, resultForPrograms(last));
+        const auto made = outcome.sums.find(IMAGE);
+        report.append(jsonOf(device, m_target.about()), last,
+                      {"", {}, "", made != outcome.sums.end() ? made->second : ""}, console);
+    };
+    const int status = showResult(console, outcome, medium, size);
     if (status != 0 || !choices.verify) {
+        end(outcome);
         return status;
     }
     const auto comparison = compareBurnt(device, image, signals, console);
     if (comparison.status != EXIT_REFUSED) {
-        return conclude(console, comparison, medium, size);
+        end(comparison.status == 0 ? outcome : comparison);
+        return showResult(console, comparison, medium, size);
     }
+    end(outcome);
     console.say("The disc was not read back, as " + comparison.reason + ". Put it in, and compare it:");
     console.say("velacreate verify --disc " + (DiscDrive::isNode(device) ? device : "DEVICE") + " " +
                 asShellWord(path));

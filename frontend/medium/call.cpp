@@ -1,5 +1,6 @@
 #include "medium/call.h"
 
+#include "inputs/checksum.h"
 #include "inputs/names.h"
 #include "job/stagePauses.h"
 #include "support/exitStatus.h"
@@ -36,6 +37,28 @@ void stageFiles(const Inputs& inputs, PackageForm form, const Descriptor& jobDir
         std::async(std::launch::async, [&] { stagePackage(inputs.package, form, jobDirectory, advance); });
     inputs.updates.copyTo(jobDirectory.number(), advance);
     packageStaged.get();
+}
+
+/// The tool package has the name that no update file can have.
+void sumUpInputs(const Inputs& inputs, const Descriptor& staged, Reporter& reporter) {
+    reporter.stage("Summing up the files");
+    reporter.sum(PACKAGE_NAME, inputs.package.sum());
+    for (const auto& [place, entry] : inputs.updates.entries()) {
+        if (!entry.isDirectory) {
+            const auto file = openBeneath(staged.number(), place, O_RDONLY);
+            check(file.isOpen()).orFail(quote(place));
+            reporter.sum(place, sha256Of(file));
+        }
+    }
+}
+
+InputSums inputSumsOf(const Outcome& outcome) {
+    InputSums sums;
+    sums.updates = outcome.sums;
+    if (const auto package = sums.updates.extract(PACKAGE_NAME)) {
+        sums.package = package.mapped();
+    }
+    return sums;
 }
 
 Outcome stageShared(const Call& call, PackageForm form, const JobDirectory& sharedStaging,

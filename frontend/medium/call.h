@@ -8,6 +8,7 @@
 #include "job/reporter.h"
 #include "job/supervisor.h"
 #include "medium/jobInputs.h"
+#include "medium/report.h"
 
 #include <functional>
 
@@ -29,6 +30,14 @@ enum class PackageForm { archive, unpacked };
 /// In the job's process: copies the tool package and the update files into a job directory.
 /// @throw Refusal or Failure when they have changed
 void stageFiles(const Inputs& inputs, PackageForm form, const Descriptor& jobDirectory, Reporter& reporter);
+
+/// In the job's process: sends the sums of the tool package and of the update files.
+/// @param staged  the job directory
+/// @throw Refusal or Failure
+void sumUpInputs(const Inputs& inputs, const Descriptor& staged, Reporter& reporter);
+
+/// @return the sums that it has sent; empty where there are none
+InputSums inputSumsOf(const Outcome& outcome);
 
 /// Stages the files in a job of its own, for several media.
 /// @param andThen called last, in the same process; may be null

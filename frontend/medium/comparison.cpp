@@ -3,6 +3,7 @@
 #include "display/summary.h"
 #include "inputs/names.h"
 #include "job/confinement.h"
+#include "medium/identity.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/texts.h"
@@ -71,7 +72,8 @@ std::vector<Outcome> compareMedia(const Call& call, const std::vector<ComparedMe
             const auto work = [&, medium = medium](Reporter& reporter) {
                 return compareConfined(directory, call.inputs, medium, JobKind::verifying, reporter);
             };
-            jobs.push_back({name, directory.number(), work, {}, nullptr, JobKind::verifying});
+            jobs.push_back(
+                {name, directory.number(), work, {}, endsEvents(name, call.console), JobKind::verifying});
         }
         outcomes = supervise(jobs, jobs.size(), call.signals, call.console);
     }
@@ -99,11 +101,18 @@ OpenMedium openToCompare(const std::string& kind, const std::string& path, mode_
     return {kind + " " + quote(absolute), absolute, std::move(file)};
 }
 
+std::function<void(const Outcome&)> endsEvents(const std::string& medium, Console& console) {
+    return [&console, medium](const Outcome& outcome) {
+        console.events().endMedium(medium, resultForPrograms(outcome));
+    };
+}
+
 int compareAlone(const JobChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
                  const OpenMedium& medium, const ReadMedium& read, Console& console) {
     inputs.requireRoom(scratch, 1, 0);
     openLog(console, choices.show, medium.path, &inputs);
     const HeldSignals signals;
+    console.events().begin({identityOf(medium.name, medium.path)});
     inputs.announce(console, "Comparing " + medium.name + " with");
     const auto outcome =
         compareMedia({choices, inputs, scratch, signals, console}, {{medium.name, read}}).front();

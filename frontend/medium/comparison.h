@@ -38,6 +38,9 @@ std::string explanationText(const std::string& medium, const Contents& contents)
 /// @throw Refusal when it cannot be opened, or is of another type
 OpenMedium openToCompare(const std::string& kind, const std::string& path, mode_t type);
 
+/// @return what ends the events of a medium when its job has ended
+std::function<void(const Outcome&)> endsEvents(const std::string& medium, Console& console);
+
 /// Compares a medium with what would be made now, and shows the result.
 /// @return the exit status
 int compareAlone(const JobChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,

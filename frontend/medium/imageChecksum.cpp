@@ -20,7 +20,7 @@ ImageChecksum::ImageChecksum(std::string image)
           return sha256Of(file, [this](std::uint64_t bytes) { m_done += bytes; });
       })) {}
 
-void ImageChecksum::writeTo(const std::string& path, const std::string& name, Reporter& reporter) {
+std::string ImageChecksum::sum(Reporter& reporter) {
     reporter.stage("Summing up the image", std::filesystem::file_size(m_image));
     std::uint64_t told = 0;
     while (m_sum.wait_for(std::chrono::milliseconds(100)) == std::future_status::timeout) {
@@ -28,7 +28,10 @@ void ImageChecksum::writeTo(const std::string& path, const std::string& name, Re
         reporter.advance(done - told);
         told = done;
     }
-    const auto sum = m_sum.get();
+    return m_sum.get();
+}
+
+void writeChecksum(const std::string& path, const std::string& sum, const std::string& name) {
     const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
     check(file.isOpen() && writeText(file, checksumLine(sum, name)) && fsync(file.number()) == 0)
         .orFail("the checksum cannot be written");

@@ -1,5 +1,6 @@
 #include "medium/jobInputs.h"
 
+#include "inputs/addedFiles.h"
 #include "inputs/limits.h"
 #include "inputs/names.h"
 #include "support/failure.h"
@@ -85,16 +86,15 @@ void Inputs::announce(Console& console, const std::string& beginning) const {
     console.say(beginning + " " + quote(package.path()) + " and " +
                 counted(updates.fileCount(), "update file"));
     for (const auto& name : contents.replaced) {
-        console.say("Note: the update file " + quote(name) +
-                    " takes the place of a boot file of the package");
+        console.note("the update file " + quote(name) + " takes the place of a boot file of the package");
     }
     for (const auto& name : contents.missing) {
-        console.say("Note: the package lacks the boot file " + quote(name));
+        console.note("the package lacks the boot file " + quote(name));
     }
     if (const auto place = misplacedInstaller(updates, contents); !place.empty()) {
-        console.say("Note: there is no " + quote(VelaCreation::INSTALLER) +
-                    " at the top of the medium, where machines look for it, but " + quote(place) +
-                    "; --directory says where its path begins");
+        console.note("there is no " + quote(VelaCreation::INSTALLER) +
+                     " at the top of the medium, where machines look for it, but " + quote(place) +
+                     "; --directory says where its path begins");
     }
 }
 
@@ -118,21 +118,25 @@ void requireFileSizes(const Contents& contents, const Kind& kind) {
     }
 }
 
-void requireOtherLog(const ShowChoices& choices, const std::string& medium) {
-    if (choices.log.empty() || medium.empty()) {
-        return;
+void requireOthers(const ShowChoices& choices, const std::string& medium) {
+    for (const auto& file : addedFiles(choices)) {
+        const fs::path path = futurePath(file.path);
+        refuseIf(!medium.empty() && (path == medium || path.parent_path() == medium),
+                 file.name() + " is the medium, or in it; choose another");
     }
-    const fs::path log = futurePath(choices.log);
-    refuseIf(log == medium || log.parent_path() == medium,
-             "the log file " + quote(choices.log) + " is the medium, or in it; choose another");
 }
 
 void openLog(Console& console, const ShowChoices& choices, const std::string& medium, const Inputs* inputs) {
-    if (inputs != nullptr && !choices.log.empty()) {
-        inputs->requireOther(choices.log, "the log file " + quote(choices.log));
+    const auto files = addedFiles(choices);
+    for (const auto& file : files) {
+        if (inputs != nullptr) {
+            inputs->requireOther(file.path, file.name());
+        }
     }
-    requireOtherLog(choices, medium);
+    requireOthers(choices, medium);
+    requireDifferent(files);
     console.openLog(choices.verbose, choices.log);
+    console.events().release();
 }
 
 } // namespace velacreate

@@ -55,14 +55,15 @@ private:
 /// Refuses files that are too large for this kind of medium.
 void requireFileSizes(const Contents& contents, const Kind& kind);
 
-/// Refuses a log file that is the medium, or in it.
+/// Refuses a log file, a report or an events file that is the medium, or in it.
 /// @param medium its path; may be empty
-void requireOtherLog(const ShowChoices& choices, const std::string& medium);
+void requireOthers(const ShowChoices& choices, const std::string& medium);
 
-/// Opens the log file, if one is wanted. This is the last check of a call, since it makes the file.
+/// Opens the log file, if one is wanted, and lets events be written. This is the last check of a call, since
+/// it makes the file.
 /// @param medium the path of the medium; may be empty
 /// @param inputs may be null
-/// @throw Refusal when the log file is one of these
+/// @throw Refusal when the log file, the report or the events file is one of these
 void openLog(Console& console, const ShowChoices& choices, const std::string& medium,
              const Inputs* inputs = nullptr);
 

@@ -9,6 +9,7 @@
 #include "job/libraryLogger.h"
 #include "job/supervisor.h"
 #include "medium/comparison.h"
+#include "medium/identity.h"
 #include "medium/imageChecksum.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
@@ -54,6 +55,10 @@ std::string nameOf(const Output& output) {
     return std::filesystem::path(output.path()).filename();
 }
 
+bool isReported(const OutputJob& job) {
+    return !job.choices.show.report.empty();
+}
+
 void flush(const std::string& path) {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     check(file.isOpen()).orFail(quote(path));
@@ -86,8 +91,8 @@ int finish(const OutputJob& job, const Descriptor& jobDirectory, Reporter& repor
         throw Failure("the tool ended without a failure, but made nothing");
     }
     std::optional<ImageChecksum> checksum;
-    if (job.checksum != nullptr) {
-        checksum.emplace(path);
+    if (job.checksum != nullptr || isReported(job)) {
+        checksum.emplace(kind.besideArchive.empty() ? path : path + "/" + VelaCreation::NETBOOT_ARCHIVE);
     }
     auto flushed = std::async(std::launch::async, [&path] { flush(path); });
     auto unstaged = std::async(std::launch::async, [&] { dropStaging(job.choices, jobDirectory); });
@@ -97,7 +102,11 @@ int finish(const OutputJob& job, const Descriptor& jobDirectory, Reporter& repor
     unstaged.get();
     tidyUp(job.choices, jobDirectory);
     if (checksum && result == 0) {
-        checksum->writeTo(checksumPlace(kind), nameOf(job.output), reporter);
+        const auto sum = checksum->sum(reporter);
+        reporter.sum(kind.place, sum);
+        if (job.checksum != nullptr) {
+            writeChecksum(checksumPlace(kind), sum, nameOf(job.output));
+        }
     }
     return result;
 }
@@ -106,6 +115,9 @@ int finish(const OutputJob& job, const Descriptor& jobDirectory, Reporter& repor
 int make(const OutputJob& job, Reporter& reporter) {
     const auto jobDirectory = enterLibraryFolder(job.choices.show.pauses, reporter);
     stageFiles(job.inputs, job.form, jobDirectory, reporter);
+    if (isReported(job)) {
+        sumUpInputs(job.inputs, jobDirectory, reporter);
+    }
     const int result = job.workflow(jobDirectory, reporter);
     return result == 0 ? finish(job, jobDirectory, reporter) : result;
 }
@@ -159,6 +171,15 @@ void putInPlace(const OutputJob& job, const JobDirectory& jobDirectory, Outcome&
     }
 }
 
+/// The output has a place that no update file can have.
+InputSums sumsOf(const OutputJob& job, const Outcome& outcome) {
+    auto sums = inputSumsOf(outcome);
+    if (const auto made = sums.updates.extract(job.inputs.kind.place)) {
+        sums.made = made.mapped();
+    }
+    return sums;
+}
+
 bool isThere(const std::string& path) {
     struct stat about {};
     return !path.empty() && lstat(path.c_str(), &about) == 0;
@@ -207,25 +228,28 @@ int makeOutput(const OutputJob& job, Console& console) {
         requireExecutable(job.output.parent(), "choose another directory for the output");
     }
     for (const auto& made : allOf(job)) {
-        requireOtherLog(job.choices.show, made.output->path());
+        requireOthers(job.choices.show, made.output->path());
     }
+    Report report(job.choices.show.report);
     openLog(console, job.choices.show, job.output.path(), &job.inputs);
-    job.inputs.announce(console, "Making " + medium + " from");
     const HeldSignals signals;
+    console.events().begin({identityOf(medium, "")});
+    job.inputs.announce(console, "Making " + medium + " from");
     JobDirectory jobDirectory(job.output.parent());
     const int directory = jobDirectory.directory().number();
     const auto work = [&](Reporter& reporter) { return make(job, reporter); };
     auto outcome =
         supervise({{medium, directory, work, gaugesOf(job.inputs, directory)}}, 1, signals, console).front();
-    const auto size = sizeText(sizeBelow(directory, kind.place));
+    const auto size = sizeBelow(directory, kind.place);
     putInPlace(job, jobDirectory, outcome);
     if (outcome.status == 0 && isThere(job.earlierChecksum)) {
-        console.say("Note: " + quote(job.earlierChecksum) + " is of an earlier image");
+        console.note(quote(job.earlierChecksum) + " is of an earlier image");
     }
     keepIfWanted(job.choices, jobDirectory, console);
     const auto sum =
         job.checksum != nullptr ? ", its checksum in " + quote(job.checksum->path()) : std::string();
-    return conclude(console, outcome, medium, size + readBackText(job.choices.verify) + sum);
+    report.append({{"output", job.output.path()}, {"size", size}}, outcome, sumsOf(job, outcome), console);
+    return conclude(console, outcome, medium, sizeText(size) + readBackText(job.choices.verify) + sum);
 }
 
 } // namespace velacreate

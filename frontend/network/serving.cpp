@@ -27,6 +27,7 @@ struct ServerLog {
         if (!news) {
             return;
         }
+        console.events().note("", news->text);
         if (progress.isLive()) {
             console.log(VelaCreation::LEVEL_PROGRESS, news->text);
             progress.line(news->machine, machines.text(news->machine), !machines.isServed(news->machine));

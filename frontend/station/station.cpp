@@ -1,8 +1,8 @@
 #include "station/station.h"
 
 #include "disks/guard.h"
+#include "disks/inventory.h"
 #include "display/summary.h"
-#include "keys/keyResults.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
 #include "support/texts.h"
@@ -39,6 +39,26 @@ SlotState stateAfter(const Outcome& outcome) {
     return outcome.status == 0 ? (outcome.wasRight ? SlotState::already : SlotState::done)
            : outcome.status == EXIT_REFUSED && !outcome.hasChanged ? SlotState::refused
                                                                    : SlotState::failed;
+}
+
+const char* wordOf(SlotState state) {
+    switch (state) {
+    case SlotState::ignored:
+        return "ignored";
+    case SlotState::working:
+        return "working";
+    case SlotState::done:
+        return "done";
+    case SlotState::already:
+        return "already";
+    case SlotState::failed:
+        return "failed";
+    case SlotState::refused:
+        return "refused";
+    case SlotState::empty:
+        break;
+    }
+    return "empty";
 }
 
 std::string textOf(SlotState state, const Outcome& outcome) {
@@ -87,6 +107,7 @@ void Station::begin(Progress& progress) {
     m_progress = &progress;
     for (std::size_t slot = 0; slot < m_views.size(); ++slot) {
         progress.line(slot, "empty", false);
+        m_call.console.events().slot(identityOf(slot), wordOf(SlotState::empty));
     }
     showTally();
     look();
@@ -174,6 +195,7 @@ void Station::take(std::size_t slot, const std::vector<PluggedDisk>& found) {
     view.coming.clear();
     view.staysShown = false;
     view.about = describe(found.front().disk);
+    m_call.console.events().begin({identityOf(slot)});
     if (std::all_of(found.begin(), found.end(),
                     [&](const auto& plugged) { return wasThereBefore(plugged); })) {
         show(slot, SlotState::ignored, "was there before; pull it out and put it in again");
@@ -278,19 +300,26 @@ std::string Station::tallyText() const {
 void Station::finish(std::size_t slot, const Outcome& raw) {
     const auto outcome = inOwnWords(raw);
     const auto state = stateAfter(outcome);
+    const auto identity = identityOf(slot);
+    const auto result = resultForPrograms(outcome);
     m_views[slot].isWaiting = false;
     ++m_tally[state];
-    show(slot, state, textOf(state, outcome));
+    m_call.console.events().endMedium(identity.name, result);
+    show(slot, state, textOf(state, outcome), result.reason);
     showTally();
-    keepRecord(m_views[slot], outcome);
+    Json record = {{"slot", identity.slot}};
+    record.update(jsonOf(identity.node, m_views[slot].about));
+    m_call.report.append(record, outcome, m_call.sums, m_call.console);
     if (m_progress->isLive()) {
         m_call.console.screen().write(STDOUT_FILENO, "\a");
     }
 }
 
-void Station::show(std::size_t slot, SlotState state, const std::string& text) {
+void Station::show(std::size_t slot, SlotState state, const std::string& text, const std::string& reason) {
     m_views[slot].state = state;
-    const auto line = m_call.slots.all()[slot].name + ": " + text;
+    const auto identity = identityOf(slot);
+    m_call.console.events().slot(identity, wordOf(state), reason);
+    const auto line = identity.name + ": " + text;
     if (m_progress->isLive()) {
         m_progress->line(slot, text, state != SlotState::empty && state != SlotState::ignored);
         m_call.console.log(VelaCreation::LEVEL_PROGRESS, line);
@@ -299,20 +328,18 @@ void Station::show(std::size_t slot, SlotState state, const std::string& text) {
     }
 }
 
+/// Of the stick that the slot shows, if any.
+MediumIdentity Station::identityOf(std::size_t slot) const {
+    const auto& view = m_views[slot];
+    const auto& name = m_call.slots.all()[slot].name;
+    return view.disks.empty() ? MediumIdentity{name, "", "", "", name}
+                              : MediumIdentity{name, view.disks.front().disk.node(), view.about.port,
+                                               view.about.serial, name};
+}
+
 void Station::showTally() {
     m_progress->footer(tallyText() +
                        (m_isClosing ? "; ending, Ctrl-C once more ends all at once" : "; Ctrl-C ends"));
-}
-
-void Station::keepRecord(const View& view, const Outcome& outcome) {
-    try {
-        m_call.report.append({view.about, view.disks.front().disk.node(), exitStatus(outcome.status).status,
-                              resultWord(outcome), outcome.status == 0 ? "" : failureText(outcome),
-                              outcome.seconds},
-                             m_call.sums);
-    } catch (const Failure& failure) {
-        m_call.console.complain(failure.what());
-    }
 }
 
 } // namespace velacreate

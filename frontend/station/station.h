@@ -5,7 +5,7 @@
 #include "display/console.h"
 #include "job/jobDirectory.h"
 #include "job/jobSource.h"
-#include "keys/report.h"
+#include "medium/report.h"
 #include "station/deviceNews.h"
 #include "station/pluggedDisks.h"
 #include "station/slots.h"
@@ -34,6 +34,7 @@ struct StationCall {
     Console& console;
 };
 
+/// Each has a word in the events.
 enum class SlotState {
     empty,
     ignored, ///< was there before
@@ -77,9 +78,10 @@ private:
     std::string reasonAgainst(const std::vector<PluggedDisk>& found) const;
     NextJob jobFor(std::size_t slot);
     void finish(std::size_t slot, const Outcome& outcome);
-    void show(std::size_t slot, SlotState state, const std::string& text);
+    /// @param reason  for programs; may be empty
+    void show(std::size_t slot, SlotState state, const std::string& text, const std::string& reason = "");
+    MediumIdentity identityOf(std::size_t slot) const;
     void showTally();
-    void keepRecord(const View& view, const Outcome& outcome);
 
     StationCall m_call;
     Descriptor m_mounts;

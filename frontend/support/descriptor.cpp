@@ -190,12 +190,18 @@ Descriptor openWithin(int directory, const std::string& path, int flags, unsigne
 namespace {
 /// @param creation  O_CREAT or 0
 /// @return closed when the file is missing and is not to be made
-Descriptor openedToAdd(const std::string& what, const std::string& path, int creation) {
+Descriptor openedToAdd(const std::string& what, const std::string& path, int creation, Fifos fifos) {
     constexpr mode_t READABLE = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
     const auto directory = openTrustedDirectoryOf(path, what);
-    const auto name = std::filesystem::path(path).filename();
-    Descriptor file(openat(directory.number(), name.empty() ? "." : name.c_str(),
-                           O_WRONLY | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | creation,
+    const auto last = std::filesystem::path(path).filename();
+    const std::string name = last.empty() ? "." : last.string();
+    struct stat about {};
+    const bool isFifo = fifos == Fifos::taken &&
+                        fstatat(directory.number(), name.c_str(), &about, AT_SYMLINK_NOFOLLOW) == 0 &&
+                        S_ISFIFO(about.st_mode);
+    const int access = isFifo ? O_RDWR : O_WRONLY; // its own reader, as long as there is no other
+    Descriptor file(openat(directory.number(), name.c_str(),
+                           access | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | creation,
                            READABLE));
     if (!file.isOpen() && errno == ENOENT && creation == 0) {
         return file;
@@ -206,23 +212,25 @@ Descriptor openedToAdd(const std::string& what, const std::string& path, int cre
                                        : SystemError().about(what));
     }
     const mode_t mode = file.status().st_mode;
-    if (!S_ISREG(mode) && !S_ISCHR(mode)) {
+    if (!S_ISREG(mode) && !S_ISCHR(mode) && !(isFifo && S_ISFIFO(mode))) {
         throw Refusal(what + " is no file");
     }
     return file;
 }
 } // namespace
 
-Descriptor openToAdd(const std::string& kind, const std::string& path) {
-    return openedToAdd(kind + " " + quote(path), path, O_CREAT);
+Descriptor openToAdd(const std::string& kind, const std::string& path, Fifos fifos) {
+    return openedToAdd(kind + " " + quote(path), path, O_CREAT, fifos);
 }
 
-void requireAddable(const std::string& kind, const std::string& path) {
+Descriptor openIfAddable(const std::string& kind, const std::string& path, Fifos fifos) {
     const std::string what = kind + " " + quote(path);
-    if (!openedToAdd(what, path, 0).isOpen()) {
+    auto file = openedToAdd(what, path, 0, fifos);
+    if (!file.isOpen()) {
         const auto parent = std::filesystem::absolute(path).parent_path();
         check(faccessat(AT_FDCWD, parent.c_str(), W_OK | X_OK, AT_EACCESS) == 0).orRefuse(what);
     }
+    return file;
 }
 
 ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset) {
@@ -281,6 +289,14 @@ void writeAll(const Descriptor& to, const char* data, std::size_t size, const st
 
 bool isSameFile(const struct stat& one, const struct stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+bool isSameFile(const std::string& one, const std::string& other) {
+    struct stat found {};
+    struct stat others {};
+    return stat(one.c_str(), &found) == 0 && stat(other.c_str(), &others) == 0
+               ? isSameFile(found, others)
+               : futurePath(one) == futurePath(other);
 }
 
 bool isUnchanged(const struct stat& found, const struct stat& now) {

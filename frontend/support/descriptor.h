@@ -78,15 +78,19 @@ Descriptor openBeneath(int directory, const std::string& path, int flags, unsign
 /// The same, but does not cross mount points either.
 Descriptor openWithin(int directory, const std::string& path, int flags, unsigned mode = 0);
 
+enum class Fifos { refused, taken };
+
 /// Opens a regular file or a character device for appending, and creates a missing file. Follows no link at
 /// the end of the path, nor one on the way that others could have put there.
 /// @param kind  for the message, such as "the log file"
+/// @param fifos  whether a FIFO is opened, too; it need not have a reader
 /// @throw Refusal when it cannot be opened, is such a link, or is anything else
-Descriptor openToAdd(const std::string& kind, const std::string& path);
+Descriptor openToAdd(const std::string& kind, const std::string& path, Fifos fifos = Fifos::refused);
 
-/// Refuses what openToAdd() would refuse. Makes no file.
+/// The same, but makes no file.
+/// @return closed when there is no file, and one can be made
 /// @throw Refusal
-void requireAddable(const std::string& kind, const std::string& path);
+Descriptor openIfAddable(const std::string& kind, const std::string& path, Fifos fifos = Fifos::refused);
 
 /// Like pread(), but repeats until all bytes are read. Fewer bytes mean the end of the file.
 ssize_t readAt(int file, void* data, std::size_t size, std::uint64_t offset);
@@ -110,6 +114,9 @@ void writeAll(const Descriptor& to, const char* data, std::size_t size, const st
 
 /// Whether both are the same file, by device and number.
 bool isSameFile(const struct stat& one, const struct stat& other);
+
+/// The same for paths; the file may not exist yet.
+bool isSameFile(const std::string& one, const std::string& other);
 
 /// Whether a file is the same as before and has not been changed since.
 bool isUnchanged(const struct stat& found, const struct stat& now);

@@ -13,6 +13,12 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// The options of a call do not go together, or lack something.
+class WrongCommandLine : public Refusal {
+public:
+    using Refusal::Refusal;
+};
+
 /// The job cannot be finished. There is no result code for the reason.
 class Failure : public std::runtime_error {
 public:

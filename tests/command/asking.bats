@@ -56,7 +56,7 @@ options() {
     touch out/x.iso
     makes completes 'velacreate v' verify
     makes completes 'velacreate iso --platform=' linux ppc
-    makes completes 'velacreate usb --e' --erase --eject
+    makes completes 'velacreate usb --e' --events --erase --eject
     makes completes 'velacreate pxe --directory=folder inner/' inner/e.txt
     makes completes 'velacreate burn --quiet ../out/' ../out/x.iso
     makes completes 'velacreate iso --package t' tool.zip

@@ -136,9 +136,9 @@ refuses() { # MESSAGE CALL...
 }
 # Each row of a table: what is made before, a call that changes nothing, its exit status, and its last words; then, unless
 # that cell is empty, what was told before them, from the reading back on. A * stands for any.
-endsAsTold() { # TABLE
+endsAsTold() { # TABLE [FILTER]
     local cells rows row before call status words list
-    cells=$(sed -E 's/^ +| +$//g; s/ *\| */|/g' "$project/tests/tables/$1.txt")
+    cells=$("${2:-cat}" <"$project/tests/tables/$1.txt" | sed -E 's/^ +| +$//g; s/ *\| */|/g')
     mapfile -t rows <<<"$cells"
     for row in "${rows[@]}"; do
         echo "$row"
