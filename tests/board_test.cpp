@@ -131,7 +131,10 @@ struct BoardTest : JobTest {
         std::signal(SIGPIPE, SIG_IGN);
     }
 
-    void start() { board.emplace(listenAt(ADDRESS), Lines{"1", "left 2", "3", "4", "5", "Rear upper row", "7", "8"}, scratch, console); }
+    void start() {
+        board.emplace(listenAt(ADDRESS), Lines{"1", "left 2", "3", "4", "5", "Rear upper row", "7", "8"},
+                      scratch, console);
+    }
 
     /// Waits until a function returns a text; the station goes on meanwhile.
     void await(const std::string& expected, const std::function<std::string()>& found) {
@@ -226,11 +229,11 @@ TEST_F(BoardTest, Overload) {
         }
         const auto begin = std::chrono::steady_clock::now();
         for (int number = 0; number < 2000; ++number) {
-            board->take({{"event", "slot"}, {"slot", "1"}, {"state", number % 2 == 0 ? "working" : "empty"}});
+            console.events().slot({"1", "", "", "", "1"}, number % 2 == 0 ? "working" : "empty");
             board->look();
         }
         EXPECT_LT(std::chrono::steady_clock::now() - begin, 2s);
-        board->take({{"event", "slot"}, {"slot", "1"}, {"state", "done"}, {"time", "T"}});
+        console.events().slot({"1", "", "", "", "1"}, "done");
         await("1\n", [] { return outputOfShell("tail -n 2 news | grep -c '\"made\":1'"); });
     }
     const auto process = words(children()).at(0);
@@ -265,7 +268,7 @@ TEST_F(BoardTest, PageInABrowser) {
         };
         await("empty; Empty; ", [&] { return shown("left 2"); });
         for (const auto& row : rows("board-events")) {
-            board->take(Json::parse(row[0]));
+            board->take(row[0] + "\n");
             await(row[1], [&] { return shown("1"); });
             await(row[2], tally);
         }

@@ -60,18 +60,20 @@ Board::Board(Descriptor listener, const std::vector<std::string>& slots, const N
              Console& console)
     : m_listener(std::move(listener)), m_directory(scratch), m_console(console), m_state(slots) {
     start();
+    console.events().tellAlso([this](const std::string& line) { take(line); });
 }
 
 Board::~Board() {
+    m_console.events().tellAlso(nullptr);
     if (m_process) {
         m_process->signal(SIGKILL);
         m_process->reap();
     }
 }
 
-void Board::take(const Json& event) {
-    if (!m_state.take(event).is_null()) {
-        m_outbox.add(textOf(event));
+void Board::take(const std::string& line) {
+    if (!m_state.take(Json::parse(line)).is_null()) {
+        m_outbox.add(line);
         send();
     }
 }

@@ -31,8 +31,8 @@ public:
     Board(const Board&) = delete;
     Board& operator=(const Board&) = delete;
 
-    /// Shows an event.
-    void take(const Json& event);
+    /// Shows an event. It gets those of the console by itself.
+    void take(const std::string& line);
 
     /// Shows that no more sticks are taken.
     void showEnding();
