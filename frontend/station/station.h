@@ -33,6 +33,7 @@ struct StationCall {
     Report& report;
     const InputSums& sums;
     Console& console;
+    Board* board; ///< null when there is none
 };
 
 /// Each has a word in the events.
