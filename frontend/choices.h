@@ -101,6 +101,7 @@ struct StationChoices {
     std::string image; ///< of a key, in place of the tool package and the update files
     std::string slots;
     std::string learn;                    ///< a slots file to be made
+    std::string board;                    ///< "[ADDRESS:]PORT"; empty for none
     std::uint64_t largest = 64ULL << 30U; ///< in bytes
 };
 

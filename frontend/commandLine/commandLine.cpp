@@ -369,8 +369,8 @@ private:
         const auto run = [this, &command] {
             requireOneOf(command, {"--package", "--key-image", "--learn"});
             refuseWithout(command, {"--package", "--key-image"},
-                          {"--slots", "--erase", "--largest", "--jobs", "--report", "--log", "--verbose",
-                           "--events", "--work", "--yes"});
+                          {"--slots", "--erase", "--largest", "--jobs", "--report", "--board", "--log",
+                           "--verbose", "--events", "--work", "--yes"});
             refuseWithout(command, {"--package"},
                           {"--directory", UPDATES, "--manifest", "--sign", "--trust", "--sums"});
             if (m_station.learn.empty() && m_station.slots.empty()) {
@@ -406,6 +406,10 @@ private:
             ->type_name("SIZE");
         addJobs(command, usb.keys);
         addReport(command, usb.job.show);
+        command
+            .add_option("--board", m_station.board,
+                        "Show the slots in browsers, on this machine or at this address")
+            ->type_name("[ADDRESS:]PORT");
         addYes(command, usb.keys.yes);
         addMessageOptions(command, usb.job.show);
         addWork(command, usb.work);

@@ -1,5 +1,7 @@
 #include "commands/commands.h"
 
+#include "board/board.h"
+#include "board/boardAddress.h"
 #include "display/question.h"
 #include "display/summary.h"
 #include "display/table.h"
@@ -16,6 +18,8 @@
 #include "support/texts.h"
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace velacreate {
 namespace {
@@ -25,6 +29,7 @@ struct Setting {
     const Slots& slots;
     const NamedDirectory& scratch;
     Report& report;
+    Descriptor& listener; ///< of the board; closed when there is none
     Console& console;
 
     std::size_t atOnce() const {
@@ -57,6 +62,17 @@ void showSlots(const Setting& setting, const std::string& announcement) {
     console.say("What is plugged into a slot from now on, up to " + sizeText(setting.choices.largest) +
                 ", is taken at once. " + announcement);
     console.say("What was there before is left alone until it is pulled out and put in again.");
+    if (setting.listener.isOpen()) {
+        console.say("The board is shown at " + setting.choices.board + ".");
+    }
+}
+
+std::vector<std::string> namesOf(const Slots& slots) {
+    std::vector<std::string> names;
+    for (const auto& slot : slots.all()) {
+        names.push_back(slot.name);
+    }
+    return names;
 }
 
 int run(const Setting& setting, const StickWork& work, const InputSums& sums, const HeldSignals& signals) {
@@ -69,8 +85,12 @@ int run(const Setting& setting, const StickWork& work, const InputSums& sums, co
         console.complain("interrupted; nothing was changed");
         return status;
     }
-    Station station(
-        {setting.slots, work, setting.choices.largest, setting.scratch, setting.report, sums, console});
+    std::optional<Board> board;
+    if (setting.listener.isOpen()) {
+        board.emplace(std::move(setting.listener), namesOf(setting.slots), setting.scratch, console);
+    }
+    Station station({setting.slots, work, setting.choices.largest, setting.scratch, setting.report, sums,
+                     console, board ? &*board : nullptr});
     supervise(station, setting.atOnce(), signals, console);
     console.say(station.tallyText());
     console.events().endMedium("", {RESULT_SERVED, 0, ""}); // the call, whatever became of the sticks
@@ -148,7 +168,8 @@ int runStation(const StationChoices& choices, const CallerEnvironment& caller, C
     const Slots slots(choices.slots);
     const auto scratch = scratchDirectory(choices.usb.work, caller);
     Report report(choices.usb.job.show.report);
-    const Setting setting = {choices, slots, scratch, report, console};
+    auto listener = choices.board.empty() ? Descriptor() : listenAt(choices.board);
+    const Setting setting = {choices, slots, scratch, report, listener, console};
     return choices.image.empty() ? fillSticks(setting) : writeSticks(setting);
 }
 

@@ -182,11 +182,18 @@ void EventStream::writeEnd(const Medium& medium, const JobResult& result) {
 }
 
 void EventStream::write(const char* event, const Json& identity, const Json& fields) {
+    if (!isOpen()) {
+        return;
+    }
+    const auto line = lineOf(event, identity, fields);
+    if (m_listener) {
+        m_listener(line);
+    }
     if (!m_file || m_isHeld) {
         return;
     }
     tellLost();
-    if (m_lost != 0 || !m_file->write(lineOf(event, identity, fields))) {
+    if (m_lost != 0 || !m_file->write(line)) {
         ++m_lost;
     }
 }

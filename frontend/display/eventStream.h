@@ -9,9 +9,11 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velacreate {
@@ -40,7 +42,9 @@ public:
     void open(const std::string& path, const std::string& command, bool isHeld);
     void release() { m_isHeld = false; }
     void close() { m_file.reset(); }
-    bool isOpen() const { return m_file.has_value(); }
+    /// Has a function called with each line, too, also without a file.
+    void tellAlso(std::function<void(const std::string& line)> listener) { m_listener = std::move(listener); }
+    bool isOpen() const { return m_file.has_value() || m_listener; }
 
     /// For a call with more media than are begun at first.
     void expectSeveral() { m_hasSeveral = true; }
@@ -90,6 +94,7 @@ private:
     std::string lineOf(const char* event, const Json& identity, const Json& fields) const;
 
     std::optional<EventFile> m_file;
+    std::function<void(const std::string& line)> m_listener;
     std::string m_command;
     bool m_isHeld = false;
     bool m_hasSeveral = false;

@@ -60,11 +60,7 @@ void giveUpPrivileges() {
 
 void confine(const Descriptor& visible) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    limitMemory();
-    check(fchdir(visible.number()) == 0 && prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0)
-        .orFail("the job directory cannot be entered");
-    check(!hasOwnMounts() || chroot(".") == 0).orFail("the files of this machine cannot be hidden");
-    leaveOnlyBeneath(visible);
+    hideFiles(visible);
     giveUpPrivileges();
     isConfined = true;
     prolong();
@@ -92,6 +88,14 @@ int runConfined(const Descriptor& visible, const std::function<int()>& work, con
         throw Failure("there was no progress for " + std::to_string(SECONDS_WITHOUT_PROGRESS) + " s");
     }
     return status;
+}
+
+void hideFiles(const Descriptor& visible) {
+    limitMemory();
+    check(fchdir(visible.number()) == 0 && prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0)
+        .orFail("the job directory cannot be entered");
+    check(!hasOwnMounts() || chroot(".") == 0).orFail("the files of this machine cannot be hidden");
+    leaveOnlyBeneath(visible);
 }
 
 void prolong() {

@@ -16,6 +16,11 @@ namespace velacreate {
 /// @throw Failure when `prolong` was not called for 20 seconds
 int runConfined(const Descriptor& visible, const std::function<int()>& work, const Reporter& reporter);
 
+/// In a job's process: leaves 256 MiB of memory beyond what it has, and of all files one directory, which
+/// becomes the root directory and the current directory, where the kernel allows that.
+/// @throw Failure
+void hideFiles(const Descriptor& visible);
+
 /// To be called when the process has made progress. Does nothing in another process.
 void prolong();
 

@@ -54,6 +54,8 @@ public:
     }
     void reason(const std::string& text) const { send(Event::Kind::reason, text); }
 
+    int socket() const { return m_socket; }
+
 private:
     void send(Event::Kind kind, const std::string& text) const;
 

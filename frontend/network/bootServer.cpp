@@ -1,14 +1,13 @@
 #include "network/bootServer.h"
 
 #include "job/childProcess.h"
+#include "network/nobody.h"
 #include "network/serverRoot.h"
 #include "network/systemCalls.h"
 #include "support/failure.h"
 #include "support/programs.h"
 
 #include <mediaRules.h>
-
-#include <cap-ng.h>
 
 #include <cstdlib>
 #include <ctime>
@@ -17,16 +16,10 @@
 #include <vector>
 
 #include <linux/capability.h>
-#include <sys/prctl.h>
 #include <unistd.h>
 
 namespace velacreate {
 namespace {
-constexpr int NOBODY = 65534;
-constexpr int NO_GROUP = 65534;
-constexpr auto ALL_SETS = static_cast<capng_type_t>(CAPNG_EFFECTIVE | CAPNG_PERMITTED | CAPNG_INHERITABLE |
-                                                    CAPNG_BOUNDING_SET | CAPNG_AMBIENT);
-
 /// The time zone now, with no need for a file about it, such as "UTC-05:30:00" for a place east of Greenwich.
 std::string timeZone() {
     const std::time_t now = std::time(nullptr);
@@ -89,21 +82,6 @@ std::vector<std::string> serverCommand(const NetworkPort& port, const std::optio
                                    "--dhcp-lease-max=" + std::to_string(MOST_MACHINES), "--dhcp-ignore-clid",
                                    "--dhcp-option=option:router"});
     return command;
-}
-
-/// Becomes a user without privileges but these capabilities. No program that it runs can get more.
-void becomeNobody(const std::vector<unsigned>& capabilities) {
-    capng_clear(CAPNG_SELECT_ALL);
-    for (const unsigned number : capabilities) {
-        if (capng_update(CAPNG_ADD, ALL_SETS, number) != 0) {
-            throw Failure("the server's rights cannot be chosen");
-        }
-    }
-    // Reducing the bounding set needs a capability of root. A change of the user clears the ambient set.
-    check(capng_apply(CAPNG_SELECT_BOUNDS) == 0 &&
-          capng_change_id(NOBODY, NO_GROUP, CAPNG_DROP_SUPP_GRP) == 0 &&
-          capng_apply(CAPNG_SELECT_AMBIENT) == 0 && prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0)
-        .orFail("the server's rights cannot be taken away");
 }
 } // namespace
 

@@ -114,6 +114,9 @@ void Station::begin(Progress& progress) {
 }
 
 void Station::look() {
+    if (m_call.board != nullptr) {
+        m_call.board->look();
+    }
     const bool isNew = m_news.take();
     const auto now = Clock::now();
     if (!isNew && now < m_nextLook) {
@@ -281,6 +284,9 @@ bool Station::close() {
         return false;
     }
     m_isClosing = true;
+    if (m_call.board != nullptr) {
+        m_call.board->showEnding();
+    }
     showTally();
     if (!m_progress->isLive()) {
         m_call.console.say("Ending: no more sticks are taken; Ctrl-C once more ends all at once");

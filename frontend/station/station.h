@@ -2,6 +2,7 @@
 /// Gives a job to each stick that is plugged into a slot.
 #pragma once
 
+#include "board/board.h"
 #include "display/console.h"
 #include "job/jobDirectory.h"
 #include "job/jobSource.h"
@@ -32,6 +33,7 @@ struct StationCall {
     Report& report;
     const InputSums& sums;
     Console& console;
+    Board* board; ///< null when there is none
 };
 
 /// Each has a word in the events.
