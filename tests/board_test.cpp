@@ -188,7 +188,7 @@ TEST_F(BoardTest, Requests) {
     NEEDS_ROOT("the board's process becomes another user");
     start();
     board->take(
-        {{"event", "slot"}, {"slot", "left 2"}, {"state", "failed"}, {"time", "T"}, {"serial", "<b>"}});
+        R"({"event": "slot", "slot": "left 2", "state": "failed", "time": "T", "serial": "<b>"})" "\n");
     for (const auto& row : rows("board-requests")) {
         const auto answer = outputOfShell(answerTo("-i " + row[0]));
         for (std::size_t cell = 1; cell < row.size(); ++cell) {
