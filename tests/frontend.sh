@@ -62,15 +62,3 @@ inUse() { # NUMBER PLACE
 swapping() { # FILE
     printf 'Filename\t\t\t\tType\t\tSize\t\tUsed\t\tPriority\n%s file 9 0 -2\n' "$1" >/proc/swaps
 }
-
-# Signatures.
-makeKey() { # NAME: NAME.key, without a pass phrase, and NAME.pub
-    minisign -G -W -s "$1.key" -p "$1.pub" >/dev/null
-}
-sign() { # KEY [OPTION] FILE: with a comment
-    minisign -S -s "$1.key" -t "${comment-what it is}" "${@:2:$#-2}" -m "${!#}" >/dev/null
-}
-listed() { # KEY DIRECTORY: gets a list of its files, which is signed
-    (cd "$2" && find . -type f -printf '%P\n' | LC_ALL=C sort | tr '\n' '\0' | xargs -0 sha256sum) >medium.sha256
-    mv medium.sha256 "$2" && sign "$1" "$2/medium.sha256"
-}

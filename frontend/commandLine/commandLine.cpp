@@ -344,8 +344,7 @@ private:
                 refuseBesideList(command);
             } else if (command.count("--disc") + command.count("--device") + command.count("--package") ==
                        0) {
-                throw Refusal("what would be made now takes a tool package; name it with --package, or "
-                              "compare the medium with its own list by --trust");
+                throw Refusal("what would be made now takes a tool package; name it with --package");
             }
             refuseWithout(command, {"--package"}, {"--directory", "--keep"});
             refuseWithout(command, {"--package", "--trust", "--no-signature"}, {"--platform", "--work"});

@@ -36,8 +36,13 @@ void validateOptions(const UsbChoices& choices) {
     refuseIf(choices.erase || choices.format == FORMAT_ALWAYS,
              std::string("an image is not formatted; leave out ") +
                  (choices.erase ? "--erase" : "--format always"));
-    refuseIf(choices.keys.eject || !choices.keys.report.empty(),
-             std::string("an image is no key; leave out ") + (choices.keys.eject ? "--eject" : "--report"));
+    const auto refuseOption = [](bool isGiven, const std::string& option) {
+        refuseIf(isGiven, "an image is no key; leave out " + option);
+    };
+    refuseOption(choices.keys.eject, "--eject");
+    refuseOption(!choices.keys.report.empty(), "--report");
+    refuseOption(choices.keys.jobs != 0, "--jobs");
+    refuseOption(choices.keys.anyDisk, "--any-disk");
 }
 
 void requireProgramsFor(const UsbChoices& choices) {

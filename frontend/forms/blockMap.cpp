@@ -7,8 +7,12 @@
 #include <tinyxml2.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cctype>
+#include <future>
+#include <mutex>
 #include <sstream>
+#include <thread>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -67,8 +71,19 @@ MappedRange rangeOf(const XMLElement& element, std::uint64_t imageSize) {
     return {blocksOf(first, last + 1, imageSize), sum};
 }
 
+/// Small enough for several processors to share the work of the sums.
+std::vector<ByteRange> rangesUpTo(std::uint64_t dataEnd, std::uint64_t imageSize) {
+    constexpr std::uint64_t most = (16U << 20U) / KEY_BLOCK;
+    const auto count = blockCount(dataEnd);
+    std::vector<ByteRange> ranges;
+    for (std::uint64_t first = 0; first < count; first += most) {
+        ranges.push_back(blocksOf(first, std::min(first + most, count), imageSize));
+    }
+    return ranges;
+}
+
 /// @param ownSum  of the map, with zeros in the place of this sum
-std::string mapText(std::uint64_t size, std::uint64_t dataEnd, const std::string& dataSum,
+std::string mapText(std::uint64_t size, std::uint64_t dataEnd, const std::vector<MappedRange>& mapped,
                     const std::string& ownSum) {
     std::ostringstream text;
     text << "<?xml version=\"1.0\" ?>\n"
@@ -79,9 +94,12 @@ std::string mapText(std::uint64_t size, std::uint64_t dataEnd, const std::string
          << "    <MappedBlocksCount> " << blockCount(dataEnd) << " </MappedBlocksCount>\n"
          << "    <ChecksumType> sha256 </ChecksumType>\n"
          << "    <BmapFileChecksum> " << ownSum << " </BmapFileChecksum>\n"
-         << "    <BlockMap>\n"
-         << "        <Range chksum=\"" << dataSum << "\"> 0-" << blockCount(dataEnd) - 1 << " </Range>\n"
-         << "    </BlockMap>\n"
+         << "    <BlockMap>\n";
+    for (const auto& [range, sum] : mapped) {
+        text << "        <Range chksum=\"" << sum << "\"> " << range.offset / KEY_BLOCK << "-"
+             << blockCount(range.offset + range.size) - 1 << " </Range>\n";
+    }
+    text << "    </BlockMap>\n"
          << "</bmap>\n";
     return text.str();
 }
@@ -114,13 +132,44 @@ std::vector<MappedRange> readBlockMap(const std::string& text, std::uint64_t ima
     return ranges;
 }
 
+std::vector<std::string> sumsOf(const Descriptor& image, const std::vector<ByteRange>& ranges,
+                                const Advance& advance) {
+    constexpr std::size_t mostWorkers = 8;
+    std::vector<std::string> sums(ranges.size());
+    std::atomic<std::size_t> next = 0;
+    std::mutex oneAtATime;
+    const auto work = [&] {
+        for (auto index = next++; index < ranges.size(); index = next++) {
+            const auto& range = ranges[index];
+            sums[index] = sha256Of(image, range.offset, range.size, [&](std::uint64_t bytes) {
+                const std::lock_guard<std::mutex> lock(oneAtATime);
+                advance(bytes);
+            });
+        }
+    };
+    std::vector<std::future<void>> workers;
+    const auto processors = std::min<std::size_t>(std::thread::hardware_concurrency(), mostWorkers);
+    while (workers.size() + 1 < std::min(processors, ranges.size())) {
+        workers.push_back(std::async(std::launch::async, work));
+    }
+    work();
+    for (auto& worker : workers) {
+        worker.get();
+    }
+    return sums;
+}
+
 void writeBlockMap(const Descriptor& image, std::uint64_t dataEnd, const std::string& path) {
     const auto size = sizeOf(image);
-    const auto dataSum =
-        sha256Of(image, 0, std::min(size, blockCount(dataEnd) * KEY_BLOCK), [](std::uint64_t /*bytes*/) {});
-    const auto ownSum = sha256Of(mapText(size, dataEnd, dataSum, std::string(dataSum.size(), '0')));
+    const auto ranges = rangesUpTo(dataEnd, size);
+    const auto sums = sumsOf(image, ranges, [](std::uint64_t /*bytes*/) {});
+    std::vector<MappedRange> mapped;
+    for (std::size_t index = 0; index < ranges.size(); ++index) {
+        mapped.push_back({ranges[index], sums[index]});
+    }
+    const auto ownSum = sha256Of(mapText(size, dataEnd, mapped, std::string(SUM_DIGITS, '0')));
     const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
-    check(file.isOpen() && writeText(file, mapText(size, dataEnd, dataSum, ownSum)) &&
+    check(file.isOpen() && writeText(file, mapText(size, dataEnd, mapped, ownSum)) &&
           fsync(file.number()) == 0)
         .orFail("the block map cannot be written");
 }

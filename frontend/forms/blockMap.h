@@ -23,7 +23,14 @@ struct MappedRange {
 /// @throw Refusal when it is no map, has a wrong sum, or is that of an image of another size
 std::vector<MappedRange> readBlockMap(const std::string& text, std::uint64_t imageSize);
 
-/// Writes a new map of one range.
+/// Works out the sums of several ranges side by side.
+/// @param advance  called by one thread at a time
+/// @return in their order
+/// @throw Failure
+std::vector<std::string> sumsOf(const Descriptor& image, const std::vector<ByteRange>& ranges,
+                                const Advance& advance);
+
+/// Writes a new map.
 /// @param dataEnd  in bytes; all that follows is free
 /// @throw Failure
 void writeBlockMap(const Descriptor& image, std::uint64_t dataEnd, const std::string& path);

@@ -151,7 +151,7 @@ void FatWriter::writeFile(const Descriptor& image, const std::string& path, int 
     const auto source = openBeneath(directory, part.source, O_RDONLY);
     check(source.isOpen()).orFail(quote(part.source));
     const auto chain = chainOf(path);
-    std::vector<unsigned char> buffer(BLOCK_SIZE);
+    std::vector<unsigned char> buffer(BUFFER_SIZE);
     const auto whole = chain.clusters * m_layout.clusterSize();
     for (std::uint64_t done = 0; done < whole; done += buffer.size()) {
         buffer.resize(std::min<std::uint64_t>(buffer.size(), whole - done));

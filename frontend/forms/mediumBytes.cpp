@@ -18,7 +18,7 @@ std::string atByte(std::uint64_t offset) {
 
 MediumBytes::MediumBytes(const Descriptor& file, std::uint64_t size)
     : m_file(file), m_size(size),
-      m_buffer(static_cast<unsigned char*>(std::aligned_alloc(ALIGNMENT, BLOCK_SIZE))) {
+      m_buffer(static_cast<unsigned char*>(std::aligned_alloc(ALIGNMENT, BUFFER_SIZE))) {
     if (!m_buffer) {
         throw std::bad_alloc();
     }
@@ -31,7 +31,7 @@ MediumBytes::Bytes MediumBytes::view(std::uint64_t offset, std::uint64_t wanted)
     if (offset < m_start || offset - m_start >= m_count) {
         m_count = 0;
         m_start = offset - offset % ALIGNMENT;
-        const auto size = std::min<std::uint64_t>(BLOCK_SIZE, m_size - m_start);
+        const auto size = std::min<std::uint64_t>(BUFFER_SIZE, m_size - m_start);
         const auto count = readAt(m_file.number(), m_buffer.get(), size, m_start);
         check(count >= 0).orFail(atByte(m_start));
         m_count = static_cast<std::size_t>(count);

@@ -50,7 +50,7 @@ bool isStoredIn(Content& content, MediumBytes& medium, ByteRange data) {
 }
 
 bool isInflatedFrom(Content& content, Inflater& inflater) {
-    std::vector<unsigned char> buffer(BLOCK_SIZE);
+    std::vector<unsigned char> buffer(BUFFER_SIZE);
     while (const auto size = inflater.read(buffer.data(), buffer.size())) {
         if (!content.goesOnWith(buffer.data(), size)) {
             return false;

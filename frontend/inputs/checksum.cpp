@@ -51,7 +51,7 @@ std::string sha256Of(const Descriptor& file, const Advance& advance) {
 std::string sha256Of(const Descriptor& file, std::uint64_t offset, std::uint64_t size,
                      const Advance& advance) {
     Sha256 sum;
-    std::vector<char> buffer(BLOCK_SIZE);
+    std::vector<char> buffer(BUFFER_SIZE);
     while (size > 0) {
         const auto count =
             readAt(file.number(), buffer.data(), std::min<std::uint64_t>(size, buffer.size()), offset);

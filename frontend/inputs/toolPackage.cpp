@@ -229,7 +229,7 @@ void ToolPackage::requireAsChecked(bool isAsChecked) const {
 void ToolPackage::readWhole(CloneImages cloneImages,
                             const std::function<void(PackageReader& reader)>& use) const {
     requireAsChecked(isUnchanged(m_found, m_file.status()));
-    PackageReader reader(m_file, m_path, BLOCK_SIZE);
+    PackageReader reader(m_file, m_path, BUFFER_SIZE);
     std::uint64_t size = 0;
     while (reader.next()) {
         if (isWanted(reader.name(), m_cloneImages)) {

@@ -4,6 +4,7 @@
 #include "inputs/limits.h"
 #include "inputs/names.h"
 #include "inputs/packageReader.h"
+#include "inputs/summing.h"
 #include "inputs/toolPackage.h"
 #include "support/beneath.h"
 #include "support/failure.h"
@@ -13,6 +14,8 @@
 #include <cerrno>
 #include <functional>
 #include <iterator>
+#include <memory>
+#include <optional>
 #include <utility>
 
 #include <fcntl.h>
@@ -266,7 +269,7 @@ bool UpdateFiles::hold(const struct stat& directory) const {
 
 namespace {
 void copyFile(Beneath& from, Beneath& to, const std::string& place, const UpdateFiles::Entry& entry,
-              const Advance& advance, Sums* sums) {
+              const Advance& advance, Summing* summing) {
     const Descriptor source = from.open(entry.source, TO_READ);
     check(source.isOpen()).orFail(named(entry.source) + " cannot be read any more");
     const auto requireUnchanged = [&] {
@@ -276,31 +279,40 @@ void copyFile(Beneath& from, Beneath& to, const std::string& place, const Update
     };
     requireUnchanged();
     const bool isProgram = (entry.found.st_mode & S_IXUSR) != 0;
-    const Descriptor copy = to.open(place, O_WRONLY | O_CREAT | O_EXCL, isProgram ? 0755 : 0644);
-    check(copy.isOpen()).orFail("the copy of " + named(entry.source));
-    if (sums != nullptr) {
-        Sha256 sum;
-        copyContent(source, copy, entry.source, advance,
-                    [&](const void* data, std::size_t size) { sum.add(data, size); });
-        sums->emplace(place, sum.digits());
-    } else {
-        copyContent(source, copy, entry.source, advance);
+    const auto copy =
+        std::make_shared<Descriptor>(to.open(place, O_RDWR | O_CREAT | O_EXCL, isProgram ? 0755 : 0644));
+    check(copy->isOpen()).orFail("the copy of " + named(entry.source));
+    copyContent(source, *copy, entry.source, [&](std::uint64_t bytes) {
+        advance(bytes);
+        if (summing != nullptr) {
+            summing->add(copy, bytes);
+        }
+    });
+    if (summing != nullptr) {
+        summing->end(place);
     }
     requireUnchanged();
     const struct timespec times[] = {entry.found.st_mtim, entry.found.st_mtim};
-    check(futimens(copy.number(), times) == 0).orFail("the time of " + named(entry.source));
+    check(futimens(copy->number(), times) == 0).orFail("the time of " + named(entry.source));
 }
 } // namespace
 
 void UpdateFiles::copyTo(int directory, const Advance& advance, Sums* sums) const {
     Beneath from(m_directory.number());
     Beneath to(directory);
+    std::optional<Summing> summing;
+    if (sums != nullptr) {
+        summing.emplace();
+    }
     for (const auto& [place, entry] : m_entries) {
         if (!entry.isDirectory) {
-            copyFile(from, to, place, entry, advance, sums);
+            copyFile(from, to, place, entry, advance, summing ? &*summing : nullptr);
         } else {
             check(to.makeDirectory(place, 0755)).orFail("the copy of " + named(entry.source));
         }
+    }
+    if (summing) {
+        *sums = summing->sums();
     }
 }
 

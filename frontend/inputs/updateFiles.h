@@ -64,7 +64,7 @@ public:
 
     /// Copies all files to their places below a directory. They keep their time and the owner's right to
     /// execute, and are readable and writable for the owner.
-    /// @param sums  gets the sum of each file, by its place; may be null
+    /// @param sums  set to the sum of each file, by its place; may be null
     /// @throw Failure when one cannot be copied or has changed
     void copyTo(int directory, const Advance& advance, Sums* sums = nullptr) const;
 

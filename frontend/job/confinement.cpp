@@ -12,6 +12,7 @@
 #include <new>
 
 #include <linux/landlock.h>
+#include <malloc.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -29,6 +30,7 @@ void limitMemory() {
     const rlim_t most = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + MORE_MEMORY;
     const rlimit memory{most, most};
     const rlimit none{0, 0};
+    mallopt(M_ARENA_MAX, 1); // each thread would take a large part of it at once
     check(pages != 0 && setrlimit(RLIMIT_AS, &memory) == 0 && setrlimit(RLIMIT_CORE, &none) == 0)
         .orFail("the memory cannot be limited");
 }

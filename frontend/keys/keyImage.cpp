@@ -121,19 +121,21 @@ int KeyImage::readBlocks(const Descriptor& found, Reporter& reporter) const {
     return 0;
 }
 
-void KeyImage::checkSums(const std::vector<MappedRange>& ranges, Reporter& reporter) const {
+void KeyImage::checkSums(const std::vector<MappedRange>& mapped, Reporter& reporter) const {
     std::uint64_t total = 0;
-    for (const auto& [range, sum] : ranges) {
+    std::vector<ByteRange> ranges;
+    for (const auto& [range, sum] : mapped) {
         total += range.size;
+        ranges.push_back(range);
     }
     reporter.stage("Checking the image", total);
-    const auto advance = [&](std::uint64_t bytes) {
+    const auto sums = sumsOf(m_file, ranges, [&](std::uint64_t bytes) {
         reporter.advance(bytes);
         prolong();
-    };
-    for (const auto& [range, sum] : ranges) {
-        refuseIf(sha256Of(m_file, range.offset, range.size, advance) != sum,
-                 quote(m_path) + " is not the image of its map: " + rangeText(range) + " have another sum");
+    });
+    for (std::size_t index = 0; index < mapped.size(); ++index) {
+        refuseIf(sums[index] != mapped[index].sum, quote(m_path) + " is not the image of its map: " +
+                                                       rangeText(ranges[index]) + " have another sum");
     }
 }
 

@@ -50,7 +50,7 @@ public:
 
 private:
     int readBlocks(const Descriptor& found, Reporter& reporter) const;
-    void checkSums(const std::vector<MappedRange>& ranges, Reporter& reporter) const;
+    void checkSums(const std::vector<MappedRange>& mapped, Reporter& reporter) const;
 
     std::string m_path;
     std::string m_mapPath;

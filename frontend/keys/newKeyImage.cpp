@@ -109,8 +109,9 @@ KeySize chooseKeySize(std::size_t gigabytes, const Inputs& inputs) {
     }
     refuseIf(!largest,
              "the tool package has no clone image (" + names + "); the image of a key begins with one");
-    requireFitting(inputs.contents, largest->bytes, "a key of " + largest->name);
-    throw Refusal("the file system of a key of " + largest->name + " does not hold so many files");
+    const auto key = "a key of " + largest->name + (gigabytes == 0 ? "" : " (--capacity)");
+    requireFitting(inputs.contents, largest->bytes, key);
+    throw Refusal("the file system of " + key + " does not hold so many files");
 }
 
 void makeKeyImage(const KeySize& size, const Inputs& inputs, std::time_t time, const Sums& sums,

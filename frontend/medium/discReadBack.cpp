@@ -59,8 +59,8 @@ void refuseOtherMarks(const Descriptor& disc, bool hasPartitions, Differences& d
 
 Differences compareDisc(const Descriptor& image, const Descriptor& disc, const Advance& advance) {
     const auto size = static_cast<std::size_t>(image.status().st_size);
-    std::vector<char> found(BLOCK_SIZE);
-    std::vector<char> wanted(BLOCK_SIZE);
+    std::vector<char> found(BUFFER_SIZE);
+    std::vector<char> wanted(BUFFER_SIZE);
     for (std::size_t done = 0; done < size;) {
         const ssize_t count = pread(disc.number(), found.data(), std::min(size - done, found.size()),
                                     static_cast<off_t>(done)); // it may be shorter

@@ -37,7 +37,10 @@ void visitMedium(const Kind& kind, const ReadMedium& medium, Differences& differ
                                             const std::string& name) {
             struct stat about {};
             const bool isThere = fstatat(parent.number(), name.c_str(), &about, AT_SYMLINK_NOFOLLOW) == 0;
-            const bool isInner = isThere && S_ISDIR(about.st_mode);
+            if (!isThere || (!S_ISDIR(about.st_mode) && !S_ISREG(about.st_mode))) {
+                return false; // the comparison tells
+            }
+            const bool isInner = S_ISDIR(about.st_mode);
             const auto size = isInner ? 0 : static_cast<std::uint64_t>(about.st_size);
             return visit({pathBelow(path, name), isInner, size, {}}) && isInner;
         });

@@ -31,9 +31,9 @@ bool SourceFiles::hold(std::uint64_t offset, const void* data, std::size_t size)
     if (m_hasSum) {
         return m_sums.hold(offset, data, size);
     }
-    m_buffer.resize(BLOCK_SIZE);
+    m_buffer.resize(BUFFER_SIZE);
     for (std::size_t done = 0; done < size;) {
-        const std::size_t wanted = std::min(size - done, BLOCK_SIZE);
+        const std::size_t wanted = std::min(size - done, BUFFER_SIZE);
         const ssize_t count = readAt(m_file.number(), m_buffer.data(), wanted, offset + done);
         if (count < 0) {
             throw Failure(SystemError().about("reading the source " + quote(m_name)));

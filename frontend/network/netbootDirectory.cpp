@@ -118,7 +118,7 @@ void NetbootDirectory::requireArchive(const Descriptor& file) const {
                           " is damaged, or no zip archive: " + reader.problem());
         }
     };
-    ArchiveReader reader(file, BLOCK_SIZE);
+    ArchiveReader reader(file, BUFFER_SIZE);
     for (int status = reader.next(); status != ARCHIVE_EOF; status = reader.next()) {
         require(status == ARCHIVE_OK, reader);
         ArchiveReader::Block block{};

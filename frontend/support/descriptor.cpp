@@ -51,7 +51,6 @@ struct Copy {
     const std::string& name;
     const Advance& advance;
     std::uint64_t left;
-    const UseBytes& use;
 
     void advanceBy(ssize_t count) {
         if (count == 0) {
@@ -63,7 +62,7 @@ struct Copy {
 };
 
 void copyByBuffer(Copy& copy) {
-    std::vector<char> buffer(std::min<std::uint64_t>(copy.left, BLOCK_SIZE));
+    std::vector<char> buffer(std::min<std::uint64_t>(copy.left, BUFFER_SIZE));
     while (copy.left > 0) {
         const ssize_t count =
             read(copy.from, buffer.data(), std::min<std::uint64_t>(copy.left, buffer.size()));
@@ -74,9 +73,6 @@ void copyByBuffer(Copy& copy) {
             throw Failure(SystemError().about("reading " + quote(copy.name)));
         }
         writeAll(copy.to, buffer.data(), static_cast<std::size_t>(count), copy.name);
-        if (copy.use) {
-            copy.use(buffer.data(), static_cast<std::size_t>(count));
-        }
         copy.advanceBy(count);
     }
 }
@@ -312,15 +308,13 @@ void forEachEntry(int directory, const std::function<void(const std::string& nam
 }
 
 void copyContent(const Descriptor& from, const Descriptor& to, const std::string& name,
-                 const Advance& advance, const UseBytes& use) {
-    Copy copy{from.number(), to, name, advance, static_cast<std::uint64_t>(from.status().st_size), use};
-    if (!use && ioctl(to.number(), FICLONE, from.number()) == 0) {
+                 const Advance& advance) {
+    Copy copy{from.number(), to, name, advance, static_cast<std::uint64_t>(from.status().st_size)};
+    if (ioctl(to.number(), FICLONE, from.number()) == 0) {
         advance(copy.left);
         return;
     }
-    if (!use) {
-        copyByKernel(copy);
-    }
+    copyByKernel(copy);
     copyByBuffer(copy);
 }
 

@@ -19,7 +19,7 @@ using Advance = std::function<void(std::uint64_t bytes)>;
 using UseBytes = std::function<void(const void* data, std::size_t size)>;
 
 /// The size of buffers. Two of them fit into a processor core's cache.
-constexpr std::size_t BLOCK_SIZE = 128 << 10;
+constexpr std::size_t BUFFER_SIZE = 128 << 10;
 
 /// Owns an open file descriptor, or none.
 class Descriptor {
@@ -123,9 +123,8 @@ void forEachEntry(int directory, const std::function<void(const std::string& nam
 
 /// Copies a file's content into a new file, both just opened. Clones it if the file system can. Copies no
 /// more than the file's size at the start, even if the file grows meanwhile.
-/// @param use  called with all bytes, which are then not cloned; may be null
 /// @throw Failure, with the name in its text
 void copyContent(const Descriptor& from, const Descriptor& to, const std::string& name,
-                 const Advance& advance, const UseBytes& use = nullptr);
+                 const Advance& advance);
 
 } // namespace velacreate

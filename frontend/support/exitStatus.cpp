@@ -17,7 +17,7 @@ constexpr ExitStatus TABLE[] = {
     {EXIT_DIFFERENT, "the medium, read back, differs from what was to be made",
      "Make it again, with another stick or disk if it recurs."},
     {EXIT_UNFINISHED, "the job could not be finished", ""},
-    {EXIT_UNTRUSTED, "there is no list of sums that can be trusted", "Ask whoever made the medium."},
+    {EXIT_UNTRUSTED, "no list of sums that can be trusted", "Ask whoever made the medium."},
     {VELAERROR_NO_UPDATE_FILES, "no update file is left", "Name update files."},
     {VELAERROR_FILE_OR_DIR_NOT_FOUND, "a file that the job needs is missing", "Look it up with --verbose."},
     {VELAERROR_USB_ACCESS_ERROR, "the key cannot be read, sized or mounted",
