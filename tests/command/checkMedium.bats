@@ -3,15 +3,15 @@
 load words
 
 # Each row: what is done to a medium with a good list and signature, the arguments, the exit status, and what is told.
-checks() { # COMMAND...: the shell
+compares() { # COMMAND...: the shell
     local cells before arguments status words ended
     mkdir -p good/-x good/sub
     # shellcheck disable=SC2016 # a name that a shell could run
     (cd good && for file in a 'b  c ' '"it'\''s"' '$(touch run)' ünï - --help -x/-f; do echo "$file" >"$file"; done &&
         : >empty && seq 9 >sub/seq && find . -type f -exec sha256sum {} + |
         sed 's,  \./,  ,' >../list && mv ../list medium.sha256)
-    for key in k other; do minisign -GWp $key.pub -s $key.key >/dev/null; done
-    minisign -Sm good/medium.sha256 -s k.key -t "of today" >/dev/null
+    signs good/medium.sha256
+    makeKey other
     cells=$(sed -E 's/^ +| +$//g; s/ *\| */|/g' "${project:?}/tests/tables/check-medium.txt")
     while IFS='|' read -r before arguments status words; do
         echo "$before | $arguments"
@@ -29,10 +29,10 @@ line() { # PATH: behind the list
     printf '%064d  %s\n' 0 "$1" >>medium.sha256
 }
 
-@test "with dash and the programs of Debian" { checks dash; }
+@test "with dash and the programs of Debian" { compares dash; }
 @test "with BusyBox alone" {
     mkdir programs
     busybox --install -s "$PWD/programs"
     ln -s /usr/bin/minisign programs
-    checks env PATH="$PWD/programs" sh
+    compares env PATH="$PWD/programs" sh
 }

@@ -186,6 +186,6 @@ load words
     signs work/tool.zip work/u/SUMS
     theirs
     as=user makesImage --trust ../k.pub --sums u/SUMS u
-    told "The key '../k.pub' has signed the tool package 'tool.zip': of today"
-    told "The key '../k.pub' has signed the list of sums 'u/SUMS': of today"
+    told "The key '../k.pub' has signed the tool package 'tool.zip': what it is"
+    told "The key '../k.pub' has signed the list of sums 'u/SUMS': what it is"
 }

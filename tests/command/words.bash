@@ -53,10 +53,6 @@ below() { # DIRECTORY NAME LEVELS: a file as deep as that, with all directories 
     (for _ in $(seq "$3"); do mkdir -p "$1" && cd "$1" && set -- "$2" "$2"; done; echo deep >f)
 }
 
-signs() { # FILE...: by the key k
-    [ -e k.pub ] || minisign -GWp k.pub -s k.key >/dev/null
-    minisign -Sm "$@" -s k.key -t "of today" >/dev/null
-}
 sums() { # FILE...: writes the list s
     (cd work && sha256sum "$@") >s
 }
@@ -222,6 +218,11 @@ makeKey() { # NAME: NAME.key, without a pass phrase, and NAME.pub
 }
 sign() { # KEY [OPTION] FILE: with a comment
     minisign -S -s "$1.key" -t "${comment-what it is}" "${@:2:$#-2}" -m "${!#}" >/dev/null
+}
+signs() { # FILE...: by the key k
+    [ -e k.pub ] || makeKey k
+    local file
+    for file; do sign k "$file"; done
 }
 listed() { # KEY DIRECTORY: gets a list of its files, which is signed
     (cd "$2" && find . -type f -printf '%P\n' | LC_ALL=C sort | tr '\n' '\0' | xargs -0 sha256sum) >medium.sha256
