@@ -187,8 +187,8 @@ TEST_F(BoardTest, Hosts) {
 TEST_F(BoardTest, Requests) {
     NEEDS_ROOT("the board's process becomes another user");
     start();
-    board->take(
-        R"({"event": "slot", "slot": "left 2", "state": "failed", "time": "T", "serial": "<b>"})" "\n");
+    board->take(R"({"event": "slot", "slot": "left 2", "state": "failed", "time": "T", "serial": "<b>"})"
+                "\n");
     for (const auto& row : rows("board-requests")) {
         const auto answer = outputOfShell(answerTo("-i " + row[0]));
         for (std::size_t cell = 1; cell < row.size(); ++cell) {
