@@ -1,6 +1,6 @@
 #!/usr/bin/env bats
 # Media with a list of their files' sums, and its signature.
-# shellcheck disable=SC2154 # variables are of words.bash
+# shellcheck disable=SC2016,SC2154,SC2164 # words are for eval, variables of words.bash; a failing command ends a test
 load words
 
 setup_file() {
@@ -48,7 +48,7 @@ all=("iso|image|--image i.iso" "iso --platform ppc|powerpc-image|--image i.iso" 
     local call kind medium
     for call in "${all[@]}"; do
         IFS='|' read -r call kind medium <<<"$call"
-        changed="-path job/out -o -path job/work/i.iso -o -name k.img*"
+        local -x changed="-path job/out -o -path job/work/i.iso -o -name k.img*"
         as=user ends 0 eval "$call" '"${ours[@]}"' --force folder a.txt zephyn many
         unpacks "$call"
         isSigned "$kind" "$([[ $call != usb* ]] || echo ' boot:*')"

@@ -5,9 +5,9 @@ load words
 @test "what a list cannot prove is told apart from what differs" { endsAsTold listed-media; }
 
 @test "each medium is verified by the list that it was made with" {
-    "$project/demo/clone-image" init1.img 130 255 63 && zip -qj work/tool.zip init1.img
+    "${project:?}/demo/clone-image" init1.img 130 255 63 && zip -qj work/tool.zip init1.img
     makeKey maker && makeKey other && mkdir keys && cp ./*.pub keys
-    changed="-path job/work/i.iso -o -path job/work/p.iso -o -path job/out -o -name k.img*"
+    local -x changed="-path job/work/i.iso -o -path job/work/p.iso -o -path job/out -o -name k.img*"
     local call kind
     for call in "image|iso --output i.iso" "image|iso --platform ppc --output p.iso" "pxe|pxe --output ../out" \
         "key-image|usb --output k.img"; do
