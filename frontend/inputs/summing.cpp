@@ -2,13 +2,46 @@
 
 #include "support/failure.h"
 
-#include <algorithm>
 #include <utility>
 #include <vector>
 
+#include <sys/mman.h>
+
 namespace velacreate {
 namespace {
-constexpr std::size_t MOST_PIECES = 64; // each may hold a file open
+constexpr std::size_t MOST_PIECES = 64;       // each may hold a file open
+constexpr std::uint64_t ALIGNMENT = 64 << 10; // a multiple of any page
+
+/// A part of a file in memory. Without a copy of it, the sum takes four fifths of the time. Some file systems
+/// map no files.
+class Mapping {
+public:
+    Mapping(const Descriptor& file, std::uint64_t offset, std::uint64_t size)
+        : m_size(size), m_mapped(mmap(nullptr, size, PROT_READ, MAP_SHARED | MAP_POPULATE, file.number(),
+                                      static_cast<off_t>(offset))) {
+        if (m_mapped == MAP_FAILED) {
+            m_copy.resize(size);
+            check(readAt(file.number(), m_copy.data(), size, offset) == static_cast<ssize_t>(size))
+                .orFail("reading a file for its sum");
+        }
+    }
+    Mapping(const Mapping&) = delete;
+    Mapping& operator=(const Mapping&) = delete;
+    ~Mapping() {
+        if (m_mapped != MAP_FAILED) {
+            munmap(m_mapped, m_size);
+        }
+    }
+
+    const char* bytes() const {
+        return m_mapped != MAP_FAILED ? static_cast<const char*>(m_mapped) : m_copy.data();
+    }
+
+private:
+    std::uint64_t m_size;
+    void* m_mapped;
+    std::vector<char> m_copy;
+};
 } // namespace
 
 Summing::Summing() : m_thread([this] { work(); }) {}
@@ -18,7 +51,9 @@ Summing::~Summing() {
 }
 
 void Summing::add(const std::shared_ptr<Descriptor>& file, std::uint64_t size) {
-    put({file, size, ""});
+    if (size != 0) {
+        put({file, size, ""});
+    }
 }
 
 void Summing::end(const std::string& place) {
@@ -74,15 +109,11 @@ void Summing::sumUp(const Piece& piece) {
         m_offset = 0;
         return;
     }
-    std::vector<char> buffer(std::min<std::uint64_t>(piece.size, BUFFER_SIZE));
-    for (std::uint64_t left = piece.size; left > 0;) {
-        const auto size = std::min<std::uint64_t>(left, buffer.size());
-        const auto count = readAt(piece.file->number(), buffer.data(), size, m_offset);
-        check(count == static_cast<ssize_t>(size)).orFail("reading a file for its sum");
-        m_sum.add(buffer.data(), size);
-        m_offset += size;
-        left -= size;
-    }
+    const auto start = m_offset / ALIGNMENT * ALIGNMENT;
+    const auto before = m_offset - start;
+    const Mapping mapping(*piece.file, start, before + piece.size);
+    m_sum.add(mapping.bytes() + before, piece.size);
+    m_offset += piece.size;
 }
 
 } // namespace velacreate
