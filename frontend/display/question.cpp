@@ -4,10 +4,10 @@
 #include "support/failure.h"
 
 #include <array>
+#include <cstring>
 #include <functional>
 
 #include <poll.h>
-#include <string.h>
 #include <termios.h>
 #include <unistd.h>
 
