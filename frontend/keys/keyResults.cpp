@@ -73,6 +73,7 @@ int concludeSeveral(Console& console, const std::vector<Key>& keys, const std::v
 
 void beginEvents(Console& console, const std::vector<Key>& keys) {
     std::vector<MediumIdentity> identities;
+    identities.reserve(keys.size());
     for (const auto& key : keys) {
         identities.push_back(identityOf(key.disk.node(), key.disk.node(), key.about));
     }
