@@ -48,9 +48,9 @@ void visitMedium(const Kind& kind, const ReadMedium& medium, Differences& differ
     }
     MediumBytes bytes(medium.file, medium.size);
     SourceSums sums;
-    const Advance advance = [](std::uint64_t /*bytes*/) { prolong(); };
+    const Advance nothingIsCompared = [](std::uint64_t /*bytes*/) {};
     const ReportVariation nobodyWantsToKnow;
-    const Examination examination = {bytes, sums, differences, advance, nobodyWantsToKnow};
+    const Examination examination = {bytes, sums, differences, nothingIsCompared, nobodyWantsToKnow};
     if (!kind.isFat) {
         visitIso(examination, visit);
         return;
@@ -76,6 +76,7 @@ void copyOut(const ReadMedium& medium, const FoundFile& file, const Descriptor& 
     for (const auto& range : file.ranges) {
         for (std::uint64_t done = 0; done < range.size && left > 0;) {
             const auto bytes = content.view(range.offset + done, std::min(range.size - done, left));
+            prolong();
             writeAll(to, reinterpret_cast<const char*>(bytes.data), bytes.size, file.place);
             done += bytes.size;
             left -= bytes.size;
@@ -169,6 +170,7 @@ void complete(Tree& tree, const Kind& kind, const ReadMedium& medium) {
     }
     Differences found; // the reader finds them again
     visitMedium(kind, medium, found, [&](const FoundFile& file) {
+        prolong();
         if (file.place.empty()) {
             return true;
         }

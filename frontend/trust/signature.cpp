@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <sstream>
+#include <system_error>
 
 #include <fcntl.h>
 #include <openssl/evp.h>
@@ -85,7 +86,8 @@ std::optional<std::string> commentIfGood(const std::string& key, const Descripto
 PublicKeys::PublicKeys(const std::vector<std::string>& paths) {
     requirePrograms({"minisign"});
     for (const auto& path : paths) {
-        if (std::filesystem::is_directory(path)) {
+        std::error_code cannotBeRead; // then it is refused as a file
+        if (std::filesystem::is_directory(path, cannotBeRead)) {
             addDirectory(path);
         } else {
             add(path);
