@@ -5,6 +5,7 @@
 #include "support/programs.h"
 #include "support/waiting.h"
 
+#include <cerrno>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -225,14 +226,16 @@ TEST_F(BoardTest, Overload) {
         const auto address = sockaddr_in{AF_INET, htons(8080), {htonl(INADDR_LOOPBACK)}, {}};
         for (int number = 0; number < 500; ++number) {
             silent.emplace_back(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-            connect(silent.back().number(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
+            const int result =
+                connect(silent.back().number(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
+            ASSERT_TRUE(result == 0 || errno == EINPROGRESS);
         }
         const auto begin = std::chrono::steady_clock::now();
         for (int number = 0; number < 2000; ++number) {
             console.events().slot({"1", "", "", "", "1"}, number % 2 == 0 ? "working" : "empty");
             board->look();
         }
-        EXPECT_LT(std::chrono::steady_clock::now() - begin, 2s);
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, 20s);
         console.events().slot({"1", "", "", "", "1"}, "done");
         await("1\n", [] { return outputOfShell("tail -n 2 news | grep -c '\"made\":1'"); });
     }
