@@ -303,8 +303,8 @@ std::string Station::tallyText() const {
            count(SlotState::failed) + " failed, " + count(SlotState::refused) + " refused";
 }
 
-void Station::finish(std::size_t slot, const Outcome& raw) {
-    const auto outcome = inOwnWords(raw);
+void Station::finish(std::size_t slot, const Outcome& ended) {
+    const auto outcome = inOwnWords(ended);
     const auto state = stateAfter(outcome);
     const auto identity = identityOf(slot);
     const auto result = resultForPrograms(outcome);

@@ -79,7 +79,7 @@ private:
     bool wasThereBefore(const PluggedDisk& plugged) const;
     std::string reasonAgainst(const std::vector<PluggedDisk>& found) const;
     NextJob jobFor(std::size_t slot);
-    void finish(std::size_t slot, const Outcome& outcome);
+    void finish(std::size_t slot, const Outcome& ended);
     /// @param reason  for programs; may be empty
     void show(std::size_t slot, SlotState state, const std::string& text, const std::string& reason = "");
     MediumIdentity identityOf(std::size_t slot) const;
