@@ -65,7 +65,7 @@ struct Visitor {
     ssize_t fill(char* buffer, std::size_t most) {
         const auto& rest = outbox.rest([this] { return messageOf(state.whole()); });
         const auto size = std::min(rest.size(), most);
-        std::memcpy(buffer, rest.data(), size);
+        std::copy_n(rest.data(), size, buffer);
         outbox.sent(size);
         if (size == 0) {
             MHD_suspend_connection(connection);

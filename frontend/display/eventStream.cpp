@@ -57,6 +57,9 @@ std::string fitted(Json line) {
                 longest = candidate;
             }
         }
+        if (longest == nullptr) { // the rest is never so long
+            break;
+        }
         const auto excess = text.size() - LONGEST_EVENT;
         shorten(*longest, std::string(CUT).size() + 1 + excess / LONGEST_ESCAPE);
         text = textOf(line);
