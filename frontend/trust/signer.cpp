@@ -78,7 +78,7 @@ std::string contentOf(const Descriptor& file) {
 /// A descriptor that the program inherits, as the path of a file.
 std::string inherited(const Descriptor& file) {
     fcntl(file.number(), F_SETFD, 0);
-    return "/dev/fd/" + std::to_string(file.number());
+    return file.path(); // also where there is no /dev/fd
 }
 
 /// The running program. It opens the key first and the message then, which is a pipe: so one can see when the
