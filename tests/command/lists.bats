@@ -93,7 +93,7 @@ all=("iso|image|--image i.iso" "iso --platform ppc|powerpc-image|--image i.iso" 
     wait
     unpacks iso
     minisign -Vqp /srv/locked.pub -m /srv/found/medium.sha256
-    grep -aq /dev/fd/ /srv/cmdlines
+    grep -aq /proc/self/fd/ /srv/cmdlines
     [ "$(grep -c 'pass phrase' /srv/out)" = 1 ]
     not grep -arlF -e 'open sesame' -e "$(tail -n 1 /srv/locked.key | cut -c 10-60)" \
         /srv/out /srv/cmdlines /srv/environs work /srv/scratch
