@@ -29,6 +29,7 @@ isSigned() { # KIND: on 1.1.2024
         "$(cat /srv/comment)"
 }
 unpacks() { # what was made
+    local -x LC_ALL=C.UTF-8
     rm -rf /srv/found
     case $1 in
     usb*) dd if=work/k.img of=/srv/volume bs=512 skip=63 conv=sparse status=none && mcopy -s -i /srv/volume :: /srv/found ;;

@@ -30,7 +30,7 @@ load words
     checkable
     ends 0 checks
     told "^Note: signed with '../maker.pub', with the comment 'what it is'$"
-    comment=$'\e[31mred\u200b' sign maker out/medium.sha256
+    comment=$'\e[31mred\xe2\x80\x8b' sign maker out/medium.sha256
     ends 0 checks
     told "^Note: signed with '../maker.pub', with the comment '?\[31mred\\\\u200b'$"
 }
