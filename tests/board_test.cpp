@@ -210,7 +210,7 @@ TEST_F(BoardTest, ProcessHasNoRights) {
                              process + "/status");
     });
     EXPECT_EQ(outputOfShell("ls -A /proc/" + process + "/root/"), "");
-    EXPECT_EQ(outputOfShell("ls -l /proc/" + process + "/fd | grep /srv/"), "");
+    EXPECT_EQ(outputOfShell("ls -l /proc/" + process + "/fd | grep /srv/job"), "");
     board.reset();
     EXPECT_EQ(children(), "");
 }
