@@ -3,7 +3,6 @@
 #include "support/failure.h"
 
 #include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include <sys/stat.h>
@@ -54,8 +53,10 @@ fs::path usbDevice(fs::path directory) {
 }
 
 std::string attribute(const fs::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    const std::ifstream stream(file, std::ios::binary);
+    std::ostringstream content;
+    content << stream.rdbuf(); // throws nothing when the device was pulled out just now
+    const auto text = content.str();
     const char* const blanks = " \t\n";
     const auto first = text.find_first_not_of(blanks);
     return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(blanks) + 1 - first);
