@@ -12,6 +12,8 @@
 #include <regex>
 #include <thread>
 
+#include <nlohmann/json.hpp>
+
 using namespace velacreate;
 
 namespace {

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include <microhttpd.h>
+#include <nlohmann/json.hpp>
 #include <openssl/evp.h>
 #include <poll.h>
 #include <unistd.h>

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 namespace velacreate {
 
 /// It is made from events: the same ones that the station writes for other programs.

@@ -8,6 +8,7 @@
 #include <cerrno>
 
 #include <fcntl.h>
+#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 namespace velacreate {

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <utility>
 
+#include <nlohmann/json.hpp>
+
 namespace velacreate {
 namespace {
 constexpr int VERSION = 1;
@@ -18,10 +20,10 @@ void addText(Json& object, const char* field, const std::string& text) {
     }
 }
 
-Json fieldsOf(const MediumIdentity& identity, bool isNamed) {
+Json fieldsOf(const MediumIdentity& identity) {
     auto fields = Json::object();
     addText(fields, "slot", identity.slot);
-    addText(fields, "medium", isNamed ? identity.name : "");
+    addText(fields, "medium", identity.name);
     addText(fields, "node", identity.node);
     addText(fields, "port", identity.port);
     addText(fields, "serial", identity.serial);
@@ -79,7 +81,10 @@ void EventStream::begin(const std::vector<MediumIdentity>& media) {
     for (const auto& identity : media) {
         auto& medium = m_hasSeveral ? m_media[identity.name] : m_call;
         medium = Medium();
-        medium.identity = fieldsOf(identity, m_hasSeveral);
+        medium.identity = identity;
+        if (!m_hasSeveral) {
+            medium.identity.name.clear();
+        }
     }
     begin(m_call);
 }
@@ -91,7 +96,7 @@ void EventStream::beginMedium(const std::string& name) {
 void EventStream::begin(Medium& medium) {
     if (!std::exchange(medium.hasBegun, true)) {
         medium.start = Clock::now();
-        write("begin", medium.identity);
+        write("begin", medium.identity, Json::object());
     }
 }
 
@@ -145,7 +150,7 @@ void EventStream::endMedium(const std::string& name, const JobResult& result) {
 void EventStream::slot(const MediumIdentity& medium, const std::string& state, const std::string& reason) {
     Json fields = {{"state", state}};
     addText(fields, "reason", reason);
-    write("slot", fieldsOf(medium, true), fields);
+    write("slot", medium, fields);
 }
 
 void EventStream::end(int status, const std::string& reason) {
@@ -163,7 +168,7 @@ void EventStream::end(int status, const std::string& reason) {
 
 void EventStream::tellLost() {
     const Json count = {{"count", m_lost}};
-    if (m_lost != 0 && m_file && m_file->write(lineOf("lost", Json::object(), count))) {
+    if (m_lost != 0 && m_file && m_file->write(lineOf("lost", {}, count))) {
         m_lost = 0;
     }
 }
@@ -184,7 +189,7 @@ void EventStream::writeEnd(const Medium& medium, const JobResult& result) {
     write("end", medium.identity, fields);
 }
 
-void EventStream::write(const char* event, const Json& identity, const Json& fields) {
+void EventStream::write(const char* event, const MediumIdentity& identity, const Json& fields) {
     if (!isOpen()) {
         return;
     }
@@ -201,10 +206,10 @@ void EventStream::write(const char* event, const Json& identity, const Json& fie
     }
 }
 
-std::string EventStream::lineOf(const char* event, const Json& identity, const Json& fields) const {
+std::string EventStream::lineOf(const char* event, const MediumIdentity& identity, const Json& fields) const {
     Json line = {
         {"version", VERSION}, {"time", universalTimeText()}, {"command", m_command}, {"event", event}};
-    line.update(identity);
+    line.update(fieldsOf(identity));
     line.update(fields);
     return fitted(line);
 }

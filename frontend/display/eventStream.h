@@ -79,7 +79,7 @@ private:
     using Clock = std::chrono::steady_clock;
 
     struct Medium {
-        Json identity = Json::object();
+        MediumIdentity identity; ///< without a name in a call with one medium
         Pace pace;
         Clock::time_point start;
         std::optional<Clock::time_point> told; ///< its progress
@@ -90,8 +90,8 @@ private:
     Medium& named(const std::string& name);
     void begin(Medium& medium);
     void writeEnd(const Medium& medium, const JobResult& result);
-    void write(const char* event, const Json& identity, const Json& fields = Json::object());
-    std::string lineOf(const char* event, const Json& identity, const Json& fields) const;
+    void write(const char* event, const MediumIdentity& identity, const Json& fields);
+    std::string lineOf(const char* event, const MediumIdentity& identity, const Json& fields) const;
 
     std::optional<EventFile> m_file;
     std::function<void(const std::string& line)> m_listener;

@@ -9,6 +9,8 @@
 
 #include <map>
 
+#include <nlohmann/json.hpp>
+
 namespace velacreate {
 namespace {
 /// "11 keys made, 1 failed"

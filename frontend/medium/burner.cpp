@@ -20,6 +20,7 @@
 #include <mediaRules.h>
 
 #include <fcntl.h>
+#include <nlohmann/json.hpp>
 
 namespace velacreate {
 namespace {

@@ -25,6 +25,7 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 namespace velacreate {

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <utility>
 
+#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 namespace velacreate {

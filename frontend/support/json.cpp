@@ -1,5 +1,7 @@
 #include "support/json.h"
 
+#include <nlohmann/json.hpp>
+
 namespace velacreate {
 
 std::string textOf(const Json& json, int indent) {

@@ -1,8 +1,8 @@
 /// @file
-/// JSON for programs.
+/// JSON for programs. Only files that make or read it include the header of the JSON library: it compiles slowly.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <string>
 
