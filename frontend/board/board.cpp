@@ -9,18 +9,21 @@
 
 #include <mediaRules.h>
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <set>
 #include <utility>
 
+#include <nlohmann/json.hpp>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace velacreate {
 namespace {
-constexpr std::chrono::seconds BETWEEN_STARTS(1);
+constexpr std::chrono::seconds SHORTEST_PAUSE(1); // from one start to the next
+constexpr std::chrono::seconds LONGEST_PAUSE(60);
 
 /// Closes what the station has open.
 /// @param kept what stays open, in the order of their numbers
@@ -101,7 +104,10 @@ void Board::look() {
 }
 
 void Board::start() {
-    m_nextStart = Clock::now() + BETWEEN_STARTS;
+    const auto now = Clock::now();
+    m_pause = now - m_nextStart > LONGEST_PAUSE ? SHORTEST_PAUSE
+                                                : std::clamp(2 * m_pause, SHORTEST_PAUSE, LONGEST_PAUSE);
+    m_nextStart = now + m_pause;
     std::array<int, 2> feed{};
     check(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, feed.data()) == 0)
         .orFail("no socket for the board");

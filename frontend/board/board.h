@@ -54,6 +54,7 @@ private:
     std::optional<ChildProcess> m_process;
     Descriptor m_feed;
     Outbox m_outbox;
+    std::chrono::seconds m_pause{}; ///< grows while the process ends soon
     Clock::time_point m_nextStart;
 };
 

@@ -3,7 +3,7 @@
 // What each state is called, what to do then, and its shape in a square of 24 units.
 const STATES = {
     empty: ["Empty", "M12 3a9 9 0 1 0 0 18a9 9 0 1 0 0-18zm0 2a7 7 0 1 1 0 14a7 7 0 1 1 0-14z"],
-    ignored: ["Was there before: pull it out and put it in again", "M6 4h4v16H6zM14 4h4v16h-4z"],
+    ignored: ["Left alone", "M6 4h4v16H6zM14 4h4v16h-4z"],
     working: ["Working", "M4 3h16v4l-6 5l6 5v4H4v-4l6-5l-6-5z"],
     done: ["Done: pull it out", "M9 20L1 12l3-3l5 5L20 3l3 3z"],
     already: ["Already right: pull it out", "M3 5h18v5H3zM3 14h18v5H3z"],

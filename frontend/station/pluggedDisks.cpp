@@ -4,8 +4,6 @@
 
 #include <filesystem>
 
-#include <fcntl.h>
-
 namespace velacreate {
 
 namespace fs = std::filesystem;
@@ -59,14 +57,15 @@ std::set<std::string> devicesWithoutDisk() {
     return devices;
 }
 
-void lookForCards() {
+std::vector<std::string> emptyReaders() {
+    std::vector<std::string> nodes;
     for (const auto& directory : diskDirectories()) {
         if (attribute(directory / "removable") == "1" && attribute(directory / "size") == "0" &&
             !usbDevice(directory).empty()) {
-            const auto node = "/dev/" + directory.filename().string();
-            const Descriptor reader(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+            nodes.push_back("/dev/" + directory.filename().string());
         }
     }
+    return nodes;
 }
 
 } // namespace velacreate

@@ -34,7 +34,7 @@ std::set<std::string> usbDevices();
 /// @return those of them that are no disks, or none yet
 std::set<std::string> devicesWithoutDisk();
 
-/// Makes the kernel look for a card in each reader on USB that has none.
-void lookForCards();
+/// @return the nodes of all card readers on USB that have no card
+std::vector<std::string> emptyReaders();
 
 } // namespace velacreate

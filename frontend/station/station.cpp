@@ -12,6 +12,7 @@
 #include <mediaRules.h>
 
 #include <fcntl.h>
+#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 namespace velacreate {
@@ -20,6 +21,7 @@ using namespace std::chrono_literals;
 
 constexpr auto LOOKED_EVERY = 1s;    // news can be lost
 constexpr auto SETTLING = 200ms;     // until all disks of a device are there
+constexpr auto CARD_SETTLING = 1s;   // until the kernel knows that a card was taken out
 constexpr auto REFRESHED_EVERY = 1h; // far less than the age at which files are cleaned away
 constexpr auto PULL_IT_OUT = ", pull it out";
 
@@ -123,7 +125,6 @@ void Station::look() {
         return;
     }
     m_nextLook = now + LOOKED_EVERY;
-    lookForCards();
     std::vector<std::vector<PluggedDisk>> found(m_views.size());
     for (const auto& plugged : pluggedDisks()) {
         if (const auto slot = m_call.slots.slotOf(plugged.port)) {
@@ -132,6 +133,9 @@ void Station::look() {
     }
     for (std::size_t slot = 0; slot < found.size(); ++slot) {
         update(slot, found[slot]);
+    }
+    for (const auto& node : emptyReaders()) {
+        m_cards.ask(node);
     }
     forgetDevices();
     if (now >= m_nextRefresh) {
@@ -185,11 +189,15 @@ bool Station::isSettled(View& view, const std::vector<PluggedDisk>& found) {
         view.coming = found;
         view.seen = Clock::now();
     }
-    const bool isSettled = isSame && Clock::now() - view.seen >= SETTLING;
-    if (!isSettled) {
-        m_nextLook = Clock::now() + SETTLING;
+    const bool isOtherCard = !view.disks.empty() && view.disks.front().device() == found.front().device();
+    if (isSame && Clock::now() - view.seen >= (isOtherCard ? CARD_SETTLING : SETTLING)) {
+        return true;
     }
-    return isSettled;
+    if (isOtherCard) { // or none any more
+        m_cards.ask(found.front().disk.node());
+    }
+    m_nextLook = Clock::now() + SETTLING;
+    return false;
 }
 
 void Station::take(std::size_t slot, const std::vector<PluggedDisk>& found) {
@@ -201,9 +209,9 @@ void Station::take(std::size_t slot, const std::vector<PluggedDisk>& found) {
     m_call.console.events().begin({identityOf(slot)});
     if (std::all_of(found.begin(), found.end(),
                     [&](const auto& plugged) { return wasThereBefore(plugged); })) {
-        show(slot, SlotState::ignored, "was there before; pull it out and put it in again");
+        leaveAlone(slot, "was there before; pull it out and put it in again");
     } else if (m_isClosing) {
-        show(slot, SlotState::ignored, "comes too late");
+        leaveAlone(slot, "comes too late: the station is ending");
     } else if (const auto reason = reasonAgainst(found); !reason.empty()) {
         finish(slot, {EXIT_REFUSED, reason, {}, false, 0});
     } else {
@@ -211,6 +219,10 @@ void Station::take(std::size_t slot, const std::vector<PluggedDisk>& found) {
         m_waiting.push_back(slot);
         show(slot, SlotState::working, "Waiting");
     }
+}
+
+void Station::leaveAlone(std::size_t slot, const std::string& reason) {
+    show(slot, SlotState::ignored, reason, reason);
 }
 
 bool Station::wasThereBefore(const PluggedDisk& plugged) const {

@@ -7,6 +7,7 @@
 #include "job/jobDirectory.h"
 #include "job/jobSource.h"
 #include "medium/report.h"
+#include "station/cardWatch.h"
 #include "station/deviceNews.h"
 #include "station/pluggedDisks.h"
 #include "station/slots.h"
@@ -39,7 +40,7 @@ struct StationCall {
 /// Each has a word in the events.
 enum class SlotState {
     empty,
-    ignored, ///< was there before
+    ignored, ///< was there before, or comes while the station is ending
     working,
     done,
     already, ///< held already what it should
@@ -76,6 +77,7 @@ private:
     void update(std::size_t slot, const std::vector<PluggedDisk>& found);
     bool isSettled(View& view, const std::vector<PluggedDisk>& found);
     void take(std::size_t slot, const std::vector<PluggedDisk>& found);
+    void leaveAlone(std::size_t slot, const std::string& reason);
     bool wasThereBefore(const PluggedDisk& plugged) const;
     std::string reasonAgainst(const std::vector<PluggedDisk>& found) const;
     NextJob jobFor(std::size_t slot);
@@ -88,6 +90,7 @@ private:
     StationCall m_call;
     Descriptor m_mounts;
     DeviceNews m_news;
+    CardWatch m_cards;
     std::vector<View> m_views;             ///< of the slots, in their order
     std::set<std::string> m_before;        ///< identities of what was there before
     std::set<std::string> m_devicesBefore; ///< whose disk was yet to come

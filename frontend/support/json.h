@@ -1,5 +1,5 @@
 /// @file
-/// JSON for programs. Only files that make or read it include the header of the JSON library: it compiles slowly.
+/// JSON for programs. Its library compiles slowly, so only files that make or read JSON include its header.
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>
