@@ -61,16 +61,18 @@ void Report::append(const Json& medium, const Outcome& outcome, const InputSums&
     if (m_path.empty()) {
         return;
     }
-    const auto path = std::exchange(m_path, "");
-    Descriptor file;
+    const bool isIncomplete = std::exchange(m_isIncomplete, true);
     try {
-        file = openToAdd(REPORT, path);
+        const auto file = openToAdd(REPORT, m_path);
+        const std::string endOfLostLine = isIncomplete ? "\n" : "";
+        check(writeText(file, endOfLostLine + lineOf(medium, outcome, sums)) && isFlushed(file))
+            .orRefuse("the report is incomplete from here on");
+        m_isIncomplete = false;
     } catch (const Refusal& refusal) {
-        throw Failure(refusal.what());
+        if (!isIncomplete) {
+            throw Failure(refusal.what());
+        }
     }
-    check(writeText(file, lineOf(medium, outcome, sums)) && isFlushed(file))
-        .orFail("the report is incomplete from here on");
-    m_path = path;
 }
 
 void Report::append(const Json& medium, const Outcome& outcome, const InputSums& sums, Console& console) {

@@ -31,7 +31,7 @@ public:
     /// moved away is made anew.
     /// Only the line of a medium that was made has the sums of update files.
     /// @param medium  what identifies it; of a disk, see jsonOf()
-    /// @throw Failure once; nothing is appended afterwards
+    /// @throw Failure, once until a line can be appended again
     void append(const Json& medium, const Outcome& outcome, const InputSums& sums);
 
     /// The same, and tells of a failure.
@@ -39,6 +39,7 @@ public:
 
 private:
     std::string m_path; ///< empty when nothing is appended
+    bool m_isIncomplete = false;
 };
 
 } // namespace velacreate
