@@ -24,6 +24,7 @@ namespace velacreate {
 namespace {
 constexpr std::chrono::seconds SHORTEST_PAUSE(1); // from one start to the next
 constexpr std::chrono::seconds LONGEST_PAUSE(60);
+constexpr std::chrono::seconds NEWS_EVERY(5); // so that a page sees when the station does not go on
 
 /// Closes what the station has open.
 /// @param kept what stays open, in the order of their numbers
@@ -100,7 +101,15 @@ void Board::look() {
             m_console.log(VelaCreation::LEVEL_FAILURE, failure.what());
         }
     }
+    if (Clock::now() >= m_nextNews) {
+        m_nextNews = Clock::now() + NEWS_EVERY;
+        m_outbox.add("{}\n");
+    }
     send();
+}
+
+void Board::refreshFiles() const {
+    m_directory.refresh();
 }
 
 void Board::start() {

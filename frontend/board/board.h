@@ -37,8 +37,11 @@ public:
     /// Shows that no more sticks are taken.
     void showEnding();
 
-    /// To be called now and then.
+    /// To be called now and then. Without it, pages show after some seconds that the station does not go on.
     void look();
+
+    /// To be called at times, so that nobody takes its directory for a left one.
+    void refreshFiles() const;
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -56,6 +59,7 @@ private:
     Outbox m_outbox;
     std::chrono::seconds m_pause{}; ///< grows while the process ends soon
     Clock::time_point m_nextStart;
+    Clock::time_point m_nextNews;
 };
 
 } // namespace velacreate

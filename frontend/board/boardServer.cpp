@@ -8,7 +8,7 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
+#include <climits>
 #include <cstring>
 #include <list>
 #include <memory>
@@ -22,13 +22,12 @@
 
 namespace velacreate {
 namespace {
-using Clock = std::chrono::steady_clock;
 
 constexpr unsigned MOST_CONNECTIONS = 256;
 constexpr unsigned MOST_OF_ONE_ADDRESS = 32;
 constexpr std::size_t MOST_VISITORS = 64; // who get news
 constexpr unsigned IDLE_SECONDS = 10;
-constexpr std::chrono::seconds NEWS_EVERY(5); // also when there are none, so that a browser knows
+constexpr int UNTIL_NEWS = -1;
 constexpr std::size_t BLOCK_SIZE = 4096;
 
 constexpr const char* TEXT = "text/plain; charset=utf-8";
@@ -113,30 +112,22 @@ public:
         MHD_stop_daemon(m_daemon);
     }
 
-    /// @param line an event
+    /// @param line an event, or an empty object, which tells that the station is at work
     void take(const std::string& line) {
         const auto news = m_state.take(Json::parse(line));
-        if (!news.is_null()) {
-            tellAll(news);
-        }
+        tellAll(news.is_null() ? noNews() : news);
     }
 
     /// Answers requests, then waits for more, or for events.
     void run(const Descriptor& feed) {
-        if (Clock::now() >= m_nextNews) {
-            tellAll(noNews());
-        }
         MHD_run(m_daemon);
-        using Milliseconds = std::chrono::milliseconds;
-        Milliseconds longest = std::chrono::ceil<Milliseconds>(m_nextNews - Clock::now());
         MHD_UNSIGNED_LONG_LONG wanted = 0;
-        if (MHD_get_timeout(m_daemon, &wanted) == MHD_YES) {
-            longest = std::min(longest, Milliseconds(wanted));
-        }
+        const bool isWanted = MHD_get_timeout(m_daemon, &wanted) == MHD_YES && wanted < INT_MAX;
+        const int longest = isWanted ? static_cast<int>(wanted) : UNTIL_NEWS;
         const auto* const requests = MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_EPOLL_FD);
         std::array<pollfd, 2> sources = {pollfd{feed.number(), POLLIN, 0},
                                          pollfd{requests->epoll_fd, POLLIN, 0}};
-        poll(sources.data(), sources.size(), static_cast<int>(std::max(longest, Milliseconds(0)).count()));
+        poll(sources.data(), sources.size(), longest);
     }
 
 private:
@@ -145,7 +136,6 @@ private:
         for (auto& visitor : m_visitors) {
             visitor.tell(message);
         }
-        m_nextNews = Clock::now() + NEWS_EVERY;
     }
 
     static MHD_Result answerTo(void* server, MHD_Connection* connection, const char* path, const char* method,
@@ -220,7 +210,6 @@ private:
         {"X-Content-Type-Options", "nosniff"}};
     BoardState m_state;
     std::list<Visitor> m_visitors;
-    Clock::time_point m_nextNews = Clock::now();
     MHD_Daemon* m_daemon = nullptr;
 };
 

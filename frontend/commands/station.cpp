@@ -8,6 +8,7 @@
 #include "job/supervisor.h"
 #include "keys/keyImage.h"
 #include "keys/keyJobs.h"
+#include "keys/keysToFill.h"
 #include "station/filledSticks.h"
 #include "station/learnSlots.h"
 #include "station/station.h"
@@ -75,7 +76,8 @@ std::vector<std::string> namesOf(const Slots& slots) {
     return names;
 }
 
-int run(const Setting& setting, const StickWork& work, const InputSums& sums, const HeldSignals& signals) {
+int run(const Setting& setting, const StickWork& work, const std::vector<NeededFiles>& needed,
+        const InputSums& sums, const HeldSignals& signals) {
     auto& console = setting.console;
     showSlots(setting, work.announcement());
     const int status = setting.choices.usb.keys.yes
@@ -85,12 +87,13 @@ int run(const Setting& setting, const StickWork& work, const InputSums& sums, co
         console.complain("interrupted; nothing was changed");
         return status;
     }
+    console.neverWait(); // a reader must not hold up the sticks
     std::optional<Board> board;
     if (setting.listener.isOpen()) {
         board.emplace(std::move(setting.listener), namesOf(setting.slots), setting.scratch, console);
     }
-    Station station({setting.slots, work, setting.choices.largest, setting.scratch, setting.report, sums,
-                     console, board ? &*board : nullptr});
+    Station station({setting.slots, work, setting.choices.largest, needed, setting.scratch, setting.report,
+                     sums, console, board ? &*board : nullptr});
     supervise(station, setting.atOnce(), signals, console);
     console.say(station.tallyText());
     console.events().endMedium("", {RESULT_SERVED, 0, ""}); // the call, whatever became of the sticks
@@ -140,7 +143,8 @@ int fillSticks(const Setting& setting) {
             copyMediumList(inputs.contents.tree, staged.directory(), here);
         });
     }
-    return outcome.status == 0 ? run(setting, FilledSticks(call, choices, staged, unpacked), sums, signals)
+    return outcome.status == 0 ? run(setting, FilledSticks(call, choices, staged, unpacked),
+                                     neededBy(choices, setting.scratch), sums, signals)
                                : concludeEarly(outcome, setting.console);
 }
 
@@ -155,7 +159,8 @@ int writeSticks(const Setting& setting) {
     const auto outcome = image.examine(setting.isReported(), jobDirectory, signals, setting.console);
     InputSums sums;
     sums.image = image.sum();
-    return outcome.status == 0 ? run(setting, WrittenSticks(image, choices.usb.erase), sums, signals)
+    return outcome.status == 0 ? run(setting, WrittenSticks(image, choices.usb.erase),
+                                     neededBy(image, setting.scratch, setting.show()), sums, signals)
                                : concludeEarly(outcome, setting.console);
 }
 } // namespace

@@ -22,11 +22,7 @@ ChosenKeys chooseKeysToWrite(const WriteChoices& choices, const KeyImage& image,
                                 ? "is smaller than " + image.name() + " (" + sizeText(image.size()) + ")"
                                 : sectorIneligibilityReason(key.disk));
     };
-    const auto needed = neededFiles({{"the image", image.path()},
-                                     {"the map", image.mapPath()},
-                                     {"the parent of the job directory", scratch.path}},
-                                    choices.show);
-    return chooseKeys(choices.keys, needed, requireUsable, console);
+    return chooseKeys(choices.keys, neededBy(image, scratch, choices.show), requireUsable, console);
 }
 
 std::vector<Outcome> writeToKeys(const WriteChoices& choices, const KeyImage& image,

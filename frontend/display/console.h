@@ -29,6 +29,9 @@ public:
     /// See Screen::watchInterrupts.
     void watchInterrupts(int interrupts) { m_screen.watchInterrupts(interrupts); }
 
+    /// See Screen::neverWait.
+    void neverWait() { m_screen.neverWait(); }
+
     /// Shows the progress of media until `endProgress`.
     Progress& beginProgress(const std::vector<std::string>& media);
     void endProgress();

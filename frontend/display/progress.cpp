@@ -82,6 +82,9 @@ public:
     void erase() override { takeOff(); }
 
     void draw() override {
+        if (!m_screen.isReady(STDOUT_FILENO)) { // the next drawing shows it all
+            return;
+        }
         const auto size = terminalSize();
         std::string lines;
         const std::size_t below = m_footer.empty() ? 0 : 1;

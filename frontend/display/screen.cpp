@@ -42,7 +42,15 @@ void Screen::write(int descriptor, const std::string& text) const {
     }
 }
 
+bool Screen::isReady(int descriptor) const {
+    pollfd reader{descriptor, POLLOUT, 0};
+    return poll(&reader, 1, 0) == 1;
+}
+
 bool Screen::canWrite(int descriptor) const {
+    if (!m_waits) {
+        return isReady(descriptor);
+    }
     for (;;) {
         std::array<pollfd, 2> sources = {
             {{descriptor, POLLOUT, 0}, {m_hasStopped ? -1 : m_interrupts.number(), POLLIN, 0}}};

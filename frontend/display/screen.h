@@ -18,6 +18,11 @@ public:
     void watchInterrupts(int interrupts);
     /// To be called after an interrupt.
     void stopWaiting() const { m_hasStopped = true; }
+    /// From now on, what a reader does not take at once is lost.
+    void neverWait() { m_waits = false; }
+
+    /// Whether a reader takes something at once.
+    bool isReady(int descriptor) const;
 
     void write(int descriptor, const std::string& text) const;
 
@@ -25,6 +30,7 @@ private:
     bool canWrite(int descriptor) const;
 
     Descriptor m_interrupts;
+    bool m_waits = true;
     mutable bool m_hasStopped = false;
     mutable std::chrono::steady_clock::duration m_patience = std::chrono::milliseconds(200); ///< what is left
 };

@@ -148,4 +148,12 @@ void KeyImage::requireUnchanged() const {
     }
 }
 
+std::vector<NeededFiles> neededBy(const KeyImage& image, const NamedDirectory& scratch,
+                                  const ShowChoices& choices) {
+    return neededFiles({{"the image", image.path()},
+                        {"the map", image.mapPath()},
+                        {"the parent of the job directory", scratch.path}},
+                       choices);
+}
+
 } // namespace velacreate

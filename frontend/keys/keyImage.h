@@ -9,12 +9,14 @@
 #include "job/jobDirectory.h"
 #include "job/outcome.h"
 #include "job/reporter.h"
+#include "keys/keys.h"
 #include "medium/imageBlocks.h"
 #include "support/descriptor.h"
 #include "support/failure.h"
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace velacreate {
 
@@ -60,5 +62,10 @@ private:
     Blocks m_blocks;
     std::string m_sum;
 };
+
+/// What is needed while the image is written to keys.
+/// @param scratch  the parent of the job directories
+std::vector<NeededFiles> neededBy(const KeyImage& image, const NamedDirectory& scratch,
+                                  const ShowChoices& choices);
 
 } // namespace velacreate

@@ -20,27 +20,12 @@ std::string reasonAgainst(const Disk& disk, bool anyDisk) {
     return reason + (isOnlyFixed ? ". If this is really the disk you mean, add --any-disk" : "");
 }
 
-/// The disks that carry something that the job needs.
-struct NeededDisks {
-    std::string text; ///< for messages
-    std::set<std::string> disks;
-};
-
-/// It would be lost, or keep the disk busy.
-void requireUnneeded(const Disk& disk, const std::vector<NeededDisks>& needed) {
-    for (const auto& [text, disks] : needed) {
-        if (disks.count(disk.name) != 0) {
-            refuseFor(disk, "carries " + text + ", which must lie on another disk");
-        }
-    }
-}
-
-Key examined(const Disk& disk, bool anyDisk, const std::vector<NeededDisks>& needed,
+Key examined(const Disk& disk, bool anyDisk, const std::vector<NeededFiles>& needed,
              const std::function<void(const Key&)>& requireUsable) {
     Key key{disk, describe(disk), std::nullopt, "", false};
     try {
         refuseFor(disk, reasonAgainst(disk, anyDisk));
-        requireUnneeded(disk, needed);
+        refuseFor(disk, reasonOfNeed(disk, needed));
         key.isForKeys = true;
         key.lock.emplace(disk);
         requireUsable(key);
@@ -132,16 +117,21 @@ std::vector<NeededFiles> neededFiles(std::initializer_list<std::pair<const char*
     return files;
 }
 
+// The files would be lost, or keep the disk busy.
+std::string reasonOfNeed(const Disk& disk, const std::vector<NeededFiles>& files) {
+    for (const auto& [text, paths] : files) {
+        if (disksBelow(paths).count(disk.name) != 0) {
+            return "carries " + text + ", which must lie on another disk";
+        }
+    }
+    return "";
+}
+
 ChosenKeys chooseKeys(const KeyChoices& choices, const std::vector<NeededFiles>& files,
                       const std::function<void(const Key&)>& requireUsable, Console& console) {
-    std::vector<NeededDisks> needed;
-    needed.reserve(files.size());
-    for (const auto& [text, paths] : files) {
-        needed.push_back({text, disksBelow(paths)});
-    }
     ChosenKeys chosen;
     for (const auto& disk : choices.all ? removableMedia() : namedDisks(choices.devices)) {
-        chosen.keys.push_back(examined(disk, choices.anyDisk, needed, requireUsable));
+        chosen.keys.push_back(examined(disk, choices.anyDisk, files, requireUsable));
     }
     if (choices.all) {
         leaveOutForeign(chosen, console);

@@ -43,6 +43,10 @@ struct NeededFiles {
 std::vector<NeededFiles> neededFiles(std::initializer_list<std::pair<const char*, std::string>> paths,
                                      const ShowChoices& choices);
 
+/// @return why a disk carries such a file, such as "carries the log file 'log', which must lie on another
+/// disk"; empty when it carries none
+std::string reasonOfNeed(const Disk& disk, const std::vector<NeededFiles>& files);
+
 /// The named keys in their order, or all removable media. Media that are left out are shown. A disk with a
 /// file that the job needs is not selected.
 /// @param requireUsable  called with each key that is locked; throws a Refusal when it cannot be changed

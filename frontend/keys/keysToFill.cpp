@@ -40,6 +40,8 @@ void requireNoObstacles(const Key& key, const Inputs& inputs) {
     refuse("carries what formatting would not remove", obstacles.leftovers);
 }
 
+} // namespace
+
 std::vector<NeededFiles> neededBy(const UsbChoices& choices, const NamedDirectory& scratch) {
     auto needed = neededFiles(
         {{"the tool package", choices.job.package}, {"the parent of the job directory", scratch.path}},
@@ -52,7 +54,6 @@ std::vector<NeededFiles> neededBy(const UsbChoices& choices, const NamedDirector
     needed.insert(needed.begin(), {"the update files", updates});
     return needed;
 }
-} // namespace
 
 ChosenKeys chooseKeysToFill(const UsbChoices& choices, const Inputs& inputs, const NamedDirectory& scratch,
                             Console& console) {

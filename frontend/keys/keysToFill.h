@@ -7,8 +7,12 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace velacreate {
+
+/// @param scratch  the parent of the job directories
+std::vector<NeededFiles> neededBy(const UsbChoices& choices, const NamedDirectory& scratch);
 
 /// Chooses keys that can be filled, or made from any stick.
 /// @param scratch  the parent of the job directories

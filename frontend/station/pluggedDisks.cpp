@@ -20,6 +20,13 @@ std::string identityOf(const Disk& disk) {
     const auto usb = usbDevice(directory);
     return usb.empty() ? "" : deviceText(usb) + " " + attribute(directory / "diskseq");
 }
+
+void addPlugged(const Disk& disk, std::vector<PluggedDisk>& plugged) {
+    if (auto identity = identityOf(disk); !identity.empty()) {
+        auto port = identity.substr(0, identity.find(' '));
+        plugged.push_back({disk, std::move(port), std::move(identity)});
+    }
+}
 } // namespace
 
 bool PluggedDisk::isThere() const {
@@ -29,10 +36,7 @@ bool PluggedDisk::isThere() const {
 std::vector<PluggedDisk> pluggedDisks() {
     std::vector<PluggedDisk> plugged;
     for (const auto& disk : removableDisks()) {
-        if (auto identity = identityOf(disk); !identity.empty()) {
-            auto port = identity.substr(0, identity.find(' '));
-            plugged.push_back({disk, std::move(port), std::move(identity)});
-        }
+        addPlugged(disk, plugged);
     }
     return plugged;
 }
@@ -57,15 +61,14 @@ std::set<std::string> devicesWithoutDisk() {
     return devices;
 }
 
-std::vector<std::string> emptyReaders() {
-    std::vector<std::string> nodes;
+std::vector<PluggedDisk> emptyReaders() {
+    std::vector<PluggedDisk> readers;
     for (const auto& directory : diskDirectories()) {
-        if (attribute(directory / "removable") == "1" && attribute(directory / "size") == "0" &&
-            !usbDevice(directory).empty()) {
-            nodes.push_back("/dev/" + directory.filename().string());
+        if (attribute(directory / "removable") == "1" && attribute(directory / "size") == "0") {
+            addPlugged({directory.filename(), deviceNumber(directory)}, readers);
         }
     }
-    return nodes;
+    return readers;
 }
 
 } // namespace velacreate

@@ -12,7 +12,7 @@ namespace velacreate {
 
 constexpr const char* PULLED_OUT = "the key was pulled out";
 
-/// A USB disk with a medium in it.
+/// A USB disk.
 struct PluggedDisk {
     Disk disk;
     std::string port;     ///< such as "3-1.2"
@@ -25,7 +25,7 @@ struct PluggedDisk {
     bool isThere() const;
 };
 
-/// @return all of them, sorted by name
+/// @return all that have a medium, sorted by name
 std::vector<PluggedDisk> pluggedDisks();
 
 /// @return all USB devices, in the words of PluggedDisk::device()
@@ -34,7 +34,7 @@ std::set<std::string> usbDevices();
 /// @return those of them that are no disks, or none yet
 std::set<std::string> devicesWithoutDisk();
 
-/// @return the nodes of all card readers on USB that have no card
-std::vector<std::string> emptyReaders();
+/// @return the card readers that have no card
+std::vector<PluggedDisk> emptyReaders();
 
 } // namespace velacreate

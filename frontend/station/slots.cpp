@@ -126,13 +126,17 @@ void Slots::add(const Slot& slot) {
                  portText(port) + " is there twice");
         added.ports.push_back(port);
     }
+    for (const auto& port : added.ports) {
+        m_controllers[port] = controllerOf(port);
+    }
     m_slots.push_back(added);
 }
 
 std::optional<std::size_t> Slots::slotNaming(const std::string& port) const {
     for (std::size_t at = 0; at < m_slots.size(); ++at) {
         const auto& ports = m_slots[at].ports;
-        if (std::find(ports.begin(), ports.end(), port) != ports.end()) {
+        if (std::find(ports.begin(), ports.end(), port) != ports.end() &&
+            controllerOf(port) == m_controllers.at(port)) {
             return at;
         }
     }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,13 +35,14 @@ public:
 
     const std::vector<Slot>& all() const { return m_slots; }
 
-    /// @return the number of the slot with this port or its peer
+    /// @return the number of the slot with this port or its peer, at the controller that it had at first
     std::optional<std::size_t> slotOf(const std::string& port) const;
 
 private:
     std::optional<std::size_t> slotNaming(const std::string& port) const;
 
     std::vector<Slot> m_slots;
+    std::map<std::string, std::string> m_controllers; ///< of the ports; a bus can get another one
 };
 
 } // namespace velacreate

@@ -30,13 +30,6 @@ bool isAmong(const PluggedDisk& plugged, const std::vector<PluggedDisk>& disks) 
                        [&](const auto& other) { return other.identity == plugged.identity; });
 }
 
-/// Whether a job has no more to do with the disk: its node may then belong to another one.
-bool isGone(const PluggedDisk& plugged) {
-    const auto now = pluggedDisks();
-    return std::none_of(now.begin(), now.end(),
-                        [&](const auto& other) { return other.device() == plugged.device(); });
-}
-
 SlotState stateAfter(const Outcome& outcome) {
     return outcome.status == 0 ? (outcome.wasRight ? SlotState::already : SlotState::done)
            : outcome.status == EXIT_REFUSED && !outcome.hasChanged ? SlotState::refused
@@ -91,7 +84,7 @@ Station::Station(const StationCall& call)
         }
     }
     for (const auto& plugged : pluggedDisks()) {
-        m_before.insert(plugged.identity);
+        m_before.insert(plugged.device());
     }
 }
 
@@ -126,32 +119,47 @@ void Station::look() {
     }
     m_nextLook = now + LOOKED_EVERY;
     std::vector<std::vector<PluggedDisk>> found(m_views.size());
-    for (const auto& plugged : pluggedDisks()) {
-        if (const auto slot = m_call.slots.slotOf(plugged.port)) {
-            found[*slot].push_back(plugged);
+    const auto plugged = pluggedDisks();
+    forgetOld(plugged);
+    for (const auto& disk : plugged) {
+        if (const auto slot = m_call.slots.slotOf(disk.port)) {
+            found[*slot].push_back(disk);
         }
     }
     for (std::size_t slot = 0; slot < found.size(); ++slot) {
         update(slot, found[slot]);
     }
-    for (const auto& node : emptyReaders()) {
-        m_cards.ask(node);
+    for (const auto& reader : emptyReaders()) {
+        if (m_call.slots.slotOf(reader.port)) {
+            m_cards.ask(reader.disk.node());
+        }
     }
-    forgetDevices();
     if (now >= m_nextRefresh) {
         m_call.work.refreshFiles();
+        if (m_call.board != nullptr) {
+            m_call.board->refreshFiles();
+        }
         m_nextRefresh = now + REFRESHED_EVERY;
     }
 }
 
-/// The numbers of devices come again.
-void Station::forgetDevices() {
-    if (m_devicesBefore.empty()) {
-        return;
+/// A device counts as there before until it, or its medium, was seen to be gone: a drive that was reset gets
+/// another identity. The numbers of devices come again.
+void Station::forgetOld(const std::vector<PluggedDisk>& plugged) {
+    std::set<std::string> present;
+    for (const auto& disk : plugged) {
+        present.insert(disk.device());
     }
-    const auto devices = usbDevices();
+    const auto devices = m_devicesBefore.empty() ? std::set<std::string>() : usbDevices();
     for (auto device = m_devicesBefore.begin(); device != m_devicesBefore.end();) {
-        device = devices.count(*device) != 0 ? std::next(device) : m_devicesBefore.erase(device);
+        const bool hasDisk = present.count(*device) != 0;
+        if (hasDisk) {
+            m_before.insert(*device);
+        }
+        device = hasDisk || devices.count(*device) == 0 ? m_devicesBefore.erase(device) : std::next(device);
+    }
+    for (auto device = m_before.begin(); device != m_before.end();) {
+        device = present.count(*device) != 0 ? std::next(device) : m_before.erase(device);
     }
 }
 
@@ -226,7 +234,7 @@ void Station::leaveAlone(std::size_t slot, const std::string& reason) {
 }
 
 bool Station::wasThereBefore(const PluggedDisk& plugged) const {
-    return m_before.count(plugged.identity) != 0 || m_devicesBefore.count(plugged.device()) != 0;
+    return m_before.count(plugged.device()) != 0;
 }
 
 std::string Station::reasonAgainst(const std::vector<PluggedDisk>& found) const {
@@ -235,7 +243,10 @@ std::string Station::reasonAgainst(const std::vector<PluggedDisk>& found) const 
     }
     const auto& disk = found.front().disk;
     try {
-        const auto reason = ineligibilityReason(disk, false);
+        auto reason = ineligibilityReason(disk, false);
+        if (reason.empty()) {
+            reason = reasonOfNeed(disk, m_call.needed);
+        }
         return !reason.empty()                        ? "the stick " + reason
                : !isRemovableMedium(disk)             ? "it is no removable medium"
                : describe(disk).size > m_call.largest ? "it is larger than " + sizeText(m_call.largest)
@@ -269,7 +280,7 @@ NextJob Station::jobFor(std::size_t slot) {
                          return runStickJob(plugged, m_call.work, m_mounts, directory, reporter);
                      },
                      m_call.work.gauges(plugged.disk)};
-    job.whatIsGone = [plugged] { return std::string(isGone(plugged) ? PULLED_OUT : ""); };
+    job.whatIsGone = [plugged] { return std::string(plugged.isThere() ? "" : PULLED_OUT); };
     return {slot, std::move(job)};
 }
 

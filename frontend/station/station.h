@@ -29,8 +29,9 @@ namespace velacreate {
 struct StationCall {
     const Slots& slots;
     const StickWork& work;
-    std::uint64_t largest;       ///< a larger stick is refused; in bytes
-    const NamedDirectory& place; ///< parent of the job directories
+    std::uint64_t largest;                  ///< a larger stick is refused; in bytes
+    const std::vector<NeededFiles>& needed; ///< a stick that carries such a file is refused
+    const NamedDirectory& place;            ///< parent of the job directories
     Report& report;
     const InputSums& sums;
     Console& console;
@@ -73,7 +74,7 @@ private:
     struct View;
     using Clock = std::chrono::steady_clock;
 
-    void forgetDevices();
+    void forgetOld(const std::vector<PluggedDisk>& plugged);
     void update(std::size_t slot, const std::vector<PluggedDisk>& found);
     bool isSettled(View& view, const std::vector<PluggedDisk>& found);
     void take(std::size_t slot, const std::vector<PluggedDisk>& found);
@@ -92,8 +93,8 @@ private:
     DeviceNews m_news;
     CardWatch m_cards;
     std::vector<View> m_views;             ///< of the slots, in their order
-    std::set<std::string> m_before;        ///< identities of what was there before
-    std::set<std::string> m_devicesBefore; ///< whose disk was yet to come
+    std::set<std::string> m_before;        ///< devices that were there before
+    std::set<std::string> m_devicesBefore; ///< others, whose disk was yet to come
     std::deque<std::size_t> m_waiting;     ///< slots whose job has not begun
     std::map<SlotState, std::size_t> m_tally;
     Progress* m_progress = nullptr;
