@@ -30,7 +30,9 @@ struct ServerLog {
         console.events().note("", news->text);
         if (progress.isLive()) {
             console.log(VelaCreation::LEVEL_PROGRESS, news->text);
-            progress.line(news->machine, machines.text(news->machine), !machines.isServed(news->machine));
+            progress.line(news->machine, machines.text(news->machine),
+                          machines.isServed(news->machine) ? RANK_IDLE : RANK_AT_WORK);
+            progress.draw();
         } else {
             console.say(news->text);
         }
