@@ -513,6 +513,12 @@ private:
             .add_option("--names", m_serve.names,
                         "Show names for machines: a file with a hardware address and a name on each line")
             ->type_name("FILE");
+        command
+            .add_option(
+                "--print-config", m_serve.printed,
+                "Serve nothing; write the configuration of the service for dnsmasq, Kea, lighttpd and "
+                "nginx, with the files, into a new directory")
+            ->type_name("DIR");
         addYes(command, m_serve.yes);
         addMessageOptions(command, m_serve.show);
     }

@@ -3,10 +3,12 @@
 #include "display/question.h"
 #include "display/summary.h"
 #include "job/jobDirectory.h"
+#include "job/output.h"
 #include "medium/identity.h"
 #include "medium/jobInputs.h"
 #include "network/bootServer.h"
 #include "network/httpServer.h"
+#include "network/printedConfiguration.h"
 #include "network/serving.h"
 #include "support/exitStatus.h"
 #include "support/failure.h"
@@ -25,6 +27,15 @@ void validateOptions(const ServeChoices& choices) {
     requireRoot("machines are served by a program that");
     refuseIf<WrongCommandLine>(choices.proxy && !choices.range.empty(),
                                "with --proxy no addresses are handed out; leave out --range");
+    refuseIf<WrongCommandLine>(!choices.printed.empty() && !choices.names.empty(),
+                               "with --print-config no machines are shown; leave out --names");
+}
+
+void requireServers(const ServeChoices& choices) {
+    requirePrograms({BOOT_SERVER});
+    if (!choices.image.empty()) {
+        requirePrograms({HTTP_SERVER});
+    }
 }
 
 /// What is served, and where.
@@ -43,7 +54,10 @@ struct Served {
             range = choices.range.empty() ? upperHalf(port.networks().front())
                                           : readRange(choices.range, port.networks());
         }
-        port.requireUnserved(choices.proxy, directory.has_value());
+    }
+
+    void requireUnserved() const {
+        port.requireUnserved(!range, directory.has_value());
         if (image) {
             NetworkPort::requireUnserved(range ? range->network.own : port.networks().front().own, HTTP_PORT);
         }
@@ -107,24 +121,23 @@ void begin(EventStream& events, const BootService& service) {
     }
     events.begin(identities);
 }
-} // namespace
 
-int serve(const ServeChoices& choices, const CallerEnvironment& caller, Console& console) {
-    validateOptions(choices);
-    requirePrograms({BOOT_SERVER});
-    if (!choices.image.empty()) {
-        requirePrograms({HTTP_SERVER});
+void end(EventStream& events, const BootService& service, const Outcome& outcome) {
+    for (const auto& medium : service.media()) {
+        events.endMedium(medium, resultForPrograms(outcome));
     }
-    const Served served(choices);
-    const auto scratch = scratchDirectory("", caller);
-    requireOthers(choices.show, choices.image.empty() ? "" : absolutePath(choices.image));
-    openLog(console, choices.show, choices.directory.empty() ? "" : absolutePath(choices.directory));
-    const HeldSignals signals;
-    console.watchInterrupts(signals.descriptor().number());
-    const auto service =
-        bootServiceOf(served.directory ? &*served.directory : nullptr,
-                      served.image ? &*served.image : nullptr, served.port, served.range, scratch.directory);
-    showLimits(service, console);
+}
+
+int print(const BootService& service, const Output& place, const HeldSignals& signals, Console& console) {
+    begin(console.events(), service);
+    const auto outcome = printConfiguration(service, place, signals, console);
+    end(console.events(), service, outcome);
+    return showResult(console, outcome, "the configuration in " + quote(place.path()),
+                      "for " + addressText(service.address()));
+}
+
+int serveService(const BootService& service, const Served& served, const ServeChoices& choices,
+                 const NamedDirectory& scratch, const HeldSignals& signals, Console& console) {
     if (served.range && askToHandOut(*served.range, choices, signals, console) != 0) {
         console.complain("interrupted; nothing was served");
         return EXIT_INTERRUPTED;
@@ -138,10 +151,35 @@ int serve(const ServeChoices& choices, const CallerEnvironment& caller, Console&
         console.complain(mediaText(service) + (service.media().size() > 1 ? " are" : " is") +
                          " not served any more: " + *problem);
     }
-    for (const auto& medium : service.media()) {
-        console.events().endMedium(medium, resultForPrograms(outcome));
-    }
+    end(console.events(), service, outcome);
     return outcome.status;
+}
+} // namespace
+
+int serve(const ServeChoices& choices, const CallerEnvironment& caller, Console& console) {
+    validateOptions(choices);
+    std::optional<Output> printed;
+    if (choices.printed.empty()) {
+        requireServers(choices);
+    } else {
+        printed.emplace(Output::emptyDirectory(choices.printed));
+        requirePrintable(*printed);
+    }
+    const Served served(choices);
+    if (!printed) {
+        served.requireUnserved();
+    }
+    const auto scratch = scratchDirectory("", caller);
+    requireOthers(choices.show, choices.image.empty() ? "" : absolutePath(choices.image));
+    openLog(console, choices.show, choices.directory.empty() ? "" : absolutePath(choices.directory));
+    const HeldSignals signals;
+    console.watchInterrupts(signals.descriptor().number());
+    const auto service =
+        bootServiceOf(served.directory ? &*served.directory : nullptr,
+                      served.image ? &*served.image : nullptr, served.port, served.range, scratch.directory);
+    showLimits(service, console);
+    return printed ? print(service, *printed, signals, console)
+                   : serveService(service, served, choices, scratch, signals, console);
 }
 
 } // namespace velacreate

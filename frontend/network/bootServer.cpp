@@ -28,83 +28,79 @@ std::vector<unsigned> capabilities(const BootService& service) {
     return needed;
 }
 
-bool isByHttp(const Offer& offer) {
-    return offer.architecture.way == StartWay::uefiByHttp;
-}
-
 /// Each machine gets one address, also when its firmware, its loader and its system send different
 /// identifiers. No router is announced.
-void addAddresses(const BootService& service, Arguments& arguments) {
+void addAddresses(const BootService& service, Arguments& settings) {
     const auto& range = *service.range;
-    arguments.insert(arguments.end(),
-                     {"--dhcp-range=" + addressText(range.first) + "," + addressText(range.last) + "," +
-                          addressText(range.network.mask) + ",1h",
-                      "--dhcp-lease-max=" + std::to_string(MOST_MACHINES), "--dhcp-ignore-clid",
-                      "--dhcp-option=option:router"});
+    settings.insert(settings.end(),
+                    {"dhcp-range=" + addressText(range.first) + "," + addressText(range.last) + "," +
+                         addressText(range.network.mask) + ",1h",
+                     "dhcp-lease-max=" + std::to_string(MOST_MACHINES), "dhcp-ignore-clid",
+                     "dhcp-option=option:router"});
     if (service.directory != nullptr) { // a machine that does not tell its architecture has a BIOS
-        arguments.insert(arguments.end(),
-                         {"--dhcp-match=set:named,option:client-arch",
-                          "--dhcp-boot=tag:!named," + std::string(VelaCreation::NETBOOT_LOADER)});
+        settings.insert(settings.end(),
+                        {"dhcp-match=set:named,option:client-arch",
+                         "dhcp-boot=tag:!named," + std::string(VelaCreation::NETBOOT_LOADER)});
     }
     for (const auto& offer : service.offers) {
         const auto tag = tagOf(offer.architecture);
-        arguments.push_back("--dhcp-boot=tag:" + tag + "," + offer.file);
-        if (isByHttp(offer)) {
-            arguments.push_back("--dhcp-option-force=tag:" + tag + ",60,HTTPClient");
+        settings.push_back("dhcp-boot=tag:" + tag + "," + offer.file);
+        if (offer.isByHttp()) {
+            settings.push_back("dhcp-option-force=tag:" + tag + ",60,HTTPClient");
         }
     }
 }
 
 /// What is added to the answer of another server.
-void addAnswers(const BootService& service, Arguments& arguments) {
+void addAnswers(const BootService& service, Arguments& settings) {
     for (const auto& network : service.port.networks()) {
-        arguments.push_back("--dhcp-range=" + addressText(network.first()) + ",proxy");
+        settings.push_back("dhcp-range=" + addressText(network.first()) + ",proxy");
     }
-    arguments.insert(arguments.end(), {"--no-ping", "--dhcp-pxe-vendor=PXEClient,HTTPClient"});
+    settings.insert(settings.end(), {"no-ping", "dhcp-pxe-vendor=PXEClient,HTTPClient"});
     for (const auto& offer : service.offers) {
-        if (isByHttp(offer)) {
-            arguments.push_back("--dhcp-boot=tag:" + tagOf(offer.architecture) + "," + offer.file);
+        if (offer.isByHttp()) {
+            settings.push_back("dhcp-boot=tag:" + tagOf(offer.architecture) + "," + offer.file);
         } else {
             // The server adds the ending ".0".
             const auto isBios = offer.architecture.way == StartWay::bios;
             const auto name = isBios ? std::filesystem::path(offer.file).stem().string() : offer.file;
-            arguments.push_back("--pxe-service=" + std::string(offer.architecture.nameForProxy) +
-                                ",Service medium," + name);
+            settings.push_back("pxe-service=" + std::string(offer.architecture.nameForProxy) +
+                               ",Service medium," + name);
         }
     }
 }
 
 Arguments serverCommand(const BootService& service) {
-    Arguments arguments = {pathOf(BOOT_SERVER),
-                           "--no-daemon",
+    Arguments arguments = {pathOf(BOOT_SERVER), "--no-daemon",
                            "--user=", // it is nobody from the start
-                           "--group=",
-                           "--conf-file=/dev/null",
-                           "--no-resolv",
-                           "--no-hosts",
-                           "--port=0",
-                           "--interface=" + service.port.name(),
-                           "--except-interface=lo",
-                           "--bind-interfaces",
-                           "--leasefile-ro",
-                           "--log-facility=-",
+                           "--group=",          "--conf-file=/dev/null", "--leasefile-ro", "--log-facility=-",
                            "--log-dhcp"};
-    if (service.directory != nullptr) {
-        arguments.insert(arguments.end(), {"--enable-tftp", "--tftp-root=" + std::string(SERVED_PLACE),
-                                           "--tftp-max=" + std::to_string(MOST_TRANSFERS)});
-    }
-    for (const auto& architecture : CLIENT_ARCHITECTURES) {
-        arguments.push_back("--dhcp-match=set:" + tagOf(architecture) + ",option:client-arch," +
-                            std::to_string(architecture.number));
-    }
-    if (service.isProxy()) {
-        addAnswers(service, arguments);
-    } else {
-        addAddresses(service, arguments);
+    for (const auto& setting : bootSettings(service, SERVED_PLACE)) {
+        arguments.push_back("--" + setting);
     }
     return arguments;
 }
 } // namespace
+
+std::vector<std::string> bootSettings(const BootService& service, const std::string& files) {
+    Arguments settings = {
+        "no-resolv",           "no-hosts",       "port=0", "interface=" + service.port.name(),
+        "except-interface=lo", "bind-interfaces"};
+    if (service.directory != nullptr) {
+        settings.insert(settings.end(),
+                        {"enable-tftp", "tftp-root=" + files, "tftp-max=" + std::to_string(MOST_TRANSFERS)});
+    }
+    for (const auto& architecture : CLIENT_ARCHITECTURES) {
+        settings.push_back("dhcp-match=set:" + tagOf(architecture) + ",option:client-arch," +
+                           std::to_string(architecture.number));
+    }
+    if (service.isProxy()) {
+        addAnswers(service, settings);
+    } else {
+        addAddresses(service, settings);
+    }
+    return settings;
+}
 
 void becomeBootServer(const BootService& service) {
     const auto command = serverCommand(service);
@@ -113,12 +109,7 @@ void becomeBootServer(const BootService& service) {
     const auto serve = [&](const std::string& name, const Descriptor& file) {
         root.addCopy(file, std::string(SERVED_PLACE) + "/" + name);
     };
-    if (service.directory != nullptr) {
-        service.directory->forEachFile(serve);
-    }
-    for (const auto& [name, content] : service.loaders.files) {
-        serve(name, content);
-    }
+    service.forEachTftpFile(serve);
     becomeConfined(command, root, capabilities(service), DESCRIPTORS);
 }
 

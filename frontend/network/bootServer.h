@@ -16,6 +16,10 @@ constexpr const char* SERVED_PLACE = "/mnt/package";
 /// That get an address and are shown. A machine can use any number of hardware addresses.
 constexpr std::size_t MOST_MACHINES = 10000;
 
+/// @param files  where those for TFTP are
+/// @return lines of the server's configuration
+std::vector<std::string> bootSettings(const BootService& service, const std::string& files);
+
 /// In a job's process: becomes the server.
 /// @throw Failure
 [[noreturn]] void becomeBootServer(const BootService& service);

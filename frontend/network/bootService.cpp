@@ -31,6 +31,16 @@ std::vector<std::string> BootService::media() const {
     return media;
 }
 
+void BootService::forEachTftpFile(
+    const std::function<void(const std::string& name, const Descriptor& file)>& use) const {
+    if (directory != nullptr) {
+        directory->forEachFile(use);
+    }
+    for (const auto& [name, content] : loaders.files) {
+        use(name, content);
+    }
+}
+
 BootService bootServiceOf(const NetbootDirectory* directory, const ServedImage* image,
                           const NetworkPort& port, const std::optional<AddressRange>& range,
                           const Descriptor& scratch) {

@@ -9,6 +9,7 @@
 #include "network/servedImage.h"
 #include "network/startWays.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,6 +22,8 @@ constexpr const char* IMAGE_NAME = "service.iso"; ///< in its address, whatever 
 struct Offer {
     ClientArchitecture architecture;
     std::string file; ///< a name for TFTP, or an address for HTTP
+
+    bool isByHttp() const { return architecture.way == StartWay::uefiByHttp; }
 };
 
 struct BootService {
@@ -34,6 +37,10 @@ struct BootService {
     /// What is served, for messages; never empty.
     std::vector<std::string> media() const;
     bool isProxy() const { return !range; }
+    /// Calls a function with each file for TFTP: those of the directory, and the loaders.
+    /// @throw Failure as NetbootDirectory::forEachFile()
+    void
+    forEachTftpFile(const std::function<void(const std::string& name, const Descriptor& file)>& use) const;
     /// Where the files are.
     Address address() const { return range ? range->network.own : port.networks().front().own; }
 };

@@ -15,9 +15,12 @@ constexpr std::uint16_t HTTP_PORT = 80;
 /// with and without the head, the range (or "-"), the length that was announced, and the method.
 constexpr const char* ACCESS_FORMAT = "%a %{remote}p %s %O %b %{Content-Range}o %{Content-Length}o %m";
 
-/// @param place  of the file in its root directory
-/// @param log    where its answers are logged
-std::string httpConfiguration(const BootService& service, const std::string& place, const std::string& log);
+/// At a time, so that machines which only wait leave room for others.
+constexpr unsigned MOST_CONNECTIONS = 2000;
+
+/// @param files  where the image is
+/// @return the server's configuration
+std::string httpConfiguration(const BootService& service, const std::string& files);
 
 /// In a job's process: becomes the server.
 /// @param logFileSystem  holds the pipe for its log (see NamedPipe)

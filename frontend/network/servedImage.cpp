@@ -53,6 +53,12 @@ std::string ServedImage::text() const {
     return "the image " + quote(m_path);
 }
 
+void ServedImage::requireUnchanged() const {
+    if (const auto what = change(); !what.empty()) {
+        throw Failure(what + " before all of it was copied");
+    }
+}
+
 std::string ServedImage::change() const {
     struct stat now {};
     if (stat(m_path.c_str(), &now) != 0) {

@@ -28,6 +28,8 @@ public:
     /// @return what is no longer as it was at the beginning, such as "it was replaced"; empty when nothing
     /// has changed
     std::string change() const;
+    /// @throw Failure when something has changed while it was copied
+    void requireUnchanged() const;
 
 private:
     std::string m_path;
