@@ -105,7 +105,7 @@ std::optional<Machines::News> Machines::takeLease(std::vector<std::string> words
         machine.way = m_packet.way;
         revive(machine, now);
     }
-    return ifChanged(*index, before);
+    return isOffered ? std::nullopt : ifChanged(*index, before); // it has not taken the offer yet
 }
 
 /// The tags of a packet are told before the answer to it, or after it.
