@@ -67,7 +67,8 @@ std::optional<Machines::News> Machines::take(const std::string& line, Time now) 
 
 std::optional<Machines::News> Machines::takeLease(std::vector<std::string> words, Time now) {
     if (!words.empty() && isNumber(words.front())) {
-        if (words.front() != m_packet.number) {
+        // Machines may choose the same number. Each packet begins with a line about the addresses.
+        if (words.front() != m_packet.number || (words.size() > 1 && words[1] == "available")) {
             m_packet = {words.front()};
         }
         words.erase(words.begin());
@@ -97,15 +98,12 @@ std::optional<Machines::News> Machines::takeLease(std::vector<std::string> words
         m_byAddress[machine.address] = *index;
     }
     machine.isTurnedAway = isNoneLeft;
-    if (m_packet.machine.value_or(*index) != *index) {
-        m_packet.way = StartWay::unknown;
-    }
     m_packet.machine = index;
     if (m_packet.way != StartWay::unknown) {
         machine.way = m_packet.way;
         revive(machine, now);
     }
-    return ifChanged(*index, before);
+    return isOffered ? std::nullopt : ifChanged(*index, before); // it has not taken the offer yet
 }
 
 /// The tags of a packet are told before the answer to it, or after it.
