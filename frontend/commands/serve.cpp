@@ -56,18 +56,18 @@ struct Served {
     std::optional<AddressRange> range;
 };
 
-void showLimits(const BootService& service, Console& console) {
-    for (const auto& note : service.loaders.notes) {
-        console.note(note);
-    }
+/// Which machines will not start, or only in some cases.
+std::vector<std::string> limitsOf(const BootService& service) {
+    auto limits = service.loaders.notes;
     if (service.isProxy() && service.directory != nullptr) {
-        console.note("beside another DHCP server, " + quote(VelaCreation::NETBOOT_LOADER) +
-                     " may ask that one for its files: then machines with a BIOS stop after it");
+        limits.push_back("beside another DHCP server, " + quote(VelaCreation::NETBOOT_LOADER) +
+                         " may ask that one for its files: then machines with a BIOS stop after it");
     }
     if (service.image != nullptr) {
-        console.note("machines that fetch the image need " + sizeText(service.image->size()) +
-                     " of memory for it, and some more");
+        limits.push_back("machines that fetch the image need " + sizeText(service.image->size()) +
+                         " of memory for it, and some more");
     }
+    return limits;
 }
 
 /// @return 0, or EXIT_INTERRUPTED
@@ -124,12 +124,18 @@ int serve(const ServeChoices& choices, const CallerEnvironment& caller, Console&
     const auto service =
         bootServiceOf(served.directory ? &*served.directory : nullptr,
                       served.image ? &*served.image : nullptr, served.port, served.range, scratch.directory);
-    showLimits(service, console);
+    const auto limits = limitsOf(service);
+    for (const auto& limit : limits) {
+        console.say("Note: " + limit);
+    }
     if (served.range && askToHandOut(*served.range, choices, signals, console) != 0) {
         console.complain("interrupted; nothing was served");
         return EXIT_INTERRUPTED;
     }
     begin(console.events(), service);
+    for (const auto& limit : limits) {
+        console.events().note("", limit);
+    }
     announce(service, console);
     Outcome outcome = {0, "", {}, false, 0, 0, JobKind::serving};
     if (const auto problem = serveMachines(service, scratch.directory, served.names, signals, console)) {
