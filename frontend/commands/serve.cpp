@@ -70,18 +70,18 @@ struct Served {
     std::optional<AddressRange> range;
 };
 
-void showLimits(const BootService& service, Console& console) {
-    for (const auto& note : service.loaders.notes) {
-        console.note(note);
-    }
+/// Which machines will not start, or only in some cases.
+std::vector<std::string> limitsOf(const BootService& service) {
+    auto limits = service.loaders.notes;
     if (service.isProxy() && service.directory != nullptr) {
-        console.note("beside another DHCP server, " + quote(VelaCreation::NETBOOT_LOADER) +
-                     " may ask that one for its files: then machines with a BIOS stop after it");
+        limits.push_back("beside another DHCP server, " + quote(VelaCreation::NETBOOT_LOADER) +
+                         " may ask that one for its files: then machines with a BIOS stop after it");
     }
     if (service.image != nullptr) {
-        console.note("machines that fetch the image need " + sizeText(service.image->size()) +
-                     " of memory for it, and some more");
+        limits.push_back("machines that fetch the image need " + sizeText(service.image->size()) +
+                         " of memory for it, and some more");
     }
+    return limits;
 }
 
 /// @return 0, or EXIT_INTERRUPTED
@@ -128,21 +128,32 @@ void end(EventStream& events, const BootService& service, const Outcome& outcome
     }
 }
 
-int print(const BootService& service, const Output& place, const HeldSignals& signals, Console& console) {
-    begin(console.events(), service);
+using Limits = std::vector<std::string>;
+
+void begin(EventStream& events, const BootService& service, const Limits& limits) {
+    begin(events, service);
+    for (const auto& limit : limits) {
+        events.note("", limit);
+    }
+}
+
+int print(const BootService& service, const Limits& limits, const Output& place, const HeldSignals& signals,
+          Console& console) {
+    begin(console.events(), service, limits);
     const auto outcome = printConfiguration(service, place, signals, console);
     end(console.events(), service, outcome);
     return showResult(console, outcome, "the configuration in " + quote(place.path()),
                       "for " + addressText(service.address()));
 }
 
-int serveService(const BootService& service, const Served& served, const ServeChoices& choices,
-                 const NamedDirectory& scratch, const HeldSignals& signals, Console& console) {
+int serveService(const BootService& service, const Limits& limits, const Served& served,
+                 const ServeChoices& choices, const NamedDirectory& scratch, const HeldSignals& signals,
+                 Console& console) {
     if (served.range && askToHandOut(*served.range, choices, signals, console) != 0) {
         console.complain("interrupted; nothing was served");
         return EXIT_INTERRUPTED;
     }
-    begin(console.events(), service);
+    begin(console.events(), service, limits);
     announce(service, console);
     Outcome outcome = {0, "", {}, false, 0, 0, JobKind::serving};
     if (const auto problem = serveMachines(service, scratch.directory, served.names, signals, console)) {
@@ -177,9 +188,12 @@ int serve(const ServeChoices& choices, const CallerEnvironment& caller, Console&
     const auto service =
         bootServiceOf(served.directory ? &*served.directory : nullptr,
                       served.image ? &*served.image : nullptr, served.port, served.range, scratch.directory);
-    showLimits(service, console);
-    return printed ? print(service, *printed, signals, console)
-                   : serveService(service, served, choices, scratch, signals, console);
+    const auto limits = limitsOf(service);
+    for (const auto& limit : limits) {
+        console.say("Note: " + limit);
+    }
+    return printed ? print(service, limits, *printed, signals, console)
+                   : serveService(service, limits, served, choices, scratch, signals, console);
 }
 
 } // namespace velacreate

@@ -6,6 +6,7 @@
 #include "support/failure.h"
 #include "support/programs.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -37,15 +38,24 @@ void setEnvironment() {
           setenv("TZ", zone.c_str(), 1) == 0) // NOLINT(concurrency-mt-unsafe)
         .orFail("no language and no time zone for the server");
 }
+
+/// Without the right to raise the limit, as many as there may be.
+void allowDescriptors(rlim_t wanted) {
+    rlimit limit{wanted, wanted};
+    if (setrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        return;
+    }
+    check(getrlimit(RLIMIT_NOFILE, &limit) == 0).orFail("the limit of open files");
+    limit.rlim_cur = std::min(wanted, limit.rlim_max);
+    check(setrlimit(RLIMIT_NOFILE, &limit) == 0).orFail("the limit of open files");
+}
 } // namespace
 
 void becomeConfined(const std::vector<std::string>& command, const ServerRoot& root,
                     const std::vector<unsigned>& capabilities, unsigned descriptors) {
     const auto arguments = argumentsOf(command);
-    const rlimit most{descriptors, descriptors};
     setEnvironment();
-    check(setrlimit(RLIMIT_NOFILE, &most) == 0)
-        .orFail(std::to_string(descriptors) + " open files cannot be had for the server");
+    allowDescriptors(descriptors);
     root.enter();
     becomeNobody(capabilities);
     dieWithSupervisor();

@@ -12,7 +12,7 @@ namespace velacreate {
 /// In a job's process: becomes a program in a root directory of its own, as a user without privileges but
 /// some capabilities. Its messages are in English.
 /// @param command      the program's path and its arguments
-/// @param descriptors  that it may have open at a time
+/// @param descriptors  that it may have open at a time, if there can be so many
 /// @throw Failure
 [[noreturn]] void becomeConfined(const std::vector<std::string>& command, const ServerRoot& root,
                                  const std::vector<unsigned>& capabilities, unsigned descriptors);
