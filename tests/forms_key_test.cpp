@@ -120,6 +120,8 @@ TEST_F(KeyFormTest, AcceptsImagesOfOthers) {
               "the tool package has no 'init1.img', so the boot record cannot be compared");
     form.isImage = false;
     EXPECT_EQ(examine(Patches{}).back(), "there is no fourth partition");
+    form = {{nullptr, {"sum"}}, true, OtherFiles::none};
+    EXPECT_EQ(examine(Patches{}).back(), "there is no fourth partition");
 }
 
 TEST_F(KeyFormTest, SumsUpTheSameBootCodeOfEachKey) {

@@ -67,6 +67,15 @@ TEST_F(DisksTest, ImageTakesThePlaceOfAllThatWasThere) {
               "failed: the disk cannot be opened for writing: Device or resource busy");
 }
 
+TEST_F(DisksTest, WriteErrorsOfACloneImageAreTold) {
+    shell("mount -t tmpfs -o size=2m none /mnt/a && truncate -s 16M /mnt/a/full && seq 999999 >image");
+    const Loop loop("/mnt/a/full");
+    const DiskLock hold(loop.disk());
+    const Told told;
+    EXPECT_EQ(outcomeOf([&] { cloneTo(openToWrite(hold.descriptor()), opened("image"), told.advance); }),
+              "failed: the disk could not take all that was written: Input/output error");
+}
+
 /// Each row: a disk's size, that of its sectors and of the image, and what is against writing it there.
 TEST_F(DisksTest, WhatAnImageCannotBeWrittenTo) {
     for (const auto& row : rows("erasing")) {

@@ -25,6 +25,8 @@ using namespace std::chrono_literals;
 constexpr std::uint64_t SMALLEST_KEY = 8U << 20U;
 constexpr std::uint64_t LARGEST_KEY = (VelaCreation::CAPACITY_UNKNOWN - std::uint64_t{1}) * SECTOR;
 
+constexpr const char* NOT_ALL_TAKEN = "the disk could not take all that was written";
+
 /// A limit for a disk that ignores writes and keeps its signatures.
 constexpr int MOST_SIGNATURES = 1000;
 } // namespace
@@ -86,13 +88,14 @@ void wipeEnd(const Descriptor& device) {
 void cloneTo(const Descriptor& device, const Descriptor& image, const Advance& advance) {
     // Earlier reads may have moved the offset.
     check(lseek(device.number(), 0, SEEK_SET) == 0).orFail("the beginning of the disk");
-    // Flushed piece by piece, so that progress counts only bytes that are on the disk.
+    // Flushed piece by piece, so that progress counts only bytes that are on the disk. The kernel tells of a
+    // write error only once.
     const auto flushAndTell = [&](std::uint64_t bytes) {
-        fdatasync(device.number());
+        check(fdatasync(device.number()) == 0).orFail(NOT_ALL_TAKEN);
         advance(bytes);
     };
     copyContent(image, device, "the clone image", flushAndTell);
-    check(fsync(device.number()) == 0).orFail("the disk could not take all that was written");
+    check(fsync(device.number()) == 0).orFail(NOT_ALL_TAKEN);
 }
 
 void rereadPartitionTable(const Descriptor& device, const Disk& disk, int partition) {

@@ -107,7 +107,8 @@ public:
 
     std::optional<ByteRange> examine() {
         auto& medium = m_examination.medium;
-        if (m_form.isImage && medium.size() > VelaCreation::KEY_IMAGE_OFFSET &&
+        if (m_form.isImage && m_form.head.bootCodes.empty() &&
+            medium.size() > VelaCreation::KEY_IMAGE_OFFSET &&
             medium.areZero(0, VelaCreation::KEY_IMAGE_OFFSET)) {
             return rangeWithoutPartition(medium.size());
         }

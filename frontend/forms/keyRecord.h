@@ -56,8 +56,8 @@ std::vector<std::string>
 sumsOfBootCode(const std::function<Descriptor(const std::string& cloneImage)>& openCloneImage);
 
 /// Demands all that lies before the file system as it is in the clone image, when that is fitted to the key
-/// or to a smaller one. It may be zero in an image. Without a tool package, it must have one of the sums, and
-/// the places that these do not cover must agree with each other.
+/// or to a smaller one. It may be zero in an image, unless there are sums. Without a tool package, it must
+/// have one of the sums, and the places that these do not cover must agree with each other.
 /// @return where the file system lies; none, after a difference was added, when that is not known
 std::optional<ByteRange> examineKeyRecord(const Examination& examination, const KeyForm& form);
 

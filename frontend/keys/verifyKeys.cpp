@@ -120,10 +120,11 @@ int verifyKeys(const VerifyChoices& choices, const NamedDirectory& scratch, Cons
 int compareKeysWithLists(const std::vector<std::string>& devices, const ListCall& call) {
     const auto keys = keysToCompare(devices);
     openLog(call.console, call.show, "");
+    const HeldSignals signals;
+    beginEvents(call.console, keys);
     if (countSelected(keys) == 0) {
         return conclude(call.console, keys, {}, JobKind::checking);
     }
-    const HeldSignals signals;
     call.console.say("Comparing " + mediaText(keys) + " with the list of sums on each");
     OpenKeys open(keys);
     for (auto& key : open.media) {

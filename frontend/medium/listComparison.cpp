@@ -2,6 +2,7 @@
 
 #include "display/summary.h"
 #include "job/supervisor.h"
+#include "medium/identity.h"
 #include "medium/listedMedium.h"
 #include "support/texts.h"
 
@@ -18,7 +19,8 @@ std::vector<Outcome> compareWithLists(const ListCall& call, const Kind& kind,
         const auto work = [&, medium = medium](Reporter& reporter) {
             return compareWithList(kind, medium, call.trusted, empty.directory(), reporter);
         };
-        jobs.push_back({name, empty.directory().number(), work, {}, nullptr, JobKind::checking});
+        jobs.push_back(
+            {name, empty.directory().number(), work, {}, endsEvents(name, call.console), JobKind::checking});
     }
     return supervise(jobs, jobs.size(), signals, call.console);
 }
@@ -37,6 +39,7 @@ int compareAloneWithList(const ListCall& call, const Kind& kind, const OpenMediu
                          const ReadMedium& read) {
     openLog(call.console, call.show, medium.path);
     const HeldSignals signals;
+    call.console.events().begin({identityOf(medium.name, medium.path)});
     call.console.say("Comparing " + medium.name + " with its list of sums");
     const auto outcomes = compareWithLists(call, kind, {{medium.name, read}}, signals);
     const auto size = S_ISDIR(read.file.status().st_mode) ? sizeBelow(medium.file.number(), ".") : read.size;

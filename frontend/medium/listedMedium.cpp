@@ -140,15 +140,16 @@ void copyListFiles(const Kind& kind, const ReadMedium& medium, bool isSigned, co
 }
 
 /// Shows who has signed a medium, and as what.
-/// @return nothing for a comment that was written by hand
+/// @return the sums of the boot code; empty for a comment that was written by hand, and for a medium that is
+/// no key
 /// @throw Untrusted when it was signed as another kind of medium
-std::optional<MediumDescription> descriptionOf(const GoodSignature& signature, const Kind& kind,
-                                               const Reporter& reporter) {
-    auto description = descriptionIn(signature.comment);
+std::vector<std::string> signedBootCodes(const GoodSignature& signature, const Kind& kind,
+                                         const Reporter& reporter) {
+    const auto description = descriptionIn(signature.comment);
     const auto key = "signed with " + quote(signature.key);
     if (!description) {
         reporter.note(key + ", with the comment " + quote(signature.comment));
-        return description;
+        return {};
     }
     const auto& [word, made, package, bootCodes, title] = *description;
     reporter.note(key + " as " + (title.empty() ? "" : quote(title) + ", ") + printable(word) + ", made at " +
@@ -157,7 +158,7 @@ std::optional<MediumDescription> descriptionOf(const GoodSignature& signature, c
     if (word != kind.word) {
         throw Untrusted("it was signed as another kind of medium, " + quote(word));
     }
-    return description;
+    return bootCodes;
 }
 
 /// Adds what a list does not tell, as it is found on the medium: the sizes of files, and directories without
@@ -281,16 +282,14 @@ int compareWithList(const Kind& kind, const ReadMedium& medium, const std::optio
         return status;
     }
     const ListFiles files = {copies.list.text(), copies.signature.text()};
-    std::optional<MediumDescription> description;
-    if (trusted) {
-        description =
-            descriptionOf(trusted->requireGood(copies.list.file(), files.signature), kind, reporter);
-    }
     KeyHead head;
-    if (description) {
-        head.bootCodes = description->bootCodes;
-    }
-    if (kind.isFat && head.bootCodes.empty()) {
+    if (trusted) {
+        const auto signature = trusted->requireGood(copies.list.file(), files.signature);
+        head.bootCodes = signedBootCodes(signature, kind, reporter);
+        if (kind.isFat && head.bootCodes.empty()) { // the boot code could be anybody's
+            throw Untrusted("its signature has no sum of a key's boot code");
+        }
+    } else if (kind.isFat) {
         reporter.addition(BOOT_CODE_NOT_COMPARED);
     }
     Contents contents;

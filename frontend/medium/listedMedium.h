@@ -14,7 +14,7 @@
 
 namespace velacreate {
 
-/// The result ends with it where nobody has signed the sum of a key's boot code.
+/// The result of a key ends with it where signatures are not looked at.
 constexpr const char* BOOT_CODE_NOT_COMPARED = "boot code not compared";
 
 /// The list on a medium, and its signature.

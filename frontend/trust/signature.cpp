@@ -21,15 +21,30 @@ constexpr std::size_t ALGORITHM_SIZE = 2;
 constexpr std::size_t ID_SIZE = 8;
 constexpr std::size_t KEY_SIZE = ALGORITHM_SIZE + ID_SIZE + 32;
 constexpr std::size_t SIGNATURE_SIZE = ALGORITHM_SIZE + ID_SIZE + 64;
+constexpr std::size_t SIGNATURE_LINES = 4;
 constexpr const char* ENDING = ".pub";
 
-/// @return the second line of a file of minisign; the first one is a comment
-std::string secondLine(const std::string& content) {
-    std::istringstream lines(content);
-    std::string line;
-    std::getline(lines, line);
-    std::getline(lines, line);
-    return line.substr(0, line.find('\r'));
+/// @return the lines of a file of minisign, which end with a line feed, or with a carriage return before it
+std::vector<std::string> linesIn(const std::string& content) {
+    std::vector<std::string> lines;
+    std::istringstream input(content);
+    for (std::string line; std::getline(input, line);) {
+        if (!input.eof() && !line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+/// @return the line behind the comment
+std::string secondLine(const std::vector<std::string>& lines) {
+    return lines.size() > 1 ? lines[1] : "";
+}
+
+/// Minisign does not look at what follows these characters in a line.
+bool hasHiddenPart(const std::string& line) {
+    return line.find_first_of(std::string("\r\0", 2)) != std::string::npos;
 }
 
 /// @return the bytes of a text in base 64; nothing when it does not have just so many
@@ -57,8 +72,10 @@ std::string idText(const std::string& id) {
 }
 
 std::string idIn(const std::string& signature) {
-    const auto bytes = bytesIn(secondLine(signature), SIGNATURE_SIZE);
-    if (!bytes || signature.size() >= LARGEST_SIGNATURE || signature.back() != '\n') {
+    const auto lines = linesIn(signature);
+    const auto bytes = bytesIn(secondLine(lines), SIGNATURE_SIZE);
+    if (!bytes || lines.size() != SIGNATURE_LINES || signature.size() >= LARGEST_SIGNATURE ||
+        std::any_of(lines.begin(), lines.end(), hasHiddenPart)) {
         throw Untrusted("its signature is not in the form of minisign");
     }
     return bytes->substr(ALGORITHM_SIZE, ID_SIZE);
@@ -116,7 +133,7 @@ void PublicKeys::add(const std::string& path) {
     const auto size = readAt(file.number(), content.data(), content.size(), 0);
     check(size >= 0).orRefuse(quote(path));
     content.resize(static_cast<std::size_t>(size));
-    const auto text = secondLine(content);
+    const auto text = secondLine(linesIn(content));
     const auto bytes = bytesIn(text, KEY_SIZE);
     refuseIf(!bytes || bytes->rfind("Ed", 0) != 0, quote(path) + " is no public key of minisign");
     m_keys.push_back({path, text, bytes->substr(ALGORITHM_SIZE, ID_SIZE)});

@@ -82,6 +82,10 @@ reported() { # COUNT TEXT...: on lines of the report
     [ "$(grep -c "\"node\":\"${disks[2]}\",.*\"stage\":\"Reading back\"" /srv/events)" = 1 ]
     tells ends 0 velacreate verify "--device=${disks[0]}" "--device=${disks[2]}" ../key.img
     inShort | grep -qx "end ${disks[2]} same 0"
+    tells ends 5 velacreate verify --no-signature "--device=${disks[0]}" "--device=${disks[2]}"
+    [ "$(inShort | grep -c '^end /dev/.* failed 5 ')" = 2 ]
+    tells ends 5 velacreate verify --no-signature "--device=${disks[0]}"
+    grep -q "\"event\":\"begin\",\"node\":\"${disks[0]}\"" /srv/events
     printf 'Y' | dd of="${disks[0]}" bs=1 seek=9000 conv=notrunc status=none
     tells ends 3 velacreate verify "--device=${disks[0]}" ../key.img
     inShort | grep -q '^end different 3'
