@@ -133,7 +133,10 @@ struct VerifyChoices {
 };
 
 struct ServeChoices {
-    std::string directory;
+    std::string directory; ///< for network boot; may be empty when there is an image
+    std::string image;     ///< for HTTP boot; may be empty
+    std::string names;     ///< a file with names of machines; may be empty
+    std::string printed;   ///< a directory for configurations, in place of serving; may be empty
     std::string interface;
     std::string range; ///< "FIRST,LAST"; empty for the upper half of the interface's network
     bool proxy = false;

@@ -1,5 +1,6 @@
 #include "frontend.h"
 #include "network/addresses.h"
+#include "network/machineNames.h"
 #include "network/machines.h"
 #include "network/netbootDirectory.h"
 
@@ -13,6 +14,12 @@ Network networkOf(const std::string& text) {
     const auto slash = text.find('/');
     const auto bits = std::stoul(text.substr(slash + 1));
     return {readAddress(text.substr(0, slash)).value(), static_cast<Address>(~0ULL << (32U - bits))};
+}
+
+Machines machinesOf(const ServedSizes& sizes) {
+    return {sizes, {{"52:54:00:00:00:06", "pump"}}, [](Address address) {
+                return std::string(addressText(address) == "10.7.0.206" ? "52:54:00:00:00:06" : "");
+            }};
 }
 
 } // namespace
@@ -33,22 +40,84 @@ TEST_F(NetworkTest, RangeIsTheUpperHalfOrOneThatFits) {
 }
 
 TEST_F(NetworkTest, MachinesAreKnownFromTheServersOwnWords) {
-    Machines machines;
+    auto machines = machinesOf({});
     for (const auto& row : rows("server-lines")) {
-        const auto news = machines.take("Nov 25 09:28:35 " + row[0]);
+        const auto news = machines.take("Nov 25 09:28:35 " + row[0], {});
         EXPECT_EQ(news ? news->text : "-", row[1]) << row[0];
     }
-    EXPECT_EQ(machines.total(), "5 machines were served, 1 had the archive");
-    EXPECT_EQ(machines.text(0), "52:54:00:00:00:01  10.7.0.130  pxelinux.0, ks.zip at 09:28:35");
+    EXPECT_EQ(machines.total(), "6 machines were served, 1 had it all");
+    EXPECT_EQ(machines.text(0), "52:54:00:00:00:01  10.7.0.130  pxelinux.0, ks.zip, had it all at 09:28:35");
 }
 
 TEST_F(NetworkTest, MachinesOfAStrangersMakingAreNotKeptForEver) {
-    Machines machines;
-    for (int number = 0; number < 12000; ++number) {
-        const auto address = addressText(0x0a000000U + static_cast<Address>(number));
-        machines.take("Nov 25 09:28:35 dnsmasq-tftp[1]: sent /mnt/package/x to " + address);
+    auto machines = machinesOf({});
+    ImageDelivery delivery(1000);
+    for (int number = 0; number < 20000; ++number) {
+        const auto address = 0x0a000000U + static_cast<Address>(number);
+        machines.take("Nov 25 09:28:35 dnsmasq-tftp[1]: sent /mnt/package/x to " + addressText(address), {});
+        delivery.takeCount({address, 1, 1, 1, true});
     }
     EXPECT_EQ(machines.count(), 10000U);
+    EXPECT_EQ(delivery.takeNews().size(), 10000U);
+}
+
+TEST_F(NetworkTest, MachineThatStopsIsToldOfWithWhatThatMeans) {
+    for (const auto& row : rows("stopped-machines")) {
+        SCOPED_TRACE(row[0] + " " + row[1]);
+        auto machines = machinesOf({8 << 20U, 600 << 20U, 3ULL << 30U, row[1] == "proxy"});
+        for (const auto& text : words(row[0])) {
+            const auto file = "/mnt/package/" + text.substr(text[0] == '!' ? 1 : 0) + " to 10.7.0.9";
+            const std::string start = "Nov 25 09:28:35 dnsmasq-";
+            if (text.rfind("arch", 0) == 0) {
+                machines.take(start + "dhcp[1]: 7 tags: " + text + ", eth1", {});
+                machines.take(start + "dhcp[1]: 7 DHCPACK(eth1) 10.7.0.9 52:54:00:00:00:01", {});
+            } else {
+                machines.take(start + "tftp[1]: " + (text[0] == '!' ? "failed sending " : "sent ") + file,
+                              {});
+            }
+        }
+        const auto after = [&](int seconds) {
+            const auto stopped = machines.takeStopped(Machines::Time(std::chrono::seconds(seconds)));
+            return stopped.empty() ? "" : stopped.front().text.substr(stopped.front().text.find("stopped"));
+        };
+        EXPECT_EQ(after(std::stoi(row[2]) - 1), "");
+        expectText(after(std::stoi(row[2]) + 1), row[3]);
+        EXPECT_EQ(after(100000), "");
+    }
+}
+
+TEST_F(NetworkTest, ImageIsThereWhenEachOfItsBytesWasAcknowledged) {
+    for (const auto& row : rows("image-delivery")) {
+        ImageDelivery delivery(1000);
+        std::string percents;
+        for (const auto& step : lines(row[0])) {
+            const auto of = words(step);
+            if (of[0] == "log") {
+                delivery.takeAnswer("10.7.0.9 " + step.substr(4));
+            } else {
+                delivery.takeCount(
+                    {*readAddress("10.7.0.9"), 5000, std::stoull(of[1]), std::stoull(of[2]), of[0] == "end"});
+            }
+            for (const auto& news : delivery.takeNews()) {
+                percents += std::to_string(news.percent) + " ";
+            }
+        }
+        EXPECT_EQ(percents, row[1] + " ") << row[0];
+    }
+}
+
+TEST_F(NetworkTest, NamesOfMachinesAreRead) {
+    for (const auto& row : rows("machine-names")) {
+        std::ofstream("work/names") << row[0];
+        EXPECT_EQ(outcomeOf([] {
+                      std::string all;
+                      for (const auto& [hardware, name] : readMachineNames("work/names")) {
+                          all += hardware + "=" + name + ";";
+                      }
+                      return all;
+                  }),
+                  row[1]);
+    }
 }
 
 TEST_F(NetworkTest, PackageIsLookedThroughBeforeItIsServed) {

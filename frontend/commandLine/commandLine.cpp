@@ -494,9 +494,13 @@ private:
     }
 
     void addServe() {
-        auto& command = add("serve", "Boot machines on a network from a network-boot directory");
+        auto& command = add("serve", "Boot machines on a network");
         call(command, [this] { return serve(m_serve, m_caller, m_console); });
-        command.add_option("DIR", m_serve.directory, "The network-boot directory to serve")->required();
+        command.add_option("DIR", m_serve.directory, "The network-boot directory to serve by TFTP");
+        command
+            .add_option("--image", m_serve.image,
+                        "The ISO image to serve by HTTP, for UEFI machines that keep it in their memory")
+            ->type_name("IMAGE");
         command.add_option("--interface", m_serve.interface, "The network port that leads to the machines")
             ->required()
             ->type_name("IF");
@@ -505,6 +509,16 @@ private:
                         "The addresses to hand out (default: the upper half of the port's network)")
             ->type_name("FIRST,LAST");
         command.add_flag("--proxy", m_serve.proxy, "Hand out no addresses; another DHCP server does");
+        command
+            .add_option("--names", m_serve.names,
+                        "Show names for machines: a file with a hardware address and a name on each line")
+            ->type_name("FILE");
+        command
+            .add_option(
+                "--print-config", m_serve.printed,
+                "Serve nothing; write the configuration of the service for dnsmasq, Kea, lighttpd and "
+                "nginx, with the files, into a new directory")
+            ->type_name("DIR");
         addYes(command, m_serve.yes);
         addMessageOptions(command, m_serve.show);
     }

@@ -46,7 +46,7 @@ class TerminalProgress : public Progress {
 public:
     TerminalProgress(const Screen& screen, const std::vector<std::string>& media) : m_screen(screen) {
         for (const auto& medium : media) {
-            m_rows.push_back({medium, "waiting", {}, false});
+            m_rows.push_back({medium, "waiting", {}, RANK_IDLE});
         }
     }
     ~TerminalProgress() override { takeOff(); }
@@ -55,7 +55,7 @@ public:
 
     void stage(std::size_t medium, const std::string& text, std::uint64_t expected) override {
         Row& row = m_rows.at(medium);
-        row = {row.medium, text, {expected}, true};
+        row = {row.medium, text, {expected}, RANK_AT_WORK};
         draw();
     }
 
@@ -64,13 +64,12 @@ public:
 
     void ended(std::size_t medium, const std::string& text) override {
         Row& row = m_rows.at(medium);
-        row = {row.medium, printable(text), {}, false};
+        row = {row.medium, printable(text), {}, RANK_IDLE};
     }
 
-    void line(std::size_t number, const std::string& text, bool isAtWork) override {
+    void line(std::size_t number, const std::string& text, unsigned rank) override {
         m_rows.resize(std::max(m_rows.size(), number + 1));
-        m_rows[number] = {m_rows[number].medium, printable(text), {}, isAtWork};
-        draw();
+        m_rows[number] = {m_rows[number].medium, printable(text), {}, rank};
     }
 
     void footer(const std::string& text) override {
@@ -114,7 +113,7 @@ private:
         std::string medium;
         std::string stage;
         Pace pace;
-        bool isAtWork = false;
+        unsigned rank = RANK_IDLE;
     };
 
     void takeOff() {
@@ -126,14 +125,12 @@ private:
 
     std::vector<const Row*> shownRows(std::size_t height) const {
         std::vector<const Row*> rows;
-        const bool areAllShown = m_rows.size() <= height;
-        for (const bool isAtWork : {true, false}) {
-            for (const Row& row : m_rows) {
-                const bool isNext = row.isAtWork == isAtWork && rows.size() + 1 < height;
-                if (areAllShown ? isAtWork : isNext) {
-                    rows.push_back(&row);
-                }
-            }
+        std::transform(m_rows.begin(), m_rows.end(), std::back_inserter(rows),
+                       [](const Row& row) { return &row; });
+        if (rows.size() > height) {
+            std::stable_sort(rows.begin(), rows.end(),
+                             [](const Row* one, const Row* other) { return one->rank < other->rank; });
+            rows.resize(std::max<std::size_t>(height, 1) - 1);
         }
         return rows;
     }

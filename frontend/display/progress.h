@@ -11,6 +11,12 @@
 
 namespace velacreate {
 
+/// @name Ranks of lines; when there are too many lines, those of the lowest ranks are shown
+/// @{
+constexpr unsigned RANK_AT_WORK = 0;
+constexpr unsigned RANK_IDLE = 100;
+/// @}
+
 /// Shows nothing. Media are numbered from 0, in the order of their names.
 class Progress {
 public:
@@ -26,9 +32,9 @@ public:
     /// @param text the result
     virtual void ended(std::size_t /*medium*/, const std::string& /*text*/) {}
 
-    /// Shows a text in the line of a medium, or of something else. Lines are numbered from 0, as media are.
-    /// @param isAtWork whether it is shown first when there are too many lines
-    virtual void line(std::size_t /*number*/, const std::string& /*text*/, bool /*isAtWork*/) {}
+    /// Shows a text in the line of a medium, or of something else, as soon as the lines are drawn. Lines are
+    /// numbered from 0, as media are.
+    virtual void line(std::size_t /*number*/, const std::string& /*text*/, unsigned /*rank*/) {}
 
     /// Shows a line below all others.
     virtual void footer(const std::string& /*text*/) {}

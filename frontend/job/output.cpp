@@ -118,15 +118,28 @@ Output Output::checksum(const std::string& path, bool force) {
     return file(path, force, "a checksum");
 }
 
-Output Output::netbootDirectory(const std::string& path, bool force) {
+Output Output::directory(const std::string& path, const std::string& kind) {
     Output output(path);
+    if (output.m_present) {
+        refuseIf(!S_ISDIR(output.m_present->st_mode),
+                 quote(path) + " is no directory and cannot be replaced by " + kind);
+        refuseIf(output.m_present->st_dev != output.m_parent.directory.status().st_dev,
+                 quote(path) + " is a mount point; choose a directory below it");
+    }
+    return output;
+}
+
+Output Output::emptyDirectory(const std::string& path) {
+    auto output = directory(path, "one");
+    refuseIf(output.m_present && !lookInto(output.openPresent()).isEmpty, quote(path) + " is not empty");
+    return output;
+}
+
+Output Output::netbootDirectory(const std::string& path, bool force) {
+    auto output = directory(path, "a network-boot directory");
     if (!output.m_present) {
         return output;
     }
-    refuseIf(!S_ISDIR(output.m_present->st_mode),
-             quote(path) + " is no directory and cannot be replaced by a network-boot directory");
-    refuseIf(output.m_present->st_dev != output.m_parent.directory.status().st_dev,
-             quote(path) + " is a mount point; choose a directory below it");
     const auto present = lookInto(output.openPresent());
     refuseIf(!present.isReplaceable(),
              quote(path) + " is not empty, and no network-boot directory" +

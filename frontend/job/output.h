@@ -26,6 +26,9 @@ public:
     /// network-boot directory without --force.
     static Output netbootDirectory(const std::string& path, bool force);
 
+    /// For a directory with several files: refuses anything but an empty directory.
+    static Output emptyDirectory(const std::string& path);
+
     /// The directory of the output, where the job directory is made.
     const NamedDirectory& parent() const { return m_parent; }
     /// For messages.
@@ -57,6 +60,7 @@ public:
 private:
     explicit Output(const std::string& path);
     static Output file(const std::string& path, bool force, const std::string& kind);
+    static Output directory(const std::string& path, const std::string& kind);
     bool isAsChecked(const Descriptor& directory, const std::string& name) const;
     bool exchange(const Descriptor& directory, const std::string& name) const;
     bool replace(const Descriptor& directory, const std::string& name) const;

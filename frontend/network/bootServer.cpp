@@ -1,101 +1,116 @@
 #include "network/bootServer.h"
 
-#include "job/childProcess.h"
-#include "network/nobody.h"
-#include "network/serverRoot.h"
-#include "network/systemCalls.h"
-#include "support/failure.h"
+#include "network/confinedProgram.h"
 #include "support/programs.h"
 
 #include <mediaRules.h>
 
-#include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include <linux/capability.h>
-#include <unistd.h>
 
 namespace velacreate {
 namespace {
-/// The time zone now, with no need for a file about it, such as "UTC-05:30:00" for a place east of Greenwich.
-std::string timeZone() {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    const auto seconds = std::abs(local.tm_gmtoff);
-    return (local.tm_gmtoff < 0 ? "UTC+" : "UTC-") + std::to_string(seconds / 3600) + ":" +
-           std::to_string(seconds / 60 % 60) + ":" + std::to_string(seconds % 60);
-}
+using Arguments = std::vector<std::string>;
 
-/// Its messages are read, so they must be in English, with the time of this place.
-void setEnvironment() {
-    const auto zone = timeZone();
-    check(setenv("LC_ALL", "C", 1) == 0 &&    // NOLINT(concurrency-mt-unsafe)
-          setenv("TZ", zone.c_str(), 1) == 0) // NOLINT(concurrency-mt-unsafe)
-        .orFail("no language and no time zone for the server");
-}
+// Transfers at a time; each has a socket. One that a stranger begins and leaves keeps its place for a while.
+constexpr unsigned MOST_TRANSFERS = 12000;
+constexpr unsigned DESCRIPTORS = MOST_TRANSFERS + 100;
 
 /// Before it hands out an address, it checks by a raw socket whether the address is in use.
-std::vector<unsigned> capabilities(bool isProxy) {
+std::vector<unsigned> capabilities(const BootService& service) {
     std::vector<unsigned> needed = {CAP_NET_BIND_SERVICE, CAP_NET_ADMIN};
-    if (!isProxy) {
+    if (!service.isProxy()) {
         needed.push_back(CAP_NET_RAW);
     }
     return needed;
 }
 
-/// @param range  none where another server hands out addresses
-std::vector<std::string> serverCommand(const NetworkPort& port, const std::optional<AddressRange>& range) {
-    std::vector<std::string> command = {pathOf(BOOT_SERVER),
-                                        "--no-daemon",
-                                        "--user=", // it is nobody from the start
-                                        "--group=",
-                                        "--conf-file=/dev/null",
-                                        "--no-resolv",
-                                        "--no-hosts",
-                                        "--port=0",
-                                        "--interface=" + port.name(),
-                                        "--except-interface=lo",
-                                        "--bind-interfaces",
-                                        "--leasefile-ro",
-                                        "--log-facility=-",
-                                        "--enable-tftp",
-                                        "--tftp-root=" + std::string(SERVED_PLACE),
-                                        "--tftp-max=1000"};
-    if (!range) {
-        // The server adds the ending ".0".
-        const auto loader = std::filesystem::path(VelaCreation::NETBOOT_LOADER).stem().string();
-        for (const auto& network : port.networks()) {
-            command.push_back("--dhcp-range=" + addressText(network.first()) + ",proxy");
-        }
-        command.insert(command.end(), {"--no-ping", "--pxe-service=x86PC,Service medium," + loader});
-        return command;
+/// Each machine gets one address, also when its firmware, its loader and its system send different
+/// identifiers. No router is announced.
+void addAddresses(const BootService& service, Arguments& settings) {
+    const auto& range = *service.range;
+    settings.insert(settings.end(),
+                    {"dhcp-range=" + addressText(range.first) + "," + addressText(range.last) + "," +
+                         addressText(range.network.mask) + ",1h",
+                     "dhcp-lease-max=" + std::to_string(MOST_MACHINES), "dhcp-ignore-clid",
+                     "dhcp-option=option:router"});
+    if (service.directory != nullptr) { // a machine that does not tell its architecture has a BIOS
+        settings.insert(settings.end(),
+                        {"dhcp-match=set:named,option:client-arch",
+                         "dhcp-boot=tag:!named," + std::string(VelaCreation::NETBOOT_LOADER)});
     }
-    command.push_back("--dhcp-range=" + addressText(range->first) + "," + addressText(range->last) + "," +
-                      addressText(range->network.mask) + ",1h");
-    // Each machine gets one address, also when its firmware, its loader and its system send different
-    // identifiers. No router is announced.
-    command.insert(command.end(), {"--dhcp-boot=" + std::string(VelaCreation::NETBOOT_LOADER),
-                                   "--dhcp-lease-max=" + std::to_string(MOST_MACHINES), "--dhcp-ignore-clid",
-                                   "--dhcp-option=option:router"});
-    return command;
+    for (const auto& offer : service.offers) {
+        const auto tag = tagOf(offer.architecture);
+        settings.push_back("dhcp-boot=tag:" + tag + "," + offer.file);
+        if (offer.isByHttp()) {
+            settings.push_back("dhcp-option-force=tag:" + tag + ",60,HTTPClient");
+        }
+    }
+}
+
+/// What is added to the answer of another server.
+void addAnswers(const BootService& service, Arguments& settings) {
+    for (const auto& network : service.port.networks()) {
+        settings.push_back("dhcp-range=" + addressText(network.first()) + ",proxy");
+    }
+    settings.insert(settings.end(), {"no-ping", "dhcp-pxe-vendor=PXEClient,HTTPClient"});
+    for (const auto& offer : service.offers) {
+        if (offer.isByHttp()) {
+            settings.push_back("dhcp-boot=tag:" + tagOf(offer.architecture) + "," + offer.file);
+        } else {
+            // The server adds the ending ".0".
+            const auto isBios = offer.architecture.way == StartWay::bios;
+            const auto name = isBios ? std::filesystem::path(offer.file).stem().string() : offer.file;
+            settings.push_back("pxe-service=" + std::string(offer.architecture.nameForProxy) +
+                               ",Service medium," + name);
+        }
+    }
+}
+
+Arguments serverCommand(const BootService& service) {
+    Arguments arguments = {pathOf(BOOT_SERVER), "--no-daemon",
+                           "--user=", // it is nobody from the start
+                           "--group=",          "--conf-file=/dev/null", "--leasefile-ro", "--log-facility=-",
+                           "--log-dhcp"};
+    for (const auto& setting : bootSettings(service, SERVED_PLACE)) {
+        arguments.push_back("--" + setting);
+    }
+    return arguments;
 }
 } // namespace
 
-void becomeServer(const NetbootDirectory& directory, const std::string& scratch, const NetworkPort& port,
-                  const std::optional<AddressRange>& range) {
-    const auto command = serverCommand(port, range);
-    const auto arguments = argumentsOf(command);
-    setEnvironment();
-    enterServerRoot(command.front(), directory, scratch);
-    becomeNobody(capabilities(!range));
-    dieWithSupervisor();
-    forbidSystemCalls();
-    execv(arguments[0], arguments.data());
-    throw Failure(SystemError().about(std::string(BOOT_SERVER) + " cannot be started"));
+std::vector<std::string> bootSettings(const BootService& service, const std::string& files) {
+    Arguments settings = {
+        "no-resolv",           "no-hosts",       "port=0", "interface=" + service.port.name(),
+        "except-interface=lo", "bind-interfaces"};
+    if (service.directory != nullptr) {
+        settings.insert(settings.end(),
+                        {"enable-tftp", "tftp-root=" + files, "tftp-max=" + std::to_string(MOST_TRANSFERS)});
+    }
+    for (const auto& architecture : CLIENT_ARCHITECTURES) {
+        settings.push_back("dhcp-match=set:" + tagOf(architecture) + ",option:client-arch," +
+                           std::to_string(architecture.number));
+    }
+    if (service.isProxy()) {
+        addAnswers(service, settings);
+    } else {
+        addAddresses(service, settings);
+    }
+    return settings;
+}
+
+void becomeBootServer(const BootService& service) {
+    const auto command = serverCommand(service);
+    const ServerRoot root;
+    root.addProgram(command.front());
+    const auto serve = [&](const std::string& name, const Descriptor& file) {
+        root.addCopy(file, std::string(SERVED_PLACE) + "/" + name);
+    };
+    service.forEachTftpFile(serve);
+    becomeConfined(command, root, capabilities(service), DESCRIPTORS);
 }
 
 } // namespace velacreate

@@ -1,11 +1,13 @@
 #include "network/netbootDirectory.h"
 
+#include "network/servedImage.h"
 #include "support/archives.h"
 #include "support/failure.h"
 #include "trust/mediumList.h"
 
 #include <mediaRules.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -13,15 +15,6 @@
 #include <fcntl.h>
 
 namespace velacreate {
-namespace {
-/// Everybody on the network can fetch it.
-void requireReadable(const struct stat& about, const std::string& what) {
-    if ((about.st_mode & S_IROTH) == 0) {
-        throw Refusal(what +
-                      " cannot be read by everybody, which the server needs; \"chmod a+r\" makes it so");
-    }
-}
-} // namespace
 
 NetbootDirectory::NetbootDirectory(std::string path)
     : m_path(std::move(path)), m_directory(::open(m_path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
@@ -57,6 +50,12 @@ std::vector<std::string> NetbootDirectory::missing() const {
         }
     }
     return missing;
+}
+
+std::uint64_t NetbootDirectory::sizeOf(const std::string& name) const {
+    const auto found = std::find_if(m_files.begin(), m_files.end(),
+                                    [&](const File& file) { return file.name == name && file.found; });
+    return found == m_files.end() ? 0 : static_cast<std::uint64_t>(found->found->st_size);
 }
 
 std::string NetbootDirectory::text() const {

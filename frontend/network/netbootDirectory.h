@@ -4,6 +4,7 @@
 
 #include "support/descriptor.h"
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -22,6 +23,8 @@ public:
     const Descriptor& directory() const { return m_directory; }
     /// Missing boot files. The loader starts without them.
     std::vector<std::string> missing() const;
+    /// @return the size of a file at the beginning, in bytes; 0 when it is missing
+    std::uint64_t sizeOf(const std::string& name) const;
     /// Such as "the network-boot directory '/x'".
     std::string text() const;
 

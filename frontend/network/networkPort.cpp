@@ -33,19 +33,23 @@ Address addressIn(const sockaddr* address) {
     return ntohl(reinterpret_cast<const sockaddr_in*>(address)->sin_addr.s_addr);
 }
 
-/// Binds without SO_REUSEADDR, or EADDRINUSE would not be reported.
-bool isInUse(std::uint16_t number, Address address, const std::string& port) {
-    const Descriptor trial(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+bool isInUse(const Descriptor& trial, std::uint16_t number, Address address) {
     sockaddr_in place{};
     place.sin_family = AF_INET;
     place.sin_port = htons(number);
     place.sin_addr.s_addr = htonl(address);
+    return bind(trial.number(), reinterpret_cast<const sockaddr*>(&place), sizeof place) != 0 &&
+           errno == EADDRINUSE;
+}
+
+/// Binds without SO_REUSEADDR, or EADDRINUSE would not be reported.
+bool isInUse(std::uint16_t number, Address address, const std::string& port) {
+    const Descriptor trial(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     const auto length = static_cast<socklen_t>(port.size());
     check(trial.isOpen() &&
           setsockopt(trial.number(), SOL_SOCKET, SO_BINDTODEVICE, port.c_str(), length) == 0)
         .orFail("a socket on " + port);
-    return bind(trial.number(), reinterpret_cast<const sockaddr*>(&place), sizeof place) != 0 &&
-           errno == EADDRINUSE;
+    return isInUse(trial, number, address);
 }
 
 void requireFree(std::uint16_t number, Address address, const std::string& port) {
@@ -89,14 +93,27 @@ std::string NetworkPort::change() const {
     }
 }
 
-void NetworkPort::requireUnserved(bool isProxy) const {
+void NetworkPort::requireUnserved(bool isProxy, bool isByTftp) const {
     requireFree(DHCP_PORT, INADDR_ANY, m_name);
     for (const auto& network : m_networks) {
-        requireFree(TFTP_PORT, network.own, m_name);
+        if (isByTftp) {
+            requireFree(TFTP_PORT, network.own, m_name);
+        }
     }
     if (isProxy) {
         requireFree(BOOT_PORT, INADDR_ANY, m_name);
     }
+}
+
+// With SO_REUSEADDR, connections that have just ended are not taken for a server.
+void NetworkPort::requireUnserved(Address address, std::uint16_t port) {
+    const Descriptor trial(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const int yes = 1;
+    check(trial.isOpen() && setsockopt(trial.number(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes) == 0)
+        .orFail("a socket");
+    refuseIf(isInUse(trial, port, address), "another program of this machine serves " + addressText(address) +
+                                                " already (TCP port " + std::to_string(port) +
+                                                "); end it first");
 }
 
 } // namespace velacreate

@@ -4,6 +4,7 @@
 
 #include "network/addresses.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -25,7 +26,10 @@ public:
 
     /// Refuses a port that another program serves. The system would give each request to either of them.
     /// @param isProxy whether another server hands out addresses
-    void requireUnserved(bool isProxy) const;
+    void requireUnserved(bool isProxy, bool isByTftp) const;
+
+    /// Refuses a TCP port of one of its addresses that another program serves.
+    static void requireUnserved(Address address, std::uint16_t port);
 
 private:
     std::string m_name;

@@ -1,22 +1,43 @@
 /// @file
-/// The root directory of the server.
+/// The root directory of a server.
 #pragma once
 
-#include "network/netbootDirectory.h"
+#include "support/descriptor.h"
 
 #include <string>
 
 namespace velacreate {
 
-/// The files of the network-boot directory in that root directory.
-constexpr const char* SERVED_PLACE = "/mnt/package";
+/// In a job's process with mounts of its own: a root directory that holds only programs, their libraries, two
+/// devices and copies of files. Nobody can write to it. The copies have no names outside it, and lie in the
+/// directory in which the process was started.
+class ServerRoot {
+public:
+    /// @throw Failure
+    ServerRoot();
 
-/// In a job's process with mounts of its own: makes a root directory that holds only a program, its
-/// libraries, two devices and copies of the files to serve, and enters it. Nobody can write to it.
-/// @param program  path; it is the same in the new root directory
-/// @param scratch  path of a directory for the copies, which have no names there
-/// @throw Failure
-void enterServerRoot(const std::string& program, const NetbootDirectory& directory,
-                     const std::string& scratch);
+    /// Shows a program, or a module of one, with its libraries. Its path stays the same.
+    /// @throw Failure
+    void addProgram(const std::string& path) const;
+
+    /// Copies a file.
+    /// @param place  an absolute path in the root directory
+    /// @throw Failure
+    void addCopy(const Descriptor& file, const std::string& place) const;
+
+    /// Makes a small file.
+    /// @throw Failure
+    void addText(const std::string& text, const std::string& place) const;
+
+    /// Shows a file system that was not mounted anywhere.
+    /// @throw Failure
+    void addMount(const Descriptor& fileSystem, const std::string& place) const;
+
+    /// @throw Failure
+    void enter() const;
+
+private:
+    Descriptor m_forCopies;
+};
 
 } // namespace velacreate

@@ -101,7 +101,7 @@ std::vector<std::string> Station::media() const {
 void Station::begin(Progress& progress) {
     m_progress = &progress;
     for (std::size_t slot = 0; slot < m_views.size(); ++slot) {
-        progress.line(slot, "empty", false);
+        progress.line(slot, "empty", RANK_IDLE);
         m_call.console.events().slot(identityOf(slot), wordOf(SlotState::empty));
     }
     showTally();
@@ -350,7 +350,8 @@ void Station::show(std::size_t slot, SlotState state, const std::string& text, c
     m_call.console.events().slot(identity, wordOf(state), reason);
     const auto line = identity.name + ": " + text;
     if (m_progress->isLive()) {
-        m_progress->line(slot, text, state != SlotState::empty && state != SlotState::ignored);
+        const bool isIdle = state == SlotState::empty || state == SlotState::ignored;
+        m_progress->line(slot, text, isIdle ? RANK_IDLE : RANK_AT_WORK);
         m_call.console.log(VelaCreation::LEVEL_PROGRESS, line);
     } else {
         m_call.console.say(line);

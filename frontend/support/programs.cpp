@@ -27,6 +27,7 @@ constexpr Origin ORIGINS[] = {
     {"mkfs", "util-linux"},      {"sfdisk", "fdisk"},
     {"mount", "mount"},          {"umount", "mount"},
     {"dnsmasq", "dnsmasq-base"}, {"minisign", "minisign"},
+    {"lighttpd", "lighttpd"},
 };
 
 std::string advice(const std::string& program) {

@@ -3,12 +3,34 @@
 # shellcheck disable=SC2016,SC2154 # what is quoted is for other shells, and a variable is of words.bash
 load words
 
-# Starts the call "$server", with a log in /srv/log.
+# Starts the call "$server", with a log in /srv/log. A machine is at the end of a cable.
 serving() { # ARGUMENT...
     rm -f /srv/log
+    # shellcheck disable=SC2086 # several words
     unshare --net sh -c 'ip link set lo up && ip link add eth1 up type bridge && ip address add 10.7.0.1/24 dev eth1 &&
-        exec "$@"' sh "$VELACREATE" serve out --interface eth1 --yes --log /srv/log "$@" &
+        ip link add here type veth peer name cable && ip link set here master eth1 up && ip link set cable up && exec "$@"' sh \
+        "$VELACREATE" serve ${served:-out} --interface eth1 --yes --log /srv/log "$@" &
     server=$!
+}
+there() { nsenter --net="/proc/$server/ns/net" "$@"; } # COMMAND...: on that network
+served() { # ARGUMENT...: on a network that is gone at once
+    unshare --net sh -c 'ip link add eth1 up type bridge && ip address add 10.7.0.1/24 dev eth1 && exec "$@"' sh \
+        "$VELACREATE" serve --interface eth1 --yes "$@"
+}
+offered() { # ARCHITECTURE: by DHCP
+    printf '%s\n' '#!/bin/sh' '[ "$1" != bound ] || echo "$boot_file"' >/srv/script
+    chmod +x /srv/script
+    there busybox udhcpc -fnq -i cable -s /srv/script -t 5 -T 1 -V PXEClient ${1:+-x "0x5d:$1"} 2>/srv/asked
+}
+onlyReads() { # PROGRAM FILE...: which may read nothing else
+    local process program=$1
+    shift
+    process=$(pgrep -x "$program")
+    printf '%s\n' "$@" dev/null dev/urandom "usr/sbin/$program" | sort >expected
+    find "/proc/$process/root/" ! -type d ! -name '*.so*' -printf '%P\n' | sort | diff - expected
+    not grep -v ' ro,nosuid,' "/proc/$process/mountinfo"
+    [ "$(ps -o sid=,tty= "$process" | xargs)" = "$process ?" ]
+    grep -q '^Seccomp:.2$' "/proc/$process/status"
 }
 logged() { await "grep -q '$1' /srv/log" || fails "not logged: $1"; }
 ended() {
@@ -20,13 +42,8 @@ ended() {
     made pxe a.txt
     TZ=AAA-5 serving
     logged "TFTP root"
-    local process
-    process=$(pgrep -x dnsmasq)
-    (cd out && printf 'mnt/package/%s\n' * && printf '%s\n' dev/null dev/urandom usr/sbin/dnsmasq) | sort >expected
-    find "/proc/$process/root/" ! -type d ! -name '*.so*' -printf '%P\n' | sort | diff - expected
-    not grep -v ' ro,nosuid,' "/proc/$process/mountinfo"
-    [ "$(ps -o sid=,tty= "$process" | xargs)" = "$process ?" ]
-    grep -q '^Seccomp:.2$' "/proc/$process/status"
+    # shellcheck disable=SC2046 # names without blanks
+    onlyReads dnsmasq mnt/package/bootx64.efi $(cd out && printf 'mnt/package/%s\n' *)
     grep -qE '^\S+ (..):..:.. 2 \S+ +\S+ \1:..:.. dnsmasq-tftp' /srv/log
     kill "$server"
     ended
@@ -63,7 +80,83 @@ ended() {
     kill -INT "$server"
     ended
     serving >&8
-    logged "Every machine"
+    logged "Secure Boot"
     kill -INT "$server"
     ended
+}
+
+# Each row: what a machine calls itself, and what it is told to fetch.
+@test "each machine gets what it can start from" {
+    made pxe a.txt && image
+    echo not served >out/bootx64.efi
+    served="out --image x.iso" serving >/srv/out
+    logged "TFTP root"
+    local architecture file
+    while read -r architecture file; do
+        [ "$(offered "${architecture#none}")" = "$file" ] || fails "another offer to $architecture"
+    done <<<"none pxelinux.0
+0000 pxelinux.0
+0007 bootx64.efi
+0009 bootx64.efi
+0010 http://10.7.0.1/service.iso
+0006 "
+    there curl -s tftp://10.7.0.1/bootx64.efi -o loader
+    grep -aq 'configfile (tftp,10.7.0.1)/grub.cfg' loader
+    told '^Note: machines with Secure Boot will not start by TFTP: '
+    kill "$server" && ended
+}
+
+@test "an image is served by HTTP, and nothing else" {
+    image
+    served="--image x.iso" serving
+    logged "sockets bound exclusively"
+    onlyReads lighttpd lighttpd.conf log/pipe mnt/image/service.iso
+    grep -q '^CapBnd:.0000000000000400$' "/proc/$(pgrep -x lighttpd)/status"
+    local address=http://10.7.0.1 path
+    [ "$(there curl -sI $address/service.iso | tr -d '\r' | sed -n 's/^Content-Length: //p')" = "$(stat -c %s x.iso)" ]
+    for path in / /x /log/pipe /../../lighttpd.conf /%2e%2e/%2e%2e/lighttpd.conf; do
+        [[ $(there curl -s --path-as-is -o got -w '%{http_code}' "$address$path") == 40[34] ]] || fails "$path is served"
+    done
+    there bash -c 'ulimit -n 1024; for n in {1..500}; do exec {n}<>/dev/tcp/10.7.0.1/80; done; exec sleep 60' &
+    exec 7<"/proc/$(pgrep -x lighttpd)/root/mnt/image/service.iso"
+    there curl -s -r 1000- $address//service.iso | cmp - <(tail -c +1001 x.iso)
+    sleep 6
+    not grep -q "had it all" /srv/log
+    there curl -s -r 0-999 $address/service.iso >got
+    logged "10.7.0.1  UEFI by HTTP  100% of the image, had it all at"
+    cp x.iso was && truncate -s -1 x.iso
+    ! ended 2>/srv/err || fails "nobody was told"
+    cmp /dev/fd/7 was
+    [ -z "$(pgrep -x 'dnsmasq|lighttpd')" ]
+}
+
+@test "what cannot be served is refused" {
+    made pxe a.txt && image
+    refuses "serve takes a network-boot directory, or an image with --image, or both" velacreate serve --interface lo
+    xorriso -as mkisofs -quiet -o work/bare.iso work/a.txt
+    refuses "the image '/srv/job/work/bare.iso' has no EFI loader, and machines that fetch it start from that" \
+        served --image bare.iso
+    echo pump >work/names
+    refuses "'names', line 1: it is not a hardware address such as 52:54:00:12:34:56, blanks and a name of at most 64 characters" \
+        served --names names ../out
+    mounts --bind /dev/null /usr/sbin/lighttpd
+    refuses "the program lighttpd is missing; install the package lighttpd" served --image ../x.iso
+}
+
+@test "the service is written for servers of one's own" {
+    made pxe a.txt && image
+    [[ $(served out --image x.iso --print-config own) == *"Made the configuration in '/srv/job/own', for 10.7.0.1"* ]]
+    (cd out && find . -type f) | sort | comm -23 - <(cd own/tftp && find . -type f | sort) | not grep .
+    cmp own/tftp/ks.zip out/ks.zip && cmp own/http/service.iso x.iso && [ -e own/tftp/bootx64.efi ]
+    [ -z "$(find own ! -perm -a+r)" ] && [ -z "$(find . -name '.velacreate-*')" ]
+    dnsmasq --test -C own/dnsmasq.conf
+    mkdir -p /var/log/nginx
+    unshare --net sh -c 'ip link add eth1 up type bridge && ip address add 10.7.0.1/24 dev eth1 &&
+        kea-dhcp4 -t own/kea-dhcp4.conf && lighttpd -tt -f own/lighttpd.conf && nginx -t -c "$PWD/own/nginx.conf"'
+    refuses "'../own' is not empty" served ../out --print-config ../own
+    refuses "the path '/srv/job/work/a b' has characters that the configurations cannot hold" \
+        served ../out --print-config "a b"
+    served out --proxy --print-config beside
+    [ "$(ls beside)" = "dnsmasq.conf
+tftp" ]
 }
