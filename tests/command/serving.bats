@@ -127,7 +127,7 @@ ended() {
     cp x.iso was && truncate -s -1 x.iso
     ! ended 2>/srv/err || fails "nobody was told"
     cmp /dev/fd/7 was
-    [ -z "$(pgrep -x 'dnsmasq|lighttpd')" ]
+    [ -z "$(pgrep -x dnsmasq)$(pgrep -x lighttpd)" ]
 }
 
 @test "what cannot be served is refused" {
