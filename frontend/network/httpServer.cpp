@@ -45,8 +45,8 @@ std::string httpConfiguration(const BootService& service, const std::string& fil
            setting("server.max-fds", std::to_string(DESCRIPTORS)) + setting("server.max-read-idle", "5") +
            setting("server.max-keep-alive-idle", "5") + setting("server.max-write-idle", "60") +
            setting("server.max-request-size", "1") + setting("server.upload-dirs", "(\"/\")") +
-           setting("server.feature-flags", "(\"server.h2proto\" => \"disable\")") +
-           setting("mimetype.assign", "(\".iso\" => \"application/vnd.efi-iso\")");
+           setting("server.feature-flags", R"(("server.h2proto" => "disable"))") +
+           setting("mimetype.assign", R"((".iso" => "application/vnd.efi-iso"))");
 }
 
 void becomeHttpServer(const BootService& service, const Descriptor& logFileSystem) {

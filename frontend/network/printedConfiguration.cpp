@@ -10,9 +10,9 @@
 
 #include <mediaRules.h>
 
-#include <array>
-#include <cstdio>
 #include <filesystem>
+#include <iomanip>
+#include <sstream>
 
 #include <nlohmann/json.hpp>
 #include <sys/stat.h>
@@ -31,9 +31,9 @@ constexpr unsigned LEASE_SECONDS = 3600;
 
 /// Kea compares the two bytes of the option.
 std::string keaTest(const ClientArchitecture& architecture) {
-    std::array<char, sizeof "0x0000"> number{};
-    std::snprintf(number.data(), number.size(), "0x%04x", architecture.number);
-    return "option[93].hex == " + std::string(number.data());
+    std::ostringstream test;
+    test << "option[93].hex == 0x" << std::hex << std::setw(4) << std::setfill('0') << architecture.number;
+    return test.str();
 }
 
 Json keaClass(const BootService& service, const std::string& name, const std::string& test,
