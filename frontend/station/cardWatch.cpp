@@ -26,7 +26,7 @@ namespace {
 }
 } // namespace
 
-CardWatch::CardWatch() : m_process(-1) {
+CardWatch::CardWatch() {
     std::array<int, 2> ends{};
     check(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) == 0)
         .orFail("no socket to ask drives");

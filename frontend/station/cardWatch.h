@@ -26,7 +26,7 @@ public:
 
 private:
     Descriptor m_nodes;
-    pid_t m_process;
+    pid_t m_process = -1;
 };
 
 } // namespace velacreate
