@@ -64,9 +64,10 @@ void Report::append(const Json& medium, const Outcome& outcome, const InputSums&
     const bool isIncomplete = std::exchange(m_isIncomplete, true);
     try {
         const auto file = openToAdd(REPORT, m_path);
-        const std::string endOfLostLine = isIncomplete ? "\n" : "";
-        check(writeText(file, endOfLostLine + lineOf(medium, outcome, sums)) && isFlushed(file))
+        const std::string endOfCutLine = std::exchange(m_isCut, true) ? "\n" : "";
+        check(writeText(file, endOfCutLine + lineOf(medium, outcome, sums)) && isFlushed(file))
             .orRefuse("the report is incomplete from here on");
+        m_isCut = false;
         m_isIncomplete = false;
     } catch (const Refusal& refusal) {
         if (!isIncomplete) {

@@ -40,6 +40,7 @@ public:
 private:
     std::string m_path; ///< empty when nothing is appended
     bool m_isIncomplete = false;
+    bool m_isCut = false; ///< in a line
 };
 
 } // namespace velacreate

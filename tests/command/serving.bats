@@ -151,7 +151,9 @@ ended() {
     [ -z "$(find own ! -perm -a+r)" ] && [ -z "$(find . -name '.velacreate-*')" ]
     dnsmasq --test -C own/dnsmasq.conf
     mkdir -p /var/log/nginx
-    unshare --net sh -c 'ip link add eth1 up type bridge && ip address add 10.7.0.1/24 dev eth1 &&
+    # nginx writes to these places also when it only checks
+    unshare --net --mount sh -c 'mount -t tmpfs own /run && mount -t tmpfs own /var/lib/nginx &&
+        ip link add eth1 up type bridge && ip address add 10.7.0.1/24 dev eth1 &&
         kea-dhcp4 -t own/kea-dhcp4.conf && lighttpd -tt -f own/lighttpd.conf && nginx -t -c "$PWD/own/nginx.conf"'
     refuses "'../own' is not empty" served ../out --print-config ../own
     refuses "the path '/srv/job/work/a b' has characters that the configurations cannot hold" \
