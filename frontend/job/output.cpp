@@ -132,6 +132,7 @@ Output Output::directory(const std::string& path, const std::string& kind) {
 Output Output::emptyDirectory(const std::string& path) {
     auto output = directory(path, "one");
     refuseIf(output.m_present && !lookInto(output.openPresent()).isEmpty, quote(path) + " is not empty");
+    output.m_staysEmpty = true;
     return output;
 }
 
@@ -159,6 +160,14 @@ std::string Output::path() const {
     return m_parent.pathOf(m_name);
 }
 
+bool Output::moveHere(const Descriptor& directory, const std::string& name) const {
+    if (!m_present) {
+        return renameToFreePlace(directory, name, m_parent.number(), m_name);
+    }
+    // Without flags, a directory replaces only an empty one.
+    return m_staysEmpty ? rename(directory, name, m_parent.number(), m_name, 0) : exchange(directory, name);
+}
+
 struct stat Output::take(const Descriptor& directory, const std::string& name) const {
     const auto made = openBeneath(directory.number(), name, O_RDONLY);
     check(made.isOpen()).orFail("what was made cannot be found any more");
@@ -166,13 +175,13 @@ struct stat Output::take(const Descriptor& directory, const std::string& name) c
         [[maybe_unused]] const int owned = fchown(made.number(), m_present->st_uid, m_present->st_gid);
         fchmod(made.number(), m_present->st_mode & ACCESS);
     }
-    const bool isThere =
-        m_present ? exchange(directory, name) : renameToFreePlace(directory, name, m_parent.number(), m_name);
+    const bool isThere = moveHere(directory, name);
     const SystemError error;
-    if (!isThere && error.number() == EEXIST) {
+    if (!isThere && (error.number() == EEXIST || error.number() == ENOTEMPTY)) {
         throw Failure(quote(path()) +
                       " was made or changed meanwhile, perhaps by another job; look at it, and run "
-                      "this job again, with --force to replace it");
+                      "this job again" +
+                      (m_staysEmpty ? "" : ", with --force to replace it"));
     }
     if (!isThere) {
         throw Failure(error.about(quote(path()) + " cannot be put in place"));

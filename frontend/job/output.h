@@ -62,12 +62,14 @@ private:
     static Output file(const std::string& path, bool force, const std::string& kind);
     static Output directory(const std::string& path, const std::string& kind);
     bool isAsChecked(const Descriptor& directory, const std::string& name) const;
+    bool moveHere(const Descriptor& directory, const std::string& name) const;
     bool exchange(const Descriptor& directory, const std::string& name) const;
     bool replace(const Descriptor& directory, const std::string& name) const;
 
     NamedDirectory m_parent;
     std::string m_name;
     std::optional<struct stat> m_present;
+    bool m_staysEmpty = false; ///< nothing that is put into it meanwhile is replaced
 };
 
 } // namespace velacreate
