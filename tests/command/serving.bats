@@ -117,7 +117,7 @@ ended() {
     for path in / /x /log/pipe /../../lighttpd.conf /%2e%2e/%2e%2e/lighttpd.conf; do
         [[ $(there curl -s --path-as-is -o got -w '%{http_code}' "$address$path") == 40[34] ]] || fails "$path is served"
     done
-    there bash -c 'ulimit -n 1024; for n in {1..500}; do exec {n}<>/dev/tcp/10.7.0.1/80; done; exec sleep 60' &
+    nsenter --net="/proc/$server/ns/net" bash -c 'ulimit -n 1024; for n in {1..500}; do exec {n}<>/dev/tcp/10.7.0.1/80; done; exec sleep 60' 3>&- &
     exec 7<"/proc/$(pgrep -x lighttpd)/root/mnt/image/service.iso"
     there curl -s -r 1000- $address//service.iso | cmp - <(tail -c +1001 x.iso)
     sleep 6
@@ -128,6 +128,25 @@ ended() {
     ! ended 2>/srv/err || fails "nobody was told"
     cmp /dev/fd/7 was
     [ -z "$(pgrep -x dnsmasq)$(pgrep -x lighttpd)" ]
+}
+
+@test "a hostile client keeps nobody from the files, and writes no log" {
+    made pxe a.txt
+    serving >/srv/out
+    logged "TFTP root"
+    # It asks ten thousand times, and acknowledges nothing.
+    nsenter --net="/proc/$server/ns/net" bash -c 'ulimit -n 11000; for ((; n++ < 10000; )); do
+        exec {asking}>/dev/udp/10.7.0.1/69; printf "\0\1ks.zip\0octet\0" >&$asking; done; touch asked; exec sleep 60' 3>&- &
+    await "[ -e asked ]"
+    local path
+    for path in ../lighttpd.conf %2e%2e/%2e%2e/dev/null /etc/passwd .; do
+        not there curl -s --path-as-is -o got "tftp://10.7.0.1/$path"
+    done
+    there bash -c 'printf "\0\1x\33[2J\nsent /mnt/package/ks.zip to 10.7.0.1\0octet\0" >/dev/udp/10.7.0.1/69'
+    there curl -s tftp://10.7.0.1/ks.zip | cmp - out/ks.zip
+    logged "sent /mnt/package/ks.zip to 10.7.0.1$"
+    not grep -q $'\33' /srv/log /srv/out
+    [ "$(grep -c "had it all" /srv/out)" = 1 ]
 }
 
 @test "what cannot be served is refused" {
