@@ -40,23 +40,35 @@ TEST_F(NetworkTest, RangeIsTheUpperHalfOrOneThatFits) {
 }
 
 TEST_F(NetworkTest, MachinesAreKnownFromTheServersOwnWords) {
-    auto machines = machinesOf({});
+    auto machines = machinesOf({0, 0, 0, false, {11, 16}});
     for (const auto& row : rows("server-lines")) {
         const auto news = machines.take("Nov 25 09:28:35 " + row[0], {});
         EXPECT_EQ(news ? news->text : "-", row[1]) << row[0];
+        if (const auto reassigned = machines.takeReassigned()) {
+            EXPECT_EQ(row[0], "dnsmasq-dhcp[1]: DHCPACK(br0) 10.7.0.130 52:54:00:00:00:03 ");
+            EXPECT_EQ(addressText(*reassigned), "10.7.0.130");
+        }
     }
-    EXPECT_EQ(machines.total(), "6 machines were served, 1 had it all");
-    EXPECT_EQ(machines.text(0), "52:54:00:00:00:01  10.7.0.130  pxelinux.0, ks.zip, had it all at 09:28:35");
+    EXPECT_EQ(machines.total(), "6 machines came, 1 had it all");
+    EXPECT_EQ(machines.text(0),
+              "52:54:00:00:00:01  10.7.0.130  BIOS  pxelinux.0, ks.zip, had it all at 09:28:35");
 }
 
-TEST_F(NetworkTest, MachinesOfAStrangersMakingAreNotKeptForEver) {
+TEST_F(NetworkTest, MadeUpMachinesAreNotKeptForEver) {
     auto machines = machinesOf({});
+    auto offered = machinesOf({});
     ImageDelivery delivery(1000);
     for (int number = 0; number < 20000; ++number) {
         const auto address = 0x0a000000U + static_cast<Address>(number);
         machines.take("Nov 25 09:28:35 dnsmasq-tftp[1]: sent /mnt/package/x to " + addressText(address), {});
         delivery.takeCount({address, 1, 1, 1, true});
+        const std::string packet = "Nov 25 09:28:35 dnsmasq-dhcp[1]: " + std::to_string(number);
+        offered.take(packet + " tags: arch7, eth1", {});
+        offered.take(packet + " DHCPOFFER(eth1) 10.7.0.9 " + std::to_string(10000 + number) + ":00", {});
     }
+    EXPECT_TRUE(
+        offered.take("Nov 25 09:28:35 dnsmasq-dhcp[1]: DHCPACK(eth1) 10.7.0.9 52:54:00:00:00:01", {}));
+    EXPECT_EQ(offered.count(), 10000U);
     EXPECT_EQ(machines.count(), 10000U);
     EXPECT_EQ(delivery.takeNews().size(), 10000U);
 }
@@ -92,7 +104,9 @@ TEST_F(NetworkTest, ImageIsThereWhenEachOfItsBytesWasAcknowledged) {
         std::string percents;
         for (const auto& step : lines(row[0])) {
             const auto of = words(step);
-            if (of[0] == "log") {
+            if (of[0] == "other") {
+                delivery.forget(*readAddress("10.7.0.9"));
+            } else if (of[0] == "log") {
                 delivery.takeAnswer("10.7.0.9 " + step.substr(4));
             } else {
                 delivery.takeCount(

@@ -44,7 +44,7 @@ std::string httpConfiguration(const BootService& service, const std::string& fil
            setting("server.max-connections", std::to_string(MOST_CONNECTIONS)) +
            setting("server.max-fds", std::to_string(DESCRIPTORS)) + setting("server.max-read-idle", "5") +
            setting("server.max-keep-alive-idle", "5") + setting("server.max-write-idle", "60") +
-           setting("server.max-request-size", "1") + setting("server.upload-dirs", "(\"/\")") +
+           setting("server.max-request-size", "1") +
            setting("server.feature-flags", R"(("server.h2proto" => "disable"))") +
            setting("mimetype.assign", R"((".iso" => "application/vnd.efi-iso"))");
 }
@@ -55,7 +55,7 @@ void becomeHttpServer(const BootService& service, const Descriptor& logFileSyste
     root.addProgram(program);
     root.addProgram(std::string(MODULES) + "/" + LOG_MODULE + ".so");
     root.addMount(logFileSystem, LOG_PLACE);
-    root.addText(httpConfiguration(service, DOCUMENTS) +
+    root.addText(httpConfiguration(service, DOCUMENTS) + setting("server.upload-dirs", "(\"/\")") +
                      logSettings(std::string(LOG_PLACE) + "/" + NamedPipe::NAME),
                  CONFIGURATION);
     root.addCopy(service.image->file(), std::string(DOCUMENTS) + "/" + IMAGE_NAME);

@@ -100,6 +100,16 @@ std::vector<ImageDelivery::News> ImageDelivery::takeNews() {
     return news;
 }
 
+void ImageDelivery::forget(Address address) {
+    if (const auto found = m_machines.find(address); found != m_machines.end()) {
+        for (const auto port : found->second.open) {
+            m_sendings.erase({address, port});
+        }
+        m_machines.erase(found);
+    }
+    m_news.erase(address);
+}
+
 /// @return null for one machine or one connection too many
 ImageDelivery::Sending* ImageDelivery::sendingAt(const Place& place) {
     const bool isNewMachine = m_machines.count(place.first) == 0;

@@ -32,6 +32,9 @@ public:
     /// @return the machines that have asked for something or acknowledged something since the last call
     std::vector<News> takeNews();
 
+    /// Another machine has this address from now on.
+    void forget(Address address);
+
 private:
     /// Bytes from the first to behind the last.
     using Ranges = std::map<std::uint64_t, std::uint64_t>;

@@ -28,6 +28,9 @@ public:
     /// @param use  called with each machine of which something has come
     void look(const std::function<void(const ImageDelivery::News&)>& use);
 
+    /// What went to this address is not counted for the machine that has it now.
+    void forget(Address address) { m_delivery.forget(address); }
+
 private:
     void readLog();
 

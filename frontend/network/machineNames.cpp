@@ -2,6 +2,7 @@
 
 #include "support/descriptor.h"
 #include "support/failure.h"
+#include "support/utf8.h"
 
 #include <algorithm>
 #include <regex>
@@ -13,6 +14,8 @@
 namespace velacreate {
 namespace {
 constexpr std::size_t LARGEST = 4U << 20U;
+constexpr std::size_t LONGEST_LINE = 400; ///< in bytes
+constexpr std::size_t LONGEST_NAME = 64;  ///< in characters
 
 std::string contentOf(const std::string& path) {
     const auto file = openChosen(path, O_RDONLY, S_IFREG);
@@ -26,21 +29,23 @@ std::string contentOf(const std::string& path) {
 } // namespace
 
 MachineNames readMachineNames(const std::string& path) {
-    static const std::regex form(R"([ \t]*(([0-9a-f]{2}:){5}[0-9a-f]{2})[ \t]+(\S(.{0,62}\S)?)[ \t\r]*)",
+    static const std::regex form(R"([ \t]*(([0-9a-f]{2}:){5}[0-9a-f]{2})[ \t]+(\S(.*\S)?)[ \t\r]*)",
                                  std::regex::icase);
-    static const std::regex empty(R"([ \t\r]*(#.*)?)");
     MachineNames names;
     std::istringstream lines(contentOf(path));
     std::size_t number = 0;
     for (std::string line; std::getline(lines, line);) {
         const auto place = quote(path) + ", line " + std::to_string(++number) + ": ";
-        std::smatch parts;
-        refuseIf(line.size() > 200, place + "it is too long");
-        if (std::regex_match(line, empty)) {
+        line.resize(std::min(line.size(), line.find('#')));
+        if (line.find_first_not_of(" \t\r") == std::string::npos) {
             continue;
         }
+        refuseIf(line.size() > LONGEST_LINE, place + "it is too long");
+        std::smatch parts;
+        const bool isOne = std::regex_match(line, parts, form);
+        const auto name = decoded(isOne ? parts[3].str() : "");
         refuseIf(
-            !std::regex_match(line, parts, form),
+            !isOne || !name || name->size() > LONGEST_NAME,
             place + "it is not a hardware address such as 52:54:00:12:34:56, blanks and a name of at most 64 "
                     "characters");
         auto hardware = parts[1].str();

@@ -80,46 +80,46 @@ std::optional<Machines::News> Machines::takeLease(std::vector<std::string> words
     const bool hasAddress = words.size() > 2 && readAddress(words[1]) && isHardwareAddress(words[2]);
     const bool isBare = words.size() > 1 && isHardwareAddress(words[1]);
     const bool isGiven = hasAddress && (kind == "DHCPACK" || kind == "BOOTP" || kind == "PXE");
-    const bool isOffered = hasAddress && kind == "DHCPOFFER" && m_packet.way != StartWay::unknown;
+    const bool isOffered = hasAddress && kind == "DHCPOFFER" && m_packet.architecture != nullptr;
     const bool isNoneLeft = kind == "DHCPDISCOVER" && words.size() > 4 && words[words.size() - 3] == "no" &&
                             words[words.size() - 2] == "address" && words.back() == "available";
     if (!isGiven && !isOffered && !(isNoneLeft && (hasAddress || isBare)) && !(kind == "PXE" && isBare)) {
         return std::nullopt;
     }
-    const auto known = count();
-    const auto index = byHardware(words[hasAddress ? 2 : 1]);
+    const auto& hardware = words[hasAddress ? 2 : 1];
+    const bool isKnown = m_byHardware.count(hardware) != 0;
+    const auto index = byHardware(hardware);
     if (!index) {
         return std::nullopt;
     }
-    const auto before = *index < known ? text(*index) : "";
+    const auto before = isKnown ? text(*index) : "";
     auto& machine = m_machines[*index];
     if (isGiven) {
         machine.address = words[1];
-        m_byAddress[machine.address] = *index;
+        const auto [had, isNew] = m_byAddress.emplace(machine.address, *index);
+        if (!isNew && had->second != *index) {
+            had->second = *index;
+            m_reassigned = readAddress(machine.address);
+        }
     }
-    machine.isTurnedAway = isNoneLeft;
+    machine.gotNoAddress = isNoneLeft;
     m_packet.machine = index;
-    if (m_packet.way != StartWay::unknown) {
-        machine.way = m_packet.way;
-        revive(machine, now);
-    }
+    takeArchitecture(machine, now);
     return isOffered ? std::nullopt : ifChanged(*index, before); // it has not taken the offer yet
 }
 
 /// The tags of a packet are told before the answer to it, or after it.
 std::optional<Machines::News> Machines::takeTags(const std::vector<std::string>& words, Time now) {
     for (const auto& word : words) {
-        if (const auto way = wayOfTag(word.substr(0, word.find(','))); way != StartWay::unknown) {
-            m_packet.way = way;
+        if (const auto* const architecture = architectureOfTag(word.substr(0, word.find(',')))) {
+            m_packet.architecture = architecture;
         }
     }
-    if (!m_packet.machine || m_packet.way == StartWay::unknown) {
+    if (!m_packet.machine) {
         return std::nullopt;
     }
     const auto before = text(*m_packet.machine);
-    auto& machine = m_machines[*m_packet.machine];
-    machine.way = m_packet.way;
-    revive(machine, now);
+    takeArchitecture(m_machines[*m_packet.machine], now);
     return ifChanged(*m_packet.machine, before);
 }
 
@@ -138,13 +138,15 @@ std::optional<Machines::News> Machines::takeFile(const std::string& text, const 
     const auto name = plainName(text.substr(start.size(), to - start.size()));
     const auto before = this->text(*index);
     auto& machine = m_machines[*index];
-    revive(machine, now);
+    noteActivity(machine, now);
     if (hasFailed) { // a machine that asks only for the size of a file goes on at once
         machine.failedFile = name;
         return std::nullopt;
     }
-    if (std::find(machine.files.begin(), machine.files.end(), name) == machine.files.end()) {
-        machine.files.push_back(name);
+    machine.files.erase(std::remove(machine.files.begin(), machine.files.end(), name), machine.files.end());
+    machine.files.push_back(name);
+    if (machine.way == StartWay::unknown && name == VelaCreation::NETBOOT_LOADER) {
+        machine.way = StartWay::bios; // some name no architecture
     }
     const bool isLast = name == VelaCreation::NETBOOT_ARCHIVE;
     if (isLast) {
@@ -163,7 +165,7 @@ std::optional<Machines::News> Machines::take(const ImageDelivery::News& news, co
     }
     auto& machine = m_machines[*index];
     const auto before = machine;
-    revive(machine, now);
+    noteActivity(machine, now);
     if (machine.way == StartWay::unknown) {
         machine.way = StartWay::uefiByHttp;
     }
@@ -179,7 +181,8 @@ std::vector<Machines::News> Machines::takeStopped(Time now) {
     std::vector<News> stopped;
     for (std::size_t index = 0; index < m_machines.size(); ++index) {
         auto& machine = m_machines[index];
-        const bool isAtWork = machine.finished.empty() && !machine.hasStopped && !isHopeless(machine);
+        const bool isAtWork =
+            machine.finished.empty() && !machine.hasStopped && whyNothingComes(machine).empty();
         const bool hasBegun =
             machine.way != StartWay::unknown || !machine.files.empty() || machine.percent.has_value();
         if (isAtWork && hasBegun && now - machine.lastNews > patienceWith(progressOf(machine), m_served)) {
@@ -190,8 +193,16 @@ std::vector<Machines::News> Machines::takeStopped(Time now) {
     return stopped;
 }
 
+void Machines::takeArchitecture(Machine& machine, Time now) const {
+    if (m_packet.architecture != nullptr) {
+        machine.way = m_packet.architecture->way;
+        machine.hasOffer = m_served.withoutOffer.count(m_packet.architecture->number) == 0;
+        noteActivity(machine, now);
+    }
+}
+
 /// A machine that goes on has not stopped.
-void Machines::revive(Machine& machine, Time now) const {
+void Machines::noteActivity(Machine& machine, Time now) {
     machine.lastNews = now;
     machine.hasStopped = false;
     machine.failedFile.clear();
@@ -233,11 +244,20 @@ std::optional<std::size_t> Machines::byAddress(const std::string& address) {
 }
 
 std::optional<std::size_t> Machines::add(const Machine& machine) {
-    if (m_machines.size() == MOST_MACHINES) {
-        return std::nullopt;
+    if (m_machines.size() < MOST_MACHINES) {
+        m_machines.push_back(machine);
+        return m_machines.size() - 1;
     }
-    m_machines.push_back(machine);
-    return m_machines.size() - 1;
+    // One that never took an address gives way: anybody can make up such machines.
+    for (std::size_t tried = 0; tried < m_machines.size(); ++tried) {
+        m_replaced = (m_replaced + 1) % m_machines.size();
+        if (auto& old = m_machines[m_replaced]; old.address.empty()) {
+            m_byHardware.erase(old.hardware);
+            old = machine;
+            return m_replaced;
+        }
+    }
+    return std::nullopt;
 }
 
 std::string Machines::nameOf(std::size_t machine) const {
@@ -271,17 +291,26 @@ std::string Machines::text(std::size_t machine) const {
     if (about.percent) {
         fetched += ", " + std::to_string(*about.percent) + "% of the image";
     }
-    if (isHopeless(about)) {
-        return nameOf(machine) + (about.isTurnedAway ? "no address is left for it"
-                                                     : "asks for an image by HTTP; give it one with --image");
+    if (const auto reason = whyNothingComes(about); !reason.empty()) {
+        return nameOf(machine) + reason;
     }
     const auto told = fetched + endingOf(about);
     return nameOf(machine) + (told.empty() ? "has fetched nothing yet" : told.substr(2));
 }
 
-/// Whether nothing is offered to it.
-bool Machines::isHopeless(const Machine& machine) const {
-    return machine.isTurnedAway || (machine.way == StartWay::uefiByHttp && m_served.image == 0);
+/// @return empty when something is offered to it
+std::string Machines::whyNothingComes(const Machine& machine) const {
+    if (machine.gotNoAddress) {
+        return "no address is left for it; choose a larger --range";
+    }
+    if (machine.hasOffer) {
+        return "";
+    }
+    if (machine.way == StartWay::uefiByHttp) {
+        return "asks for an image by HTTP; give it one with --image";
+    }
+    return m_served.archive == 0 ? "starts from a network-boot directory, and none is served"
+                                 : "there is no loader for it on this computer";
 }
 
 std::string Machines::shortText(std::size_t machine) const {
@@ -294,19 +323,21 @@ unsigned Machines::rank(std::size_t machine) const {
     if (!about.finished.empty()) {
         return RANK_IDLE;
     }
-    return about.hasStopped || isHopeless(about) ? RANK_AT_WORK
-                                                 : 1 + std::min(about.percent.value_or(0), WHOLE - 2);
+    if (about.files.empty() && !about.percent) {
+        return RANK_IDLE - 1; // anybody can make up such a machine
+    }
+    return about.hasStopped ? RANK_AT_WORK : 1 + std::min(about.percent.value_or(0), WHOLE - 3);
 }
 
 std::string Machines::total() const {
     const auto countIf = [&](const auto& isCounted) {
         return std::count_if(m_machines.begin(), m_machines.end(), isCounted);
     };
-    const auto served =
+    const auto came =
         countIf([](const Machine& machine) { return !machine.files.empty() || machine.percent.has_value(); });
     const auto finished = countIf([](const Machine& machine) { return !machine.finished.empty(); });
     const auto stopped = countIf([](const Machine& machine) { return machine.hasStopped; });
-    return std::to_string(served) + (served == 1 ? " machine was served, " : " machines were served, ") +
+    return std::to_string(came) + (came == 1 ? " machine came, " : " machines came, ") +
            std::to_string(finished) + " had it all" +
            (stopped == 0 ? ""
                          : ", " + std::to_string(stopped) + (stopped == 1 ? " has" : " have") + " stopped");

@@ -12,6 +12,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velacreate {
@@ -39,6 +40,9 @@ public:
     /// @return nothing when only the percentage has changed
     std::optional<News> take(const ImageDelivery::News& news, const std::string& time, Time now);
 
+    /// @return the address that the last line gave to another machine than before
+    std::optional<Address> takeReassigned() { return std::exchange(m_reassigned, {}); }
+
     /// @return the machines that have stopped since the last call
     std::vector<News> takeStopped(Time now);
 
@@ -50,12 +54,13 @@ public:
     /// The same for a table: without the names of the files when it has ended.
     std::string shortText(std::size_t machine) const;
 
-    /// Of its line: those that have stopped first, then those that have got least.
+    /// Of its line: those that have stopped first, then those that have got least of the image or have no
+    /// image, then those that have never fetched anything.
     unsigned rank(std::size_t machine) const;
 
     bool hadItAll(std::size_t machine) const { return !m_machines.at(machine).finished.empty(); }
 
-    /// Such as "4 machines were served, 3 had it all, 1 has stopped".
+    /// Such as "4 machines came, 3 had it all, 1 has stopped".
     std::string total() const;
 
 private:
@@ -63,18 +68,19 @@ private:
         std::string hardware; ///< empty when unknown
         std::string address = {};
         StartWay way = StartWay::unknown;
-        std::vector<std::string> files = {};
+        bool hasOffer = true;
+        std::vector<std::string> files = {};  ///< in the order of their last arrival
         std::optional<unsigned> percent = {}; ///< of the image
         std::string failedFile = {};          ///< that did not arrive
         std::string finished = {};            ///< time of day when it had it all; else empty
-        bool isTurnedAway = false;
+        bool gotNoAddress = false;
         bool hasStopped = false;
         Time lastNews = {};
     };
     /// What the log tells of one packet, in several lines.
     struct Packet {
         std::string number;
-        StartWay way = StartWay::unknown;
+        const ClientArchitecture* architecture = nullptr; ///< null when unknown
         std::optional<std::size_t> machine = {};
     };
 
@@ -85,8 +91,9 @@ private:
     std::optional<std::size_t> byHardware(const std::string& hardware);
     std::optional<std::size_t> byAddress(const std::string& address);
     std::optional<std::size_t> add(const Machine& machine);
-    void revive(Machine& machine, Time now) const;
-    bool isHopeless(const Machine& machine) const;
+    void takeArchitecture(Machine& machine, Time now) const;
+    static void noteActivity(Machine& machine, Time now);
+    std::string whyNothingComes(const Machine& machine) const;
     std::string nameOf(std::size_t machine) const;
     std::string endingOf(const Machine& machine) const;
     BootProgress progressOf(const Machine& machine) const;
@@ -98,6 +105,8 @@ private:
     std::vector<Machine> m_machines;
     std::map<std::string, std::size_t> m_byHardware;
     std::map<std::string, std::size_t> m_byAddress;
+    std::size_t m_replaced = 0; ///< the last one that gave way to another
+    std::optional<Address> m_reassigned;
 };
 
 } // namespace velacreate

@@ -113,7 +113,8 @@ void NetworkPort::requireUnserved(Address address, std::uint16_t port) {
         .orFail("a socket");
     refuseIf(isInUse(trial, port, address), "another program of this machine serves " + addressText(address) +
                                                 " already (TCP port " + std::to_string(port) +
-                                                "); end it first");
+                                                "); end it first. Debian starts a server with the package "
+                                                "lighttpd: systemctl disable --now lighttpd");
 }
 
 } // namespace velacreate

@@ -27,6 +27,10 @@ constexpr const char* TFTP_FILES = "tftp";
 constexpr const char* HTTP_FILES = "http";
 constexpr mode_t DIRECTORY_MODE = 0755;
 constexpr mode_t FILE_MODE = 0644;
+/// The service that we start is nobody already.
+constexpr const char* LIGHTTPD_USER = R"(server.username = "nobody"
+server.groupname = "nogroup"
+)";
 constexpr unsigned LEASE_SECONDS = 3600;
 
 /// Kea compares the two bytes of the option.
@@ -162,7 +166,7 @@ Texts configurations(const BootService& service, const std::string& path) {
     }
     if (service.image != nullptr) {
         const auto files = path + "/" + HTTP_FILES;
-        texts.emplace_back("lighttpd.conf", httpConfiguration(service, files));
+        texts.emplace_back("lighttpd.conf", LIGHTTPD_USER + httpConfiguration(service, files));
         texts.emplace_back("nginx.conf", nginxConfiguration(service, files));
     }
     return texts;

@@ -27,6 +27,12 @@ ServedSizes sizesOf(const BootService& service) {
     ServedSizes sizes;
     sizes.isProxy = service.isProxy();
     sizes.image = service.image != nullptr ? service.image->size() : 0;
+    for (const auto& architecture : CLIENT_ARCHITECTURES) {
+        sizes.withoutOffer.insert(architecture.number);
+    }
+    for (const auto& offer : service.offers) {
+        sizes.withoutOffer.erase(offer.architecture.number);
+    }
     if (service.directory != nullptr) {
         sizes.archive = service.directory->sizeOf(VelaCreation::NETBOOT_ARCHIVE);
         for (const auto* name : VelaCreation::NETBOOT_FILES) {
@@ -51,7 +57,11 @@ public:
 
     void begin(Progress& progress) { m_progress = &progress; }
 
-    void take(const std::string& line) { show(m_machines.take(line, Clock::now())); }
+    /// @return the address that is another machine's from now on, if any
+    std::optional<Address> take(const std::string& line) {
+        show(m_machines.take(line, Clock::now()));
+        return m_machines.takeReassigned();
+    }
     void take(const ImageDelivery::News& news) { show(m_machines.take(news, timeOfDay(), Clock::now())); }
 
     /// Draws the table, a few times a second at most.
@@ -166,7 +176,10 @@ private:
         job.takeLine = [this](const std::string& line, Progress& /*progress*/) {
             // A line without a date is a failure.
             tell(line, BOOT, line.rfind(std::string(BOOT_SERVER) + ": ", 0) == 0);
-            m_machines.take(line);
+            const auto reassigned = m_machines.take(line);
+            if (reassigned && m_receipts) {
+                m_receipts->forget(*reassigned);
+            }
         };
         job.whatIsGone = [this] {
             const auto* const directory = m_service.directory;

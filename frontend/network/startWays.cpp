@@ -22,11 +22,11 @@ std::string tagOf(const ClientArchitecture& architecture) {
     return "arch" + std::to_string(architecture.number);
 }
 
-StartWay wayOfTag(const std::string& tag) {
+const ClientArchitecture* architectureOfTag(const std::string& tag) {
     const auto* const found =
         std::find_if(CLIENT_ARCHITECTURES.begin(), CLIENT_ARCHITECTURES.end(),
                      [&](const ClientArchitecture& architecture) { return tagOf(architecture) == tag; });
-    return found == CLIENT_ARCHITECTURES.end() ? StartWay::unknown : found->way;
+    return found == CLIENT_ARCHITECTURES.end() ? nullptr : found;
 }
 
 } // namespace velacreate

@@ -31,7 +31,7 @@ inline constexpr std::array<ClientArchitecture, 6> CLIENT_ARCHITECTURES = {{
 /// The tag of an architecture in the configuration of a server and in its log, such as "arch7".
 std::string tagOf(const ClientArchitecture& architecture);
 
-/// @return unknown for any other text
-StartWay wayOfTag(const std::string& tag);
+/// @return null for any other text
+const ClientArchitecture* architectureOfTag(const std::string& tag);
 
 } // namespace velacreate

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 
 namespace velacreate {
@@ -14,9 +15,10 @@ namespace velacreate {
 /// What is served, as far as it tells how machines get on. Sizes are in bytes.
 struct ServedSizes {
     std::uint64_t largestLooseFile = 0;
-    std::uint64_t archive = 0;
-    std::uint64_t image = 0; ///< 0 when there is none
+    std::uint64_t archive = 0; ///< 0 without a network-boot directory
+    std::uint64_t image = 0;   ///< 0 when there is none
     bool isProxy = false;
+    std::set<unsigned> withoutOffer = {}; ///< numbers of client architectures
 };
 
 /// How far a machine has come.
