@@ -10,7 +10,7 @@
 namespace VelaCreation {
 
 /// Describes a USB key to a user.
-struct _USBDATA {       // NOLINT(bugprone-reserved-identifier)
+struct _USBDATA {       // NOLINT(clang-diagnostic-reserved-identifier)
     std::string vendor; ///< manufacturer, as the kernel reports it
     std::string model;  ///< model, as the kernel reports it
     std::string size;   ///< capacity with its unit (multiples of 1,024), such as 7.455GB

@@ -44,8 +44,8 @@ std::string plainName(const std::string& name) {
 }
 } // namespace
 
-Machines::Machines(const ServedSizes& served, MachineNames names, FindHardware findHardware)
-    : m_served(served), m_names(std::move(names)), m_findHardware(std::move(findHardware)) {}
+Machines::Machines(ServedSizes served, MachineNames names, FindHardware findHardware)
+    : m_served(std::move(served)), m_names(std::move(names)), m_findHardware(std::move(findHardware)) {}
 
 std::optional<Machines::News> Machines::take(const std::string& line, Time now) {
     if (line.size() > LONGEST_LINE) {

@@ -29,7 +29,7 @@ public:
         std::string text; ///< to be shown
     };
 
-    Machines(const ServedSizes& served, MachineNames names, FindHardware findHardware);
+    Machines(ServedSizes served, MachineNames names, FindHardware findHardware);
 
     /// Reads a line of the boot server's log. Names that a machine has sent are not taken for the server's
     /// words.
