@@ -18,6 +18,7 @@
 
 namespace velacreate {
 namespace {
+constexpr std::size_t LONGEST_OUTPUT = 4096;
 constexpr std::chrono::milliseconds LONGEST(20000);
 constexpr unsigned FEW_DESCRIPTORS = 64;
 
@@ -64,8 +65,8 @@ void becomeConfined(const std::vector<std::string>& command, const ServerRoot& r
     throw Failure(SystemError().about(quote(command.front()) + " cannot be started"));
 }
 
-bool succeedsConfined(const std::string& program, const std::vector<std::string>& arguments,
-                      const Descriptor& file, const Descriptor& scratch) {
+std::string outputOfConfined(const std::string& program, const std::vector<std::string>& arguments,
+                             const Descriptor& file, const Descriptor& scratch) {
     const std::string place = "/file";
     std::vector<std::string> command = {program};
     command.insert(command.end(), arguments.begin(), arguments.end());
@@ -80,7 +81,11 @@ bool succeedsConfined(const std::string& program, const std::vector<std::string>
     if (poll(&ending, 1, static_cast<int>(LONGEST.count())) <= 0) {
         process.signal(SIGKILL);
     }
-    return process.reap() == 0;
+    std::string output(LONGEST_OUTPUT, '\0');
+    const bool hasSucceeded = process.reap() == 0;
+    const auto size = read(process.output(), output.data(), output.size());
+    output.resize(hasSucceeded && size > 0 ? static_cast<std::size_t>(size) : 0);
+    return output;
 }
 
 } // namespace velacreate

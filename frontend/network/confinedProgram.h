@@ -19,9 +19,9 @@ namespace velacreate {
 
 /// Runs such a program without capabilities on one file.
 /// @param arguments  before the file's name
-/// @return whether it ended in time, with exit status 0
+/// @return the first 4 KiB of what it wrote; empty unless it ended in time, with exit status 0
 /// @throw Failure
-bool succeedsConfined(const std::string& program, const std::vector<std::string>& arguments,
-                      const Descriptor& file, const Descriptor& scratch);
+std::string outputOfConfined(const std::string& program, const std::vector<std::string>& arguments,
+                             const Descriptor& file, const Descriptor& scratch);
 
 } // namespace velacreate

@@ -106,6 +106,21 @@ ended() {
     kill "$server" && ended
 }
 
+@test "signed loaders are offered where the kernel is signed" {
+    made pxe a.txt
+    grub-mkimage -O x86_64-efi -p / -o out/img2a normal
+    serving >/srv/out
+    logged "TFTP root"
+    [ "$(offered 0007)" = bootx64.efi ]
+    told "^Note: machines with Secure Boot will not start by TFTP: the kernel 'img2a' is not signed$"
+    kill "$server" && ended
+    cp /usr/lib/shim/shimx64.efi.signed out/img2a
+    serving >/srv/out
+    logged "TFTP root"
+    [ "$(offered 0007)" = shimx64.efi ]
+    not told "Secure Boot"
+}
+
 @test "an image is served by HTTP, and nothing else" {
     image
     served="--image x.iso" serving
