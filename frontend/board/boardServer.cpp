@@ -25,7 +25,7 @@ namespace {
 
 constexpr unsigned MOST_CONNECTIONS = 256;
 constexpr unsigned MOST_OF_ONE_ADDRESS = 32;
-constexpr std::size_t MOST_VISITORS = 64; // who get news
+constexpr std::size_t MOST_SUBSCRIBERS = 64; // who get news
 constexpr unsigned IDLE_SECONDS = 10;
 constexpr int UNTIL_NEWS = -1;
 constexpr std::size_t BLOCK_SIZE = 4096;
@@ -55,10 +55,10 @@ std::string messageOf(const Json& news) {
 }
 
 /// A browser that gets news.
-struct Visitor {
+struct Subscriber {
     BoardState& state;
     MHD_Connection* connection;
-    std::list<Visitor>& all;
+    std::list<Subscriber>& all;
     Outbox outbox = {};
     bool isWaiting = false;
 
@@ -82,7 +82,7 @@ struct Visitor {
     }
 
     void leave() {
-        all.remove_if([this](const Visitor& visitor) { return &visitor == this; });
+        all.remove_if([this](const Subscriber& subscriber) { return &subscriber == this; });
     }
 };
 
@@ -106,8 +106,8 @@ public:
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
     ~Server() {
-        for (auto& visitor : m_visitors) {
-            visitor.tell("");
+        for (auto& subscriber : m_subscribers) {
+            subscriber.tell("");
         }
         MHD_stop_daemon(m_daemon);
     }
@@ -133,8 +133,8 @@ public:
 private:
     void tellAll(const Json& news) {
         const auto message = messageOf(news);
-        for (auto& visitor : m_visitors) {
-            visitor.tell(message);
+        for (auto& subscriber : m_subscribers) {
+            subscriber.tell(message);
         }
     }
 
@@ -162,7 +162,7 @@ private:
         if (path != "/events") {
             return send(connection, MHD_HTTP_NOT_FOUND, text("There is no such page.\n", TEXT));
         }
-        if (m_visitors.size() >= MOST_VISITORS) {
+        if (m_subscribers.size() >= MOST_SUBSCRIBERS) {
             return send(connection, MHD_HTTP_SERVICE_UNAVAILABLE, text("Too many are watching.\n", TEXT));
         }
         return send(connection, MHD_HTTP_OK, news(connection));
@@ -177,13 +177,13 @@ private:
     }
 
     Response news(MHD_Connection* connection) {
-        auto& visitor = m_visitors.emplace_back(Visitor{m_state, connection, m_visitors});
+        auto& subscriber = m_subscribers.emplace_back(Subscriber{m_state, connection, m_subscribers});
         Response response(MHD_create_response_from_callback(
             MHD_SIZE_UNKNOWN, BLOCK_SIZE,
             [](void* reader, std::uint64_t /*offset*/, char* buffer, std::size_t most) {
-                return static_cast<Visitor*>(reader)->fill(buffer, most);
+                return static_cast<Subscriber*>(reader)->fill(buffer, most);
             },
-            &visitor, [](void* reader) { static_cast<Visitor*>(reader)->leave(); }));
+            &subscriber, [](void* reader) { static_cast<Subscriber*>(reader)->leave(); }));
         MHD_add_response_header(response.get(), "Content-Type", "text/event-stream");
         return response;
     }
@@ -209,7 +209,7 @@ private:
         {"Referrer-Policy", "no-referrer"},
         {"X-Content-Type-Options", "nosniff"}};
     BoardState m_state;
-    std::list<Visitor> m_visitors;
+    std::list<Subscriber> m_subscribers;
     MHD_Daemon* m_daemon = nullptr;
 };
 

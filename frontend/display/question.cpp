@@ -51,7 +51,7 @@ private:
     termios m_before{};
 };
 
-/// Who types "Yes" or "y" means it.
+/// @return whether it is probably a yes, such as "Yes" or "y"
 bool isMeantAsYes(const std::string& answer) {
     const auto first = answer.find_first_not_of(' ');
     return first != std::string::npos && (answer[first] == 'y' || answer[first] == 'Y');

@@ -18,7 +18,7 @@
 namespace velacreate {
 
 /// Needs memory for the expected contents, not for what the medium claims to hold. Sizes and numbers from the
-/// medium are held against its size before they are used.
+/// medium are checked against its size before they are used.
 struct Examination {
     MediumBytes& medium;
     Sources& sources; ///< of the expected bytes

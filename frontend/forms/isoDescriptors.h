@@ -10,7 +10,7 @@ namespace velacreate {
 
 enum class IsoTreeKind { primary, joliet };
 
-/// Where one directory tree of a volume begins. Not yet held against the volume's size.
+/// Where one directory tree of a volume begins. Not yet compared with the volume's size.
 struct IsoRoot {
     IsoTreeKind kind;
     std::uint32_t block; ///< of the top directory

@@ -104,8 +104,8 @@ int KeyImage::readBlocks(const Descriptor& found, Reporter& reporter) const {
     SourceFiles sources(-1);
     Differences differences;
     const Advance advance = [](std::uint64_t /*bytes*/) { prolong(); };
-    const ReportVariation nobodyWantsToKnow;
-    const auto used = usedBlocks({bytes, sources, differences, advance, nobodyWantsToKnow});
+    const ReportVariation noReport;
+    const auto used = usedBlocks({bytes, sources, differences, advance, noReport});
     if (differences.count() != 0) {
         throw Refusal(quote(m_path) + " is no image of a key: " + differences.lines().front());
     }

@@ -36,7 +36,7 @@ public:
     /// Refuses a log file, a report or an events file that is the image or its map.
     void requireOthers(const ShowChoices& choices) const;
 
-    /// Reads its form and its map in a confined process, holds the sums of the map against it, and sums it up
+    /// Reads its form and its map in a confined process, compares it with the sums of the map, and sums it up
     /// if wanted.
     /// @return refused, when it is no image of a key, or not that of its map
     Outcome examine(bool isSummedUp, const JobDirectory& jobDirectory, const HeldSignals& signals,

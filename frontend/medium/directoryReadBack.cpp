@@ -20,9 +20,8 @@ void compareFile(const Comparison& comparison, const Descriptor& file, const std
         return;
     }
     MediumBytes bytes(file, size);
-    const ReportVariation nobodyWantsToKnow;
-    compareContent({bytes, comparison.sources, differences, comparison.advance, nobodyWantsToKnow}, place,
-                   part, 0);
+    const ReportVariation noReport;
+    compareContent({bytes, comparison.sources, differences, comparison.advance, noReport}, place, part, 0);
 }
 
 void compare(const Comparison& comparison, Beneath& directory, const std::string& place, const Part& part,

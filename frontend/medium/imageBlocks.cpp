@@ -59,9 +59,9 @@ template <typename Function>
 auto examining(const Descriptor& file, Differences& differences, const Function& function) {
     MediumBytes bytes(file, sizeOf(file));
     SourceFiles sources(-1);
-    const ReportVariation nobodyWantsToKnow;
+    const ReportVariation noReport;
     const Advance uncounted = [](std::uint64_t /*bytes*/) {};
-    return function(Examination{bytes, sources, differences, uncounted, nobodyWantsToKnow});
+    return function(Examination{bytes, sources, differences, uncounted, noReport});
 }
 
 std::string ownerIn(const Descriptor& image, std::uint64_t offset) {

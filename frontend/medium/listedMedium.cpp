@@ -49,8 +49,8 @@ void visitMedium(const Kind& kind, const ReadMedium& medium, Differences& differ
     MediumBytes bytes(medium.file, medium.size);
     SourceSums sums;
     const Advance nothingIsCompared = [](std::uint64_t /*bytes*/) {};
-    const ReportVariation nobodyWantsToKnow;
-    const Examination examination = {bytes, sums, differences, nothingIsCompared, nobodyWantsToKnow};
+    const ReportVariation noReport;
+    const Examination examination = {bytes, sums, differences, nothingIsCompared, noReport};
     if (!kind.isFat) {
         visitIso(examination, visit);
         return;

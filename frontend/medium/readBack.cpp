@@ -18,8 +18,8 @@ template <typename Reader>
 auto examine(const Comparison& comparison, const Descriptor& file, std::uint64_t size,
              Differences& differences, const Reader& reader) {
     MediumBytes bytes(file, size);
-    const ReportVariation nobodyWantsToKnow;
-    return reader(Examination{bytes, comparison.sources, differences, comparison.advance, nobodyWantsToKnow,
+    const ReportVariation noReport;
+    return reader(Examination{bytes, comparison.sources, differences, comparison.advance, noReport,
                               comparison.medium.isFormOnly});
 }
 

@@ -1,5 +1,5 @@
 /// @file
-/// Reads media, and holds each of their bytes against what should be there. Nothing is mounted.
+/// Reads media, and compares each of their bytes with what should be there. Nothing is mounted.
 #pragma once
 
 #include "forms/keyRecord.h"

@@ -49,7 +49,7 @@ enum class SlotState {
     refused,
 };
 
-/// News only lead to another look: each time, what is plugged in now is held against what each slot shows.
+/// News only lead to another look. Each look compares what is plugged in now with what each slot shows.
 class Station : public JobSource {
 public:
     /// What is plugged in now counts as there before.
