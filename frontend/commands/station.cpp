@@ -68,14 +68,6 @@ void showSlots(const Setting& setting, const std::string& announcement) {
     }
 }
 
-std::vector<std::string> namesOf(const Slots& slots) {
-    std::vector<std::string> names;
-    for (const auto& slot : slots.all()) {
-        names.push_back(slot.name);
-    }
-    return names;
-}
-
 int run(const Setting& setting, const StickWork& work, const std::vector<NeededFiles>& needed,
         const InputSums& sums, const HeldSignals& signals) {
     auto& console = setting.console;
@@ -90,7 +82,7 @@ int run(const Setting& setting, const StickWork& work, const std::vector<NeededF
     console.neverWait(); // a reader must not hold up the sticks
     std::optional<Board> board;
     if (setting.listener.isOpen()) {
-        board.emplace(std::move(setting.listener), namesOf(setting.slots), setting.scratch, console);
+        board.emplace(std::move(setting.listener), setting.slots.names(), setting.scratch, console);
     }
     Station station({setting.slots, work, setting.choices.largest, needed, setting.scratch, setting.report,
                      sums, console, board ? &*board : nullptr});

@@ -67,6 +67,8 @@ bool isRemovableMedium(const Disk& disk);
 
 DiskDescription describe(const Disk& disk);
 
+constexpr const char* PULLED_OUT = "the key was pulled out";
+
 /// Whether a disk that could not be read or written was pulled out. The kernel may take a moment to tell.
 bool isPulledOut(const Disk& disk);
 

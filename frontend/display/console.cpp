@@ -1,5 +1,6 @@
 #include "display/console.h"
 
+#include "inputs/addedFiles.h"
 #include "support/failure.h"
 #include "support/texts.h"
 
@@ -16,7 +17,7 @@ namespace velacreate {
 void Console::openLog(bool verbose, const std::string& logFile) {
     m_verbose = verbose;
     if (!logFile.empty()) {
-        m_log = openToAdd("the log file", logFile);
+        m_log = openToAdd(LOG_FILE, logFile);
     }
     m_isLogChosen = true;
     for (const auto& line : std::exchange(m_unlogged, {})) {

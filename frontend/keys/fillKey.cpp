@@ -177,7 +177,7 @@ int fillKey(const KeyJob& job, Reporter& reporter) {
         result = EXIT_UNFINISHED;
     }
     if (result != 0 && job.target.disk && isPulledOut(*job.target.disk)) {
-        reporter.reason("the key was pulled out");
+        reporter.reason(PULLED_OUT);
     }
     tidyUp(job.all.call.choices, jobDirectory); // also after a failure: other jobs may need the space
     return result;

@@ -46,7 +46,7 @@ int writeKey(const KeyImage& image, const Disk& disk, const Descriptor& held, bo
         reporter.reason(failure.what());
     }
     if (status != 0 && isPulledOut(disk)) {
-        reporter.reason("the key was pulled out");
+        reporter.reason(PULLED_OUT);
     }
     return status;
 }

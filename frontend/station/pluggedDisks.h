@@ -10,8 +10,6 @@
 
 namespace velacreate {
 
-constexpr const char* PULLED_OUT = "the key was pulled out";
-
 /// A USB disk.
 struct PluggedDisk {
     Disk disk;

@@ -132,6 +132,14 @@ void Slots::add(const Slot& slot) {
     m_slots.push_back(added);
 }
 
+std::vector<std::string> Slots::names() const {
+    std::vector<std::string> names;
+    for (const auto& slot : m_slots) {
+        names.push_back(slot.name);
+    }
+    return names;
+}
+
 std::optional<std::size_t> Slots::slotNaming(const std::string& port) const {
     for (std::size_t at = 0; at < m_slots.size(); ++at) {
         const auto& ports = m_slots[at].ports;

@@ -34,6 +34,7 @@ public:
     void add(const Slot& slot);
 
     const std::vector<Slot>& all() const { return m_slots; }
+    std::vector<std::string> names() const;
 
     /// @return the number of the slot with this port or its peer, at the controller that it had at first
     std::optional<std::size_t> slotOf(const std::string& port) const;

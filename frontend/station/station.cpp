@@ -90,14 +90,6 @@ Station::Station(const StationCall& call)
 
 Station::~Station() = default;
 
-std::vector<std::string> Station::media() const {
-    std::vector<std::string> names;
-    for (const auto& slot : m_call.slots.all()) {
-        names.push_back(slot.name);
-    }
-    return names;
-}
-
 void Station::begin(Progress& progress) {
     m_progress = &progress;
     for (std::size_t slot = 0; slot < m_views.size(); ++slot) {

@@ -57,7 +57,7 @@ public:
     explicit Station(const StationCall& call);
     ~Station() override;
 
-    std::vector<std::string> media() const override;
+    std::vector<std::string> media() const override { return m_call.slots.names(); }
     void begin(Progress& progress) override;
     bool hasMore() const override { return !m_isClosing || !m_waiting.empty(); }
     int news() const override { return m_news.descriptor(); }
