@@ -19,34 +19,27 @@ bool isAtOrBelow(const std::string& file, const std::string& place) {
     return isSameFile(file, place) || path.rfind(above + "/", 0) == 0 || path == above + BLOCK_MAP_ENDING ||
            path == above + CHECKSUM_ENDING;
 }
-
-/// @return what a word on the command line may mean
-std::vector<std::string> placesOf(const std::string& word, const std::string& directory) {
-    const auto path = word.rfind(STAND_IN, 0) == 0 ? word.substr(STAND_IN.size()) : word;
-    return {path, fs::path(directory) / path};
-}
 } // namespace
 
 bool isNamedOtherwise(const std::string& file, const CLI::App& command) {
     const auto* const directory = command.get_option_no_throw("--directory");
     const auto updates = directory == nullptr ? "." : directory->as<std::string>();
     const auto* const files = command.get_option_no_throw("FILE");
-    std::vector<std::string> words;
+    std::vector<std::string> places;
     if (directory != nullptr && files != nullptr && files->empty()) {
-        words.emplace_back(".");
+        places.push_back(updates);
     }
     for (const auto* option : command.get_options()) {
         const auto& name = option->get_name();
         if (name != "--events" && name != "--directory" && name != "--work") {
-            const auto& values = option->results();
-            words.insert(words.end(), values.begin(), values.end());
+            for (const auto& word : option->results()) {
+                const auto path = word.rfind(STAND_IN, 0) == 0 ? word.substr(STAND_IN.size()) : word;
+                places.insert(places.end(), {path, fs::path(updates) / path});
+            }
         }
     }
-    return std::any_of(words.begin(), words.end(), [&](const std::string& word) {
-        const auto places = placesOf(word, updates);
-        return std::any_of(places.begin(), places.end(),
-                           [&](const std::string& place) { return isAtOrBelow(file, place); });
-    });
+    return std::any_of(places.begin(), places.end(),
+                       [&](const std::string& place) { return isAtOrBelow(file, place); });
 }
 
 } // namespace velacreate

@@ -110,6 +110,8 @@ reported() { # COUNT TEXT...: on lines of the report
     for call in 'a.txt a.txt' 'sub/new sub'; do
         package=gone.zip ends 2 iso --events $call
     done
+    changed='-name events' package=gone.zip ends 2 iso --directory sub --events events
+    [ -s work/events ] || fails "a refused call has no end"
     ends 2 iso --events tool.zip gone.txt
     output=i.iso made iso a.txt
     ends 2 iso --events i.iso a.txt
