@@ -557,10 +557,10 @@ private:
 
     static void refuseBesideList(const CLI::App& command) {
         if (command.count("--trust") != 0 && command.count("--no-signature") != 0) {
-            throw Refusal("--trust and --no-signature exclude each other");
+            throw WrongCommandLine("--trust and --no-signature exclude each other");
         }
         if (command.count("--package") + command.count(UPDATES) != 0) {
-            throw Refusal("the list of sums takes the place of --package and FILE");
+            throw WrongCommandLine("the list of sums takes the place of --package and FILE");
         }
     }
 

@@ -102,7 +102,8 @@ reported() { # COUNT TEXT...: on lines of the report
         "refused 2 update file 'gone.txt' is not in '.': No such file or directory"
     local call
     for call in 'iso --fast a.txt' 'iso --yes a.txt' 'iso' 'usb zephyn' 'usb --device x --erase --format never zephyn' \
-        'velacreate serve out --interface lo --proxy --range 1,2' 'velacreate verify --disc /dev/null a.txt zephyn'; do
+        'velacreate serve out --interface lo --proxy --range 1,2' 'velacreate verify --disc /dev/null a.txt zephyn' \
+        'velacreate verify --trust k.pub --no-signature --image i.iso' 'verify --no-signature --image i.iso'; do
         rm -f /srv/events
         ends 2 $call --events /srv/events
         [ ! -e /srv/events ] || fails "$call"
