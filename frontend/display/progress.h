@@ -14,6 +14,7 @@ namespace velacreate {
 /// @name Ranks of lines; when there are too many lines, those of the lowest ranks are shown
 /// @{
 constexpr unsigned RANK_AT_WORK = 0;
+constexpr unsigned RANK_ENDED = 50;
 constexpr unsigned RANK_IDLE = 100;
 /// @}
 

@@ -56,6 +56,12 @@ const char* wordOf(SlotState state) {
     return "empty";
 }
 
+unsigned rankOf(SlotState state) {
+    return state == SlotState::working                                ? RANK_AT_WORK
+           : state == SlotState::empty || state == SlotState::ignored ? RANK_IDLE
+                                                                      : RANK_ENDED;
+}
+
 std::string textOf(SlotState state, const Outcome& outcome) {
     return state == SlotState::done ? "done" + std::string(PULL_IT_OUT) + ": " + resultText(outcome, true)
            : state == SlotState::already ? "already right" + std::string(PULL_IT_OUT)
@@ -342,8 +348,7 @@ void Station::show(std::size_t slot, SlotState state, const std::string& text, c
     m_call.console.events().slot(identity, wordOf(state), reason);
     const auto line = identity.name + ": " + text;
     if (m_progress->isLive()) {
-        const bool isIdle = state == SlotState::empty || state == SlotState::ignored;
-        m_progress->line(slot, text, isIdle ? RANK_IDLE : RANK_AT_WORK);
+        m_progress->line(slot, text, rankOf(state));
         m_call.console.log(VelaCreation::LEVEL_PROGRESS, line);
     } else {
         m_call.console.say(line);
