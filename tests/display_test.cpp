@@ -48,7 +48,7 @@ TEST_F(DisplayTest, PlainLinesWithoutATerminal) {
                   console.beginProgress({"sda"}).stage(0, "Writing", 0);
                   console.endProgress();
               }),
-              "sdb: Copying...\nsda: Copying...\nWriting...\n|velacreate: careful\n");
+              "sdb: Copying...\nsda: Copying...\nsda: Writing...\n|velacreate: careful\n");
 }
 
 TEST_F(DisplayTest, PercentageStaysOnANarrowTerminal) {
@@ -66,7 +66,8 @@ TEST_F(DisplayTest, PercentageStaysOnANarrowTerminal) {
         Console console;
         auto& progress = console.beginProgress({"k", "sdb", "sdc"});
         std::size_t medium = 0;
-        for (const char* stage : {"Copy", "Copying the files", "Copying all the files that are there"}) {
+        for (const char* stage :
+             {"Copy", "Copying the files", "Copying all the files that a\u00fcre there"}) {
             progress.stage(medium, stage, 10U << 20U);
             progress.done(medium++, 5U << 20U);
         }
@@ -81,7 +82,7 @@ TEST_F(DisplayTest, PercentageStaysOnANarrowTerminal) {
     }
     const std::string lines = "\r\033[Kk  Copy  50%, 5.0 MiB of 10.0 MiB\r\n"
                               "\r\033[Ksdb  Copying the files  50%\r\n"
-                              "\r\033[Ksdc  Copying all the files that ar  50%\r\n";
+                              "\r\033[Ksdc  Copying all the files that a  50%\r\n";
     EXPECT_EQ(drawn, "\033[3A" + lines);
     EXPECT_EQ(said, "\033[3A\r\033[Jsaid\r\n" + lines);
     EXPECT_EQ(readFrom(master), "\033[3A\r\033[J");

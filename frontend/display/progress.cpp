@@ -3,6 +3,7 @@
 #include "display/pace.h"
 #include "support/failure.h"
 #include "support/texts.h"
+#include "support/utf8.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -33,8 +34,8 @@ public:
         : m_screen(screen), m_media(std::move(media)) {}
 
     void stage(std::size_t medium, const std::string& text, std::uint64_t /*expected*/) override {
-        const auto name = m_media.size() > 1 ? m_media.at(medium) + ": " : "";
-        m_screen.write(STDOUT_FILENO, name + text + "...\n");
+        const auto& name = m_media.at(medium);
+        m_screen.write(STDOUT_FILENO, (name.empty() ? "" : name + ": ") + text + "...\n");
     }
 
 private:
@@ -96,7 +97,7 @@ public:
             lines += "\r\033[K" + std::to_string(m_rows.size() - rows.size()) + " more\n";
         }
         if (below != 0) {
-            lines += "\r\033[K" + m_footer.substr(0, size.ws_col) + "\n";
+            lines += "\r\033[K" + cut(m_footer, size.ws_col) + "\n";
         }
         const auto drawn = rows.size() + more + below;
         if (m_drawn != 0 && lines == m_lines) {
@@ -136,12 +137,11 @@ private:
     }
 
     /// The percentage has its place on any terminal.
-    std::string lineFor(const Row& row, std::size_t width) const {
-        const std::string text =
-            (m_rows.size() > 1 && !row.medium.empty() ? row.medium + "  " : "") + row.stage;
+    static std::string lineFor(const Row& row, std::size_t width) {
+        const std::string text = (row.medium.empty() ? "" : row.medium + "  ") + row.stage;
         const auto figures = figuresOf(row);
         const auto needed = figures.empty() ? 0 : figures.front().size();
-        std::string line = text.substr(0, width - std::min<std::size_t>(width, needed));
+        std::string line = cut(text, width - std::min<std::size_t>(width, needed));
         for (const auto& figure : figures) {
             if (line.size() + figure.size() > width) {
                 break;

@@ -48,9 +48,9 @@ public:
     virtual void draw() {}
 };
 
-/// On a terminal, one line for each medium: the stage, the percentage, bytes done and expected, rate and time
-/// left, as far as there is room. When there are too many, media at work are shown first, and the number of
-/// those that are not shown. Elsewhere, a line for each stage.
+/// On a terminal, one line for each medium: its name unless it is empty, the stage, the percentage, bytes
+/// done and expected, rate and time left, as far as there is room. When there are too many, media at work are
+/// shown first, and the number of those that are not shown. Elsewhere, a line for each stage.
 std::unique_ptr<Progress> makeProgress(const Screen& screen, const std::vector<std::string>& media);
 
 } // namespace velacreate

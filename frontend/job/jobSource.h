@@ -23,7 +23,7 @@ public:
     JobSource(const JobSource&) = delete;
     JobSource& operator=(const JobSource&) = delete;
 
-    /// The names of the media that are shown.
+    /// The names of the media that are shown. An empty name is left out.
     virtual std::vector<std::string> media() const = 0;
 
     /// Called once, before the first job.

@@ -281,7 +281,7 @@ public:
         std::vector<std::string> media;
         for (const auto& job : m_jobs) {
             if (!job.isServer()) {
-                media.push_back(job.medium);
+                media.push_back(m_jobs.size() == 1 ? "" : job.medium);
             }
         }
         return media;

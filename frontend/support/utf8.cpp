@@ -57,6 +57,14 @@ std::size_t readCharacter(const std::string& text, std::size_t at, wchar_t& char
     return length;
 }
 
+std::string cut(const std::string& text, std::size_t most) {
+    auto end = std::min(most, text.size());
+    while (end > 0 && end < text.size() && isContinuation(static_cast<unsigned char>(text[end]))) {
+        --end;
+    }
+    return text.substr(0, end);
+}
+
 bool isControl(wchar_t character) {
     return character < 0x20 || (character >= 0x7f && character < 0xa0);
 }

@@ -30,6 +30,9 @@ constexpr wchar_t LAST_OF_ONE_UNIT = 0xffff; ///< higher characters take two uni
 /// @return the length in bytes of the character at a position; 0 for a NUL or an invalid byte
 std::size_t readCharacter(const std::string& text, std::size_t at, wchar_t& character);
 
+/// @return the beginning of a UTF-8 text, with whole characters and at most so many bytes
+std::string cut(const std::string& text, std::size_t most);
+
 /// Whether it is a control character, also beyond ASCII.
 bool isControl(wchar_t character);
 
