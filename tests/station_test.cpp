@@ -36,6 +36,8 @@ TEST_F(StationTest, SlotsFiles) {
                 "peers() { ln -s $(realpath $2) $1/peer; ln -s $(realpath $1) $2/peer; }\n"
                 "peers usb2/2-0:1.0/usb2-port4 usb3/3-0:1.0/usb3-port4\n"
                 "peers 2-1/2-1:1.0/2-1-port2 3-1/3-1:1.0/3-1-port2");
+            expectText(outcomeOf([] { return slotsIn("gone"); }),
+                       "refused: the slots file 'gone': No such file or directory");
             for (const auto& row : rows("slots")) {
                 SCOPED_TRACE(row[0]);
                 std::ofstream("slots") << row[0];

@@ -43,8 +43,9 @@ std::string portIn(const std::string& text) {
 
 void requireFitting(const std::string& port, const std::string& controller) {
     const auto found = controllerOf(port);
-    refuseIf(controller.empty() && !found.empty(),
-             "the controller is missing behind " + portText(port) + "; it is now \"@ " + found + "\"");
+    refuseIf(controller.empty(), "the controller is missing behind " + portText(port) +
+                                     (found.empty() ? std::string("; a line is such as ") + EXAMPLE
+                                                    : "; it is now \"@ " + found + "\""));
     refuseIf(found.empty() || found != controller || !isOnMachine(port),
              portText(port) + " is not at the controller " + quote(controller) +
                  " on this machine; learn the slots again");
@@ -74,11 +75,14 @@ Slot slotIn(const std::string& line) {
 }
 
 std::string contentOf(const std::string& path) {
-    const auto file = openChosen(path, O_RDONLY, S_IFREG);
+    const auto name = "the slots file " + quote(path);
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    check(file.isOpen()).orRefuse(name);
+    refuseOtherThanFile(file, name);
     const auto size = sizeOf(file);
-    refuseIf(size > LARGEST_FILE, "the slots file " + quote(path) + " is too large");
+    refuseIf(size > LARGEST_FILE, name + " is too large");
     std::string text(size, '\0');
-    check(readAt(file.number(), text.data(), size, 0) == static_cast<ssize_t>(size)).orRefuse(quote(path));
+    check(readAt(file.number(), text.data(), size, 0) == static_cast<ssize_t>(size)).orRefuse(name);
     return text;
 }
 } // namespace
