@@ -49,6 +49,9 @@ public:
     /// @return whether no more jobs come, and those at work may finish
     virtual bool close() { return false; }
 
+    /// Called when all jobs are told to end: next() is not called any more.
+    virtual void stop() {}
+
     /// Whether the supervisor shows how each job ends.
     virtual bool leavesEndsToSupervisor() const { return true; }
 };

@@ -397,6 +397,7 @@ private:
         m_console.screen().stopWaiting();
         signalAll(m_killTime ? SIGKILL : SIGTERM);
         m_killTime = m_killTime.value_or(Clock::now() + KILL_GRACE_PERIOD);
+        m_source.stop();
     }
 
     void signalAll(int number) const {

@@ -8,6 +8,7 @@
 #include "support/texts.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <mediaRules.h>
 
@@ -313,6 +314,13 @@ bool Station::close() {
         m_call.console.say("Ending: no more sticks are taken; Ctrl-C once more ends all at once");
     }
     return true;
+}
+
+void Station::stop() {
+    m_isClosing = true;
+    for (const auto slot : std::exchange(m_waiting, {})) {
+        finish(slot, {EXIT_INTERRUPTED, "", {}, false, 0});
+    }
 }
 
 std::string Station::tallyText() const {

@@ -65,6 +65,7 @@ public:
     std::optional<NextJob> next() override;
     void ended(std::size_t slot, const Outcome& outcome) override;
     bool close() override;
+    void stop() override;
     bool leavesEndsToSupervisor() const override { return false; }
 
     /// @return such as "12 made, 1 already right, 0 failed, 2 refused"
