@@ -32,10 +32,11 @@ public:
     /// Whether there are more jobs, or may be later.
     virtual bool hasMore() const = 0;
 
-    /// A descriptor that is readable when there may be another job; -1 when no jobs come later.
+    /// A descriptor that is readable when look() is to be called; -1 when there is none.
     virtual int news() const { return -1; }
 
-    /// Called after each wait, at least five times a second where jobs come later.
+    /// Called after each wait: at least once a second, and five times a second when news() is a
+    /// descriptor.
     virtual void look() {}
 
     /// Called while there is room for another job.

@@ -15,7 +15,7 @@ enum class JobKind {
     comparing,    ///< a disc with its image
     comparingKey, ///< a key with its image
     checking,     ///< compares a medium with the list of sums on it
-    serving,      ///< a network-boot directory
+    serving,      ///< a network-boot directory or an image
 };
 
 struct Outcome {

@@ -23,7 +23,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds REDRAWN_EVERY(200);
-constexpr std::chrono::milliseconds CHECKED_EVERY(1000); // between two checks of what a server needs
+constexpr std::chrono::milliseconds CHECKED_EVERY(1000); // between two checks of what a job needs
 constexpr auto KILL_GRACE_PERIOD = std::chrono::seconds(5);
 constexpr int GAUGE_SHARE = 100;           // of the time between two looks, one look takes at most this part
 constexpr std::size_t LONGEST_LINE = 4096; // of a server's output
@@ -263,7 +263,7 @@ private:
     std::uint64_t m_written = 0; ///< counted by gauges
     double m_gauged = 0;         ///< seconds in them
     std::string m_said;
-    std::string m_gone; ///< what the server has lost
+    std::string m_gone; ///< what the job has lost
     bool m_hasEvents = true;
     bool m_hasOutput = true;
     bool m_isBurning = false;

@@ -29,7 +29,7 @@ public:
 
     /// Appends a whole line, also when other calls append at the same time, and flushes. A file that was
     /// moved away is made anew.
-    /// Only the line of a medium that was made has the sums of update files.
+    /// Only the line of a medium that was made, or was already right, has the sums of update files.
     /// @param medium  what identifies it; of a disk, see jsonOf()
     /// @throw Failure, once until a line can be appended again
     void append(const Json& medium, const Outcome& outcome, const InputSums& sums);
