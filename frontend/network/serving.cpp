@@ -157,7 +157,7 @@ public:
     void ended(std::size_t server, const Outcome& outcome) override {
         m_wasInterrupted = m_wasInterrupted || outcome.status == EXIT_INTERRUPTED;
         if (m_reason.empty()) {
-            m_reason = outcome.reason.empty() ? m_lastWords.at(server) : outcome.reason;
+            m_reason = outcome.reason.empty() ? m_lastMessages.at(server) : outcome.reason;
         }
     }
 
@@ -214,7 +214,7 @@ private:
             return;
         }
         if (isFailure) {
-            m_lastWords.at(server) = line;
+            m_lastMessages.at(server) = line;
         }
         m_console.message(VelaCreation::LEVEL_PROGRESS, line);
     }
@@ -228,8 +228,8 @@ private:
     bool m_hasHttpServer = false;
     bool m_hasBootServer = false;
     bool m_wasInterrupted = false;
-    std::array<std::string, 2> m_lastWords = {BOOT_SERVER + std::string(" ended"),
-                                              HTTP_SERVER + std::string(" ended")};
+    std::array<std::string, 2> m_lastMessages = {BOOT_SERVER + std::string(" ended"),
+                                                 HTTP_SERVER + std::string(" ended")};
     std::string m_reason; ///< why it ends
 };
 } // namespace
