@@ -501,12 +501,13 @@ private:
             .add_option("--image", m_serve.image,
                         "The ISO image to serve by HTTP, for UEFI machines that keep it in their memory")
             ->type_name("IMAGE");
-        command.add_option("--interface", m_serve.interface, "The network port that leads to the machines")
+        command
+            .add_option("--interface", m_serve.interface, "The network interface that leads to the machines")
             ->required()
             ->type_name("IF");
         command
             .add_option("--range", m_serve.range,
-                        "The addresses to hand out (default: the upper half of the port's network)")
+                        "The addresses to hand out (default: the upper half of the interface's network)")
             ->type_name("FIRST,LAST");
         command.add_flag("--proxy", m_serve.proxy, "Hand out no addresses; another DHCP server does");
         command

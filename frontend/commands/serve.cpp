@@ -73,6 +73,16 @@ struct Served {
 /// Which machines will not start, or only in some cases.
 std::vector<std::string> limitsOf(const BootService& service) {
     auto limits = service.loaders.notes;
+    const auto missing =
+        service.directory != nullptr ? service.directory->missing() : std::vector<std::string>();
+    if (!missing.empty()) {
+        std::string names;
+        for (const auto& name : missing) {
+            names += (names.empty() ? "" : ", ") + quote(name);
+        }
+        limits.push_back("the network-boot directory lacks " + names +
+                         "; make it again with \"velacreate pxe\" if a loader asks for them");
+    }
     if (service.isProxy() && service.directory != nullptr) {
         limits.push_back("beside another DHCP server, " + quote(VelaCreation::NETBOOT_LOADER) +
                          " may ask that one for its files: then machines with a BIOS stop after it");
@@ -99,11 +109,6 @@ std::string mediaText(const BootService& service) {
 }
 
 void announce(const BootService& service, Console& console) {
-    if (service.directory != nullptr) {
-        for (const auto& name : service.directory->missing()) {
-            console.note("the network-boot directory lacks the boot file " + quote(name));
-        }
-    }
     const auto& port = service.port;
     if (!port.isPluggedIn()) {
         console.note("nothing is connected to " + port.name() + " yet");
@@ -153,6 +158,7 @@ int serveService(const BootService& service, const Limits& limits, const Served&
         console.complain("interrupted; nothing was served");
         return EXIT_INTERRUPTED;
     }
+    served.requireUnserved(); // the answer may have taken long
     begin(console.events(), service, limits);
     announce(service, console);
     Outcome outcome = {0, "", {}, false, 0, 0, JobKind::serving};
@@ -177,8 +183,10 @@ int serve(const ServeChoices& choices, const CallerEnvironment& caller, Console&
         requirePrintable(*printed);
     }
     const Served served(choices);
+    Descriptor claim; // until the end
     if (!printed) {
         served.requireUnserved();
+        claim = served.port.claim();
     }
     const auto scratch = scratchDirectory("", caller);
     requireOthers(choices.show, choices.image.empty() ? "" : absolutePath(choices.image));

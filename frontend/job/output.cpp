@@ -131,7 +131,8 @@ Output Output::directory(const std::string& path, const std::string& kind) {
 
 Output Output::emptyDirectory(const std::string& path) {
     auto output = directory(path, "one");
-    refuseIf(output.m_present && !lookInto(output.openPresent()).isEmpty, quote(path) + " is not empty");
+    refuseIf(output.m_present && !lookInto(output.openPresent()).isEmpty,
+             quote(path) + " is not empty; name a new or an empty directory");
     output.m_staysEmpty = true;
     return output;
 }

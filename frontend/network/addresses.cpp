@@ -15,7 +15,7 @@ AddressRange checked(const AddressRange& range) {
     refuseIf(range.first <= network.first() || range.last >= network.last(),
              "the range holds an address that stands for the whole network " + network.text());
     refuseIf(range.first == network.own && range.last == network.own,
-             "the range holds no address but the port's own, " + addressText(network.own));
+             "the range holds no address but the interface's own, " + addressText(network.own));
     return range;
 }
 } // namespace
@@ -68,7 +68,7 @@ AddressRange readRange(const std::string& text, const std::vector<Network>& netw
         return candidate.holds(*first) && candidate.holds(*last);
     });
     refuseIf(network == networks.end(),
-             "the range " + quote(text) + " is not in the port's network, " + networks.front().text());
+             "the range " + quote(text) + " is not in the interface's network, " + networks.front().text());
     return checked({*network, *first, *last});
 }
 

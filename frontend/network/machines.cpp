@@ -79,7 +79,9 @@ std::optional<Machines::News> Machines::takeLease(std::vector<std::string> words
     const std::string kind = words.empty() ? "" : words.front().substr(0, words.front().find('('));
     const bool hasAddress = words.size() > 2 && readAddress(words[1]) && isHardwareAddress(words[2]);
     const bool isBare = words.size() > 1 && isHardwareAddress(words[1]);
-    const bool isGiven = hasAddress && (kind == "DHCPACK" || kind == "BOOTP" || kind == "PXE");
+    m_packet.isInquiry = m_packet.isInquiry || kind == "DHCPINFORM";
+    const bool isGiven =
+        hasAddress && !m_packet.isInquiry && (kind == "DHCPACK" || kind == "BOOTP" || kind == "PXE");
     const bool isOffered = hasAddress && kind == "DHCPOFFER" && m_packet.architecture != nullptr;
     const bool isNoneLeft = kind == "DHCPDISCOVER" && words.size() > 4 && words[words.size() - 3] == "no" &&
                             words[words.size() - 2] == "address" && words.back() == "available";
@@ -337,8 +339,8 @@ std::string Machines::total() const {
         countIf([](const Machine& machine) { return !machine.files.empty() || machine.percent.has_value(); });
     const auto finished = countIf([](const Machine& machine) { return !machine.finished.empty(); });
     const auto stopped = countIf([](const Machine& machine) { return machine.hasStopped; });
-    return std::to_string(came) + (came == 1 ? " machine came, " : " machines came, ") +
-           std::to_string(finished) + " had it all" +
+    return std::to_string(count()) + (count() == 1 ? " machine asked, " : " machines asked, ") +
+           std::to_string(came) + " fetched something, " + std::to_string(finished) + " had it all" +
            (stopped == 0 ? ""
                          : ", " + std::to_string(stopped) + (stopped == 1 ? " has" : " have") + " stopped");
 }

@@ -60,7 +60,7 @@ public:
 
     bool hadItAll(std::size_t machine) const { return !m_machines.at(machine).finished.empty(); }
 
-    /// Such as "4 machines came, 3 had it all, 1 has stopped".
+    /// Such as "4 machines asked, 4 fetched something, 3 had it all, 1 has stopped".
     std::string total() const;
 
 private:
@@ -82,6 +82,7 @@ private:
         std::string number;
         const ClientArchitecture* architecture = nullptr; ///< null when unknown
         std::optional<std::size_t> machine = {};
+        bool isInquiry = false; ///< the machine only claims to have its address
     };
 
     std::optional<News> takeLease(std::vector<std::string> words, Time now);

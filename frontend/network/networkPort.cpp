@@ -1,16 +1,18 @@
 #include "network/networkPort.h"
 
-#include "support/descriptor.h"
 #include "support/failure.h"
 #include "support/texts.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <memory>
 
 #include <ifaddrs.h>
 #include <net/if.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <sys/un.h>
 
 namespace velacreate {
 namespace {
@@ -25,7 +27,7 @@ using Addresses = std::unique_ptr<ifaddrs, AddressesFreer>;
 
 Addresses addressesOfAll() {
     ifaddrs* addresses = nullptr;
-    check(getifaddrs(&addresses) == 0).orFail("the network ports cannot be listed");
+    check(getifaddrs(&addresses) == 0).orFail("the network interfaces cannot be listed");
     return Addresses(addresses);
 }
 
@@ -60,10 +62,10 @@ void requireFree(std::uint16_t number, Address address, const std::string& port)
 } // namespace
 
 NetworkPort::NetworkPort(const std::string& name) : m_name(name), m_index(if_nametoindex(name.c_str())) {
-    refuseIf(m_index == 0, "there is no network port " + quote(name));
+    refuseIf(m_index == 0, "there is no network interface " + quote(name) + "; \"ip link\" lists them");
     // The server reads some characters as a pattern or as the end of a name.
     refuseIf(!isPlain(name, "._-@+"),
-             "the network port " + quote(name) + " has a name that cannot be served; rename it");
+             "the network interface " + quote(name) + " has a name that cannot be served; rename it");
     const auto all = addressesOfAll();
     unsigned flags = 0;
     for (const auto* entry = all.get(); entry != nullptr; entry = entry->ifa_next) {
@@ -85,7 +87,7 @@ NetworkPort::NetworkPort(const std::string& name) : m_name(name), m_index(if_nam
 std::string NetworkPort::change() const {
     try {
         const NetworkPort now(m_name);
-        return now.m_index != m_index         ? m_name + " is another network port now"
+        return now.m_index != m_index         ? m_name + " is another network interface now"
                : now.networks() != m_networks ? m_name + " has other addresses now"
                                               : "";
     } catch (const Refusal& refusal) {
@@ -103,6 +105,20 @@ void NetworkPort::requireUnserved(bool isProxy, bool isByTftp) const {
     if (isProxy) {
         requireFree(BOOT_PORT, INADDR_ANY, m_name);
     }
+}
+
+Descriptor NetworkPort::claim() const {
+    Descriptor claim(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    sockaddr_un place{};
+    place.sun_family = AF_UNIX;
+    const auto name = "velacreate serve " + std::to_string(m_index); // no file: its first byte is zero
+    std::copy(name.begin(), name.end(), place.sun_path + 1);
+    const auto length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
+    const bool isFree = bind(claim.number(), reinterpret_cast<const sockaddr*>(&place), length) == 0;
+    refuseIf(!isFree && errno == EADDRINUSE,
+             "another call of velacreate serves " + m_name + " already; end it first");
+    check(isFree).orFail("a socket");
+    return claim;
 }
 
 // With SO_REUSEADDR, connections that have just ended are not taken for a server.

@@ -1,8 +1,9 @@
 /// @file
-/// The network port of a server.
+/// The network interface of a server.
 #pragma once
 
 #include "network/addresses.h"
+#include "support/descriptor.h"
 
 #include <cstdint>
 #include <string>
@@ -30,6 +31,11 @@ public:
 
     /// Refuses a TCP port of one of its addresses that another program serves.
     static void requireUnserved(Address address, std::uint16_t port);
+
+    /// Keeps the interface for this call: the servers of two calls could share it without a word.
+    /// @return to be held
+    /// @throw Refusal when another call has it
+    Descriptor claim() const;
 
 private:
     std::string m_name;

@@ -104,7 +104,8 @@ std::string dnsmasqConfiguration(const BootService& service, const std::string& 
 }
 
 std::string nginxConfiguration(const BootService& service, const std::string& files) {
-    return "events {\n    worker_connections " + std::to_string(MOST_CONNECTIONS) +
+    return "worker_rlimit_nofile " + std::to_string(2 * MOST_CONNECTIONS + 100) +
+           ";\nevents {\n    worker_connections " + std::to_string(MOST_CONNECTIONS) +
            ";\n}\n"
            "http {\n"
            "    sendfile on;\n"
@@ -141,7 +142,7 @@ public:
         if (!parents.empty()) {
             mkdirat(m_directory.number(), parents.c_str(), DIRECTORY_MODE);
         }
-        copyContent(file, make(name), quote(name), [](std::uint64_t /*bytes*/) {});
+        copyContent(file, make(name), name, [](std::uint64_t /*bytes*/) {});
     }
 
 private:

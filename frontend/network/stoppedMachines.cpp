@@ -26,7 +26,7 @@ constexpr std::array<Reason, 9> REASONS = {{
     {"grub/grub.cfg", "its loader does not find the other files"},
     {"grub.cfg", "its menu waits for a choice, or grub.cfg names a file that is not there"},
     {"img2a", "its loader refuses the kernel, or the machine has too little memory"},
-    {"", "its system has no driver for its network port, or the machine has too little memory"},
+    {"", "its system has no driver for its network card, or the machine has too little memory"},
 }};
 constexpr const char* IS_OFF = "it was switched off, or its connection is broken";
 

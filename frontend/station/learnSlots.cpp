@@ -33,7 +33,7 @@ public:
         struct stat about {};
         refuseIf(m_name.empty() ||
                      fstatat(m_directory.number(), m_name.c_str(), &about, AT_SYMLINK_NOFOLLOW) == 0,
-                 m_what + " is there already");
+                 m_what + " is there already; remove it, or name another one");
         check(faccessat(m_directory.number(), ".", W_OK | X_OK, AT_EACCESS) == 0).orRefuse(m_what);
     }
 

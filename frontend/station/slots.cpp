@@ -114,7 +114,7 @@ Slots::Slots(const std::string& path) {
                           refusal.what());
         }
     }
-    refuseIf(m_slots.empty(), "the slots file " + quote(path) + " names no slot");
+    refuseIf(m_slots.empty(), "the slots file " + quote(path) + " names no slot; --learn writes a new one");
 }
 
 void Slots::add(const Slot& slot) {

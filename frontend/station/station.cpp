@@ -58,9 +58,10 @@ const char* wordOf(SlotState state) {
 }
 
 unsigned rankOf(SlotState state) {
-    return state == SlotState::working                                ? RANK_AT_WORK
-           : state == SlotState::empty || state == SlotState::ignored ? RANK_IDLE
-                                                                      : RANK_ENDED;
+    return state == SlotState::working   ? RANK_AT_WORK
+           : state == SlotState::empty   ? RANK_IDLE
+           : state == SlotState::ignored ? RANK_IDLE - 1
+                                         : RANK_ENDED;
 }
 
 std::string textOf(SlotState state, const Outcome& outcome) {
@@ -373,8 +374,8 @@ MediumIdentity Station::identityOf(std::size_t slot) const {
 }
 
 void Station::showTally() {
-    m_progress->footer(tallyText() +
-                       (m_isClosing ? "; ending, Ctrl-C once more ends all at once" : "; Ctrl-C ends"));
+    m_progress->footer(m_isClosing ? "ending; Ctrl-C once more ends all at once; " + tallyText()
+                                   : tallyText() + "; Ctrl-C ends");
 }
 
 } // namespace velacreate

@@ -189,7 +189,7 @@ ended() {
     unshare --net --mount sh -c 'mount -t tmpfs own /run && mount -t tmpfs own /var/lib/nginx &&
         ip link add eth1 up type bridge && ip address add 10.7.0.1/24 dev eth1 &&
         kea-dhcp4 -t own/kea-dhcp4.conf && lighttpd -tt -f own/lighttpd.conf && nginx -t -c "$PWD/own/nginx.conf"'
-    refuses "'../own' is not empty" served ../out --print-config ../own
+    refuses "'../own' is not empty; name a new or an empty directory" served ../out --print-config ../own
     refuses "the path '/srv/job/work/a b' has characters that the configurations cannot hold" \
         served ../out --print-config "a b"
     served out --proxy --print-config beside
