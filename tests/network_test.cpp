@@ -118,6 +118,13 @@ TEST_F(NetworkTest, ImageIsThereWhenEachOfItsBytesWasAcknowledged) {
         }
         EXPECT_EQ(percents, row[1] + " ") << row[0];
     }
+    ImageDelivery inSmallParts(3000);
+    for (unsigned number = 1; number <= 3000; ++number) { // each second byte, then those between
+        const auto from = std::to_string(number <= 1500 ? 2 * (number - 1) : 2 * (number - 1501) + 1);
+        inSmallParts.takeAnswer("10.7.0.9 5000 206 101 1 bytes " + from + "-" + from + "/3000 1 GET");
+        inSmallParts.takeCount({*readAddress("10.7.0.9"), 5000, 1, 101UL * number, false});
+    }
+    EXPECT_EQ(inSmallParts.takeNews().front().percent, 100U);
 }
 
 TEST_F(NetworkTest, NamesOfMachinesAreRead) {

@@ -11,7 +11,8 @@ namespace velacreate {
 namespace {
 constexpr std::size_t MOST_ENDED = 20000; ///< connections that are remembered
 constexpr std::size_t MOST_SENDINGS = 2 * MOST_ENDED;
-constexpr std::size_t MOST_PARTS = 1000; ///< of a machine, or of a connection
+constexpr std::size_t MOST_PARTS = 1000;    ///< of a connection
+constexpr std::size_t MOST_RANGES = 500000; ///< of all machines
 constexpr std::size_t LONGEST_LINE = 300;
 constexpr unsigned WHOLE = 100;
 
@@ -105,6 +106,7 @@ void ImageDelivery::forget(Address address) {
         for (const auto port : found->second.open) {
             m_sendings.erase({address, port});
         }
+        m_ranges -= found->second.got.size();
         m_machines.erase(found);
     }
     m_news.erase(address);
@@ -139,7 +141,7 @@ void ImageDelivery::settle(const Place& place, Sending& sending) {
     parts.erase(std::remove_if(parts.begin(), parts.end(), isSettled), parts.end());
 }
 
-void ImageDelivery::add(Ranges& ranges, std::uint64_t from, std::uint64_t size) const {
+void ImageDelivery::add(Ranges& ranges, std::uint64_t from, std::uint64_t size) {
     auto end = std::min(from + size, m_size);
     auto next = ranges.upper_bound(from);
     if (next != ranges.begin() && std::prev(next)->second >= from) {
@@ -149,9 +151,11 @@ void ImageDelivery::add(Ranges& ranges, std::uint64_t from, std::uint64_t size) 
     while (next != ranges.end() && next->first <= end) {
         end = std::max(end, next->second);
         next = ranges.erase(next);
+        --m_ranges;
     }
-    if (from < end && ranges.size() < MOST_PARTS) {
+    if (from < end && m_ranges < MOST_RANGES) {
         ranges[from] = end;
+        ++m_ranges;
     }
 }
 

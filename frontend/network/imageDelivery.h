@@ -61,7 +61,7 @@ private:
     static std::uint64_t acknowledgedOf(const Part& part, const Sending& sending);
     Sending* sendingAt(const Place& place);
     void settle(const Place& place, Sending& sending);
-    void add(Ranges& ranges, std::uint64_t from, std::uint64_t size) const;
+    void add(Ranges& ranges, std::uint64_t from, std::uint64_t size);
     unsigned percentOf(Address address, const Machine& machine) const;
 
     std::uint64_t m_size;
@@ -69,6 +69,7 @@ private:
     std::deque<Place> m_ended; ///< whose last answers may not be in the log yet
     std::map<Address, Machine> m_machines;
     std::set<Address> m_news;
+    std::size_t m_ranges = 0; ///< of all machines
 };
 
 } // namespace velacreate
