@@ -76,11 +76,7 @@ std::vector<std::string> limitsOf(const BootService& service) {
     const auto missing =
         service.directory != nullptr ? service.directory->missing() : std::vector<std::string>();
     if (!missing.empty()) {
-        std::string names;
-        for (const auto& name : missing) {
-            names += (names.empty() ? "" : ", ") + quote(name);
-        }
-        limits.push_back("the network-boot directory lacks " + names +
+        limits.push_back("the network-boot directory lacks " + namesText(missing) +
                          "; make it again with \"velacreate pxe\" if a loader asks for them");
     }
     if (service.isProxy() && service.directory != nullptr) {

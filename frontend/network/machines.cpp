@@ -79,7 +79,7 @@ std::optional<Machines::News> Machines::takeLease(std::vector<std::string> words
     const std::string kind = words.empty() ? "" : words.front().substr(0, words.front().find('('));
     const bool hasAddress = words.size() > 2 && readAddress(words[1]) && isHardwareAddress(words[2]);
     const bool isBare = words.size() > 1 && isHardwareAddress(words[1]);
-    m_packet.isInquiry = m_packet.isInquiry || kind == "DHCPINFORM";
+    m_packet.isInquiry = kind == "DHCPINFORM" || (m_packet.isInquiry && !m_packet.number.empty());
     const bool isGiven =
         hasAddress && !m_packet.isInquiry && (kind == "DHCPACK" || kind == "BOOTP" || kind == "PXE");
     const bool isOffered = hasAddress && kind == "DHCPOFFER" && m_packet.architecture != nullptr;

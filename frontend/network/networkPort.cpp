@@ -114,10 +114,13 @@ Descriptor NetworkPort::claim() const {
     const auto name = "velacreate serve " + std::to_string(m_index); // no file: its first byte is zero
     std::copy(name.begin(), name.end(), place.sun_path + 1);
     const auto length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
-    const bool isFree = bind(claim.number(), reinterpret_cast<const sockaddr*>(&place), length) == 0;
-    refuseIf(!isFree && errno == EADDRINUSE,
+    const auto isFree = bind(claim.number(), reinterpret_cast<const sockaddr*>(&place), length) == 0;
+    const SystemError error;
+    refuseIf(!isFree && error.number() == EADDRINUSE,
              "another call of velacreate serves " + m_name + " already; end it first");
-    check(isFree).orFail("a socket");
+    if (!isFree) {
+        throw Failure(error.about("a socket for " + m_name));
+    }
     return claim;
 }
 

@@ -320,7 +320,8 @@ bool Station::close() {
 void Station::stop() {
     m_isClosing = true;
     for (const auto slot : std::exchange(m_waiting, {})) {
-        finish(slot, {EXIT_INTERRUPTED, "", {}, false, 0});
+        m_views[slot].isWaiting = false;
+        leaveAlone(slot, "the station ended before its turn");
     }
 }
 
