@@ -38,7 +38,7 @@ struct MediumJob {
     /// @return why the job must be ended; empty when it can go on
     std::function<std::string()> whatIsGone = nullptr;
 
-    /// A server has no stages and runs until it is killed.
+    /// A server has no stages and runs until it is told to end.
     bool isServer() const { return takeLine != nullptr; }
 };
 

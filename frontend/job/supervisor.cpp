@@ -52,8 +52,7 @@ public:
     const Outcome& outcome() const { return m_outcome; }
 
     bool isBurning() const { return m_isBurning; }
-    /// A server is killed by any signal.
-    void signal(int number) const { m_process.signal(m_job.isServer() ? SIGKILL : number); }
+    void signal(int number) const { m_process.signal(number); }
 
     /// Descriptors to wait for; -1 where there is nothing more to read.
     std::array<int, 3> sources() const {

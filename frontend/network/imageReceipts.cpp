@@ -17,11 +17,11 @@ constexpr std::size_t LONGEST_LINE = 4096;
 ImageReceipts::ImageReceipts(Address server, std::uint64_t size)
     : m_acknowledgements(server, HTTP_PORT), m_delivery(size) {}
 
-void ImageReceipts::look(const std::function<void(const ImageDelivery::News&)>& use) {
+void ImageReceipts::look(bool isLast, const std::function<void(const ImageDelivery::News&)>& use) {
     const auto count = [this](const Connection& connection) { m_delivery.takeCount(connection); };
     m_acknowledgements.takeEnded(count);
     readLog();
-    if (Clock::now() < m_nextCount) {
+    if (!isLast && Clock::now() < m_nextCount) {
         return;
     }
     m_nextCount = Clock::now() + COUNTED_EVERY;

@@ -25,8 +25,9 @@ public:
     int news() const { return m_log.reader().number(); }
 
     /// Never waits.
-    /// @param use  called with each machine of which something has come
-    void look(const std::function<void(const ImageDelivery::News&)>& use);
+    /// @param isLast  whether the server has ended; until then it counts once a second
+    /// @param use     called with each machine of which something has come
+    void look(bool isLast, const std::function<void(const ImageDelivery::News&)>& use);
 
     /// What went to this address is not counted for the machine that has it now.
     void forget(Address address) { m_delivery.forget(address); }

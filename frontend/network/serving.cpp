@@ -134,9 +134,7 @@ public:
     int news() const override { return m_receipts ? m_receipts->news() : -1; }
 
     void look() override {
-        if (m_receipts) {
-            m_receipts->look([this](const ImageDelivery::News& news) { m_machines.take(news); });
-        }
+        takeReceipts(false);
         m_machines.look();
     }
 
@@ -155,11 +153,15 @@ public:
     }
 
     void ended(std::size_t server, const Outcome& outcome) override {
-        m_wasInterrupted = m_wasInterrupted || outcome.status == EXIT_INTERRUPTED;
+        if (server == HTTP) {
+            takeReceipts(true); // it has written the rest of its log
+        }
         if (m_reason.empty()) {
             m_reason = outcome.reason.empty() ? m_lastMessages.at(server) : outcome.reason;
         }
     }
+
+    void stop() override { m_wasInterrupted = true; }
 
     /// @return nothing after an interrupt
     std::optional<std::string> conclude() const {
@@ -207,6 +209,12 @@ private:
                                      : m_service.image->text() + ": " + change;
         };
         return job;
+    }
+
+    void takeReceipts(bool areLast) {
+        if (m_receipts) {
+            m_receipts->look(areLast, [this](const ImageDelivery::News& news) { m_machines.take(news); });
+        }
     }
 
     void tell(const std::string& line, Server server, bool isFailure) {

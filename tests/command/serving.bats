@@ -145,6 +145,16 @@ ended() {
     [ -z "$(pgrep -x dnsmasq)$(pgrep -x lighttpd)" ]
 }
 
+@test "what a machine has just fetched counts when the serving is ended" {
+    image
+    served="--image x.iso" serving >/srv/out
+    logged "sockets bound exclusively"
+    there curl -s http://10.7.0.1/service.iso | cmp - x.iso
+    kill -INT "$server"
+    ended || true
+    told "10.7.0.1  UEFI by HTTP  100% of the image, had it all at"
+}
+
 @test "a hostile client keeps nobody from the files, and writes no log" {
     made pxe a.txt
     serving >/srv/out
