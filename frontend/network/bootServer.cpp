@@ -34,7 +34,7 @@ void addAddresses(const BootService& service, Arguments& settings) {
     const auto& range = *service.range;
     settings.insert(settings.end(),
                     {"dhcp-range=" + addressText(range.first) + "," + addressText(range.last) + "," +
-                         addressText(range.network.mask) + ",1h",
+                         addressText(range.network.mask) + "," + std::to_string(LEASE_SECONDS),
                      "dhcp-lease-max=" + std::to_string(MOST_MACHINES), "dhcp-ignore-clid",
                      "dhcp-option=option:router"});
     if (service.directory != nullptr) { // a machine that does not tell its architecture has a BIOS

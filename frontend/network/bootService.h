@@ -17,6 +17,7 @@
 namespace velacreate {
 
 constexpr const char* IMAGE_NAME = "service.iso"; ///< in its address, whatever the file is called
+constexpr unsigned LEASE_SECONDS = 3600;          ///< for which a machine has an address
 
 /// What machines of an architecture are told to fetch first.
 struct Offer {

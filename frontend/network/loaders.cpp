@@ -14,18 +14,14 @@ namespace velacreate {
 namespace {
 constexpr const char* GRUB_MAKER = "grub-mkimage";
 constexpr const char* SIGNATURE_CHECKER = "sbverify";
-constexpr const char* KERNEL = "img2a";
-constexpr const char* MADE_FOR_X64 = "bootx64.efi";
-constexpr const char* MADE_FOR_ARM64 = "bootaa64.efi";
 
-/// Debian's signed loaders, by the names that the first one asks for.
+/// Debian's.
 struct SignedFile {
     const char* path;
     const char* name;
 };
-constexpr SignedFile SHIM = {"/usr/lib/shim/shimx64.efi.signed", "shimx64.efi"};
-constexpr SignedFile SIGNED_GRUB = {"/usr/lib/grub/x86_64-efi-signed/grubnetx64.efi.signed", "grubx64.efi"};
-constexpr const char* CONFIGURATION_OF_SIGNED = "grub/grub.cfg";
+constexpr SignedFile SIGNED_SHIM = {"/usr/lib/shim/shimx64.efi.signed", SHIM};
+constexpr SignedFile SIGNED_GRUB = {"/usr/lib/grub/x86_64-efi-signed/grubnetx64.efi.signed", GRUB_OF_SHIM};
 
 Descriptor fileInMemory(const std::string& content = "") {
     Descriptor file(memfd_create("loader", MFD_CLOEXEC));
@@ -70,7 +66,7 @@ std::optional<Descriptor> madeGrub(const std::string& format, const std::string&
 bool isKernelSigned(const NetbootDirectory& directory, const Descriptor& scratch) {
     std::string signatures; // the exit status is the same without any
     directory.forEachFile([&](const std::string& name, const Descriptor& file) {
-        if (name == KERNEL) {
+        if (name == LOADED_KERNEL) {
             signatures = outputOfConfined(pathOf(SIGNATURE_CHECKER), {"--list"}, file, scratch);
         }
     });
@@ -82,14 +78,14 @@ std::string obstacleToSecureBoot(const NetbootDirectory& directory, bool isProxy
     if (isProxy) {
         return "beside another DHCP server, the signed loader asks that one for its files";
     }
-    if (access(SHIM.path, R_OK) != 0 || access(SIGNED_GRUB.path, R_OK) != 0) {
+    if (access(SIGNED_SHIM.path, R_OK) != 0 || access(SIGNED_GRUB.path, R_OK) != 0) {
         return "Debian's signed loaders are missing; install the packages shim-signed and "
                "grub-efi-amd64-signed";
     }
     if (pathOf(SIGNATURE_CHECKER).empty()) {
         return "whether the kernel is signed cannot be seen; install the package sbsigntool";
     }
-    return isKernelSigned(directory, scratch) ? "" : "the kernel " + quote(KERNEL) + " is not signed";
+    return isKernelSigned(directory, scratch) ? "" : "the kernel " + quote(LOADED_KERNEL) + " is not signed";
 }
 } // namespace
 
@@ -103,11 +99,11 @@ Loaders loadersFor(const NetbootDirectory& directory, Address server, bool isPro
     };
     const auto obstacle = obstacleToSecureBoot(directory, isProxy, scratch);
     if (obstacle.empty()) {
-        for (const auto& [path, name] : {SHIM, SIGNED_GRUB}) {
+        for (const auto& [path, name] : {SIGNED_SHIM, SIGNED_GRUB}) {
             add(name, openChosen(path, O_RDONLY, S_IFREG));
         }
-        add(CONFIGURATION_OF_SIGNED, fileInMemory(configuration));
-        loaders.forX64 = SHIM.name;
+        add(CONFIGURATION_OF_GRUB, fileInMemory(configuration));
+        loaders.forX64 = SHIM;
     } else if (auto grub = madeGrub("x86_64-efi", configuration)) {
         loaders.forX64 = add(MADE_FOR_X64, std::move(*grub));
         loaders.notes.push_back("machines with Secure Boot will not start by TFTP: " + obstacle);

@@ -10,6 +10,13 @@
 
 namespace velacreate {
 
+constexpr const char* MADE_FOR_X64 = "bootx64.efi";
+constexpr const char* MADE_FOR_ARM64 = "bootaa64.efi";
+constexpr const char* SHIM = "shimx64.efi";
+constexpr const char* GRUB_OF_SHIM = "grubx64.efi";            ///< as shim asks for it
+constexpr const char* CONFIGURATION_OF_GRUB = "grub/grub.cfg"; ///< as the signed GRUB asks for it
+constexpr const char* LOADED_KERNEL = "img2a";
+
 /// A file that is served beside those of the directory.
 struct LoaderFile {
     std::string name; ///< a relative path, as a loader asks for it

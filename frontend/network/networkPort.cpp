@@ -54,10 +54,14 @@ bool isInUse(std::uint16_t number, Address address, const std::string& port) {
     return isInUse(trial, number, address);
 }
 
+/// @param kind  of the port, such as "UDP port"
+std::string reasonOfOther(const std::string& place, const std::string& kind, std::uint16_t number) {
+    return "another program of this machine serves " + place + " already (" + kind + " " +
+           std::to_string(number) + "); end it first. \"ss -lntup\" shows which it is";
+}
+
 void requireFree(std::uint16_t number, Address address, const std::string& port) {
-    refuseIf(isInUse(number, address, port), "another program of this machine serves " + port +
-                                                 " already (UDP port " + std::to_string(number) +
-                                                 "); end it first");
+    refuseIf(isInUse(number, address, port), reasonOfOther(port, "UDP port", number));
 }
 } // namespace
 
@@ -130,10 +134,9 @@ void NetworkPort::requireUnserved(Address address, std::uint16_t port) {
     const int yes = 1;
     check(trial.isOpen() && setsockopt(trial.number(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes) == 0)
         .orFail("a socket");
-    refuseIf(isInUse(trial, port, address), "another program of this machine serves " + addressText(address) +
-                                                " already (TCP port " + std::to_string(port) +
-                                                "); end it first. Debian starts a server with the package "
-                                                "lighttpd: systemctl disable --now lighttpd");
+    refuseIf(isInUse(trial, port, address),
+             reasonOfOther(addressText(address), "TCP port", port) +
+                 "; the package lighttpd starts a server: \"systemctl disable --now lighttpd\" ends it");
 }
 
 } // namespace velacreate

@@ -31,7 +31,6 @@ constexpr mode_t FILE_MODE = 0644;
 constexpr const char* LIGHTTPD_USER = R"(server.username = "nobody"
 server.groupname = "nogroup"
 )";
-constexpr unsigned LEASE_SECONDS = 3600;
 
 /// Kea compares the two bytes of the option.
 std::string keaTest(const ClientArchitecture& architecture) {

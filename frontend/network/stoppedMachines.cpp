@@ -1,5 +1,6 @@
 #include "network/stoppedMachines.h"
 
+#include "network/loaders.h"
 #include "support/texts.h"
 
 #include <mediaRules.h>
@@ -19,13 +20,13 @@ struct Reason {
 };
 constexpr std::array<Reason, 9> REASONS = {{
     {VelaCreation::NETBOOT_LOADER, "its loader does not find its files, or does not run on this machine"},
-    {"bootx64.efi", "most likely its Secure Boot is on, which starts only signed loaders"},
-    {"bootaa64.efi", "most likely its Secure Boot is on, which starts only signed loaders"},
-    {"shimx64.efi", "its Secure Boot does not trust Microsoft's certificate for other systems"},
-    {"grubx64.efi", "its Secure Boot does not trust this loader, or the loader does not find its files"},
-    {"grub/grub.cfg", "its loader does not find the other files"},
+    {MADE_FOR_X64, "most likely its Secure Boot is on, which starts only signed loaders"},
+    {MADE_FOR_ARM64, "most likely its Secure Boot is on, which starts only signed loaders"},
+    {SHIM, "its Secure Boot does not trust Microsoft's certificate for other systems"},
+    {GRUB_OF_SHIM, "its Secure Boot does not trust this loader, or the loader does not find its files"},
+    {CONFIGURATION_OF_GRUB, "its loader does not find the other files"},
     {"grub.cfg", "its menu waits for a choice, or grub.cfg names a file that is not there"},
-    {"img2a", "its loader refuses the kernel, or the machine has too little memory"},
+    {LOADED_KERNEL, "its loader refuses the kernel, or the machine has too little memory"},
     {"", "its system has no driver for its network card, or the machine has too little memory"},
 }};
 constexpr const char* IS_OFF = "it was switched off, or its connection is broken";
