@@ -15,7 +15,7 @@ namespace {
 constexpr const char* GRUB_MAKER = "grub-mkimage";
 constexpr const char* SIGNATURE_CHECKER = "sbverify";
 
-/// Debian's.
+/// Debian's loaders.
 struct SignedFile {
     const char* path;
     const char* name;

@@ -161,7 +161,8 @@ public:
         }
     }
 
-    void stop() override { m_wasInterrupted = true; }
+    /// A server that has ended by itself stays the reason.
+    void stop() override { m_wasInterrupted = m_wasInterrupted || m_reason.empty(); }
 
     /// @return nothing after an interrupt
     std::optional<std::string> conclude() const {
