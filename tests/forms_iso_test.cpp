@@ -288,7 +288,7 @@ TEST_P(IsoByteTest, IsExplained) {
     };
     ASSERT_EQ(image.examine(tree, platform, report), Lines());
     std::size_t changed = 0;
-    for (std::size_t offset = 0; offset < bytes.size(); ++offset) {
+    for (std::size_t offset = 0; offset < bytes.size(); offset += BYTES_APART) {
         const bool isInZeros = bytes.compare(offset / BLOCK * BLOCK, BLOCK, std::string(BLOCK, '\0')) == 0;
         if (varies[offset] || (isInZeros && offset % 256 > 0 && (offset + 1) % BLOCK > 0)) {
             continue;

@@ -27,6 +27,13 @@ std::string contentOf(const std::string& path);
         }                                                                                                    \
     } while (false)
 
+/// Between the bytes that a test changes one after the other: with the sanitizers, all would take too long.
+#ifdef __SANITIZE_ADDRESS__
+constexpr std::size_t BYTES_APART = 17;
+#else
+constexpr std::size_t BYTES_APART = 1;
+#endif
+
 using Lines = std::vector<std::string>;
 
 /// What happened, and what is to happen. Events are "0 MESSAGE" and "2 MESSAGE" for the logger's messages,
